@@ -1,0 +1,39 @@
+# Compile options that belong to our own code, as targets to link with: never global, never forced on a dependency.
+
+add_library(kav_warnings INTERFACE)
+target_compile_options(kav_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wold-style-cast
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wformat=2 -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(kav_warnings INTERFACE -Wduplicated-cond -Wlogical-op)
+endif()
+
+# What every object of the library needs: position independence, hidden names, and arithmetic that does not depend
+# on the compiler's mood. Contraction is off so that plain code and vector code give the same bits; fused
+# operations are written as intrinsics where they are wanted.
+add_library(kav_codegen INTERFACE)
+target_compile_features(kav_codegen INTERFACE cxx_std_20)
+target_compile_options(kav_codegen INTERFACE -ffp-contract=off -fvisibility=hidden
+    -fvisibility-inlines-hidden)
+
+if(KAV_SANITIZE)
+    add_compile_options(-fsanitize=${KAV_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${KAV_SANITIZE})
+    if(KAV_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()
+
+# kav_library(<name> SOURCES ... HEADERS ... [LINK ...]): one static library for one folder of the product.
+# LINK names the folders below it; these lines are the layer rule.
+function(kav_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+    add_library(${name} STATIC)
+    target_sources(${name}
+        PRIVATE ${arg_SOURCES}
+        PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    target_link_libraries(${name} PUBLIC kav_codegen ${arg_LINK} PRIVATE kav_warnings)
+    set_target_properties(${name} PROPERTIES
+        POSITION_INDEPENDENT_CODE ON
+        VERIFY_INTERFACE_HEADER_SETS ON)
+endfunction()
