@@ -1,0 +1,27 @@
+#include "routing/routing_record.h"
+
+#include <algorithm>
+
+namespace KAV {
+
+SRoutingRecord::SRoutingRecord() : text(DefaultRoutingText()) {
+    SetPair(0, 0, -1);
+    SetPair(1, 1, -1);
+}
+
+void SRoutingRecord::SetPair(int entry, std::int32_t first, std::int32_t second) noexcept {
+    auto& pair = map[static_cast<std::size_t>(entry)];
+    pair.first = std::max(first, -1);
+    pair.second = std::max(second, -1);
+}
+
+std::string_view DefaultRoutingText() noexcept {
+    return "<kav_input_routing>\r\n"
+           "\t<kvt_version>1.0</kvt_version>\r\n"
+           "\t<name>Not found</name>\r\n"
+           "\t<map>0,-1|*|1,-1</map>\r\n"
+           "\t<ch_names>L|*|R</ch_names>\r\n"
+           "</kav_input_routing>";
+}
+
+} // namespace KAV

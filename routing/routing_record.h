@@ -1,0 +1,41 @@
+#pragma once
+
+#include "utils/shared.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace KAV {
+
+/// Entries that a routing can have; each belongs to one channel toggle of its group.
+inline constexpr int RoutingEntries = 16;
+
+/// What the routing's `<type>` declares.
+enum class ERoutingType : std::int32_t { None = 0, MidSide = 1, Mono = 2, DualMono = 3, Stereo = 4 };
+
+/// One entry: the zero-based host channels that the toggle stands for, -1 for none.
+struct SRoutingPair {
+    Utils::CShared<std::int32_t> first{-1};
+    Utils::CShared<std::int32_t> second{-1};
+};
+
+/// The routing of one group: the document as given, and what the audio thread reads of it.
+/// Threads: the text belongs to the thread that sets routings; type and map are also read by the audio
+/// thread, each word for itself.
+struct SRoutingRecord {
+    std::string text; ///< UTF-8
+    Utils::CShared<ERoutingType> type{ERoutingType::None};
+    std::array<SRoutingPair, RoutingEntries> map;
+
+    /// The routing of a new instance: two entries of one channel each.
+    SRoutingRecord();
+    /// Makes entry `entry` (0..15) stand for two host channels; a number below 0 means none.
+    void SetPair(int entry, std::int32_t first, std::int32_t second) noexcept;
+};
+
+/// The document of a new instance, UTF-8, lines ended by CR LF.
+std::string_view DefaultRoutingText() noexcept;
+
+} // namespace KAV
