@@ -1,0 +1,45 @@
+#pragma once
+
+#include "utils/realtime.h"
+
+#include <array>
+#include <complex>
+#include <cstddef>
+#include <span>
+
+namespace KAV::DSP {
+
+/// A Butterworth low-pass of even order as a cascade of biquads in direct form II, for up to 16 channels.
+/// Threads: one at a time; Design() and Process() allocate nothing.
+class BiquadCascade final {
+public:
+    static constexpr std::size_t MaxChannels = 16;
+    static constexpr std::size_t MaxStages = 16;
+
+    /// `order`: even, 2..32.
+    explicit BiquadCascade(std::size_t order) noexcept;
+
+    /// Places the -3 dB corner at `cutoff`, a fraction of the sample rate (0..0.5), with unity gain at 0 Hz,
+    /// and empties the delays.
+    KAV_REALTIME void Design(double cutoff) noexcept;
+
+    /// Filters channels of `length` samples in place. A channel's delays are those of its place in the list.
+    KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length) noexcept;
+
+private:
+    struct SStage {
+        double a1 = 0.0, a2 = 0.0;           // a0 = 1
+        double b0 = 1.0, b1 = 0.0, b2 = 0.0; // zeros
+        std::array<double, MaxChannels> w1{}, w2{};
+    };
+
+    void ProcessOne(float* channel, std::size_t slot, std::size_t length) noexcept;
+
+    std::size_t _count; // stages: half the order
+    std::array<std::complex<double>, MaxStages>
+        _prototype;                        // analogue poles of the upper half plane, unit radius
+    std::array<SStage, MaxStages> _stages; // the first _count
+    double _antiDenormal = 1e-8; // flips its sign with each sample, so that it leaves no offset behind
+};
+
+} // namespace KAV::DSP

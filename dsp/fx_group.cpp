@@ -1,0 +1,127 @@
+#include "dsp/fx_group.h"
+
+#include "dsp/level.h"
+
+#include <algorithm>
+
+namespace KAV::DSP {
+
+namespace {
+
+constexpr double HighestFactor = 8.0; // of oversampling
+
+double OversampledRate(std::int32_t factor, float rateHz) noexcept {
+    return static_cast<double>(factor) * static_cast<double>(rateHz);
+}
+
+} // namespace
+
+FxGroup::FxGroup() : _mixSmoother(250.0f, 250.0f, 44100.0f), _parameterSmoother(100.0f, 100.0f, 44100.0f) {
+    ReserveRate(_rateHz);
+}
+
+void FxGroup::ReserveRate(float rateHz) {
+    _limiter.Reserve(static_cast<double>(rateHz) * HighestFactor);
+}
+
+void FxGroup::SetSampleRate(float rateHz) {
+    if (rateHz == _rateHz) return;
+    ReserveRate(rateHz);
+    _rateHz = rateHz;
+    if (_block != 0) {
+        const float blockRate = _rateHz / static_cast<float>(_block);
+        _mixSmoother.SetRate(blockRate);
+        _parameterSmoother.SetRate(blockRate);
+    }
+    const double limiterRate = OversampledRate(_factor, _rateHz);
+    if (_limiter.Rate() != limiterRate) _limiter.SetRate(limiterRate);
+}
+
+void FxGroup::Reserve(std::size_t length) {
+    if (length > _dry.Length()) _dry.Resize(length);
+    SetBlock(length);
+}
+
+void FxGroup::SetBlock(std::size_t length) noexcept {
+    if (length == _block) return;
+    _block = length;
+    const float blockRate = _rateHz / static_cast<float>(_block);
+    _mixSmoother.SetRate(blockRate);
+    _parameterSmoother.SetRate(blockRate);
+}
+
+void FxGroup::Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
+    std::int32_t factor) noexcept {
+    _features = features;
+    SetBlock(length);
+    if (factor != _factor) {
+        _factor = factor;
+        const double limiterRate = OversampledRate(_factor, _rateHz);
+        if (_limiter.Rate() != limiterRate) _limiter.SetRate(limiterRate);
+    }
+
+    _bypass = settings.bypass;
+    _mixPosition = _mixSmoother.Step(_mixPosition, _bypass ? 1.0f : 0.0f);
+
+    _limiterOn = settings.limiter;
+    if (Move(_inputGain, settings.inputGain)) {
+        _gain.gain = static_cast<float>(GainOfDb(20.0 * static_cast<double>(_inputGain) - 20.0));
+    }
+    bool moved = Move(_threshold, settings.threshold);
+    moved |= Move(_ceiling, settings.ceiling);
+    moved |= Move(_release, settings.release);
+    moved |= _auto != settings.autoRelease;
+    _auto = settings.autoRelease;
+    if (moved) _limiter.SetParams(_threshold, _ceiling, _release, _auto);
+
+    // From here on a value counts as computed; a group without channels must not run its first block again
+    // later.
+    _firstBlock = false;
+}
+
+/// One step of a smoothed position; tells whether what derives from it is to be computed.
+bool FxGroup::Move(float& position, float target) noexcept {
+    if (position == target && !_firstBlock) return false;
+    position = _parameterSmoother.Step(position, target);
+    return true;
+}
+
+void FxGroup::Process(std::span<float* const> channels) noexcept {
+    if (channels.empty() || _mixPosition == 1.0f) return;
+    const bool crossfading = _mixPosition != 0.0f;
+    if (crossfading) KeepDry(channels);
+    Limit(channels);
+    if (crossfading) MixDry(channels);
+}
+
+void FxGroup::Limit(std::span<float* const> channels) noexcept {
+    for (std::size_t place = 0; place < channels.size(); ++place) {
+        const std::span<float> channel(channels[place], _block);
+        _gain.Process(channel);
+        inputProbes[place].Read(channel);
+    }
+    if (_limiterOn) _limiter.Process(channels, _block);
+    for (std::size_t place = 0; place < channels.size(); ++place) {
+        outputProbes[place].Read({channels[place], _block});
+    }
+}
+
+void FxGroup::KeepDry(std::span<float* const> channels) noexcept {
+    for (std::size_t place = 0; place < channels.size(); ++place) {
+        std::copy_n(channels[place], _block, _dry[place]);
+    }
+}
+
+/// The dry signal is not delayed by the look-ahead: the crossfade is heard only while bypass is being
+/// switched.
+void FxGroup::MixDry(std::span<float* const> channels) noexcept {
+    for (std::size_t place = 0; place < channels.size(); ++place) {
+        const float* dry = _dry[place];
+        float* processed = channels[place];
+        for (std::size_t i = 0; i < _block; ++i) {
+            processed[i] = _mixPosition * dry[i] + (1.0f - _mixPosition) * processed[i];
+        }
+    }
+}
+
+} // namespace KAV::DSP

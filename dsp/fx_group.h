@@ -1,0 +1,90 @@
+#pragma once
+
+#include "dsp/channel_buffers.h"
+#include "dsp/gain_stage.h"
+#include "dsp/lookahead_limiter.h"
+#include "dsp/peak_probe.h"
+#include "dsp/smoother.h"
+#include "utils/realtime.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace KAV::DSP {
+
+/// What one group is set to for one block; continuous values are positions 0..1.
+struct SGroupSettings {
+    float inputGain = 0.0f;
+    float threshold = 0.0f;
+    float ceiling = 0.0f;
+    float release = 0.0f;
+    bool autoRelease = false;
+    bool limiter = false;
+    bool bypass = false; ///< the host's bypass
+};
+
+/// One effect group: gain, limiter, probes, and the crossfade to and from bypass, on the channels that it is
+/// handed. All positions start at 0 and run up to their values, so a new instance fades in; nothing sets them
+/// back.
+///
+/// Threads: ReserveRate(), SetSampleRate() and Reserve() while audio is stopped; Prepare() and Process() on
+/// the audio thread.
+class FxGroup final {
+public:
+    static constexpr std::size_t MaxChannels = LookaheadLimiter::MaxChannels;
+
+    FxGroup();
+
+    /// Makes room in the limiter for the highest oversampling factor of the base rate `rateHz`.
+    void ReserveRate(float rateHz);
+    /// Base rate in Hz, not oversampled. Another rate starts the limiter anew.
+    void SetSampleRate(float rateHz);
+    /// Makes room for blocks of `length` oversampled samples and takes that as the block length.
+    void Reserve(std::size_t length);
+
+    /// Takes the settings for a block of `length` oversampled samples (within the reserve) at `factor` times
+    /// the base rate, and moves all smoothed values one step. To be called for every block, also when the
+    /// group gets no channel.
+    KAV_REALTIME void Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
+        std::int32_t factor) noexcept;
+
+    /// Runs the group on up to 16 channels in place. An empty list is a group without channels.
+    KAV_REALTIME void Process(std::span<float* const> channels) noexcept;
+
+    /// Highest sample of list place `place` since it was last taken, before and behind the limiter.
+    std::array<PeakProbe, MaxChannels> inputProbes;
+    std::array<PeakProbe, MaxChannels> outputProbes;
+
+    LookaheadLimiter& Limiter() noexcept { return _limiter; }
+    const LookaheadLimiter& Limiter() const noexcept { return _limiter; }
+
+private:
+    void SetBlock(std::size_t length) noexcept;
+    bool Move(float& position, float target) noexcept;
+    void Limit(std::span<float* const> channels) noexcept;
+    void KeepDry(std::span<float* const> channels) noexcept;
+    void MixDry(std::span<float* const> channels) noexcept;
+
+    bool _firstBlock = true;     // all derived values are computed anew
+    std::uint64_t _features = 0; // processor features that the block may use
+    float _rateHz = 44100.0f;    // base rate
+    std::size_t _block = 0;      // oversampled samples per block; at most the dry buffers' length
+    bool _bypass = false;
+    Smoother _mixSmoother;       // steps once per block
+    float _mixPosition = 0.0f;   // 0 processed .. 1 bypassed
+    Smoother _parameterSmoother; // steps once per block
+    CChannelBuffers _dry;        // the inputs, while crossfading
+    GainStage _gain;
+    bool _limiterOn = false;
+    float _inputGain = 0.0f; // smoothed positions
+    float _threshold = 0.0f;
+    float _ceiling = 0.0f;
+    float _release = 0.0f;
+    bool _auto = false;
+    std::int32_t _factor = 1; // oversampling factor last seen
+    LookaheadLimiter _limiter;
+};
+
+} // namespace KAV::DSP

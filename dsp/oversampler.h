@@ -1,0 +1,59 @@
+#pragma once
+
+#include "dsp/biquad_cascade.h"
+#include "dsp/channel_buffers.h"
+#include "utils/realtime.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace KAV::DSP {
+
+/// Raises channels to 1, 2, 4 or 8 times their rate by zero-stuffing and a low-pass, and brings them back by
+/// a low-pass and dropping samples. At factor 1 the channels are handed through untouched.
+///
+/// Threads: SetSampleRate() and Reserve() while audio is stopped; the rest on the audio thread, allocates
+/// nothing.
+class Oversampler final {
+public:
+    static constexpr std::size_t MaxChannels = BiquadCascade::MaxChannels;
+    static constexpr std::int32_t MaxFactor = 8;
+
+    Oversampler() noexcept;
+
+    /// Base rate in Hz; another rate designs the filters anew.
+    void SetSampleRate(float rateHz) noexcept;
+    /// Makes room for `frames` samples at the base rate; never less than before.
+    void Reserve(std::size_t frames);
+
+    /// `factor`: 1, 2, 4 or 8. Another factor designs the filters anew and empties them, with no ramp.
+    KAV_REALTIME void SetFactor(std::int32_t factor) noexcept;
+    /// Picks the pair of filters. The pair taken up goes on from its own delays.
+    KAV_REALTIME void SetHighQuality(bool highQuality) noexcept { _highQuality = highQuality; }
+
+    /// Takes up to 16 channels of `frames` samples (within the reserve), null for one that is left out, and
+    /// puts the raised channels of frames x factor samples in their places.
+    KAV_REALTIME void Up(std::span<float*> channels, std::size_t frames) noexcept;
+    /// The way back for the same list: puts the channels that Up() took back into their places, holding the
+    /// result.
+    KAV_REALTIME void Down(std::span<float*> channels) noexcept;
+
+    std::int32_t Factor() const noexcept { return _factor; }
+
+private:
+    void Design() noexcept;
+    void Filter(BiquadCascade& cascade, std::size_t length) noexcept;
+
+    float _rateHz = 44100.0f;
+    std::int32_t _factor = 1;
+    bool _highQuality = false;
+    std::size_t _frames = 0;                  // of the block between Up() and Down()
+    std::array<float*, MaxChannels> _in{};    // the channels of that block, null for one that is left out
+    CChannelBuffers _raised;                  // MaxFactor x the reserved frames
+    BiquadCascade _standardUp, _standardDown; // order 4, corner at 0.9 of the base Nyquist frequency
+    BiquadCascade _qualityUp, _qualityDown;   // order 32, corner at 0.99
+};
+
+} // namespace KAV::DSP

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "dsp/auto_gain.h"
+#include "dsp/channel_buffers.h"
+#include "dsp/fx_group.h"
+#include "dsp/gain_stage.h"
+#include "dsp/oversampler.h"
+#include "dsp/plugin_dsp_base.h"
+#include "dsp/silence_gate.h"
+#include "dsp/smoother.h"
+#include "utils/realtime.h"
+#include "utils/shared.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace KAV::DSP {
+
+/// The frame around the effect groups: main gains, oversampling, which channels go through which group, solo,
+/// mute, serial or parallel connection, bypass.
+///
+/// Threads: SetSampleRate() and SetBlockSize() while audio is stopped; ProcessBlock() on the audio thread;
+/// the public words on any thread; Latency() on any thread.
+template<typename TSample, typename TValue>
+class CPluginMC : public CPluginDSP_base<TSample, TValue, 16, 4> {
+public:
+    using Base = CPluginDSP_base<TSample, TValue, 16, 4>;
+    using Base::Groups;
+    using Base::MaxChannels;
+
+    Utils::CShared<std::uint32_t> currentGroup{0}; ///< the group that the editor shows, 0..3
+    Utils::CShared<bool> hostBypass{false};
+    Utils::CShared<bool> simd{false};           ///< whether the processor's features are used
+    Utils::CShared<bool> groupsParallel{false}; ///< connection of the groups: serial or parallel
+    AutoGainSettings autoGain;
+
+    /// Delay in samples of the oversampled rate, as reported to the host: the first used group's look-ahead
+    /// in parallel, the sum over all used groups in series. A group is used when one of its channel toggles
+    /// is on.
+    int Latency() const noexcept;
+
+    /// The limiter of a group 0..3, for its gain-reduction feed.
+    LookaheadLimiter& Limiter(int group) noexcept {
+        return _groups[static_cast<std::size_t>(group)].Limiter();
+    }
+
+protected:
+    CPluginMC();
+    ~CPluginMC() = default;
+
+    void SetSampleRate(float rateHz);
+    void SetBlockSize(std::size_t frames);
+    /// One block of up to 16 channels in place; `frames` at least 1 and at most the last SetBlockSize().
+    KAV_REALTIME void ProcessBlock(std::span<TSample* const> channels, std::size_t frames) noexcept;
+
+private:
+    static constexpr std::size_t GroupCount = std::size_t{Groups};
+    static constexpr std::size_t ChannelCount = std::size_t{MaxChannels};
+
+    /// A smoothed gain of -24..+24 dB on all channels.
+    struct SMainGain {
+        GainStage stage;
+        float position = 0.0f; // smoothed, 0..1
+
+        void Move(const Smoother& smoother, float target) noexcept;
+    };
+    /// The settings as the whole block sees them, however they change meanwhile.
+    struct SBlock {
+        std::size_t channels = 0; // host channels
+        std::size_t frames = 0;   // at the base rate
+        std::int32_t factor = 1;
+        std::size_t length = 0; // oversampled: frames x factor
+        std::uint64_t features = 0;
+        bool bypass = false;
+        bool parallel = false;
+        bool anySolo = false;
+        std::array<std::array<bool, GroupCount>, ChannelCount> channelInGroup{};
+        std::array<bool, GroupCount> solo{};
+        std::array<bool, GroupCount> mute{};
+    };
+    /// The channels that one group takes in one block.
+    struct SGroupList {
+        std::array<TSample*, ChannelCount> buffers{};
+        std::array<std::size_t, ChannelCount> channels{}; // host channel of each place
+        std::size_t count = 0;
+    };
+
+    SBlock Snapshot(std::size_t channels, std::size_t frames) const noexcept;
+    SGroupSettings GroupSettings(std::size_t group, bool bypass) const noexcept;
+    void ListenForSilence(std::span<TSample* const> channels, const SBlock& block) noexcept;
+    void ApplyMainGain(const SMainGain& gain, std::size_t frames) noexcept;
+    SGroupList Gather(std::size_t group, const SBlock& block) noexcept;
+    void RunGroup(std::size_t group, const SBlock& block) noexcept;
+    void AddToSums(const SGroupList& list, std::size_t length) noexcept;
+    void TakeSums(const SBlock& block) noexcept;
+    void SilenceUnused(const SBlock& block) noexcept;
+
+    float _rateHz = 44100.0f;
+    std::array<TSample*, ChannelCount>
+        _active{}; // each input channel's buffer in this block, null when it is skipped
+    std::array<bool, ChannelCount> _used{}; // some group took this channel in this block
+    CChannelBuffers _scratch;               // parallel: the groups' own copies
+    CChannelBuffers _sums;                  // parallel: what the groups gave
+    Oversampler _oversampler;
+    std::array<SilenceGate, ChannelCount> _gates;
+    SMainGain _input;
+    SMainGain _output;
+    Smoother _gainSmoother; // steps once per block
+    std::array<FxGroup, GroupCount> _groups;
+};
+
+extern template class CPluginMC<float, float>;
+
+} // namespace KAV::DSP

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "utils/realtime.h"
+
+namespace KAV::DSP {
+
+/// A one-pole ramp for a value that is updated once per block or sample, with its own times for rising and
+/// falling. It holds no value itself: Step() takes the state and gives the next. Threads: the audio thread
+/// while audio runs.
+class Smoother final {
+public:
+    /// `riseMs`, `fallMs`: time in which the ramp covers 99 % of a step; 0 jumps. `rateHz`: updates per
+    /// second.
+    Smoother(float riseMs, float fallMs, float rateHz) noexcept;
+
+    /// Sets the updates per second of both halves; costs two exponentials only when the rate is another one.
+    KAV_REALTIME void SetRate(float rateHz) noexcept;
+
+    /// One step from `state` towards `target`. Arrives exactly once the distance is at most 0.01.
+    KAV_REALTIME float Step(float state, float target) const noexcept;
+
+private:
+    struct SHalf {
+        float rateHz;
+        float fraction; // of a step that is covered within the time; always 0.99
+        float timeMs;
+        float coefficient; // what is left of the distance after one step, 0..1
+
+        void SetRate(float newRateHz) noexcept;
+        void Compute() noexcept;
+        float Step(float state, float target) const noexcept;
+    };
+
+    SHalf _rise;
+    SHalf _fall;
+};
+
+} // namespace KAV::DSP
