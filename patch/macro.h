@@ -1,0 +1,40 @@
+#pragma once
+
+#include "utils/shared.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace KAV {
+
+/// Who follows which macro knob: 64 slots for each of the five macros, each slot a parameter and how strongly
+/// it follows. Moving a knob is SetParam()'s affair; this is only the table. Threads: any; a slot is two
+/// words, each of which is read as the old or the new one.
+class CMacro {
+public:
+    static constexpr std::size_t Macros = 5;
+    static constexpr std::size_t Slots = 64;
+    static constexpr std::int32_t NoTag = -1;    ///< an empty slot
+    static constexpr float NoSensitivity = 0.5f; ///< the target doesn't move; below it moves against the knob
+
+    CMacro() noexcept { ClearMacros(); }
+    CMacro(const CMacro&) = delete;
+    CMacro& operator=(const CMacro&) = delete;
+
+    /// Empties all 320 slots. What a macro has moved stays moved.
+    void ClearMacros() noexcept;
+
+    /// Lets `tag` (a parameter of any group) follow `macro` (0..4) with `sensitivity` 0..1. A sensitivity of
+    /// exactly 0.5 frees the first slot that holds the tag; if there is none, the tag takes a free slot all
+    /// the same. With no slot free the assignment is lost.
+    void AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity) noexcept;
+
+    std::array<std::array<Utils::CShared<std::int32_t>, Slots>, Macros> tags;
+    std::array<std::array<Utils::CShared<float>, Slots>, Macros> sensitivities;
+
+protected:
+    ~CMacro() = default;
+};
+
+} // namespace KAV
