@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The binary interface between a VST 2.4 host and an effect: the shared record, the numbers of the calls in both
-/// directions, and the records that these calls point to. Nothing here has behaviour.
+/// The binary interface between a VST 2.4 host and an effect: the shared record, the numbers of the calls in
+/// both directions, and the records that these calls point to. Nothing here has behaviour.
 namespace KAV::VST {
 
 #if defined(_WIN32) // the calling convention is part of the binary interface
@@ -15,8 +15,8 @@ namespace KAV::VST {
 
 struct AEffect;
 
-using Dispatcher = std::intptr_t(KAV_VST_CALL*)(
-    AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer, float option);
+using Dispatcher = std::intptr_t(KAV_VST_CALL*)(AEffect* effect, std::int32_t opcode, std::int32_t index,
+    std::intptr_t value, void* pointer, float option);
 using HostCallback = Dispatcher; ///< `audioMaster`: the host's half, of the same form
 using ProcessEntry = void(KAV_VST_CALL*)(
     AEffect* effect, float** inputs, float** outputs, std::int32_t frames);
@@ -36,8 +36,8 @@ constexpr std::int32_t FourCharacters(char a, char b, char c, char d) {
 
 inline constexpr std::int32_t kEffectMagic = FourCharacters('V', 's', 't', 'P');
 
-/// The record that the effect hands to the host. It lives as long as the effect; the host reads the counts again
-/// after `audioMasterIOChanged`.
+/// The record that the effect hands to the host. It lives as long as the effect; the host reads the counts
+/// again after `audioMasterIOChanged`.
 struct AEffect {
     std::int32_t magic;
     Dispatcher dispatcher;
@@ -196,8 +196,8 @@ struct VstSpeakerProperties {
     char future[28];
 };
 
-/// A speaker layout with room for `SPEAKERS` speakers. The interface's own record has room for 8; hosts allocate
-/// more behind it when `numChannels` is higher.
+/// A speaker layout with room for `SPEAKERS` speakers. The interface's own record has room for 8; hosts
+/// allocate more behind it when `numChannels` is higher.
 template<std::size_t SPEAKERS>
 struct SpeakerArrangement {
     std::int32_t type;

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace KAV {
+
+/// What a host tells of itself. Nothing depends on the answers; they help to understand a user's report.
+struct SHostSurvey {
+    std::string vendor;  ///< UTF-8, as the host gave it
+    std::string product; ///< UTF-8, as the host gave it
+    std::string version; ///< like "3.2.1.0"
+    std::string canDo;   ///< what the host says it can do, each followed by ";"
+};
+
+/// Digits of a vendor's version with points between, lowest last: 3210 gives "3.2.1.0". At most the four
+/// lowest digits count, leading zeros aren't shown; a negative number counts as 0.
+std::string FormatVendorVersion(std::intptr_t version);
+
+/// The texts that a host is asked about, in order.
+std::span<const char* const> HostCanDoTexts() noexcept;
+
+} // namespace KAV

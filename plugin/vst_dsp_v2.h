@@ -1,0 +1,85 @@
+#pragma once
+
+#include "plugin/audio_effect_x.h"
+#include "plugin/host_survey.h"
+#include "plugin/xxx_dsp.h"
+
+#include <cstdint>
+#include <span>
+
+namespace KAV {
+
+/// Joins the device to a VST 2.4 host: every host call goes to the operation of CXXXDSP that it means. Holds
+/// no audio and no parameter state. Threads: as AudioEffectX.
+class CVSTDSPv2 : public CXXXDSP, public AudioEffectX {
+public:
+    static constexpr std::int32_t UniqueId = VST::FourCharacters('s', 'o', 'r', 'l');
+    static constexpr std::int32_t Version = 1010;
+
+    // CXXXDSP
+    void BeginEdit(std::int32_t tag) final;
+    void SetParameterAutomated(std::int32_t tag, float value) final;
+    void EndEdit(std::int32_t tag) final;
+
+    virtual bool GetInputProperties() { return false; }
+    virtual bool GetOutputProperties() { return false; }
+    virtual void GetProgramName(std::span<char> text);
+    virtual void GetProgramNameIndexed(std::int32_t index, std::span<char> text);
+    virtual std::int32_t GetProgram() { return curProgram; }
+    virtual void SetProgramPlain(std::int32_t index) { SetProgram(index, false); }
+    virtual void GetEffectName(std::span<char> text);
+    virtual void GetVendorString(std::span<char> text);
+    virtual void GetProductString(std::span<char> text);
+    virtual std::int32_t GetPlugCategory() { return VST::kPlugCategEffect; }
+
+    void SetProgram(std::int32_t index, bool force) final;
+
+    const SHostSurvey& HostSurvey() const noexcept { return _survey; }
+
+protected:
+    explicit CVSTDSPv2(VST::HostCallback audioMaster);
+    ~CVSTDSPv2() override = default;
+
+    /// Loads a patch of the list.
+    virtual void SelectPatch(std::int32_t index, bool force);
+    /// Brings the record's delay up to date without telling the host, which reads it when it wants to.
+    void RefreshInitialDelay() noexcept { setInitialDelay(GetLatency()); }
+
+    // AudioEffectX
+    void processReplacing(float** inputs, float** outputs, std::int32_t frames) noexcept final;
+    void setParameter(std::int32_t index, float value) final;
+    float getParameter(std::int32_t index) final;
+    void getParameterLabel(std::int32_t index, char* text) final;
+    void getParameterDisplay(std::int32_t index, char* text) final;
+    void getParameterName(std::int32_t index, char* text) final;
+    std::int32_t getProgram() final { return GetProgram(); }
+    void setProgramName(const char* text) final;
+    void getProgramName(char* text) final;
+    void getProgramNameIndexed(std::int32_t index, char* text) final;
+    void setSampleRate(float rateHz) final;
+    void setBlockSize(std::int32_t frames) final;
+    std::int32_t getChunk(void** data, bool isPreset) final;
+    std::int32_t setChunk(const void* data, std::size_t size, bool isPreset) final;
+    bool setSpeakerArrangement(
+        const VST::VstSpeakerArrangement* input, const VST::VstSpeakerArrangement* output) final;
+    bool getSpeakerArrangement(VST::VstSpeakerArrangement** input, VST::VstSpeakerArrangement** output) final;
+    void getEffectName(char* text) final;
+    void getVendorString(char* text) final;
+    std::int32_t getPlugCategory() final { return GetPlugCategory(); }
+
+private:
+    using Arrangement = VST::SpeakerArrangement<64>;
+
+    SHostSurvey AskHost();
+    /// The host index that an edit of a group-relative tag 0..99 means, or NoHostIndex.
+    std::int32_t EditedHostIndex(std::int32_t tag) const noexcept;
+    void MarkEditing(std::int32_t hostIndex, bool edited) noexcept;
+
+    std::int32_t _sideChannels = 0; // input channels of the host's that are a side chain; none in this device
+    Arrangement _inputArrangement{};
+    Arrangement _outputArrangement{};
+    bool _arrangementsValid = false; // the host has set both
+    SHostSurvey _survey;
+};
+
+} // namespace KAV
