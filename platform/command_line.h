@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace KAV::Platform {
+
+/// The program's arguments in UTF-8, without the program's own name. `count` and `values` are those of
+/// `main`, which not every system fills with all characters.
+std::vector<std::string> CommandLine(int count, char** values);
+
+} // namespace KAV::Platform

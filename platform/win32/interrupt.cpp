@@ -1,0 +1,29 @@
+#include "platform/interrupt.h"
+
+#include <atomic>
+#include <windows.h>
+
+namespace KAV::Platform {
+
+namespace {
+
+std::atomic<bool> interrupted{false};
+
+BOOL WINAPI NoteInterrupt(DWORD event) { // on a thread of the system's own
+    if (interrupted.exchange(true)) return FALSE;
+    // The process ends when the handler of these events returns: the pause is the program's time to tidy up.
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(4000);
+    return TRUE;
+}
+
+} // namespace
+
+void WatchInterrupt() noexcept {
+    SetConsoleCtrlHandler(NoteInterrupt, TRUE);
+}
+
+bool Interrupted() noexcept {
+    return interrupted.load(std::memory_order_relaxed);
+}
+
+} // namespace KAV::Platform

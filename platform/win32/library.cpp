@@ -1,0 +1,48 @@
+#include "platform/library.h"
+
+#include <array>
+#include <windows.h>
+
+namespace KAV::Platform {
+
+namespace {
+
+std::string ErrorText(DWORD code) {
+    std::array<wchar_t, 512> wide{};
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+        code, 0, wide.data(), static_cast<DWORD>(wide.size()), nullptr);
+    std::array<char, 2048> text{};
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(length), text.data(),
+        static_cast<int>(text.size()), nullptr, nullptr);
+    std::string result(text.data(), static_cast<std::size_t>(bytes));
+    while (!result.empty() && static_cast<unsigned char>(result.back()) <= ' ') result.pop_back();
+    return result.empty() ? "error " + std::to_string(code) : result;
+}
+
+} // namespace
+
+std::string_view LibrarySuffix() noexcept {
+    return ".dll";
+}
+
+void* OpenLibrary(const std::filesystem::path& file, std::string& reason) {
+    // Without this the system may ask for a missing library in a message box, and a batch run would stand
+    // still.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+    // The altered search order looks for the library's own needs beside it; it wants backslashes.
+    auto native = file;
+    native.make_preferred();
+    const HMODULE library = LoadLibraryExW(native.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (library == nullptr) reason = ErrorText(GetLastError());
+    return library;
+}
+
+void* FindSymbol(void* library, const char* name) noexcept {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+void CloseLibrary(void* library) noexcept {
+    FreeLibrary(static_cast<HMODULE>(library));
+}
+
+} // namespace KAV::Platform
