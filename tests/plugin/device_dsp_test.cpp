@@ -1,0 +1,250 @@
+#include "tests/support/comma_locale.h"
+#include "tests/support/recording_host.h"
+
+#include <climits>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace KAV;
+using namespace KAV::Tests;
+
+namespace {
+
+class Device : public testing::Test {
+protected:
+    CRecordingHost host;
+    CHostedEffect effect{host.Callback()};
+    CDeviceDSP& device = effect.Device();
+
+    void SetUp() override { host.calls.clear(); }
+};
+
+constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
+
+} // namespace
+
+TEST_F(Device, FreshInstanceHasGroupZeroCurrentAndEqualGroups) {
+    EXPECT_EQ(device.GetCurrentGroup(), 0);
+    EXPECT_EQ(device.GetProgram(), 0);
+    EXPECT_EQ(device.GetGroupCount(), 4);
+    EXPECT_EQ(device.GetMaxChannels(), 16);
+    for (const std::int32_t tag : {21, 22, 32, 33, 34, 35, 36, 37}) {
+        for (int group = 1; group < 4; ++group) {
+            EXPECT_EQ(device.GetParam(tag, 0), device.GetParam(tag + 100 * group, 0)) << tag;
+        }
+    }
+    EXPECT_FALSE(device.GetHostBypass());
+    EXPECT_FALSE(device.GetSimd());
+    EXPECT_FALSE(device.GetGroupsParallel());
+}
+
+TEST_F(Device, UnknownTagsChangeNothingAndReadAsZero) {
+    for (const std::int32_t tag : {0, 38, 100, 138, 338, -1, -2, -3, -57, INT_MIN, INT_MAX}) {
+        device.SetParam(tag, 0.75f, NotifyHost | GroupRelative);
+        device.SetParam(tag, 0.75f, NotifyHost);
+        EXPECT_EQ(device.GetParam(tag, 0), 0.0f);
+        EXPECT_EQ(device.GetParam(tag, GroupRelative), 0.0f);
+    }
+    EXPECT_TRUE(host.calls.empty());
+    for (const std::int32_t tag : HostParamTable()) EXPECT_NE(device.GetParam(tag, 0), 0.75f);
+}
+
+TEST_F(Device, MacroOffsetIsClampedWithTheBaseAndKeptApartFromIt) {
+    device.SetParam(33, 0.9f, RawBase);
+    device.SetParam(33, 0.3f, MacroOffset);
+    EXPECT_EQ(device.GetParam(33, 0), 1.0f);
+    EXPECT_EQ(device.GetParam(33, BaseValue), 0.9f);
+    device.SetParam(33, 0.5f, RawBase);
+    EXPECT_EQ(device.GetParam(33, 0), 0.5f + 0.3f);
+    EXPECT_EQ(effect.Get(4), 0.5f);
+}
+
+TEST_F(Device, PlainWriteMovesTheBaseSoThatTheFinalValueIsTheOneGiven) {
+    device.SetParam(32, 0.2f, MacroOffset);
+    device.SetParam(32, 0.7f, Normalized);
+    EXPECT_EQ(device.GetParam(32, Normalized), 0.7f);
+    EXPECT_EQ(device.GetParam(32, Normalized | BaseValue), 0.7f - 0.2f);
+}
+
+TEST_F(Device, PlainWriteMayPutTheBaseOutsideTheRange) {
+    device.SetParam(32, 0.5f, MacroOffset);
+    device.SetParam(32, 0.1f, 0);
+    EXPECT_EQ(device.GetParam(32, BaseValue), 0.1f - 0.5f);
+    EXPECT_EQ(device.GetParam(32, 0), 0.1f - 0.5f + 0.5f);
+}
+
+TEST_F(Device, GroupRelativeTagsMeanTheCurrentGroup) {
+    device.SetParam(233, 0.125f, 0);
+    device.SetCurrentGroup(2);
+    EXPECT_EQ(device.GetParam(33, Normalized | GroupRelative), 0.125f);
+    device.SetParam(36, 0.625f, GroupRelative);
+    EXPECT_EQ(device.GetParam(236, 0), 0.625f);
+    EXPECT_EQ(device.GetParam(36, 0), 0.4f);
+}
+
+TEST_F(Device, GroupRelativeTagsWithoutGroupsStayAsTheyAre) {
+    device.SetCurrentGroup(2);
+    device.SetParam(30, 2.0f, GroupRelative);
+    EXPECT_EQ(device.GetParam(30, 0), 2.0f);
+}
+
+TEST_F(Device, CurrentGroupIsHeldToTheGroupsThatThereAre) {
+    device.SetCurrentGroup(7);
+    EXPECT_EQ(device.GetCurrentGroup(), 3);
+    device.SetCurrentGroup(INT_MIN);
+    EXPECT_EQ(device.GetCurrentGroup(), 0);
+}
+
+TEST_F(Device, OversamplingTakesPositionsAndIndexes) {
+    const auto fromHost = [this](float position) {
+        effect.Set(100, position);
+        return device.GetParam(30, 0);
+    };
+    EXPECT_EQ(fromHost(0.5f), 2.0f);
+    EXPECT_EQ(fromHost(0.16f), 0.0f);
+    EXPECT_EQ(fromHost(0.17f), 1.0f);
+    EXPECT_EQ(fromHost(1.0f), 3.0f);
+    device.SetParam(30, 1.9f, 0);
+    EXPECT_EQ(device.GetParam(30, 0), 1.0f);
+    EXPECT_EQ(device.GetParam(30, Normalized), 1.0f / 3.0f);
+    for (int index = 0; index < 4; ++index) { // what a host reads it may write back
+        device.SetParam(30, static_cast<float>(index), 0);
+        effect.Set(100, effect.Get(100));
+        EXPECT_EQ(device.GetParam(30, 0), static_cast<float>(index));
+    }
+}
+
+TEST_F(Device, OversamplingOutsideItsRangeIsHeld) {
+    for (const std::uint32_t flags : {0u, std::uint32_t{Normalized}}) {
+        for (const float value : {4.0f, 100.0f, 3e38f, std::numeric_limits<float>::infinity()}) {
+            device.SetParam(30, value, flags);
+            EXPECT_EQ(device.GetParam(30, 0), 3.0f) << value;
+        }
+        for (const float value :
+            {-0.5f, -1.0f, -3e38f, -std::numeric_limits<float>::infinity(), NotANumber}) {
+            device.SetParam(30, 2.0f, 0);
+            device.SetParam(30, value, flags);
+            EXPECT_EQ(device.GetParam(30, 0), 0.0f) << value;
+        }
+    }
+}
+
+TEST_F(Device, AnyToggleValueButZeroIsOn) {
+    for (const float value : {1.0f, 0.1f, -1.0f, 1e-30f, NotANumber}) {
+        device.SetParam(35, 0.0f, 0);
+        device.SetParam(35, value, 0);
+        EXPECT_EQ(device.GetParam(35, 0), 1.0f) << value;
+    }
+    device.SetParam(35, -0.0f, 0);
+    EXPECT_EQ(device.GetParam(35, 0), 0.0f);
+}
+
+TEST_F(Device, NotANumberGivesAFinalValueOfZeroAndIsKeptAsBase) {
+    device.SetParam(33, NotANumber, RawBase);
+    EXPECT_EQ(device.GetParam(33, 0), 0.0f);
+    EXPECT_TRUE(std::isnan(device.GetParam(33, BaseValue)));
+    device.SetParam(33, 0.5f, RawBase);
+    EXPECT_EQ(device.GetParam(33, 0), 0.5f);
+}
+
+TEST_F(Device, HostReadsAutoReleaseBeforeLimiter) {
+    device.SetParam(35, 1.0f, 0);
+    device.SetParam(34, 0.0f, 0);
+    EXPECT_EQ(effect.Get(8), 1.0f);
+    EXPECT_EQ(effect.Get(12), 0.0f);
+}
+
+TEST_F(Device, EveryParameterKeepsWhatTheHostWrites) {
+    for (std::int32_t index = 0; index < 109; ++index) {
+        effect.Set(index, 0.0f);
+        EXPECT_EQ(effect.Get(index), 0.0f) << index;
+    }
+    for (std::int32_t index = 0; index < 109; ++index) {
+        effect.Set(index, 1.0f);
+        EXPECT_EQ(effect.Get(index), 1.0f) << index;
+        for (std::int32_t later = index + 1; later < 109; ++later)
+            ASSERT_EQ(effect.Get(later), 0.0f) << index;
+    }
+}
+
+TEST_F(Device, MacroMovesItsTargetByKnobAndSensitivity) {
+    device.AssignMacro(0, 33, 0.75f);
+    device.SetParam(33, 0.5f, RawBase);
+    device.SetParam(24, 0.75f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.75f);
+    EXPECT_EQ(device.GetParam(33, BaseValue), 0.5f);
+    device.SetParam(24, 0.5f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.5f);
+}
+
+TEST_F(Device, MacroNeverTellsTheHostOfItsTargets) {
+    device.AssignMacro(0, 33, 1.0f);
+    device.SetParam(24, 1.0f, NotifyHost);
+    ASSERT_EQ(host.calls.size(), 1u);
+    EXPECT_EQ(host.calls[0].index, 104);
+}
+
+TEST_F(Device, LastMacroThatMovedSetsTheOffset) {
+    device.AssignMacro(0, 33, 1.0f);
+    device.AssignMacro(1, 33, 1.0f);
+    device.SetParam(33, 0.5f, RawBase);
+    device.SetParam(24, 0.75f, 0);
+    device.SetParam(25, 0.375f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.25f);
+}
+
+TEST_F(Device, TargetAtTheTopComesBackWhenTheMacroDoes) {
+    device.AssignMacro(0, 33, 0.75f);
+    device.SetParam(33, 0.9f, RawBase);
+    device.SetParam(24, 1.0f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 1.0f);
+    device.SetParam(24, 0.5f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.9f);
+}
+
+TEST_F(Device, MacrosThatMoveEachOtherEndWhereTheyBegan) {
+    device.AssignMacro(0, 25, 1.0f);
+    device.AssignMacro(1, 26, 1.0f);
+    device.AssignMacro(2, 24, 1.0f);
+    device.AssignMacro(2, 33, 1.0f);
+    device.AssignMacro(3, 27, 1.0f); // itself
+    device.SetParam(33, 0.5f, RawBase);
+    device.SetParam(24, 0.75f, 0); // macro 2 gets +0.5, macro 3 (0.5 - 0.5) x 2, the threshold -1
+    EXPECT_EQ(device.GetParam(25, 0), 1.0f);
+    EXPECT_EQ(device.GetParam(26, 0), 0.5f);
+    EXPECT_EQ(device.GetParam(33, 0), 0.0f);
+    device.SetParam(27, 1.0f, 0);
+    EXPECT_EQ(device.GetParam(27, 0), 1.0f);
+}
+
+TEST_F(Device, MacroSlotsWithUnknownTargetsAreSkipped) {
+    device.tags[0][0] = 338;
+    device.tags[0][1] = INT_MAX;
+    device.tags[0][2] = INT_MIN;
+    device.tags[0][3] = 33;
+    for (std::size_t slot = 0; slot < 4; ++slot) device.sensitivities[0][slot] = 0.0f;
+    device.SetParam(33, 0.5f, RawBase);
+    device.SetParam(24, 0.375f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.75f);
+}
+
+TEST_F(Device, RoutingTextIsTheDefaultInEveryGroup) {
+    for (int group = 0; group < 4; ++group) {
+        EXPECT_EQ(device.GetRouting(group),
+            "<kav_input_routing>\r\n\t<kvt_version>1.0</kvt_version>\r\n\t<name>Not found</name>\r\n"
+            "\t<map>0,-1|*|1,-1</map>\r\n\t<ch_names>L|*|R</ch_names>\r\n</kav_input_routing>");
+    }
+    EXPECT_EQ(device.GetRouting(-1), "");
+    EXPECT_EQ(device.GetRouting(4), "");
+}
+
+TEST_F(Device, DisplayDoesNotFollowTheProcessesLocale) {
+    effect.Set(102, 0.755f);
+    const CCommaLocale comma;
+    for (const bool on : {true, false, true}) { // switched while the instance lives
+        CCommaLocale::Switch(on);
+        EXPECT_EQ(effect.Display(16), "400.01");
+        EXPECT_EQ(effect.Display(102), "+12.2");
+    }
+}

@@ -1,0 +1,193 @@
+#include "tests/support/recording_host.h"
+
+#include <climits>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace KAV;
+using namespace KAV::Tests;
+using namespace KAV::VST;
+
+namespace {
+
+class HostCalls : public testing::Test {
+protected:
+    CRecordingHost host;
+    CHostedEffect effect{host.Callback()};
+
+    void SetUp() override { host.calls.clear(); }
+};
+
+} // namespace
+
+TEST_F(HostCalls, SpeakerArrangementsOfEqualCountsUpToSixteenAreTaken) {
+    EXPECT_TRUE(effect.SetChannels(16, 16));
+    EXPECT_EQ(effect.Record().numInputs, 16);
+    EXPECT_EQ(effect.Record().numOutputs, 16);
+    EXPECT_EQ(host.Count(audioMasterIOChanged), 1u);
+}
+
+TEST_F(HostCalls, RefusedSpeakerArrangementsLeaveEverythingAsItWas) {
+    ASSERT_TRUE(effect.SetChannels(6, 6));
+    host.calls.clear();
+    for (const auto& [in, out] :
+        {std::pair{17, 17}, {2, 6}, {6, 2}, {-1, -1}, {INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}}) {
+        EXPECT_FALSE(effect.SetChannels(in, out)) << in << " and " << out;
+    }
+    EXPECT_EQ(effect.Record().numInputs, 6);
+    EXPECT_EQ(effect.Record().numOutputs, 6);
+    EXPECT_TRUE(host.calls.empty());
+    VstSpeakerArrangement* in = nullptr;
+    VstSpeakerArrangement* out = nullptr;
+    EXPECT_EQ(effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out), 1);
+    EXPECT_EQ(in->numChannels, 6);
+    EXPECT_EQ(out->numChannels, 6);
+}
+
+TEST_F(HostCalls, SpeakerArrangementsComeBackAsTheyWereSet) {
+    SpeakerArrangement<64> in{};
+    SpeakerArrangement<64> out{};
+    in.type = 7;
+    in.numChannels = out.numChannels = 3;
+    in.speakers[2].azimuth = 0.5f;
+    out.speakers[0].name[0] = 'L';
+    EXPECT_EQ(effect.Dispatch(effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out), 1);
+    VstSpeakerArrangement* answer = nullptr;
+    EXPECT_EQ(
+        effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&answer), nullptr), 1);
+    EXPECT_EQ(answer->type, 7);
+    EXPECT_EQ(answer->speakers[2].azimuth, 0.5f);
+    EXPECT_EQ(effect.Dispatch(effGetSpeakerArrangement, 0, 0, &answer), 1);
+    EXPECT_EQ(answer->speakers[0].name[0], 'L');
+}
+
+TEST_F(HostCalls, ArrangementIsReadNoFurtherThanItsHeaderTells) {
+    // A host that allocates room for one speaker only: the sanitizer sees a read beyond it.
+    const auto record = std::make_unique<SpeakerArrangement<1>>();
+    record->numChannels = 1;
+    EXPECT_EQ(effect.Dispatch(
+                  effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(record.get()), record.get()),
+        1);
+    EXPECT_EQ(effect.Record().numInputs, 1);
+}
+
+TEST_F(HostCalls, ThereIsNoArrangementBeforeTheFirstSet) {
+    VstSpeakerArrangement* in = nullptr;
+    VstSpeakerArrangement* out = nullptr;
+    EXPECT_EQ(effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out), 0);
+    EXPECT_EQ(in, nullptr);
+    EXPECT_EQ(out, nullptr);
+}
+
+TEST_F(HostCalls, EditGestureGoesToTheParameterOfTheCurrentGroup) {
+    effect.Device().SetCurrentGroup(2);
+    effect.Device().BeginEdit(33);
+    effect.Device().EndEdit(33);
+    ASSERT_EQ(host.calls.size(), 2u);
+    EXPECT_EQ(host.calls[0].opcode, audioMasterBeginEdit);
+    EXPECT_EQ(host.calls[0].index, HostIndexOf(233));
+    EXPECT_EQ(host.calls[1].opcode, audioMasterEndEdit);
+    EXPECT_EQ(host.calls[1].index, HostIndexOf(233));
+}
+
+TEST_F(HostCalls, EditGestureOfAParameterWithoutGroupsStaysWithIt) {
+    effect.Device().SetCurrentGroup(3);
+    effect.Device().BeginEdit(24);
+    ASSERT_EQ(host.calls.size(), 1u);
+    EXPECT_EQ(host.calls[0].index, 104);
+}
+
+TEST_F(HostCalls, EditGestureOfAnUnknownOrAbsoluteTagTellsTheHostNothing) {
+    for (const std::int32_t tag : {0, 38, 99, 100, 132, 337, -4, -68, INT_MIN, INT_MAX}) {
+        effect.Device().BeginEdit(tag);
+        effect.Device().EndEdit(tag);
+    }
+    EXPECT_TRUE(host.calls.empty());
+}
+
+TEST_F(HostCalls, NotifyHostReportsTheBaseUnderTheHostIndex) {
+    effect.Device().SetParam(33, 0.25f, MacroOffset);
+    effect.Device().SetParam(33, 0.5f, RawBase | NotifyHost);
+    ASSERT_EQ(host.calls.size(), 1u);
+    EXPECT_EQ(host.calls[0].opcode, audioMasterAutomate);
+    EXPECT_EQ(host.calls[0].effect, &effect.Record());
+    EXPECT_EQ(host.calls[0].index, 4);
+    EXPECT_EQ(host.calls[0].option, 0.5f);
+}
+
+TEST_F(HostCalls, HostsOwnWritesAreNotReportedBack) {
+    for (std::int32_t index = 0; index < 109; ++index) effect.Set(index, 0.5f);
+    EXPECT_TRUE(host.calls.empty());
+}
+
+TEST_F(HostCalls, TagsOutsideTheTableReportNothing) {
+    for (const std::int32_t tag : {0, 38, 100, 338, -1, -4, -56, INT_MIN, INT_MAX}) {
+        effect.Device().SetParam(tag, 0.5f, NotifyHost);
+        effect.Device().SetParameterAutomated(tag, 0.5f);
+    }
+    EXPECT_TRUE(host.calls.empty());
+}
+
+TEST_F(HostCalls, RecordsDelayFollowsWhatTheHostSets) {
+    EXPECT_EQ(effect.Record().initialDelay, 0);
+    effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
+    EXPECT_EQ(effect.Record().initialDelay, 128);
+    effect.Set(24, 0.0f); // channels 1 and 2 leave group 1: nobody uses it
+    effect.Set(28, 0.0f);
+    EXPECT_EQ(effect.Record().initialDelay, 128) << "a parameter alone refreshes nothing";
+    effect.Dispatch(effSetBlockSize, 0, 256);
+    EXPECT_EQ(effect.Record().initialDelay, 0);
+    effect.Set(24, 1.0f);
+    char chunk[] = "x";
+    effect.Dispatch(effSetChunk, 0, 1, chunk);
+    EXPECT_EQ(effect.Record().initialDelay, 128);
+    EXPECT_EQ(host.Count(audioMasterIOChanged), 0u);
+}
+
+TEST_F(HostCalls, AbsurdRatesAndBlockSizesAreIgnored) {
+    effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
+    for (const float rate :
+        {0.0f, -44100.0f, 1.7e6f, std::numeric_limits<float>::infinity(), std::nanf("")}) {
+        effect.Dispatch(effSetSampleRate, 0, 0, nullptr, rate);
+        EXPECT_EQ(effect.Device().GetLatency(), 128) << rate;
+    }
+    for (const std::intptr_t frames :
+        {std::intptr_t{0}, std::intptr_t{-1}, std::intptr_t{INT_MIN}, INTPTR_MIN}) {
+        effect.Dispatch(effSetBlockSize, 0, frames);
+    }
+    std::vector<std::vector<float>> channels(2, std::vector<float>(3000, 0.1f));
+    effect.Process(channels);
+    effect.Dispatch(effSetBlockSize, 0, 16);
+    effect.Process(channels);
+    effect.Dispatch(effSetBlockSize, 0, INTPTR_MAX);
+    effect.Process(channels);
+    for (const float x : channels[0]) ASSERT_TRUE(std::isfinite(x));
+}
+
+TEST_F(HostCalls, ProcessWorksFromSeparateAndFromSharedBuffers) {
+    CHostedEffect other(host.Callback());
+    std::vector<std::vector<float>> shared(2, std::vector<float>(512));
+    for (std::size_t i = 0; i < 512; ++i)
+        shared[0][i] = shared[1][i] = std::sin(static_cast<float>(i) * 0.05f);
+    const auto inputs = shared;
+    std::vector<std::vector<float>> outputs(2, std::vector<float>(512, 99.0f));
+    std::vector<float*> in{const_cast<float*>(inputs[0].data()), const_cast<float*>(inputs[1].data())};
+    std::vector<float*> out{outputs[0].data(), outputs[1].data()};
+    const auto untouched = inputs;
+    effect.Process(shared);
+    other.Record().processReplacing(&other.Record(), in.data(), out.data(), 512);
+    EXPECT_EQ(shared, outputs);
+    EXPECT_EQ(inputs, untouched) << "the host's inputs are read only";
+}
+
+TEST_F(HostCalls, SetProgramReachesTheFirstProgramOnly) {
+    CDeviceDSP& device = effect.Device();
+    EXPECT_EQ(device.GetProgram(), 0);
+    device.SetProgram(5, true);
+    EXPECT_EQ(device.GetProgram(), 0);
+    device.SetProgram(-1, true);
+    EXPECT_EQ(device.GetProgram(), -1);
+    device.SetProgramPlain(0);
+    EXPECT_EQ(device.GetProgram(), 0);
+}

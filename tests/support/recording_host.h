@@ -1,0 +1,78 @@
+#pragma once
+
+#include "plugin/device_dsp.h"
+#include "plugin/vst2.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace KAV::Tests {
+
+/// One call that the host was told.
+struct SHostCall {
+    VST::AEffect* effect;
+    std::int32_t opcode;
+    std::int32_t index;
+    std::intptr_t value;
+    float option;
+    std::string text; ///< of audioMasterCanDo
+};
+
+/// A host that records what it is told and answers what the test says. One at a time; calls may come from any
+/// thread when `record` is off.
+class CRecordingHost final {
+public:
+    CRecordingHost();
+    ~CRecordingHost();
+    CRecordingHost(const CRecordingHost&) = delete;
+    CRecordingHost& operator=(const CRecordingHost&) = delete;
+
+    VST::HostCallback Callback() const noexcept;
+
+    std::intptr_t version = VST::kVstVersion; ///< answer to audioMasterVersion
+    bool record = true;
+    std::vector<SHostCall> calls;
+    /// Asked first; a result other than 0 is the answer.
+    std::function<std::intptr_t(
+        VST::AEffect*, std::int32_t opcode, std::int32_t index, void* pointer, float option)>
+        answer;
+
+    std::size_t Count(std::int32_t opcode) const;
+};
+
+/// An instance as the entry makes it, driven through its record like a host does.
+class CHostedEffect final {
+public:
+    explicit CHostedEffect(VST::HostCallback callback)
+        : _device(new CDeviceDSP(callback)), _record(_device->Record()) {}
+    ~CHostedEffect() { Dispatch(VST::effClose); }
+    CHostedEffect(const CHostedEffect&) = delete;
+    CHostedEffect& operator=(const CHostedEffect&) = delete;
+
+    std::intptr_t Dispatch(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0,
+        void* pointer = nullptr, float option = 0.0f) {
+        return _record->dispatcher(_record, opcode, index, value, pointer, option);
+    }
+    void Set(std::int32_t index, float value) { _record->setParameter(_record, index, value); }
+    float Get(std::int32_t index) { return _record->getParameter(_record, index); }
+    /// The text of one of the text calls; fails the test when a byte at or behind `capacity` is touched.
+    std::string Text(std::int32_t opcode, std::int32_t index, std::size_t capacity);
+    std::string Name(std::int32_t index) { return Text(VST::effGetParamName, index, 8); }
+    std::string Label(std::int32_t index) { return Text(VST::effGetParamLabel, index, 8); }
+    std::string Display(std::int32_t index) { return Text(VST::effGetParamDisplay, index, 8); }
+    bool SetChannels(std::int32_t inputs, std::int32_t outputs);
+    /// In place on `channels`; all of one length.
+    void Process(std::vector<std::vector<float>>& channels);
+
+    VST::AEffect& Record() noexcept { return *_record; }
+    CDeviceDSP& Device() noexcept { return *_device; }
+
+private:
+    CDeviceDSP* _device; // owned by the record: effClose destroys it
+    VST::AEffect* _record;
+};
+
+} // namespace KAV::Tests
