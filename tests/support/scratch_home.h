@@ -4,9 +4,9 @@
 
 namespace KAV::Tests {
 
-/// An empty home folder, with the user's configuration, data, cache, document and temporary folders inside, for the
-/// process and the processes that it starts: nothing that a test does can read or leave files of the real user. Made
-/// before the first test, removed at the end.
+/// An empty home folder, with the user's configuration, data, cache, document and temporary folders inside,
+/// for the process and the processes that it starts: nothing that a test does can read or leave files of the
+/// real user. Made before the first test, removed at the end.
 class CScratchHome final {
 public:
     CScratchHome();

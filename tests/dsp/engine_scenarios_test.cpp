@@ -1,0 +1,33 @@
+// The engine against a plain model of it that was written by itself: the same bits over random sessions.
+
+#include "tests/dsp/engine_subject.h"
+#include "tests/dsp/reference/scenario.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace KAV;
+
+namespace {
+
+/// 300 in a usual run, any number on demand.
+std::uint64_t ScenarioCount() {
+    if (const char* count = std::getenv("KAV_SCENARIOS")) return std::strtoull(count, nullptr, 10);
+    return 300;
+}
+
+} // namespace
+
+TEST(EngineScenarios, EqualThePlainModelBitForBit) {
+    Reference::CCoverage coverage;
+    for (std::uint64_t seed = 1; seed <= ScenarioCount(); ++seed) {
+        const auto reference = Reference::MakeReferenceEngine(coverage);
+        Tests::CEngineSubject engine;
+        const auto result = Reference::RunScenario(seed, *reference, engine);
+        ASSERT_TRUE(result.equal) << result.difference;
+    }
+    std::string rare;
+    for (const auto& name : coverage.UncoveredBelow(20)) rare += name + ' ';
+    EXPECT_EQ(rare, "") << "these cases came up less than 20 times; the comparison says too little of them";
+}

@@ -1,0 +1,36 @@
+#include "tests/dsp/engine_subject.h"
+
+namespace KAV::Tests {
+
+void CEngineSubject::Apply(const Reference::SSettings& settings) {
+    auto& values = _engine.parameters;
+    for (std::size_t g = 0; g < 4; ++g) {
+        for (std::size_t entry = 0; entry < 16; ++entry) {
+            values.channelInGroup[entry][g] = settings.channelInGroup[entry][g];
+            const auto& pair = settings.map[g][entry];
+            _engine.routing[g].SetPair(static_cast<int>(entry), pair[0], pair[1]);
+        }
+        values.solo[g] = settings.solo[g];
+        values.mute[g] = settings.mute[g];
+        values.inputGain[g].SetBase(settings.inputGain[g]);
+        values.threshold[g].SetBase(settings.threshold[g]);
+        values.release[g].SetBase(settings.release[g]);
+        values.ceiling[g].SetBase(settings.ceiling[g]);
+        values.autoRelease[g] = settings.autoRelease[g];
+        values.limiter[g] = settings.limiter[g];
+    }
+    values.oversampling = settings.oversampling;
+    values.mainInputGain.SetBase(settings.mainInput);
+    values.mainOutputGain.SetBase(settings.mainOutput);
+    _engine.hostBypass = settings.hostBypass;
+    _engine.groupsParallel = settings.groupsParallel;
+    _engine.simd = settings.simd;
+    _engine.currentGroup = static_cast<std::uint32_t>(settings.editedGroup);
+}
+
+void CEngineSubject::Process(float* const* channels, int channelCount, int frames) {
+    _engine.Process(
+        const_cast<float**>(channels), nullptr, channelCount, frames); // the pointers stay as they are
+}
+
+} // namespace KAV::Tests

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "dsp/plugin_dsp.h"
+#include "tests/dsp/reference/engine_face.h"
+
+namespace KAV::Tests {
+
+/// The product's engine behind the face that scenarios drive.
+class CEngineSubject final : public Reference::IEngine {
+public:
+    void SetSampleRate(float rate) override { _engine.SetSampleRate(rate); }
+    void SetBlockSize(int frames) override { _engine.SetBlockSize(frames); }
+    void Apply(const Reference::SSettings& settings) override;
+    void Process(float* const* channels, int channelCount, int frames) override;
+    int GetLatency() override { return _engine.Latency(); }
+    double ReportedGain(int group) override { return _engine.Limiter(group).ReportedGain(); }
+    void SetLatch(int group) override { _engine.Limiter(group).Latch(); }
+
+private:
+    CPluginDSP<float, float, DSP::CPluginMC<float, float>> _engine;
+};
+
+} // namespace KAV::Tests

@@ -1,0 +1,286 @@
+#include "dsp/lookahead_limiter.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+using namespace KAV::DSP;
+
+namespace {
+
+constexpr float FullScale = 1.0f; // position of threshold and ceiling that gives 0 dB
+constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
+
+/// Position of the release that falls to 10 % in `seconds`.
+float ReleasePosition(double seconds) {
+    return static_cast<float>(1.0 + std::log10(seconds) / 5.0);
+}
+
+class CLimiterOnAChannel {
+public:
+    explicit CLimiterOnAChannel(double rateHz, double releaseSeconds = 0.001, bool autoRelease = false) {
+        limiter.Reserve(rateHz);
+        limiter.SetRate(rateHz);
+        limiter.SetParams(FullScale, FullScale, ReleasePosition(releaseSeconds), autoRelease);
+    }
+    std::vector<float> Run(std::vector<float> samples) {
+        std::array<float*, 1> channels{samples.data()};
+        limiter.Process(channels, samples.size());
+        return samples;
+    }
+    LookaheadLimiter limiter;
+};
+
+std::vector<float> Step(std::size_t quiet, std::size_t loud, float level) {
+    std::vector<float> samples(quiet + loud, 0.0f);
+    std::fill(samples.begin() + static_cast<std::ptrdiff_t>(quiet), samples.end(), level);
+    return samples;
+}
+
+} // namespace
+
+TEST(LookaheadLength, FollowsTheRateInStepsOfSixtyFour) {
+    EXPECT_EQ(LookaheadLength(44100), 64u);
+    EXPECT_EQ(LookaheadLength(48000), 64u);
+    EXPECT_EQ(LookaheadLength(88200), 128u);
+    EXPECT_EQ(LookaheadLength(96000), 128u);
+    EXPECT_EQ(LookaheadLength(176400), 256u);
+    EXPECT_EQ(LookaheadLength(192000), 256u);
+    EXPECT_EQ(LookaheadLength(352800), 512u);
+    EXPECT_EQ(LookaheadLength(384000), 576u);
+    EXPECT_EQ(LookaheadLength(768000), 1088u);
+    EXPECT_EQ(LookaheadLength(1536000), 2176u);
+}
+
+TEST(LookaheadLength, NeverFallsBelowSixtyFour) {
+    for (const double rate : {1.0, 8000.0, 18285.0, 18286.0}) EXPECT_EQ(LookaheadLength(rate), 64u);
+}
+
+TEST(LookaheadLimiter, DelaysByTheLookahead) {
+    CLimiterOnAChannel channel(48000);
+    std::vector<float> impulse(200, 0.0f);
+    impulse[10] = 0.5f;
+    const auto out = channel.Run(impulse);
+    for (std::size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i], i == 74 ? 0.5f : 0.0f) << i;
+}
+
+TEST(LookaheadLimiter, HoldsALastingStepAtTheCeiling) {
+    for (const double rate : {44100.0, 96000.0, 384000.0}) {
+        CLimiterOnAChannel channel(rate);
+        const std::size_t n = LookaheadLength(rate);
+        for (const float y : channel.Run(Step(n, 4 * n, 2.0f))) EXPECT_LE(y, 1.0f + 1e-6f);
+    }
+}
+
+TEST(LookaheadLimiter, LonePeakPassesByTheOneTapThatComesLate) {
+    // The triangle has N + 1 taps and the window N values: one tap, of weight 1 / size^2, sees the gain as it
+    // is one sample after the peak has left the window, which a release of 0.01 ms has nearly brought back
+    // to 1.
+    for (const double rate : {44100.0, 96000.0, 384000.0}) {
+        const double release = 1e-5;
+        CLimiterOnAChannel channel(rate, release);
+        const std::size_t n = LookaheadLength(rate);
+        std::vector<float> samples(3 * n, 0.0f);
+        samples[n] = 2.0f;
+        const auto out = channel.Run(samples);
+        const double size = static_cast<double>(n) / 2.0 + 1.0;
+        const double kept = std::exp(std::log(0.1) / (release * rate));
+        const double step = 0.5 * (1.0 - kept);
+        EXPECT_NEAR(static_cast<double>(out[2 * n]), 2.0 * (0.5 + step / (size * size)), 1e-6) << rate;
+        EXPECT_GT(out[2 * n], 1.0f);
+    }
+}
+
+TEST(LookaheadLimiter, GainHasReachedItsValueWhenTheStepLeavesTheDelay) {
+    CLimiterOnAChannel channel(48000);
+    const auto out = channel.Run(Step(64, 256, 2.0f));
+    for (std::size_t i = 128; i < out.size(); ++i) EXPECT_NEAR(out[i] / 2.0f, 0.5f, 1e-6f) << i;
+}
+
+TEST(LookaheadLimiter, ThresholdDrivesAndCeilingScales) {
+    CLimiterOnAChannel channel(48000);
+    channel.limiter.SetParams(0.8f, 0.6f, 0.4f, false); // -6 dB and -12 dB
+    const auto quiet = channel.Run(std::vector<float>(300, 0.1f));
+    EXPECT_NEAR(20.0 * std::log10(static_cast<double>(quiet[299]) / 0.1), 6.0 - 12.0, 1e-4);
+    const auto loud = channel.Run(std::vector<float>(5000, 0.9f));
+    EXPECT_NEAR(20.0 * std::log10(static_cast<double>(loud[4999])), -12.0, 1e-4);
+}
+
+TEST(LookaheadLimiter, FixedReleaseRecoversNinetyPercentInItsTime) {
+    for (const double seconds : {0.01, 0.1, 1.0}) {
+        const double rate = 48000;
+        CLimiterOnAChannel channel(rate, seconds);
+        channel.Run(std::vector<float>(2000, 2.0f)); // gain 0.5
+        const auto length = static_cast<std::size_t>(seconds * rate);
+        // The window holds the peak for N samples, and the averages lag by about N/2 behind it.
+        const auto out = channel.Run(std::vector<float>(length + 64 + 64, 0.5f));
+        const double gain = static_cast<double>(out.back()) / 0.5;
+        EXPECT_NEAR(gain, 0.5 + 0.9 * 0.5, 0.01) << seconds;
+    }
+}
+
+TEST(LookaheadLimiter, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSustainedReduction) {
+    const double rate = 48000;
+    const auto samplesToRecover = [rate](std::size_t loudSamples, float level) {
+        CLimiterOnAChannel channel(rate, 0.001, true);
+        channel.Run(std::vector<float>(2000, 0.1f));
+        channel.Run(std::vector<float>(loudSamples, level));
+        const auto out = channel.Run(std::vector<float>(96000, 0.1f));
+        for (std::size_t i = 64; i < out.size(); ++i) {
+            if (out[i] > 0.095f) return i;
+        }
+        return out.size();
+    };
+    EXPECT_LT(samplesToRecover(5, 1.5f), 1000u);
+    EXPECT_GT(samplesToRecover(96000, 8.0f), 5000u);
+}
+
+TEST(LookaheadLimiter, LinkIsTotal) {
+    LookaheadLimiter limiter;
+    limiter.SetParams(FullScale, FullScale, 0.4f, false);
+    std::vector<float> loud(1000, 2.0f);
+    std::vector<float> soft(1000, 0.5f);
+    std::array<float*, 2> channels{loud.data(), soft.data()};
+    limiter.Process(channels, 1000);
+    EXPECT_NEAR(loud[999], 1.0f, 1e-6f);
+    EXPECT_NEAR(soft[999], 0.25f, 1e-6f);
+}
+
+TEST(LookaheadLimiter, SameOutputForBlocksOfAnyLength) {
+    std::vector<float> input(4096);
+    for (std::size_t i = 0; i < input.size(); ++i)
+        input[i] = 1.8f * std::sin(static_cast<float>(i * i) * 0.0003f);
+    for (const bool autoRelease : {false, true}) {
+        CLimiterOnAChannel whole(48000, 0.02, autoRelease);
+        const auto expected = whole.Run(input);
+        for (const std::size_t block : {1u, 7u, 512u}) {
+            CLimiterOnAChannel pieces(48000, 0.02, autoRelease);
+            std::vector<float> joined;
+            for (std::size_t i = 0; i < input.size(); i += block) {
+                const auto end = std::min(i + block, input.size());
+                const auto out = pieces.Run({input.begin() + static_cast<std::ptrdiff_t>(i),
+                    input.begin() + static_cast<std::ptrdiff_t>(end)});
+                joined.insert(joined.end(), out.begin(), out.end());
+            }
+            EXPECT_EQ(joined, expected) << block;
+        }
+    }
+}
+
+TEST(LookaheadLimiter, SwitchingBackToAutoReleaseUsesItsOldCoefficientForTheFirstSample) {
+    // Two limiters whose automatic release saw the same past. One of them spends a while in the fixed
+    // release, during which the automatic one's state and coefficient must stand still.
+    CLimiterOnAChannel steady(48000, 0.05, true);
+    CLimiterOnAChannel switched(48000, 0.05, true);
+    std::vector<float> past(3000, 3.0f);
+    steady.Run(past);
+    switched.Run(past);
+    switched.limiter.SetParams(FullScale, FullScale, ReleasePosition(0.05), false);
+    switched.Run(
+        std::vector<float>(500, 3.0f)); // the same constant: window and averages end in the same state
+    switched.limiter.SetParams(FullScale, FullScale, ReleasePosition(0.05), true);
+    const auto a = steady.Run(std::vector<float>(400, 0.5f));
+    const auto b = switched.Run(std::vector<float>(400, 0.5f));
+    for (std::size_t i = 0; i < a.size(); ++i) ASSERT_NEAR(a[i], b[i], 1e-6f) << i;
+}
+
+TEST(LookaheadLimiter, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
+    CLimiterOnAChannel channel(48000, 1.0);
+    channel.Run(std::vector<float>(1000, 4.0f)); // fixed state at 0.25
+    channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), true);
+    channel.Run(std::vector<float>(48000, 0.1f)); // the automatic one is at unity all along
+    channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), false);
+    const auto out = channel.Run(std::vector<float>(400, 0.1f));
+    EXPECT_NEAR(out[399] / 0.1f, 0.25f, 0.02f) << "the fixed release goes on from where it was left";
+}
+
+TEST(LookaheadLimiter, RateChangeRestartsWithSilence) {
+    CLimiterOnAChannel channel(48000);
+    channel.Run(std::vector<float>(500, 4.0f));
+    channel.limiter.Reserve(96000);
+    channel.limiter.SetRate(96000);
+    const auto out = channel.Run(std::vector<float>(200, 0.5f));
+    for (std::size_t i = 0; i < 128; ++i) EXPECT_EQ(out[i], 0.0f);
+    EXPECT_EQ(out[128], 0.5f) << "gain is back at unity";
+}
+
+TEST(LookaheadLimiter, LatchReportsTheLowestGainSinceTheLastOne) {
+    CLimiterOnAChannel channel(48000, 0.001);
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0);
+    channel.Run(std::vector<float>(2000, 4.0f));
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "nobody has asked";
+    channel.Run(std::vector<float>(48000, 0.1f));
+    channel.limiter.Latch();
+    channel.Run({0.1f});
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 0.25, 1e-6);
+    channel.limiter.Latch();
+    channel.Run({0.1f});
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 1.0, 1e-6) << "the minimum began anew with the latch";
+}
+
+TEST(LookaheadLimiter, LatchIsAnsweredByACallOfNoLength) {
+    CLimiterOnAChannel channel(48000, 0.001);
+    channel.Run(std::vector<float>(2000, 2.0f));
+    channel.limiter.Latch();
+    channel.Run({});
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
+    channel.limiter.Latch();
+    channel.Run({});
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "no sample since: nothing was reduced";
+}
+
+TEST(LookaheadLimiter, RateChangeDoesNotResetTheMinimum) {
+    CLimiterOnAChannel channel(48000);
+    channel.Run(std::vector<float>(2000, 2.0f));
+    channel.limiter.SetRate(44100);
+    channel.limiter.Latch();
+    channel.Run({});
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
+}
+
+TEST(LookaheadLimiter, NotANumberMovesNoGainAndComesOutDelayed) {
+    LookaheadLimiter limiter;
+    limiter.SetParams(FullScale, FullScale, 0.4f, false);
+    std::vector<float> left(300, 0.5f);
+    std::vector<float> right(300, 0.5f);
+    left[10] = NotANumber;
+    std::array<float*, 2> channels{left.data(), right.data()};
+    limiter.Process(channels, 300);
+    for (std::size_t i = 64; i < 300; ++i) {
+        EXPECT_EQ(right[i], 0.5f);
+        EXPECT_EQ(std::isnan(left[i]), i == 74);
+    }
+}
+
+TEST(LookaheadLimiter, InfinityShutsTheGainAndPasses) {
+    CLimiterOnAChannel channel(48000, 0.001);
+    std::vector<float> samples(20000, 0.5f);
+    samples[100] = std::numeric_limits<float>::infinity();
+    const auto out = channel.Run(samples);
+    EXPECT_TRUE(std::isnan(out[164]) || std::isinf(out[164]));
+    EXPECT_NEAR(out[19999], 0.5f, 1e-5f);
+}
+
+TEST(LookaheadLimiter, SilenceIsLeftAtUnity) {
+    CLimiterOnAChannel channel(48000);
+    for (const float y : channel.Run(std::vector<float>(500, 0.0f))) EXPECT_EQ(y, 0.0f);
+    channel.limiter.Latch();
+    channel.Run({});
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0);
+}
+
+TEST(LookaheadLimiter, DelayLinesBelongToPlacesInTheList) {
+    LookaheadLimiter limiter;
+    limiter.SetParams(FullScale, FullScale, 0.4f, false);
+    std::vector<float> first(64, 0.25f);
+    std::vector<float> second(64, 0.5f);
+    std::array<float*, 2> both{first.data(), second.data()};
+    limiter.Process(both, 64);
+    std::vector<float> third(64, 0.0f);
+    std::array<float*, 1> one{third.data()};
+    limiter.Process(one, 64);
+    EXPECT_EQ(third[0], 0.25f) << "another channel at the same place finds what its predecessor left";
+}
