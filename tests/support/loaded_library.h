@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/library.h"
+#include "plugin/vst2.h"
+
+#include <cmath>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace KAV::Tests {
+
+/// The smallest host there is: it has a version.
+inline std::intptr_t KAV_VST_CALL SmallestHost(
+    VST::AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
+    return opcode == VST::audioMasterVersion ? VST::kVstVersion : 0;
+}
+
+/// The library as it is delivered, loaded the way a host loads it.
+class CLoadedLibrary final {
+public:
+    explicit CLoadedLibrary(const std::filesystem::path& file = KAV_PLUGIN_PATH) {
+        std::string reason;
+        _library = Platform::OpenLibrary(file, reason);
+        EXPECT_NE(_library, nullptr) << reason;
+    }
+    ~CLoadedLibrary() { Platform::CloseLibrary(_library); }
+    CLoadedLibrary(const CLoadedLibrary&) = delete;
+    CLoadedLibrary& operator=(const CLoadedLibrary&) = delete;
+
+    VST::PluginEntry Entry(const char* name = "VSTPluginMain") const {
+        return reinterpret_cast<VST::PluginEntry>(Platform::FindSymbol(_library, name));
+    }
+
+private:
+    void* _library;
+};
+
+/// What a host does with an instance in the shortest session.
+inline void RunSession(VST::PluginEntry entry) {
+    using namespace VST;
+    AEffect* effect = entry(SmallestHost);
+    ASSERT_NE(effect, nullptr);
+    effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.0f);
+    effect->dispatcher(effect, effSetSampleRate, 0, 0, nullptr, 48000.0f);
+    effect->dispatcher(effect, effSetBlockSize, 0, 256, nullptr, 0.0f);
+    effect->dispatcher(effect, effMainsChanged, 0, 1, nullptr, 0.0f);
+    std::vector<float> left(256, 0.5f);
+    std::vector<float> right(256, -0.5f);
+    float* channels[] = {left.data(), right.data()};
+    effect->processReplacing(effect, channels, channels, 256);
+    EXPECT_TRUE(std::isfinite(left[255]));
+    EXPECT_EQ(effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f), 1);
+}
+
+} // namespace KAV::Tests
