@@ -1,0 +1,218 @@
+#include "tests/tree/source_tree.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+namespace KAV::Tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> ReadLines(const fs::path& file) {
+    std::ifstream stream(file);
+    if (!stream) throw std::runtime_error("cannot read " + file.string());
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+bool IsSource(const fs::path& file) {
+    static const std::set<std::string> extensions{
+        ".c", ".cc", ".cpp", ".cxx", ".h", ".hpp", ".inc", ".inl", ".ipp"};
+    return extensions.contains(file.extension().string());
+}
+
+/// Every source below the root, relative to it, with forward slashes, sorted.
+std::vector<std::string> Sources(const fs::path& root) {
+    std::vector<std::string> sources;
+    for (auto entry = fs::recursive_directory_iterator(root); entry != fs::recursive_directory_iterator();
+         ++entry) {
+        const auto relative = entry->path().lexically_relative(root).generic_string();
+        const bool hidden = entry->path().filename().string().starts_with(".");
+        if (entry->is_directory() && (hidden || relative == "build" || relative == "out")) {
+            entry.disable_recursion_pending();
+        } else if (entry->is_regular_file() && IsSource(entry->path())) {
+            sources.push_back(relative);
+        }
+    }
+    std::sort(sources.begin(), sources.end());
+    return sources;
+}
+
+bool LiesIn(const std::string& file, const std::string& folder) {
+    return file.starts_with(folder + "/");
+}
+
+/// The layer with the longest name that the file lies in; null when there is none.
+const SLayer* LayerOf(const std::string& file, const std::vector<SLayer>& layers) {
+    const SLayer* found = nullptr;
+    for (const auto& layer : layers) {
+        if (LiesIn(file, layer.folder) && (!found || layer.folder.size() > found->folder.size()))
+            found = &layer;
+    }
+    return found;
+}
+
+std::vector<std::string> Cells(const std::string& row) {
+    std::vector<std::string> cells;
+    std::istringstream stream(row);
+    std::string cell;
+    std::getline(stream, cell, '|'); // in front of the first bar
+    while (std::getline(stream, cell, '|')) {
+        const auto first = cell.find_first_not_of(' ');
+        const auto last = cell.find_last_not_of(' ');
+        cells.push_back(first == std::string::npos ? "" : cell.substr(first, last - first + 1));
+    }
+    return cells;
+}
+
+/// The words of a text that stand between `backquotes`.
+std::vector<std::string> Quoted(const std::string& text) {
+    static const std::regex quoted("`([^`]+)`");
+    std::vector<std::string> words;
+    for (auto match = std::sregex_iterator(text.begin(), text.end(), quoted); match != std::sregex_iterator();
+         ++match) {
+        words.push_back((*match)[1]);
+    }
+    return words;
+}
+
+SLayer ReadLayer(const std::string& row) {
+    const auto cells = Cells(row);
+    if (cells.size() < 2 || Quoted(cells[0]).size() != 1)
+        throw std::runtime_error("what layer is this? " + row);
+    SLayer layer;
+    layer.folder = Quoted(cells[0]).front();
+    for (const auto& name : Quoted(cells[1])) layer.allowed.insert(name);
+    layer.product = cells[1] != "everything";
+    if (layer.allowed.empty() && layer.product && cells[1] != "nothing") {
+        throw std::runtime_error("what may it include? " + row);
+    }
+    return layer;
+}
+
+/// The line with the lines that it continues on behind a backslash.
+std::string Continued(const std::vector<std::string>& lines, std::size_t index) {
+    std::string text = lines[index];
+    while (text.ends_with("\\") && ++index < lines.size()) text.replace(text.size() - 1, 1, lines[index]);
+    return text;
+}
+
+std::string Where(const std::string& file, std::size_t index) {
+    return file + ":" + std::to_string(index + 1);
+}
+
+} // namespace
+
+std::vector<SLayer> ReadLayers(const fs::path& document) {
+    std::vector<SLayer> layers;
+    const auto lines = ReadLines(document);
+    auto line = std::find_if(lines.begin(), lines.end(), [](const std::string& text) {
+        const auto cells = Cells(text);
+        return cells.size() >= 2 && cells[0] == "Folder" && cells[1] == "May include";
+    });
+    if (line == lines.end()) throw std::runtime_error("no table of layers in " + document.string());
+    for (line += 2; line < lines.end() && line->starts_with("|"); ++line) layers.push_back(ReadLayer(*line));
+    return layers;
+}
+
+std::vector<std::string> IncludeBreaks(const fs::path& root, const std::vector<SLayer>& layers) {
+    static const std::regex include("^\\s*#\\s*include\\s*([<\"])([^>\"]+)[>\"].*");
+    std::vector<std::string> breaks;
+    for (const auto& file : Sources(root)) {
+        const SLayer* layer = LayerOf(file, layers);
+        if (!layer) breaks.push_back(file + " lies in no folder of the table");
+        if (!layer || !layer->product) continue;
+        const auto lines = ReadLines(root / file);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            std::smatch match;
+            if (!std::regex_match(lines[i], match, include)) continue;
+            const std::string target = match[2];
+            if (!fs::exists(root / target)) {
+                if (match[1] == "\"")
+                    breaks.push_back(Where(file, i) + " includes " + target + ", not from the root");
+                continue;
+            }
+            const SLayer* other = LayerOf(target, layers);
+            const bool fine = other == layer || layer->allowed.contains(target) ||
+                              (other && layer->allowed.contains(other->folder));
+            if (!fine) breaks.push_back(Where(file, i) + " includes " + target);
+        }
+    }
+    return breaks;
+}
+
+std::vector<std::string> SystemSwitches(const fs::path& root, const std::set<std::string>& exceptions) {
+    static const std::regex condition("^\\s*#\\s*(if|ifdef|ifndef|elif|elifdef|elifndef)\\b(.*)");
+    static const std::regex system("\\b(_?_?WIN(32|64|DOWS)(__)?|__CYGWIN__|__MINGW(32|64)__|_MSC_VER|"
+                                   "(__)?linux(__)?|__gnu_linux__|(__)?unix(__)?|__APPLE__|__FreeBSD__)\\b");
+    static const std::regex free("^(platform|tests|gfx/[^/]+)/.*");
+    std::vector<std::string> switches;
+    for (const auto& file : Sources(root)) {
+        if (exceptions.contains(file) || std::regex_match(file, free)) continue;
+        const auto lines = ReadLines(root / file);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            std::smatch match;
+            const auto line = Continued(lines, i);
+            if (!std::regex_match(line, match, condition)) continue;
+            const std::string asked = match[2];
+            if (std::regex_search(asked, system)) switches.push_back(Where(file, i) + " asks for the system");
+        }
+    }
+    return switches;
+}
+
+std::vector<std::string> MissingPorts(const fs::path& root) {
+    const std::array<std::string, 2> systems{"linux", "win32"};
+    std::array<std::set<std::string>, 2> files;
+    for (std::size_t i = 0; i < systems.size(); ++i) {
+        const auto folder = root / "platform" / systems[i];
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            if (entry.is_regular_file())
+                files[i].insert(entry.path().lexically_relative(folder).generic_string());
+        }
+    }
+    std::vector<std::string> missing;
+    for (std::size_t i = 0; i < systems.size(); ++i) {
+        for (const auto& file : files[1 - i]) {
+            if (!files[i].contains(file))
+                missing.push_back("platform/" + systems[i] + "/" + file + " is missing");
+        }
+    }
+    return missing;
+}
+
+std::vector<std::string> LongSources(const fs::path& root, const std::vector<SLayer>& layers,
+    std::size_t limit, const std::set<std::string>& exceptions) {
+    std::vector<std::string> sources;
+    for (const auto& file : Sources(root)) {
+        const SLayer* layer = LayerOf(file, layers);
+        if (!layer || !layer->product || exceptions.contains(file)) continue;
+        const auto length = ReadLines(root / file).size();
+        if (length > limit) sources.push_back(file + " has " + std::to_string(length) + " lines");
+    }
+    return sources;
+}
+
+std::vector<std::string> UnexplainedPackages(const fs::path& root) {
+    std::set<std::string> explained;
+    for (const auto& line : ReadLines(root / "docs/dependencies.md")) {
+        for (const auto& word : Quoted(line)) explained.insert(word);
+    }
+    std::vector<std::string> unexplained;
+    for (const auto& line : ReadLines(root / "packaging/packages.txt")) {
+        std::istringstream words(line);
+        std::string group, package;
+        if (line.starts_with("#") || !(words >> group >> package)) continue;
+        if (!explained.contains(package)) unexplained.push_back(package + " is not explained");
+    }
+    return unexplained;
+}
+
+} // namespace KAV::Tests

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace KAV::Tests {
+
+/// One row of the table of layers: a folder, and what its files may include besides their own folder.
+struct SLayer {
+    std::string folder;            ///< from the root, as "dsp" or "tools/kavhost"
+    std::set<std::string> allowed; ///< folders, or single files
+    bool product = true;           ///< false where everything may be included: the tests and benchmarks
+};
+
+/// The rows of the first table of a Markdown text whose first two columns are "Folder" and "May include", in
+/// their order. Throws std::runtime_error when there is none, or a row that cannot be understood.
+std::vector<SLayer> ReadLayers(const std::filesystem::path& document);
+
+// The checks of a tree. Each gives one line of text per break; none means that all is well. Build results and
+// hidden folders do not count.
+
+/// Includes of our own files that the table does not allow, or that do not start at the root; and sources in
+/// folders that the table does not name.
+std::vector<std::string> IncludeBreaks(const std::filesystem::path& root, const std::vector<SLayer>& layers);
+
+/// Preprocessor conditions on the operating system outside the folders that are there for it.
+std::vector<std::string> SystemSwitches(
+    const std::filesystem::path& root, const std::set<std::string>& exceptions);
+
+/// Files of one system's folder under platform/ that the other system lacks.
+std::vector<std::string> MissingPorts(const std::filesystem::path& root);
+
+/// Sources of the product that have more lines than `limit`.
+std::vector<std::string> LongSources(const std::filesystem::path& root, const std::vector<SLayer>& layers,
+    std::size_t limit, const std::set<std::string>& exceptions);
+
+/// Packages that packaging/packages.txt asks for and docs/dependencies.md does not explain.
+std::vector<std::string> UnexplainedPackages(const std::filesystem::path& root);
+
+} // namespace KAV::Tests

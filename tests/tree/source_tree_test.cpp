@@ -1,0 +1,174 @@
+#include "tests/tree/source_tree.h"
+
+#include "tests/support/scratch_home.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <string_view>
+
+using namespace KAV::Tests;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+const std::filesystem::path Root = KAV_SOURCE_DIR;
+
+// What may ask for the system outside platform/ and gfx/<back end>/.
+const std::set<std::string> SystemExceptions{
+    "plugin/vst2.h", // the calling convention is part of the binary interface
+};
+
+constexpr std::size_t LongestSource = 600;
+const std::set<std::string> LongExceptions{};
+
+/// A small tree of files, gone when the test process ends.
+class CMadeUpTree final {
+public:
+    CMadeUpTree() { std::filesystem::remove_all(_root); }
+
+    void Write(const std::string& file, std::string_view text) const {
+        std::filesystem::create_directories((_root / file).parent_path());
+        std::ofstream(_root / file) << text;
+    }
+    const std::filesystem::path& Root() const { return _root; }
+
+private:
+    std::filesystem::path _root = ScratchFolder() / "tree";
+};
+
+std::vector<SLayer> ThreeLayers() {
+    return {{"utils", {}}, {"dsp", {"utils"}}, {"tools/host", {"utils", "dsp/interface.h"}},
+        {"tests", {}, false}};
+}
+
+} // namespace
+
+TEST(Layers, HoldInEveryInclude) {
+    EXPECT_EQ(IncludeBreaks(Root, ReadLayers(Root / "docs/architecture.md")), Lines{});
+}
+
+TEST(Layers, StandOnRowsAboveThemOnly) {
+    std::set<std::string> above;
+    for (const auto& layer : ReadLayers(Root / "docs/architecture.md")) {
+        for (const auto& name : layer.allowed) {
+            const bool isFile = name.ends_with(".h");
+            EXPECT_TRUE(above.contains(isFile ? name.substr(0, name.rfind('/')) : name))
+                << layer.folder << " may include " << name;
+        }
+        above.insert(layer.folder);
+    }
+}
+
+TEST(SystemSwitches, StandInPlatformAndRendererFoldersOnly) {
+    EXPECT_EQ(SystemSwitches(Root, SystemExceptions), Lines{});
+}
+
+TEST(MissingPorts, AreNone) {
+    EXPECT_EQ(MissingPorts(Root), Lines{});
+}
+
+TEST(LongSources, AreNone) {
+    EXPECT_EQ(
+        LongSources(Root, ReadLayers(Root / "docs/architecture.md"), LongestSource, LongExceptions), Lines{});
+}
+
+TEST(UnexplainedPackages, AreNone) {
+    EXPECT_EQ(UnexplainedPackages(Root), Lines{});
+}
+
+TEST(ReadLayers, TakesTheRowsOfTheTableInOrder) {
+    const CMadeUpTree tree;
+    tree.Write("layers.md", "# Title\n\n"
+                            "| Something | Else |\n|---|---|\n| `no` | `layer` |\n\n"
+                            "| Folder | May include | Holds |\n|---|---|---|\n"
+                            "| `utils` | nothing | ground |\n"
+                            "| `dsp` | `utils`, `plugin/vst2.h` | |\n"
+                            "| `tests` | everything | |\n\n"
+                            "| `behind` | the table |\n");
+    const auto layers = ReadLayers(tree.Root() / "layers.md");
+    ASSERT_EQ(layers.size(), 3u);
+    EXPECT_EQ(layers[0].folder, "utils");
+    EXPECT_EQ(layers[0].allowed, std::set<std::string>{});
+    EXPECT_TRUE(layers[0].product);
+    EXPECT_EQ(layers[1].folder, "dsp");
+    EXPECT_EQ(layers[1].allowed, (std::set<std::string>{"utils", "plugin/vst2.h"}));
+    EXPECT_EQ(layers[2].folder, "tests");
+    EXPECT_FALSE(layers[2].product);
+}
+
+TEST(ReadLayers, RefusesATextWithoutTheTableOrWithAVagueRow) {
+    const CMadeUpTree tree;
+    tree.Write("none.md", "| Folder | Holds |\n|---|---|\n| `utils` | nothing |\n");
+    tree.Write("vague.md", "| Folder | May include |\n|---|---|\n| `utils` | this and that |\n");
+    EXPECT_THROW(ReadLayers(tree.Root() / "none.md"), std::runtime_error);
+    EXPECT_THROW(ReadLayers(tree.Root() / "vague.md"), std::runtime_error);
+    EXPECT_THROW(ReadLayers(tree.Root() / "absent.md"), std::runtime_error);
+}
+
+TEST(IncludeBreaks, AreNoneInAnOrderlyTree) {
+    const CMadeUpTree tree;
+    tree.Write("utils/text.h", "#include <string>\n");
+    tree.Write("dsp/interface.h", "#include \"utils/text.h\"\n");
+    tree.Write("dsp/deep/inside.h", "#include \"dsp/interface.h\"\n");
+    tree.Write("tools/host/main.cpp", "#include \"dsp/interface.h\"\n#include \"tools/host/main.h\"\n");
+    tree.Write("tools/host/main.h", "");
+    tree.Write("tests/dsp/interface_test.cpp", "#include \"dsp/deep/inside.h\"\n");
+    tree.Write("build/release/generated.cpp", "#include \"what.h\"\n");
+    tree.Write(".cache/generated.cpp", "#include \"what.h\"\n");
+    EXPECT_EQ(IncludeBreaks(tree.Root(), ThreeLayers()), Lines{});
+}
+
+TEST(IncludeBreaks, NameFileAndLine) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/limiter.h", "");
+    tree.Write("dsp/limiter.cpp", "#include \"limiter.h\"\n");
+    tree.Write("plugin/entry.cpp", "");
+    tree.Write("tools/host/main.cpp", "// upwards is fine here\n  #  include \"dsp/limiter.h\"\n");
+    tree.Write("utils/text.cpp", "#include <dsp/limiter.h>\n#include \"dsp/limiter.h\" // why not\n");
+    EXPECT_EQ(IncludeBreaks(tree.Root(), ThreeLayers()),
+        (Lines{"dsp/limiter.cpp:1 includes limiter.h, not from the root",
+            "plugin/entry.cpp lies in no folder of the table", "tools/host/main.cpp:2 includes dsp/limiter.h",
+            "utils/text.cpp:1 includes dsp/limiter.h", "utils/text.cpp:2 includes dsp/limiter.h"}));
+}
+
+TEST(SystemSwitches, NameFileAndLine) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/limiter.cpp", "#if defined(__AVX__)\n#elif defined(_WIN32)\n#endif\n");
+    tree.Write("gfx/opengl/window.cpp", "#ifdef __linux__\n#endif\n");
+    tree.Write("gfx/renderer.cpp", "#ifndef __linux__\n#endif\n");
+    tree.Write("platform/clock.h", "#ifdef _WIN32\n#endif\n");
+    tree.Write("plugin/vst2.h", "#ifdef _WIN32\n#endif\n");
+    tree.Write("utils/text.cpp", "#if defined(NDEBUG) || \\\n    defined(WIN32)\n#endif\n");
+    EXPECT_EQ(SystemSwitches(tree.Root(), {"plugin/vst2.h"}),
+        (Lines{"dsp/limiter.cpp:2 asks for the system", "gfx/renderer.cpp:1 asks for the system",
+            "utils/text.cpp:1 asks for the system"}));
+}
+
+TEST(MissingPorts, NameWhatEitherSystemLacks) {
+    const CMadeUpTree tree;
+    tree.Write("platform/linux/clock.cpp", "");
+    tree.Write("platform/linux/folders.cpp", "");
+    tree.Write("platform/win32/clock.cpp", "");
+    tree.Write("platform/win32/files/find.cpp", "");
+    EXPECT_EQ(MissingPorts(tree.Root()),
+        (Lines{"platform/linux/files/find.cpp is missing", "platform/win32/folders.cpp is missing"}));
+}
+
+TEST(LongSources, CountLinesOfTheProductOnly) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/fits.cpp", "1\n2\n3\n");
+    tree.Write("dsp/long.cpp", "1\n2\n3\n4\n");
+    tree.Write("dsp/table.cpp", "1\n2\n3\n4\n");
+    tree.Write("tests/long_test.cpp", "1\n2\n3\n4\n");
+    EXPECT_EQ(
+        LongSources(tree.Root(), ThreeLayers(), 3, {"dsp/table.cpp"}), Lines{"dsp/long.cpp has 4 lines"});
+}
+
+TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {
+    const CMadeUpTree tree;
+    tree.Write("packaging/packages.txt", "# GROUP PACKAGE\nbuild g++\n\nbuild   cmake\n");
+    tree.Write("docs/dependencies.md", "| `g++` | compiler |\n| cmake | in words only |\n");
+    EXPECT_EQ(UnexplainedPackages(tree.Root()), Lines{"cmake is not explained"});
+}

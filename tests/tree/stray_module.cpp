@@ -1,0 +1,19 @@
+// A plug-in as it must not be: it exports a name too many and two too few, and on Linux needs the C++
+// run-time library.
+#include <stdexcept>
+#include <string>
+
+#if defined(_WIN32)
+#define EXPORT extern "C" __attribute__((dllexport))
+#else
+#define EXPORT extern "C" __attribute__((visibility("default")))
+#endif
+
+EXPORT int VSTPluginMain(const char* text) {
+    if (!text) throw std::invalid_argument("text");
+    return static_cast<int>(std::string(text).size());
+}
+
+EXPORT int Stray() {
+    return 0;
+}
