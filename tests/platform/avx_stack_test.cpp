@@ -28,8 +28,8 @@ __attribute__((noinline)) void ForgetRegisters() {
 }
 
 __attribute__((noinline, target("avx"))) float SumOfSpilled(const float* values) {
-    std::array<__m256, 12> kept;
-    for (std::size_t i = 0; i < kept.size(); ++i) kept[i] = _mm256_loadu_ps(values + 8 * i);
+    __m256 kept[12];
+    for (std::size_t i = 0; i < std::size(kept); ++i) kept[i] = _mm256_loadu_ps(values + 8 * i);
     ForgetRegisters();
     __m256 sum = _mm256_setzero_ps();
     for (const __m256& value : kept) sum = _mm256_add_ps(sum, value);
