@@ -1,0 +1,62 @@
+// A long project: hours of audio while somebody edits. Running sums are never made anew, so time itself is a
+// test.
+
+#include "tests/dsp/engine_subject.h"
+
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+using namespace KAV;
+
+namespace {
+
+/// A minute in a usual run, an hour in a long one.
+int Seconds() {
+    return std::getenv("KAV_LONG") != nullptr ? 3600 : 60;
+}
+
+} // namespace
+
+TEST(EngineEndurance, RandomEditsOverTheHoursLeaveTheSoundAtItsCeiling) {
+    constexpr float Rate = 44100.0f;
+    constexpr std::size_t Block = 441;
+    Tests::CEngineSubject engine;
+    engine.SetSampleRate(Rate);
+    engine.SetBlockSize(Block);
+    Reference::SSettings settings;
+    std::mt19937 random(7);
+    const auto position = [&random] { return static_cast<float>(random() % 1001) / 1000.0f; };
+    std::vector<float> left(Block);
+    std::vector<float> right(Block);
+    std::array<float*, 2> channels{left.data(), right.data()};
+    const auto play = [&](float level) {
+        for (std::size_t i = 0; i < Block; ++i) {
+            left[i] = level * (position() - 0.5f);
+            right[i] = -left[i];
+        }
+        engine.Apply(settings);
+        engine.Process(channels.data(), 2, Block);
+    };
+    for (int second = 0; second < Seconds(); ++second) {
+        const auto group = random() % 4;
+        settings.threshold[group] = position();
+        settings.release[group] = position();
+        settings.autoRelease[group] = random() % 2 != 0;
+        settings.limiter[group] = random() % 8 != 0;
+        settings.channelInGroup[random() % 2][group] = random() % 2 != 0;
+        settings.groupsParallel = random() % 2 != 0;
+        settings.hostBypass = random() % 16 == 0;
+        settings.mainInput = position();
+        for (int block = 0; block < 100; ++block) play(second % 10 == 9 ? 0.0f : 8.0f);
+        for (const float y : left) ASSERT_TRUE(std::isfinite(y)) << second;
+    }
+    // One group at its ceiling: what an hour of sums has left behind must not be heard.
+    settings = Reference::SSettings{};
+    settings.threshold[0] = 0.5f;
+    for (int block = 0; block < 1000; ++block) play(2.0f);
+    for (std::size_t i = 0; i < Block; ++i) ASSERT_LE(std::fabs(left[i]), 1.0f + 0.5f / (33.0f * 33.0f)) << i;
+}
