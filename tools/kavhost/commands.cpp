@@ -1,0 +1,122 @@
+#include "tools/kavhost/commands.h"
+
+#include "platform/executable.h"
+#include "platform/library.h"
+#include "tools/kavhost/effect.h"
+#include "tools/kavhost/effect_library.h"
+#include "tools/kavhost/info.h"
+#include "tools/kavhost/options.h"
+#include "tools/kavhost/profile.h"
+#include "tools/kavhost/render.h"
+#include "tools/kavhost/report.h"
+#include "tools/kavhost/settings.h"
+#include "tools/kavhost/text.h"
+
+#include <algorithm>
+#include <exception>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr SStream kUsualStream{44100, 512};
+
+void PrintError(std::ostream& errors, std::string message) {
+    std::ranges::replace_if(
+        message, [](char letter) { return letter == '\n' || letter == '\r'; }, ' ');
+    errors << "kavhost: " << Trim(message) << std::endl;
+}
+
+std::filesystem::path OwnFolder() {
+    return Platform::ExecutableFile().parent_path();
+}
+
+std::filesystem::path PluginFile(const SOptions& options) {
+    if (!options.plugin.empty()) return options.plugin;
+    return OwnFolder() / PathOf("KAVSorrelLimiter" + std::string(Platform::LibrarySuffix()));
+}
+
+std::optional<SProfile> ProfileFor(const CEffect& effect, const std::filesystem::path& wanted) {
+    if (wanted.empty()) return FindProfile(OwnFolder(), effect.UniqueId());
+    auto profile = ReadProfile(wanted);
+    if (profile.uniqueId != effect.UniqueId()) {
+        throw CFailure(Utf8(wanted) + ": the profile of another effect: its unique id is " +
+                       std::to_string(profile.uniqueId) + ", not " + std::to_string(effect.UniqueId()));
+    }
+    return profile;
+}
+
+void RunInfo(const SOptions& options, std::ostream& out) {
+    const CEffectLibrary library(PluginFile(options));
+    CEffect effect(library, kUsualStream);
+    const auto profile = ProfileFor(effect, options.profile);
+    const auto* known = profile ? &*profile : nullptr;
+    ResolveSettings(options.settings, effect, known);
+    effect.Start(); // the latency need not be known before
+    (options.isJson ? PrintInfoAsJson : PrintInfo)(out, library.File(), effect, known);
+}
+
+std::vector<SSetting> SettingsFor(const CEffectLibrary& library, const SOptions& options) {
+    CEffect effect(library, kUsualStream); // of its own: finding a value may move the parameter about
+    const auto profile = ProfileFor(effect, options.profile);
+    return ResolveSettings(options.settings, effect, profile ? &*profile : nullptr);
+}
+
+/// A file that fails does not keep the others from being done.
+EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& errors) {
+    const CEffectLibrary library(PluginFile(options));
+    CRenderer renderer(library, SettingsFor(library, options), options.render);
+    std::vector<SRenderReport> reports;
+    auto code = EExitCode::Done;
+    for (const auto& job : PlanJobs(options.inputs, options.output)) {
+        try {
+            reports.push_back(renderer.Render(job));
+            if (!options.isJson) PrintReport(out, reports.back());
+        } catch (const CFailure& failure) {
+            PrintError(errors, failure.what());
+            code = EExitCode::Failure;
+        }
+    }
+    if (options.isJson) out << ReportsAsJson(reports) << "\n";
+    return code;
+}
+
+EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) {
+    auto code = EExitCode::Done;
+    switch (options.command) {
+    case ECommand::Print:
+        out << options.text;
+        break;
+    case ECommand::Info:
+        RunInfo(options, out);
+        break;
+    case ECommand::Render:
+        code = RunRender(options, out, errors);
+        break;
+    }
+    out.flush();
+    if (!out) throw CFailure("standard output cannot be written");
+    return code;
+}
+
+} // namespace
+
+EExitCode RunKavhost(
+    const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors) noexcept {
+    try {
+        return Run(ReadOptions(arguments), out, errors);
+    } catch (const CUsageError& error) {
+        PrintError(errors, error.what());
+        return EExitCode::Usage;
+    } catch (const CInterruption& interruption) {
+        PrintError(errors, interruption.what());
+        return EExitCode::Interrupted;
+    } catch (const std::exception& error) { // of ours, of a library, or of an effect that lets one out
+        PrintError(errors, error.what());
+    } catch (...) {
+        PrintError(errors, "an unknown error");
+    }
+    return EExitCode::Failure;
+}
+
+} // namespace KAV::Host

@@ -1,0 +1,64 @@
+#include "tools/kavhost/gain_meter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr double kLeastPower = 1e-6; // -60 dBFS of RMS
+
+}
+
+CGainMeter::CGainMeter(int channels, int rateHz)
+    : _windowFrames(static_cast<std::size_t>(std::max(1, rateHz / 100))),
+      _input{std::vector<double>(static_cast<std::size_t>(channels)), 0}, _output(_input) {}
+
+void CGainMeter::AddInput(std::span<const float> interleaved) {
+    Add(_input, interleaved, [this](const std::vector<double>& energies) {
+        _waiting.insert(_waiting.end(), energies.begin(), energies.end());
+    });
+}
+
+void CGainMeter::AddOutput(std::span<const float> interleaved) {
+    Add(_output, interleaved, [this](const std::vector<double>& energies) { Compare(energies); });
+}
+
+template<typename FULL>
+void CGainMeter::Add(SWindow& window, std::span<const float> interleaved, FULL onFull) {
+    const std::size_t channels = window.energies.size();
+    for (std::size_t i = 0; i + channels <= interleaved.size(); i += channels) {
+        for (std::size_t c = 0; c < channels; ++c) {
+            const double sample = static_cast<double>(interleaved[i + c]);
+            window.energies[c] += sample * sample;
+        }
+        if (++window.frames == _windowFrames) {
+            onFull(window.energies);
+            std::ranges::fill(window.energies, 0.0);
+            window.frames = 0;
+        }
+    }
+}
+
+void CGainMeter::Compare(std::span<const double> outputs) {
+    const std::int64_t frame = _compared++ * static_cast<std::int64_t>(_windowFrames);
+    for (const double output : outputs) {
+        if (_waiting.empty()) return; // the output is the longer
+        const double input = _waiting.front();
+        _waiting.pop_front();
+        if (input < kLeastPower * static_cast<double>(_windowFrames)) continue;
+        const double gain = 10 * std::log10(output / input);
+        if (!_range) _range = SGainRange{gain, gain, frame, frame};
+        if (gain < _range->lowest) {
+            _range->lowest = gain;
+            _range->lowestFrame = frame;
+        }
+        if (gain > _range->highest) {
+            _range->highest = gain;
+            _range->highestFrame = frame;
+        }
+    }
+}
+
+} // namespace KAV::Host

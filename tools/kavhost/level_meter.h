@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tools/kavhost/loudness.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace KAV::Host {
+
+/// Levels of a file, over all channels.
+struct SLevels {
+    double samplePeakDbfs;
+    std::optional<double> truePeakDbtp; ///< where the build measures it
+    std::optional<double> loudnessLufs; ///< where the build measures it; minus infinity for silence
+    std::uint64_t notFinite;            ///< samples that are no number or infinite; the levels leave them out
+};
+
+class CLevelMeter final {
+public:
+    CLevelMeter(int channels, int rateHz) : _loudness(channels, rateHz) {}
+
+    void Add(std::span<const float> interleaved);
+    SLevels Levels() const;
+
+private:
+    float _peak = 0;
+    std::uint64_t _notFinite = 0;
+    CLoudness _loudness;
+};
+
+} // namespace KAV::Host

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace KAV::Host {
+
+/// True peak and loudness after ITU-R BS.1770 and EBU R 128, where this build has the library for it.
+class CLoudness final {
+public:
+    CLoudness(int channels, int rateHz);
+    ~CLoudness();
+
+    void Add(std::span<const float> interleaved);
+
+    std::optional<double> TruePeak() const; ///< linear; nothing without the library
+    std::optional<double>
+    IntegratedLufs() const; ///< minus infinity below the gate; nothing without the library
+
+private:
+    struct SNative;
+    std::unique_ptr<SNative> _native;
+};
+
+} // namespace KAV::Host

@@ -1,0 +1,154 @@
+#include "tools/kavhost/options.h"
+
+#include "tools/kavhost/errors.h"
+#include "tools/kavhost/text.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr const char* kAbout = "Runs audio files through a VST 2 effect, and tells what the effect is.";
+
+constexpr const char* kFooter = "Examples:\n"
+                                "  kavhost info\n"
+                                "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+                                "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+                                "  kavhost render --help\n"
+                                "\n"
+                                "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
+
+constexpr const char* kInfoFooter = "Examples:\n"
+                                    "  kavhost info --json\n"
+                                    "  kavhost info --plugin other.so --set 2:-3.0";
+
+constexpr const char* kRenderFooter =
+    "The output keeps the input's rate and channels, and its sample format where the\n"
+    "output's container has it, else it gets 24 bits; so do MP3 and other coded inputs.\n"
+    "A file appears under its name when it is complete, and not before.\n"
+    "\n"
+    "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
+    "10 ms, per channel, where the input is above -60 dBFS. The real-time factor is the\n"
+    "seconds of audio per second that the effect ran.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+    "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
+
+constexpr const char* kSetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
+                                 "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
+                                 "what the effect's own display shall show. For each setting\n"
+                                 "once more.";
+
+/// Texts as the parser keeps them; paths become such only later, for it knows no UTF-8.
+struct STexts {
+    std::string plugin;
+    std::string profile;
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string format;
+    bool noDither = false;
+    bool noPreroll = false;
+    bool align = false;
+    bool noAlign = false;
+};
+
+void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
+    command
+        .add_option("-p,--plugin", texts.plugin, "The effect's library; the KAV Sorrel Limiter by default")
+        ->type_name("FILE");
+    command
+        .add_option("--profile", texts.profile,
+            "Names and laws of the effect's parameters; by default the *.json beside kavhost with its unique "
+            "id")
+        ->type_name("FILE");
+    command.add_option("-s,--set", options.settings, kSetHelp)->type_name("SETTING")->allow_extra_args(false);
+}
+
+void AddBlock(CLI::App& command, SRenderOptions& render) {
+    command.add_option("--block", render.blockSize, "Frames per call of the effect")
+        ->check(CLI::Range(1, 1 << 16))
+        ->type_name("1..65536")
+        ->capture_default_str();
+}
+
+void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("info", "Tell what the effect is and list its parameters.");
+    command.footer(kInfoFooter);
+    AddEffectOptions(command, options, texts);
+    command.add_flag("--json", options.isJson, "Tell it for programs");
+}
+
+void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
+    command.footer(kRenderFooter);
+    command.add_option("IN", texts.inputs, "Audio files")->required();
+    command
+        .add_option("-o,--output", texts.output,
+            "The output file, its format told by .wav, .flac, .aif, .aiff or .ogg; a folder for several "
+            "inputs")
+        ->required()
+        ->type_name("OUT|DIR");
+    AddEffectOptions(command, options, texts);
+    AddBlock(command, options.render);
+    command
+        .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
+        ->type_name("FORMAT");
+    command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
+    command.add_flag("--no-preroll", texts.noPreroll,
+        "Begin at once: do not let the effect's gains settle on\n"
+        "silence first");
+    auto* const align = command.add_flag("--align", texts.align,
+        "Take out the effect's delay, as measured, so that the output\n"
+        "lies under the input (the default)");
+    command.add_flag("--no-align", texts.noAlign, "Leave the effect's delay in")->excludes(align);
+    command.add_flag("--json", options.isJson, "Report for programs");
+}
+
+void TakeTexts(SOptions& options, const STexts& texts) {
+    options.plugin = PathOf(texts.plugin);
+    options.profile = PathOf(texts.profile);
+    options.output = PathOf(texts.output);
+    for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
+    options.render.dithers = !texts.noDither;
+    options.render.settles = !texts.noPreroll;
+    options.render.aligns = !texts.noAlign;
+    if (texts.format.empty()) return;
+    options.render.samples = FormatOf(texts.format);
+    if (!options.render.samples) {
+        throw CUsageError("--format: \"" + texts.format + "\" is none of 8, 16, 24, 32, float, double");
+    }
+}
+
+} // namespace
+
+SOptions ReadOptions(std::vector<std::string> arguments) {
+    SOptions options;
+    STexts texts;
+    CLI::App app(kAbout, "kavhost");
+    app.footer(kFooter);
+    app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
+    app.require_subcommand(1);
+    AddInfo(app, options, texts);
+    AddRender(app, options, texts);
+    std::ranges::reverse(arguments); // the parser takes them from the back
+    try {
+        app.parse(std::move(arguments));
+    } catch (const CLI::CallForVersion&) {
+        options.text = app.version() + "\n";
+        return options;
+    } catch (const CLI::Success&) {
+        options.text = app.help();
+        return options;
+    } catch (const CLI::Error& error) {
+        throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
+    }
+    TakeTexts(options, texts);
+    options.command = app.got_subcommand("info") ? ECommand::Info : ECommand::Render;
+    return options;
+}
+
+} // namespace KAV::Host

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tools/kavhost/render.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KAV::Host {
+
+enum class ECommand { Print, Info, Render };
+
+/// A command line, read.
+struct SOptions {
+    ECommand command = ECommand::Print;
+    std::string text; ///< to print: help, or the version
+
+    std::filesystem::path plugin;  ///< empty: the one that comes with kavhost
+    std::filesystem::path profile; ///< empty: the one beside kavhost that fits the effect, if any
+    std::vector<std::string> settings;
+    bool isJson = false;
+
+    std::vector<std::filesystem::path> inputs;
+    std::filesystem::path output;
+    SRenderOptions render;
+};
+
+/// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.
+SOptions ReadOptions(std::vector<std::string> arguments);
+
+} // namespace KAV::Host

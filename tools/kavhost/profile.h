@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What an effect's own interface cannot tell: its parameters' full names, of which a host sees 7 characters,
+/// and the laws between a host's 0 to 1 and the real quantities, which the effect's display may show in
+/// another way.
+///
+/// A profile is a JSON file:
+///
+///     {
+///       "name": "Example", "unique_id": 1936683628,
+///       "parameters": [
+///         {"index": 0, "name": "Level",  "unit": "dB", "law": "linear",      "minimum": -30,  "maximum": 0},
+///         {"index": 1, "name": "Fall",   "unit": "ms", "law": "exponential", "minimum": 0.01, "maximum":
+///         1000},
+///         {"index": 2, "name": "Active", "unit": "",   "law": "toggle"},
+///         {"index": 3, "name": "Mode",   "unit": "",   "law": "choice", "choices": ["Soft", "Hard"]}
+///       ]
+///     }
+///
+/// With x for the host's value: linear is minimum + x (maximum - minimum); exponential is
+/// minimum (maximum / minimum)^x; a toggle is off at 0 and on at 1; choice k of n stands at x = k / (n - 1).
+/// "unique_id" is the number by which an effect tells itself from others. Unknown members are ignored.
+namespace KAV::Host {
+
+enum class ELaw { Linear, Exponential, Toggle, Choice };
+
+struct SParameterProfile {
+    std::int32_t index = 0;
+    std::string name;
+    std::string unit;
+    ELaw law = ELaw::Linear;
+    double minimum = 0; ///< of the two continuous laws
+    double maximum = 1;
+    std::vector<std::string> choices; ///< two or more, of the law Choice
+};
+
+struct SProfile {
+    std::string name;
+    std::int32_t uniqueId = 0;
+    std::vector<SParameterProfile> parameters;
+
+    const SParameterProfile* Find(std::int32_t index) const noexcept;    ///< null when not in the profile
+    const SParameterProfile* Find(std::string_view name) const noexcept; ///< case aside
+};
+
+/// Throws CFailure with a text that wants a file name in front.
+SProfile ParseProfile(std::string_view json);
+
+/// Throws CFailure when the file is missing or no profile.
+SProfile ReadProfile(const std::filesystem::path& file);
+
+/// The profile for an effect among the files *.json of a folder; nothing when none has its number. Files that
+/// are no profile are passed over; a profile of the right number with a fault throws CFailure.
+std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::int32_t uniqueId);
+
+/// The host's value for a quantity as a user writes it: a number, with the unit behind it or not, for the
+/// continuous laws; on, off, 1, 0, true, false, yes, no for a toggle; for a choice its text, its last word,
+/// or its place from 0. Throws CUsageError for what has no place.
+float HostValue(const SParameterProfile& parameter, std::string_view quantity);
+
+} // namespace KAV::Host

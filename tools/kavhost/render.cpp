@@ -1,0 +1,163 @@
+#include "tools/kavhost/render.h"
+
+#include "tools/kavhost/audio_file.h"
+#include "tools/kavhost/blocks.h"
+#include "tools/kavhost/effect.h"
+#include "tools/kavhost/errors.h"
+#include "tools/kavhost/planar_buffer.h"
+#include "tools/kavhost/progress.h"
+#include "tools/kavhost/text.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace KAV::Host {
+
+namespace {
+
+/// One file on its way through a started effect.
+class CPass final {
+public:
+    CPass(CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay)
+        : _reader(reader), _effect(effect), _writer(writer), _toDrop(delay), _toFlush(delay),
+          _channels(static_cast<std::size_t>(reader.Format().channels)),
+          _in(_channels, static_cast<std::size_t>(effect.Stream().blockSize)), _out(_channels, _in.Frames()),
+          _interleaved(_channels * _in.Frames()), _before(reader.Format().channels, reader.Format().rateHz),
+          _after(reader.Format().channels, reader.Format().rateHz),
+          _gain(reader.Format().channels, reader.Format().rateHz) {}
+
+    /// Works on one block; false when the file and its tail have gone through.
+    bool Step() {
+        const std::size_t read = Read();
+        const std::size_t flushed = std::min(_in.Frames() - read, static_cast<std::size_t>(_toFlush));
+        const std::size_t frames = read + flushed;
+        if (frames == 0) return false;
+        _toFlush -= static_cast<std::int64_t>(flushed);
+        for (std::size_t c = 0; c < _channels; ++c) {
+            std::ranges::fill(_in.Channel(c).subspan(read, flushed), 0.0f);
+        }
+        const auto start = std::chrono::steady_clock::now();
+        _effect.Process(_in.Pointers(), _out.Pointers(), static_cast<std::int32_t>(frames));
+        _effectTime += std::chrono::steady_clock::now() - start;
+        Write(frames);
+        return true;
+    }
+
+    void Report(SRenderReport& report) const {
+        report.frames = _frames;
+        report.before = _before.Levels();
+        report.after = _after.Levels();
+        report.gain = _gain.Range();
+        report.clipped = _writer.Clipped();
+        const double audio = static_cast<double>(_frames) / _effect.Stream().rateHz;
+        const double work = std::chrono::duration<double>(_effectTime).count();
+        report.realTimeFactor = work > 0 ? audio / work : 0;
+    }
+
+private:
+    /// Fills the block's front with the file's next frames; the delay's worth of silence follows the last
+    /// one.
+    std::size_t Read() {
+        if (_atEnd) return 0;
+        const std::size_t read = _reader.Read(_interleaved);
+        _atEnd = read < _in.Frames();
+        const auto samples = std::span(_interleaved).first(read * _channels);
+        _before.Add(samples);
+        _gain.AddInput(samples);
+        _in.TakeInterleaved(samples);
+        _frames += read;
+        return read;
+    }
+
+    void Write(std::size_t frames) {
+        const auto dropped = std::min(frames, static_cast<std::size_t>(_toDrop));
+        _toDrop -= static_cast<std::int64_t>(dropped);
+        const auto samples = std::span(_interleaved).first((frames - dropped) * _channels);
+        _out.GiveInterleaved(samples, dropped);
+        _writer.Write(samples);
+        _after.Add(samples);
+        _gain.AddOutput(samples);
+    }
+
+    CAudioReader& _reader;
+    CEffect& _effect;
+    CAudioWriter& _writer;
+    std::int64_t _toDrop;  ///< frames at the output's front that are the effect's delay
+    std::int64_t _toFlush; ///< frames of silence that bring the last ones out
+    bool _atEnd = false;
+    std::uint64_t _frames = 0;
+    std::size_t _channels;
+    CPlanarBuffer _in;
+    CPlanarBuffer _out;
+    std::vector<float> _interleaved;
+    CLevelMeter _before;
+    CLevelMeter _after;
+    CGainMeter _gain;
+    std::chrono::steady_clock::duration _effectTime{};
+};
+
+void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file) {
+    if (format.channels <= kMostRenderChannels) return;
+    throw CFailure(Utf8(file) + ": unsupported channel count: " + std::to_string(format.channels) +
+                   ", at most " + std::to_string(kMostRenderChannels) + " are possible");
+}
+
+} // namespace
+
+CRenderer::CRenderer(
+    const CEffectLibrary& library, std::vector<SSetting> settings, const SRenderOptions& options)
+    : _library(library), _settings(std::move(settings)), _options(options) {}
+
+SRenderReport CRenderer::Render(const SRenderJob& job) {
+    CAudioReader reader(job.input);
+    CheckChannels(reader.Format(), job.input);
+    SRenderReport report;
+    report.job = job;
+    report.format = OutputFormat(reader.Format(), job);
+
+    const std::string name = Utf8(job.input);
+    CEffect effect(_library, {static_cast<double>(report.format.rateHz), _options.blockSize});
+    Naming(name, [&] { effect.SetChannels(report.format.channels); });
+    ApplySettings(_settings, effect);
+    effect.Start();
+    report.isAligned = _options.aligns;
+    if (report.isAligned) report.delay = DelayFor(report.format);
+    CAudioWriter writer(
+        job.output, *ContainerOf(job.output), report.format, _options.dithers, reader.Frames());
+    if (_options.settles) SettleFadeIn(effect);
+
+    CPass pass(reader, effect, writer, report.delay.frames);
+    CProgress progress(name, reader.Frames());
+    while (pass.Step()) {
+        CheckInterrupt();
+        progress.Advance(static_cast<std::uint64_t>(_options.blockSize));
+    }
+    writer.Commit();
+    pass.Report(report);
+    if (!report.isAligned) report.gain.reset();
+    report.reportedDelay = effect.ReportedDelay();
+    return report;
+}
+
+SAudioFormat CRenderer::OutputFormat(const SAudioFormat& input, const SRenderJob& job) const {
+    const EContainer container = *ContainerOf(job.output);
+    SAudioFormat format = input;
+    format.samples = _options.samples.value_or(KeptFormat(container, input.samples));
+    if (Holds(container, format.samples)) return format;
+    throw CUsageError(Utf8(job.output) + ": " + std::string(ContainerName(container)) +
+                      " does not hold the format " + std::string(FormatName(format.samples)));
+}
+
+SDelay CRenderer::DelayFor(const SAudioFormat& format) {
+    const auto key = std::pair{format.rateHz, format.channels};
+    if (const auto known = _delays.find(key); known != _delays.end()) return known->second;
+    // An instance of its own: the noise must leave no trace in the file.
+    CEffect effect(_library, {static_cast<double>(format.rateHz), _options.blockSize});
+    effect.SetChannels(format.channels);
+    ApplySettings(_settings, effect);
+    effect.Start();
+    SettleFadeIn(effect);
+    return _delays.emplace(key, MeasureDelay(effect)).first->second;
+}
+
+} // namespace KAV::Host
