@@ -1,0 +1,5 @@
+#include "tests/tools/kavhost/effects/test_effect.h"
+
+KAV_TEST_EXPORT int NotAnEffect() {
+    return 0;
+}

@@ -1,0 +1,5 @@
+#include "tests/tools/kavhost/effects/test_effect.h"
+
+KAV_TEST_EXPORT KAV::VST::AEffect* VSTPluginMain(KAV::VST::HostCallback) {
+    return nullptr;
+}
