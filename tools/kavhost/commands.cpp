@@ -2,6 +2,7 @@
 
 #include "platform/executable.h"
 #include "platform/library.h"
+#include "tools/kavhost/bench.h"
 #include "tools/kavhost/effect.h"
 #include "tools/kavhost/effect_library.h"
 #include "tools/kavhost/info.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <span>
 
 namespace KAV::Host {
 
@@ -56,16 +58,17 @@ void RunInfo(const SOptions& options, std::ostream& out) {
     (options.isJson ? PrintInfoAsJson : PrintInfo)(out, library.File(), effect, known);
 }
 
-std::vector<SSetting> SettingsFor(const CEffectLibrary& library, const SOptions& options) {
+std::vector<SSetting> SettingsFor(const CEffectLibrary& library, std::span<const std::string> texts,
+    const std::filesystem::path& wantedProfile) {
     CEffect effect(library, kUsualStream); // of its own: finding a value may move the parameter about
-    const auto profile = ProfileFor(effect, options.profile);
-    return ResolveSettings(options.settings, effect, profile ? &*profile : nullptr);
+    const auto profile = ProfileFor(effect, wantedProfile);
+    return ResolveSettings(texts, effect, profile ? &*profile : nullptr);
 }
 
 /// A file that fails does not keep the others from being done.
 EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& errors) {
     const CEffectLibrary library(PluginFile(options));
-    CRenderer renderer(library, SettingsFor(library, options), options.render);
+    CRenderer renderer(library, SettingsFor(library, options.settings, options.profile), options.render);
     std::vector<SRenderReport> reports;
     auto code = EExitCode::Done;
     for (const auto& job : PlanJobs(options.inputs, options.output)) {
@@ -81,6 +84,37 @@ EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& er
     return code;
 }
 
+void RunBench(const SOptions& options, std::ostream& out) {
+    const auto& bench = options.bench;
+    const CEffectLibrary library(PluginFile(options));
+    const auto settings = SettingsFor(library, options.settings, options.profile);
+    const auto material = bench.input.empty() ? MakeMaterial(bench) : ReadMaterial(bench);
+    CBenchSubject first(library, settings, material, bench.blockSize);
+
+    SBenchReport report{.first = first.Effect().Name(),
+        .second = {},
+        .rateHz = material.rateHz,
+        .channels = material.audio.Channels(),
+        .blockSize = bench.blockSize,
+        .seconds = static_cast<double>(material.audio.Frames()) / material.rateHz,
+        .result = {}};
+    if (options.otherPlugin.empty() && options.otherSettings.empty()) {
+        report.result = Measure(first, nullptr, bench.runs);
+    } else {
+        const bool isSame = options.otherPlugin.empty();
+        const CEffectLibrary otherLibrary(isSame ? PluginFile(options) : options.otherPlugin);
+        const auto otherSettings = SettingsFor(
+            otherLibrary, options.otherSettings, isSame ? options.profile : std::filesystem::path{});
+        CBenchSubject second(otherLibrary, otherSettings, material, bench.blockSize);
+        report.second = second.Effect().Name();
+        report.result = Measure(first, &second, bench.runs);
+    }
+    if (options.isJson)
+        out << BenchAsJson(report) << "\n";
+    else
+        PrintBench(out, report);
+}
+
 EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) {
     auto code = EExitCode::Done;
     switch (options.command) {
@@ -92,6 +126,9 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         break;
     case ECommand::Render:
         code = RunRender(options, out, errors);
+        break;
+    case ECommand::Bench:
+        RunBench(options, out);
         break;
     }
     out.flush();

@@ -10,12 +10,14 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr const char* kAbout = "Runs audio files through a VST 2 effect, and tells what the effect is.";
+constexpr const char* kAbout =
+    "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost.";
 
 constexpr const char* kFooter = "Examples:\n"
                                 "  kavhost info\n"
                                 "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
                                 "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+                                "  kavhost bench --vs other.so\n"
                                 "  kavhost render --help\n"
                                 "\n"
                                 "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
@@ -38,6 +40,17 @@ constexpr const char* kRenderFooter =
     "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
 
+constexpr const char* kBenchFooter =
+    "Time is that of the processor in this thread, as the median over the runs. With --vs\n"
+    "the runs of the two alternate; with --set2 alone the effect is measured against\n"
+    "itself. The sound, unless a file is given, is music-like with a peak of -3 dBFS and\n"
+    "the same every time.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost bench --set \"Oversampling=x4\"\n"
+    "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
+    "  kavhost bench --set 100=1 --set2 100=0";
+
 constexpr const char* kSetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
                                  "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
                                  "what the effect's own display shall show. For each setting\n"
@@ -50,6 +63,8 @@ struct STexts {
     std::vector<std::string> inputs;
     std::string output;
     std::string format;
+    std::string otherPlugin;
+    std::string benchInput;
     bool noDither = false;
     bool noPreroll = false;
     bool align = false;
@@ -62,15 +77,15 @@ void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
         ->type_name("FILE");
     command
         .add_option("--profile", texts.profile,
-            "Names and laws of the effect's parameters; by default the *.json beside kavhost with its unique "
-            "id")
+            "Names and laws of the effect's parameters; by default the\n"
+            "*.json beside kavhost that has the effect's unique id")
         ->type_name("FILE");
     command.add_option("-s,--set", options.settings, kSetHelp)->type_name("SETTING")->allow_extra_args(false);
 }
 
-void AddBlock(CLI::App& command, SRenderOptions& render) {
-    command.add_option("--block", render.blockSize, "Frames per call of the effect")
-        ->check(CLI::Range(1, 1 << 16))
+void AddBlock(CLI::App& command, std::int32_t& blockSize) {
+    command.add_option("--block", blockSize, "Frames per call of the effect")
+        ->check(CLI::Range(1, 1 << 16).description(""))
         ->type_name("1..65536")
         ->capture_default_str();
 }
@@ -88,12 +103,12 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_option("IN", texts.inputs, "Audio files")->required();
     command
         .add_option("-o,--output", texts.output,
-            "The output file, its format told by .wav, .flac, .aif, .aiff or .ogg; a folder for several "
-            "inputs")
+            "The output: .wav, .flac, .aif, .aiff or .ogg; a folder,\n"
+            "made when missing, for several inputs")
         ->required()
         ->type_name("OUT|DIR");
     AddEffectOptions(command, options, texts);
-    AddBlock(command, options.render);
+    AddBlock(command, options.render.blockSize);
     command
         .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
         ->type_name("FORMAT");
@@ -108,10 +123,46 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_flag("--json", options.isJson, "Report for programs");
 }
 
+void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("bench", "Measure the time that the effect takes.");
+    auto& bench = options.bench;
+    command.footer(kBenchFooter);
+    AddEffectOptions(command, options, texts);
+    command.add_option("--vs", texts.otherPlugin, "Another effect to measure against")->type_name("FILE");
+    command
+        .add_option("--set2", options.otherSettings, "A setting of the other effect, in the forms of --set")
+        ->type_name("SETTING")
+        ->allow_extra_args(false);
+    auto* const input =
+        command.add_option("--input", texts.benchInput, "Audio to measure with")->type_name("FILE");
+    command.add_option("--rate", bench.rateHz, "Sample rate in Hz")
+        ->check(CLI::Range(1000, 1'000'000).description(""))
+        ->type_name("HZ")
+        ->capture_default_str()
+        ->excludes(input);
+    command.add_option("--channels", bench.channels, "Channels")
+        ->check(CLI::Range(1, kMostRenderChannels).description(""))
+        ->type_name("1..16")
+        ->capture_default_str()
+        ->excludes(input);
+    AddBlock(command, bench.blockSize);
+    command.add_option("--seconds", bench.seconds, "Audio of each run, from the front of a file")
+        ->check(CLI::Range(0.01, 3600.0).description(""))
+        ->type_name("S")
+        ->capture_default_str();
+    command.add_option("--runs", bench.runs, "Runs")
+        ->check(CLI::Range(1, 10000).description(""))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_flag("--json", options.isJson, "Report for programs");
+}
+
 void TakeTexts(SOptions& options, const STexts& texts) {
     options.plugin = PathOf(texts.plugin);
     options.profile = PathOf(texts.profile);
     options.output = PathOf(texts.output);
+    options.otherPlugin = PathOf(texts.otherPlugin);
+    options.bench.input = PathOf(texts.benchInput);
     for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
     options.render.dithers = !texts.noDither;
     options.render.settles = !texts.noPreroll;
@@ -134,6 +185,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     app.require_subcommand(1);
     AddInfo(app, options, texts);
     AddRender(app, options, texts);
+    AddBench(app, options, texts);
     std::ranges::reverse(arguments); // the parser takes them from the back
     try {
         app.parse(std::move(arguments));
@@ -147,7 +199,9 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
         throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
     }
     TakeTexts(options, texts);
-    options.command = app.got_subcommand("info") ? ECommand::Info : ECommand::Render;
+    options.command = app.got_subcommand("info")     ? ECommand::Info
+                      : app.got_subcommand("render") ? ECommand::Render
+                                                     : ECommand::Bench;
     return options;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/kavhost/bench.h"
 #include "tools/kavhost/render.h"
 
 #include <filesystem>
@@ -9,7 +10,7 @@
 
 namespace KAV::Host {
 
-enum class ECommand { Print, Info, Render };
+enum class ECommand { Print, Info, Render, Bench };
 
 /// A command line, read.
 struct SOptions {
@@ -24,6 +25,10 @@ struct SOptions {
     std::vector<std::filesystem::path> inputs;
     std::filesystem::path output;
     SRenderOptions render;
+
+    std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings
+    std::vector<std::string> otherSettings;
+    SBenchOptions bench;
 };
 
 /// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.

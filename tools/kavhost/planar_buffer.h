@@ -10,6 +10,7 @@ namespace KAV::Host {
 class CPlanarBuffer final {
 public:
     CPlanarBuffer(std::size_t channels, std::size_t frames);
+    CPlanarBuffer(CPlanarBuffer&&) noexcept = default;
     CPlanarBuffer(const CPlanarBuffer&) = delete;
     CPlanarBuffer& operator=(const CPlanarBuffer&) = delete;
 
