@@ -19,7 +19,7 @@ public:
     void Quantise(std::span<const float> samples, std::span<std::int32_t> results) noexcept;
     std::int32_t Quantise(float sample) noexcept;
 
-    std::uint64_t Clipped() const noexcept { return _clipped; } ///< samples that did not fit, so far
+    std::uint64_t Clipped() const noexcept { return _clipped; } ///< samples beyond full scale, so far
 
 private:
     int _shift;    ///< from the format's lowest bit to 32 bits' lowest

@@ -54,9 +54,10 @@ TEST(Quantiser, ClipsAndNeverWraps) {
         }
     }
     CQuantiser quantiser(16, false);
-    EXPECT_EQ(Steps(quantiser, 16, 1.0f), 32767); // full scale itself is one step too far
-    EXPECT_EQ(quantiser.Clipped(), 1u);
+    EXPECT_EQ(Steps(quantiser, 16, 1.0f), 32767); // one step too far, and still no clipping: it is full scale
     EXPECT_EQ(Steps(quantiser, 16, -1.0f), -32768);
+    EXPECT_EQ(quantiser.Clipped(), 0u);
+    EXPECT_EQ(Steps(quantiser, 16, 1.0001f), 32767);
     EXPECT_EQ(quantiser.Clipped(), 1u);
 }
 
