@@ -29,6 +29,7 @@ constexpr const char* kInfoFooter = "Examples:\n"
 constexpr const char* kRenderFooter =
     "The output keeps the input's rate and channels, and its sample format where the\n"
     "output's container has it, else it gets 24 bits; so do MP3 and other coded inputs.\n"
+    "OGG is written at quality 8 of 10.\n"
     "A file appears under its name when it is complete, and not before.\n"
     "\n"
     "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
