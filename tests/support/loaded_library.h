@@ -25,7 +25,9 @@ public:
         _library = Platform::OpenLibrary(file, reason);
         EXPECT_NE(_library, nullptr) << reason;
     }
-    ~CLoadedLibrary() { Platform::CloseLibrary(_library); }
+    ~CLoadedLibrary() {
+        if (_library != nullptr) Platform::CloseLibrary(_library);
+    }
     CLoadedLibrary(const CLoadedLibrary&) = delete;
     CLoadedLibrary& operator=(const CLoadedLibrary&) = delete;
 
