@@ -15,6 +15,8 @@ std::string ErrorText(DWORD code) {
     const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(length), text.data(),
         static_cast<int>(text.size()), nullptr, nullptr);
     std::string result(text.data(), static_cast<std::size_t>(bytes));
+    if (const auto place = result.find("%1"); place != std::string::npos)
+        result.replace(place, 2, "the file");
     while (!result.empty() && static_cast<unsigned char>(result.back()) <= ' ') result.pop_back();
     return result.empty() ? "error " + std::to_string(code) : result;
 }

@@ -18,4 +18,8 @@ std::int64_t ThreadTimeNs() noexcept {
     return (Count(kernel) + Count(user)) * 100;
 }
 
+std::int64_t ThreadTimeStepNs() noexcept {
+    return 15'625'000; // the scheduler's tick, 64 in a second, unless a program has asked for a faster one
+}
+
 } // namespace KAV::Platform

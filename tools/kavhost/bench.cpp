@@ -2,16 +2,20 @@
 
 #include "platform/thread_time.h"
 #include "tools/kavhost/blocks.h"
+#include "tools/kavhost/errors.h"
+#include "tools/kavhost/text.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace KAV::Host {
 
 namespace {
 
 constexpr double kWarmUpSeconds = 3;
+constexpr double kLeastSteps = 20; // to be right within 5 %
 
-}
+} // namespace
 
 CBenchSubject::CBenchSubject(const CEffectLibrary& library, std::span<const SSetting> settings,
     const SMaterial& material, std::int32_t blockSize)
@@ -24,15 +28,32 @@ CBenchSubject::CBenchSubject(const CEffectLibrary& library, std::span<const SSet
 }
 
 void CBenchSubject::WarmUp() {
-    const double runSeconds = static_cast<double>(_in.Frames()) / _material.rateHz;
-    for (double seconds = 0; seconds < kWarmUpSeconds; seconds += runSeconds) Run();
+    for (double seconds = 0; seconds < kWarmUpSeconds; seconds += Seconds()) {
+        _in.CopyFrom(_material.audio);
+        ProcessBlocks(_effect, _in, _out);
+    }
 }
 
 double CBenchSubject::Run() {
     _in.CopyFrom(_material.audio);
     const auto start = Platform::ThreadTimeNs();
     ProcessBlocks(_effect, _in, _out);
-    return static_cast<double>(Platform::ThreadTimeNs() - start) / static_cast<double>(_in.Frames());
+    const auto time = static_cast<double>(Platform::ThreadTimeNs() - start);
+    CheckClock(time, static_cast<double>(Platform::ThreadTimeStepNs()), Seconds());
+    return time / static_cast<double>(_in.Frames());
+}
+
+double CBenchSubject::Seconds() const noexcept {
+    return static_cast<double>(_in.Frames()) / _material.rateHz;
+}
+
+void CheckClock(double measuredNs, double stepNs, double seconds) {
+    const double least = kLeastSteps * stepNs;
+    if (measuredNs >= least) return;
+    // A time of no step at all may be anything up to one.
+    const double enough = std::ceil(1.2 * seconds * least / std::max(measuredNs, stepNs));
+    throw CFailure("a run is too short for this system's clock, which goes in steps of " +
+                   Shortest(stepNs * 1e-6) + " ms; try --seconds " + Shortest(enough));
 }
 
 SBenchResult Measure(CBenchSubject& first, CBenchSubject* second, int runs) {

@@ -55,11 +55,17 @@ public:
     const CEffect& Effect() const noexcept { return _effect; }
 
 private:
+    double Seconds() const noexcept; ///< of audio in a run
+
     const SMaterial& _material;
     CEffect _effect;
     CPlanarBuffer _in;
     CPlanarBuffer _out;
 };
+
+/// Throws CFailure when a time that was measured is so few steps of the clock that it says little; the text
+/// asks for more than the `seconds` of audio that were run.
+void CheckClock(double measuredNs, double stepNs, double seconds);
 
 struct SBenchResult {
     std::vector<double> first;  ///< nanoseconds per frame, run by run

@@ -182,6 +182,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     STexts texts;
     CLI::App app(kAbout, "kavhost");
     app.footer(kFooter);
+    app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
     app.require_subcommand(1);
     AddInfo(app, options, texts);

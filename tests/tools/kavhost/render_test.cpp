@@ -266,6 +266,13 @@ TEST_F(Render, TellsItsProblemsInOneLine) {
     EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{"a.wav"});
 }
 
+TEST_F(Render, TakesPathsThatBeginWithASlash) {
+    const auto run =
+        RunHost({"render", "/no/such/in.wav", "-o", Path("out.wav"), "-p", Utf8(EffectFile("fader"))});
+    EXPECT_EQ(run.code, 1) << run.errors;
+    EXPECT_EQ(run.errors, "kavhost: /no/such/in.wav: no such file\n");
+}
+
 TEST_F(Render, TakesNamesInAnyScript) {
     const std::string name = "\xC3\xA4\xE2\x82\xAC\xE9\x9F\xB3.wav";
     WriteWav(_folder / PathOf(name), Noise(1, 100, 0.5f));
