@@ -1,5 +1,6 @@
 #include "dsp/box_average.h"
 
+#include <cmath>
 #include <cstdint>
 #include <deque>
 #include <gtest/gtest.h>
@@ -28,9 +29,18 @@ TEST(BoxAverage, BeginsAtOneAndStaysThereExactly) {
     for (int i = 0; i < 5000; ++i) ASSERT_EQ(average.Push(1.0), 1.0);
 }
 
-TEST(BoxAverage, SumsInOrderOfArrival) {
+TEST(BoxAverage, TakesTheOldestValueOutBeforeItAddsTheNewest) {
     BoxAverage average;
-    average.Reset(2);
-    EXPECT_EQ(average.Push(1e-17), (2.0 - 1.0 + 1e-17) / 2.0);
-    EXPECT_EQ(average.Push(0.5), ((2.0 - 1.0 + 1e-17) - 1.0 + 0.5) / 2.0);
+    average.Reset(33);
+    std::deque<double> window(33, 1.0);
+    double sum = 33.0;
+    std::uint32_t noise = 1;
+    for (int i = 0; i < 1000; ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        const double value = std::sqrt(static_cast<double>(noise) / 4294967296.0); // all digits in use
+        sum = sum - window.front() + value;
+        window.pop_front();
+        window.push_back(value);
+        ASSERT_EQ(average.Push(value), sum / 33.0) << i;
+    }
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 using namespace KAV;
@@ -144,6 +145,43 @@ TEST_F(Engine, SerialGroupsWorkOnEachOthersOutputAndParallelOnesAdd) {
     EXPECT_NEAR(Settle({0.5f, 0.5f})[1], 0.5f * static_cast<float>(std::pow(10.0, -0.3)), 1e-5f);
 }
 
+TEST_F(Engine, SerialGroupsRunInTheOrderOfTheirNumbers) {
+    Take(0, 1);
+    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB, so that nothing is left for the second to hold
+    engine.parameters.threshold[1].SetBase(1.0f / 3.0f); // -20 dB, brought back to 0 dB
+    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-5f);
+    engine.parameters.inputGain[0].SetBase(1.0f);
+    engine.parameters.inputGain[1].SetBase(0.0f);
+    engine.parameters.threshold[0].SetBase(1.0f / 3.0f); // the first drives and holds, the second takes back
+    engine.parameters.threshold[1].SetBase(1.0f);
+    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.1f, 1e-5f);
+}
+
+TEST_F(Engine, ParallelGroupsAddAtEveryFactor) {
+    Take(0, 1);
+    engine.parameters.inputGain[0].SetBase(0.7f); // -6 dB
+    engine.parameters.inputGain[1].SetBase(0.4f); // -12 dB
+    engine.parameters.highQuality = true;         // a constant comes back as it went up
+    engine.groupsParallel = true;
+    const float sum = 0.5f * static_cast<float>(std::pow(10.0, -0.3) + std::pow(10.0, -0.6));
+    for (const std::int32_t index : {0, 1, 2, 3}) {
+        engine.parameters.oversampling = index;
+        const auto out = Settle({0.5f, 0.5f}, 300);
+        EXPECT_NEAR(out[0], sum, 1e-5f) << index;
+        EXPECT_NEAR(out[1], 0.5f * static_cast<float>(std::pow(10.0, -0.3)), 1e-5f) << index;
+    }
+}
+
+TEST_F(Engine, EntryOfTwoChannelsTakesBoth) {
+    engine.routing[0].SetPair(0, 2, 0);
+    engine.routing[0].SetPair(1, -1, -1);
+    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB
+    const auto out = Settle({0.5f, 0.5f, 0.25f});
+    EXPECT_NEAR(out[0], 0.05f, 1e-5f);
+    EXPECT_NEAR(out[1], 0.5f, 1e-6f);
+    EXPECT_NEAR(out[2], 0.025f, 1e-5f);
+}
+
 TEST_F(Engine, RoutingEntriesBeyondTheHostsChannelsAreIgnored) {
     engine.routing[0].SetPair(0, 20, 5);
     engine.routing[0].SetPair(1, 1, 2);
@@ -197,7 +235,8 @@ TEST_F(Engine, MainGainOfZeroBeforeTheFirstBlockLeavesTheGainAtOne) {
 }
 
 TEST_F(Engine, HostBypassTakesMainGainsToUnityAndGroupsOutOfThePath) {
-    engine.parameters.mainInputGain.SetBase(1.0f);
+    engine.parameters.mainInputGain.SetBase(1.0f);    // +24 dB
+    engine.parameters.mainOutputGain.SetBase(0.375f); // -6 dB: neither takes the other back
     engine.parameters.threshold[0].SetBase(0.0f);
     Settle({0.01f, 0.01f});
     engine.hostBypass = true;
@@ -211,6 +250,26 @@ TEST_F(Engine, AllGroupsMutedStillRunsMainGainsAndOversampling) {
     engine.parameters.oversampling = 2;
     engine.parameters.mainInputGain.SetBase(0.625f);
     EXPECT_NEAR(Settle({0.25f, 0.25f})[0], 0.25f * static_cast<float>(std::pow(10.0, 0.3)), 1e-3f);
+}
+
+TEST_F(Engine, QualitySwitchPicksTheSteepFilters) {
+    Take(0, 0, false);
+    Take(1, 0, false);
+    engine.parameters.oversampling = 1;
+    const auto highest = [this](bool highQuality) {
+        engine.parameters.highQuality = highQuality;
+        Audio audio{std::vector<float>(Block)};
+        for (int block = 0; block < 60; ++block) { // 0.45 of the rate is 9 periods in 20 samples
+            for (std::size_t i = 0; i < Block; ++i) {
+                const auto n = static_cast<double>(static_cast<std::size_t>(block) * Block + i);
+                audio[0][i] = static_cast<float>(std::sin(std::numbers::pi * 0.9 * n));
+            }
+            Process(audio);
+        }
+        return *std::max_element(audio[0].begin(), audio[0].end());
+    };
+    EXPECT_NEAR(highest(false), 0.5f, 0.08f); // the corner of the standard pair, 3 dB down each way
+    EXPECT_NEAR(highest(true), 1.0f, 0.02f);
 }
 
 TEST_F(Engine, LatencyIsTheSumInSeriesAndTheFirstInParallel) {

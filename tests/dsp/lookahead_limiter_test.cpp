@@ -75,6 +75,14 @@ TEST(LookaheadLimiter, HoldsALastingStepAtTheCeiling) {
     }
 }
 
+TEST(LookaheadLimiter, HoldsTheNegativeHalfAsThePositiveOne) {
+    CLimiterOnAChannel positive(48000);
+    CLimiterOnAChannel negative(48000);
+    const auto above = positive.Run(Step(64, 256, 2.0f));
+    const auto below = negative.Run(Step(64, 256, -2.0f));
+    for (std::size_t i = 0; i < above.size(); ++i) EXPECT_EQ(below[i], -above[i]) << i;
+}
+
 TEST(LookaheadLimiter, LonePeakPassesByTheOneTapThatComesLate) {
     // The triangle has N + 1 taps and the window N values: one tap, of weight 1 / size^2, sees the gain as it
     // is one sample after the peak has left the window, which a release of 0.01 ms has nearly brought back
@@ -221,6 +229,14 @@ TEST(LookaheadLimiter, LatchReportsTheLowestGainSinceTheLastOne) {
     EXPECT_NEAR(channel.limiter.ReportedGain(), 1.0, 1e-6) << "the minimum began anew with the latch";
 }
 
+TEST(LookaheadLimiter, LatchIsAnsweredOnce) {
+    CLimiterOnAChannel channel(48000, 0.001);
+    channel.limiter.Latch();
+    channel.Run(std::vector<float>(2000, 2.0f));
+    channel.Run(std::vector<float>(2000, 4.0f));
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
+}
+
 TEST(LookaheadLimiter, LatchIsAnsweredByACallOfNoLength) {
     CLimiterOnAChannel channel(48000, 0.001);
     channel.Run(std::vector<float>(2000, 2.0f));
@@ -242,16 +258,21 @@ TEST(LookaheadLimiter, RateChangeDoesNotResetTheMinimum) {
 }
 
 TEST(LookaheadLimiter, NotANumberMovesNoGainAndComesOutDelayed) {
-    LookaheadLimiter limiter;
-    limiter.SetParams(FullScale, FullScale, 0.4f, false);
-    std::vector<float> left(300, 0.5f);
-    std::vector<float> right(300, 0.5f);
-    left[10] = NotANumber;
-    std::array<float*, 2> channels{left.data(), right.data()};
-    limiter.Process(channels, 300);
-    for (std::size_t i = 64; i < 300; ++i) {
-        EXPECT_EQ(right[i], 0.5f);
-        EXPECT_EQ(std::isnan(left[i]), i == 74);
+    // In the first channel that is looked at and in the last, and at every place of the window.
+    for (const std::size_t spoilt : {0u, 1u}) {
+        for (std::size_t place = 0; place < 64; ++place) {
+            LookaheadLimiter limiter;
+            limiter.SetParams(FullScale, FullScale, 0.4f, false);
+            std::array<std::vector<float>, 2> audio{
+                std::vector<float>(300, 0.5f), std::vector<float>(300, 0.5f)};
+            audio[spoilt][place] = NotANumber;
+            std::array<float*, 2> channels{audio[0].data(), audio[1].data()};
+            limiter.Process(channels, 300);
+            for (std::size_t i = 64; i < 300; ++i) {
+                ASSERT_EQ(audio[1 - spoilt][i], 0.5f) << place;
+                ASSERT_EQ(std::isnan(audio[spoilt][i]), i == place + 64) << place;
+            }
+        }
     }
 }
 

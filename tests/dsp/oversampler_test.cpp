@@ -1,5 +1,6 @@
 #include "dsp/oversampler.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -116,4 +117,25 @@ TEST(Oversampler, FactorChangeEmptiesTheFiltersAndAQualityChangeDoesNot) {
     std::vector<float> empty(256, 0.0f);
     There(oversampler, empty);
     EXPECT_LT(std::fabs(empty[0]), 1e-6f);
+}
+
+TEST(Oversampler, SameOutputForBlocksOfAnyLength) {
+    for (const bool highQuality : {false, true}) {
+        auto whole = Make(4, highQuality);
+        auto expected = Sine(0.21);
+        There(whole, expected);
+        for (const std::size_t block : {1u, 7u, 512u}) {
+            auto pieces = Make(4, highQuality);
+            const auto input = Sine(0.21);
+            std::vector<float> joined;
+            for (std::size_t i = 0; i < input.size(); i += block) {
+                const auto end = std::min(i + block, input.size());
+                std::vector<float> piece(input.begin() + static_cast<std::ptrdiff_t>(i),
+                    input.begin() + static_cast<std::ptrdiff_t>(end));
+                There(pieces, piece);
+                joined.insert(joined.end(), piece.begin(), piece.end());
+            }
+            EXPECT_EQ(joined, expected) << block << (highQuality ? " high" : " standard");
+        }
+    }
 }
