@@ -1,0 +1,93 @@
+#include "patch/macro.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+using KAV::CMacro;
+
+namespace {
+
+class CTable final : public CMacro {
+public:
+    std::int32_t Tag(std::size_t macro, std::size_t slot) const { return tags[macro][slot]; }
+    float Sensitivity(std::size_t macro, std::size_t slot) const { return sensitivities[macro][slot]; }
+    std::size_t Held(std::size_t macro) const {
+        return static_cast<std::size_t>(std::count_if(tags[macro].begin(), tags[macro].end(),
+            [](const auto& tag) { return std::int32_t{tag} != NoTag; }));
+    }
+};
+
+} // namespace
+
+TEST(Macro, NewTableIsEmpty) {
+    const CTable table;
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        EXPECT_EQ(table.Held(macro), 0u);
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+            EXPECT_EQ(table.Sensitivity(macro, slot), CMacro::NoSensitivity);
+        }
+    }
+}
+
+TEST(Macro, TargetsTakeTheFirstFreeSlotOfTheirMacro) {
+    CTable table;
+    table.AssignMacro(1, 33, 0.75f);
+    table.AssignMacro(1, 132, 0.25f);
+    EXPECT_EQ(table.Tag(1, 0), 33);
+    EXPECT_EQ(table.Sensitivity(1, 0), 0.75f);
+    EXPECT_EQ(table.Tag(1, 1), 132);
+    EXPECT_EQ(table.Sensitivity(1, 1), 0.25f);
+    for (const std::size_t other : {0u, 2u, 3u, 4u}) EXPECT_EQ(table.Held(other), 0u);
+}
+
+TEST(Macro, HeldTargetTakesANewSensitivityInItsSlot) {
+    CTable table;
+    table.AssignMacro(0, 33, 0.75f);
+    table.AssignMacro(0, 33, 1.0f);
+    EXPECT_EQ(table.Held(0), 1u);
+    EXPECT_EQ(table.Sensitivity(0, 0), 1.0f);
+}
+
+TEST(Macro, CentredSensitivityFreesTheSlotForTheNextTarget) {
+    CTable table;
+    table.AssignMacro(0, 33, 0.75f);
+    table.AssignMacro(0, 36, 0.75f);
+    table.AssignMacro(0, 33, CMacro::NoSensitivity);
+    EXPECT_EQ(table.Held(0), 1u);
+    EXPECT_EQ(table.Tag(0, 0), CMacro::NoTag);
+    table.AssignMacro(0, 37, 1.0f);
+    EXPECT_EQ(table.Tag(0, 0), 37);
+}
+
+TEST(Macro, CentredSensitivityOfATargetThatIsNotHeldTakesASlot) {
+    CTable table;
+    table.AssignMacro(0, 33, CMacro::NoSensitivity);
+    EXPECT_EQ(table.Tag(0, 0), 33);
+    EXPECT_EQ(table.Sensitivity(0, 0), CMacro::NoSensitivity);
+}
+
+TEST(Macro, AssignmentWithNoSlotFreeIsLost) {
+    CTable table;
+    for (std::int32_t tag = 100; tag < 164; ++tag) table.AssignMacro(0, tag, 0.75f);
+    ASSERT_EQ(table.Held(0), CMacro::Slots);
+    table.AssignMacro(0, 200, 1.0f);
+    for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+        EXPECT_EQ(table.Tag(0, slot), 100 + static_cast<std::int32_t>(slot));
+        EXPECT_EQ(table.Sensitivity(0, slot), 0.75f);
+    }
+    EXPECT_EQ(table.Held(1), 0u) << "nor does it go to the next macro";
+}
+
+TEST(Macro, ClearingEmptiesEverySlotOfEveryMacro) {
+    CTable table;
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        for (std::int32_t tag = 1; tag <= 64; ++tag) table.AssignMacro(macro, tag, 1.0f);
+    }
+    table.ClearMacros();
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        EXPECT_EQ(table.Held(macro), 0u);
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+            EXPECT_EQ(table.Sensitivity(macro, slot), CMacro::NoSensitivity);
+        }
+    }
+}
