@@ -116,6 +116,21 @@ TEST_F(HostCalls, NotifyHostReportsTheBaseUnderTheHostIndex) {
     EXPECT_EQ(host.calls[0].option, 0.5f);
 }
 
+TEST_F(HostCalls, NotifyHostReportsTheParameterOfTheCurrentGroup) {
+    effect.Device().SetCurrentGroup(2);
+    effect.Device().SetParam(33, 0.5f, GroupRelative | NotifyHost);
+    ASSERT_EQ(host.calls.size(), 1u);
+    EXPECT_EQ(host.calls[0].index, HostIndexOf(233));
+    EXPECT_EQ(host.calls[0].option, 0.5f);
+}
+
+TEST_F(HostCalls, HostsOwnWritesAreTheBaseUnderAnOffset) {
+    effect.Device().SetParam(33, 0.25f, MacroOffset);
+    effect.Set(4, 0.5f);
+    EXPECT_EQ(effect.Get(4), 0.5f);
+    EXPECT_EQ(effect.Device().GetParam(33, 0), 0.75f);
+}
+
 TEST_F(HostCalls, HostsOwnWritesAreNotReportedBack) {
     for (std::int32_t index = 0; index < 109; ++index) effect.Set(index, 0.5f);
     EXPECT_TRUE(host.calls.empty());
@@ -163,6 +178,21 @@ TEST_F(HostCalls, AbsurdRatesAndBlockSizesAreIgnored) {
     effect.Dispatch(effSetBlockSize, 0, INTPTR_MAX);
     effect.Process(channels);
     for (const float x : channels[0]) ASSERT_TRUE(std::isfinite(x));
+}
+
+TEST_F(HostCalls, BlockSizesBeyondThirtyTwoBitsAreHeldAndNotWrapped) {
+    CHostedEffect roomy(host.Callback());
+    roomy.Dispatch(effSetBlockSize, 0, 4096);
+    std::vector<std::vector<float>> expected(2, std::vector<float>(3000, 0.5f));
+    roomy.Process(expected);
+    for (const std::intptr_t frames : {INTPTR_MAX, (std::intptr_t{1} << 32) + 16}) {
+        CHostedEffect other(host.Callback());
+        other.Dispatch(effSetBlockSize, 0, 16);
+        other.Dispatch(effSetBlockSize, 0, frames);
+        std::vector<std::vector<float>> channels(2, std::vector<float>(3000, 0.5f));
+        other.Process(channels);
+        EXPECT_EQ(channels, expected) << frames << ": in one piece, with one step of each ramp";
+    }
 }
 
 TEST_F(HostCalls, ProcessWorksFromSeparateAndFromSharedBuffers) {
