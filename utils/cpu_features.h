@@ -11,8 +11,8 @@ enum CpuFeature : std::uint64_t {
     CpuSse2 = std::uint64_t{1} << 42,
 };
 
-/// The features that both the processor and the system offer; 0 on processors other than x86. Detected at the first
-/// call and kept for the life of the process, so that later calls cost a load. Any thread.
+/// The features that both the processor and the system offer; 0 on processors other than x86. Detected at the
+/// first call and kept for the life of the process, so that later calls cost a load. Any thread.
 std::uint64_t DetectFeatures() noexcept;
 
 } // namespace KAV::Utils

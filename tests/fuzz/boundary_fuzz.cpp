@@ -1,5 +1,5 @@
-// Any sequence of host calls: opcodes, indexes, values, rates, block sizes, layouts and audio of any bits. The sanitizers
-// and the guard bytes behind each text judge.
+// Any sequence of host calls: opcodes, indexes, values, rates, block sizes, layouts and audio of any bits.
+// The sanitizers and the guard bytes behind each text judge.
 
 #include "plugin/device_dsp.h"
 #include "plugin/vst2.h"
@@ -33,7 +33,8 @@ private:
     std::size_t _size;
 };
 
-std::intptr_t KAV_VST_CALL Host(AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t, void*, float value) {
+std::intptr_t KAV_VST_CALL Host(
+    AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t, void*, float value) {
     if (opcode == audioMasterVersion) return kVstVersion;
     static int depth = 0; // a host may call back from inside our call
     if (opcode == audioMasterAutomate && depth == 0) {
@@ -54,7 +55,8 @@ void Process(AEffect* effect, CBytes& bytes) {
     const auto frames = static_cast<std::int32_t>(bytes.Take<std::uint16_t>() % 3000);
     const auto pattern = bytes.Take<float>();
     const auto channels = static_cast<std::size_t>(effect->numInputs);
-    std::vector<std::vector<float>> audio(channels, std::vector<float>(static_cast<std::size_t>(frames), pattern));
+    std::vector<std::vector<float>> audio(
+        channels, std::vector<float>(static_cast<std::size_t>(frames), pattern));
     std::vector<float*> pointers;
     for (auto& channel : audio) pointers.push_back(channel.data());
     effect->processReplacing(effect, pointers.data(), pointers.data(), frames);
@@ -67,8 +69,10 @@ void Arrange(AEffect* effect, CBytes& bytes) {
     SpeakerArrangement<64> output{};
     input.numChannels = in;
     output.numChannels = out;
-    effect->dispatcher(effect, effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&input), &output, 0.0f);
-    if (effect->numInputs < 0 || effect->numInputs > 16 || effect->numInputs != effect->numOutputs) std::abort();
+    effect->dispatcher(
+        effect, effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&input), &output, 0.0f);
+    if (effect->numInputs < 0 || effect->numInputs > 16 || effect->numInputs != effect->numOutputs)
+        std::abort();
 }
 
 /// Opcodes whose pointer and value mean memory get memory; all others get what comes.
@@ -78,15 +82,19 @@ void Dispatch(AEffect* effect, CBytes& bytes) {
     const auto value = bytes.Take<std::int32_t>();
     const auto option = bytes.Take<float>();
     switch (opcode) {
-    case effClose: return;
-    case effSetSpeakerArrangement: Arrange(effect, bytes); return;
+    case effClose:
+        return;
+    case effSetSpeakerArrangement:
+        Arrange(effect, bytes);
+        return;
     case effGetSpeakerArrangement:
         effect->dispatcher(effect, opcode, index, 0, nullptr, option);
         return;
     case effSetBlockSize:
         effect->dispatcher(effect, opcode, index, value % 8192, nullptr, option);
         return;
-    default: break;
+    default:
+        break;
     }
     std::array<char, 256> memory{};
     effect->dispatcher(effect, opcode, index, value < 256 ? value : 256, memory.data(), option);
@@ -102,7 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     AEffect* effect = device->Record();
     for (int call = 0; call < 64 && !bytes.Empty(); ++call) {
         switch (bytes.Take<std::uint8_t>() % 8) {
-        case 0: Dispatch(effect, bytes); break;
+        case 0:
+            Dispatch(effect, bytes);
+            break;
         case 1: {
             const auto index = bytes.Take<std::int32_t>();
             effect->setParameter(effect, index, bytes.Take<float>());
@@ -118,7 +128,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Text(effect, effGetProgramNameIndexed, index, 24);
             break;
         }
-        case 3: Arrange(effect, bytes); break;
+        case 3:
+            Arrange(effect, bytes);
+            break;
         case 4: {
             const auto tag = static_cast<std::int32_t>(bytes.Take<std::int16_t>());
             const auto value = bytes.Take<float>();
@@ -139,7 +151,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             effect->dispatcher(effect, effSetSampleRate, 0, 0, nullptr, static_cast<float>(rate));
             break;
         }
-        default: Process(effect, bytes); break;
+        default:
+            Process(effect, bytes);
+            break;
         }
     }
     effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);

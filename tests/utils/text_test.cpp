@@ -50,8 +50,8 @@ TEST(CopyText, LeavesAnEmptyBufferUntouched) {
 }
 
 TEST(FormatDecimal, WritesWhatPrintfWritesInTheCLocale) {
-    for (const float value : {0.0f, -0.0f, 0.05f, 0.15f, 0.25f, 0.35f, -0.04f, 1.005f, 12.345f, -23.95f, 999.995f,
-             400.01f, 3e38f, -3e38f, 1e-30f, std::numeric_limits<float>::denorm_min()}) {
+    for (const float value : {0.0f, -0.0f, 0.05f, 0.15f, 0.25f, 0.35f, -0.04f, 1.005f, 12.345f, -23.95f,
+             999.995f, 400.01f, 3e38f, -3e38f, 1e-30f, std::numeric_limits<float>::denorm_min()}) {
         for (int decimals = 0; decimals <= 2; ++decimals) {
             std::array<char, 64> expected{};
             std::snprintf(expected.data(), expected.size(), "%.*f", decimals, static_cast<double>(value));
