@@ -14,14 +14,20 @@ extern "C" void NoteInterrupt(int) {
     interrupted.store(true, std::memory_order_relaxed);
 }
 
+/// A signal that the caller had the program ignore stays ignored: nohup and shells' background jobs rely on
+/// it.
+void Watch(int signal) noexcept {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) return;
+    action.sa_handler = NoteInterrupt;
+    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+}
+
 } // namespace
 
 void WatchInterrupt() noexcept {
-    struct sigaction action {};
-    action.sa_handler = NoteInterrupt;
-    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) Watch(signal);
     std::signal(SIGXFSZ, SIG_IGN);
 }
 

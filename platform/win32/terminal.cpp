@@ -1,11 +1,14 @@
 #include "platform/terminal.h"
 
+#include <cstdlib>
 #include <windows.h>
 
 namespace KAV::Platform {
 
 void PrepareTerminal() noexcept {
+    static const UINT before = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
+    std::atexit([] { SetConsoleOutputCP(before); }); // the console outlives the program
 }
 
 bool ErrorStreamIsTerminal() noexcept {

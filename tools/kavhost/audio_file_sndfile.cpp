@@ -13,7 +13,7 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr double kVorbisQuality = 0.8; // of 0 to 1: about 256 kbit/s in stereo, beyond doubt for listeners
+constexpr double VorbisQuality = 0.8; // of 0 to 1: about 256 kbit/s in stereo, beyond doubt for listeners
 
 struct SCloser {
     void operator()(SNDFILE* file) const noexcept { sf_close(file); }
@@ -192,7 +192,7 @@ CAudioWriter::CAudioWriter(const std::filesystem::path& file, EContainer contain
     }
     // The peak chunk carries the time of day: the same input would never give the same file twice.
     sf_command(_native->file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    double quality = kVorbisQuality;
+    double quality = VorbisQuality;
     sf_command(_native->file.get(), SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof(quality)); // of OGG alone
 }
 

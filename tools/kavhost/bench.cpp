@@ -12,8 +12,8 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr double kWarmUpSeconds = 3;
-constexpr double kLeastSteps = 20; // to be right within 5 %
+constexpr double WarmUpSeconds = 3;
+constexpr double LeastSteps = 20; // to be right within 5 %
 
 } // namespace
 
@@ -28,7 +28,7 @@ CBenchSubject::CBenchSubject(const CEffectLibrary& library, std::span<const SSet
 }
 
 void CBenchSubject::WarmUp() {
-    for (double seconds = 0; seconds < kWarmUpSeconds; seconds += Seconds()) {
+    for (double seconds = 0; seconds < WarmUpSeconds; seconds += Seconds()) {
         _in.CopyFrom(_material.audio);
         ProcessBlocks(_effect, _in, _out);
     }
@@ -48,7 +48,7 @@ double CBenchSubject::Seconds() const noexcept {
 }
 
 void CheckClock(double measuredNs, double stepNs, double seconds) {
-    const double least = kLeastSteps * stepNs;
+    const double least = LeastSteps * stepNs;
     if (measuredNs >= least) return;
     // A time of no step at all may be anything up to one.
     const double enough = std::ceil(1.2 * seconds * least / std::max(measuredNs, stepNs));

@@ -12,23 +12,23 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr double kPeak = 0.7; // -3 dBFS
-constexpr double kNoteSeconds = 0.25;
-constexpr int kVoices = 3;
-constexpr int kPartials = 4;
-constexpr double kNoise = 0.2;
-constexpr double kBeatsPerSecond = 2;
+constexpr double Peak = 0.7; // -3 dBFS
+constexpr double NoteSeconds = 0.25;
+constexpr int Voices = 3;
+constexpr int Partials = 4;
+constexpr double Noise = 0.2;
+constexpr double BeatsPerSecond = 2;
 
 /// Adds a note that begins at `first` and dies away.
 void AddNote(std::span<float> channel, std::size_t first, double frequency, double level, int rateHz,
     CRandom& random) {
-    const auto frames = std::min(channel.size() - first, static_cast<std::size_t>(4 * kNoteSeconds * rateHz));
-    for (int partial = 1; partial <= kPartials && partial * frequency < 0.45 * rateHz; ++partial) {
+    const auto frames = std::min(channel.size() - first, static_cast<std::size_t>(4 * NoteSeconds * rateHz));
+    for (int partial = 1; partial <= Partials && partial * frequency < 0.45 * rateHz; ++partial) {
         const double step = 2 * std::numbers::pi * partial * frequency / rateHz;
         const double phase = 2 * std::numbers::pi * random.Unit();
         for (std::size_t i = 0; i < frames; ++i) {
             const double seconds = static_cast<double>(i) / rateHz;
-            const double envelope = std::min(1.0, seconds / 0.005) * std::exp(-seconds / kNoteSeconds);
+            const double envelope = std::min(1.0, seconds / 0.005) * std::exp(-seconds / NoteSeconds);
             channel[first + i] += static_cast<float>(
                 level / partial * envelope * std::sin(phase + step * static_cast<double>(i)));
         }
@@ -37,9 +37,9 @@ void AddNote(std::span<float> channel, std::size_t first, double frequency, doub
 
 void AddBeats(std::span<float> channel, int rateHz, CRandom& random) {
     for (std::size_t i = 0; i < channel.size(); ++i) {
-        const double beats = kBeatsPerSecond * static_cast<double>(i) / rateHz;
+        const double beats = BeatsPerSecond * static_cast<double>(i) / rateHz;
         const double envelope = 0.1 + std::exp(-8 * (beats - std::floor(beats)));
-        channel[i] += static_cast<float>(kNoise * envelope * random.Bipolar());
+        channel[i] += static_cast<float>(Noise * envelope * random.Bipolar());
     }
 }
 
@@ -50,7 +50,7 @@ void Normalise(CPlanarBuffer& audio) {
     }
     if (peak <= 0) return;
     for (std::size_t c = 0; c < audio.Channels(); ++c) {
-        for (float& sample : audio.Channel(c)) sample *= static_cast<float>(kPeak) / peak;
+        for (float& sample : audio.Channel(c)) sample *= static_cast<float>(Peak) / peak;
     }
 }
 
@@ -65,9 +65,9 @@ SMaterial MakeMaterial(const SBenchOptions& options) {
     SMaterial material{rate, {static_cast<std::size_t>(options.channels), FramesOf(options.seconds, rate)}};
     auto& audio = material.audio;
     CRandom score, performance;
-    const auto noteFrames = FramesOf(kNoteSeconds, rate);
+    const auto noteFrames = FramesOf(NoteSeconds, rate);
     for (std::size_t first = 0; first < audio.Frames(); first += noteFrames) {
-        for (int voice = 0; voice < kVoices; ++voice) {
+        for (int voice = 0; voice < Voices; ++voice) {
             const double frequency = 55 * std::exp2(std::floor(36 * score.Unit()) / 12 + voice);
             const double level = 0.3 + 0.7 * score.Unit();
             for (std::size_t c = 0; c < audio.Channels(); ++c) {

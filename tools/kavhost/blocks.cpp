@@ -13,7 +13,7 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr double kSettleSeconds = 3;
+constexpr double SettleSeconds = 3;
 
 }
 
@@ -36,7 +36,7 @@ void SettleFadeIn(CEffect& effect) {
     const auto blockSize = effect.Stream().blockSize;
     CPlanarBuffer silence(channels, static_cast<std::size_t>(blockSize));
     CPlanarBuffer forgotten(channels, static_cast<std::size_t>(blockSize));
-    const double frames = kSettleSeconds * effect.Stream().rateHz;
+    const double frames = SettleSeconds * effect.Stream().rateHz;
     for (double done = 0; done < frames; done += blockSize) {
         CheckInterrupt();
         silence.Clear(); // the effect may have written to it

@@ -21,7 +21,7 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr SStream kUsualStream{44100, 512};
+constexpr SStream UsualStream{44100, 512};
 
 void PrintError(std::ostream& errors, std::string message) {
     std::ranges::replace_if(
@@ -50,7 +50,7 @@ std::optional<SProfile> ProfileFor(const CEffect& effect, const std::filesystem:
 
 void RunInfo(const SOptions& options, std::ostream& out) {
     const CEffectLibrary library(PluginFile(options));
-    CEffect effect(library, kUsualStream);
+    CEffect effect(library, UsualStream);
     const auto profile = ProfileFor(effect, options.profile);
     const auto* known = profile ? &*profile : nullptr;
     ResolveSettings(options.settings, effect, known);
@@ -60,7 +60,7 @@ void RunInfo(const SOptions& options, std::ostream& out) {
 
 std::vector<SSetting> SettingsFor(const CEffectLibrary& library, std::span<const std::string> texts,
     const std::filesystem::path& wantedProfile) {
-    CEffect effect(library, kUsualStream); // of its own: finding a value may move the parameter about
+    CEffect effect(library, UsualStream); // of its own: finding a value may move the parameter about
     const auto profile = ProfileFor(effect, wantedProfile);
     return ResolveSettings(texts, effect, profile ? &*profile : nullptr);
 }
@@ -71,7 +71,7 @@ EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& er
     CRenderer renderer(library, SettingsFor(library, options.settings, options.profile), options.render);
     std::vector<SRenderReport> reports;
     auto code = EExitCode::Done;
-    for (const auto& job : PlanJobs(options.inputs, options.output)) {
+    for (const auto& job : PlanJobs(options.inputs, options.output, options.render.samples)) {
         try {
             reports.push_back(renderer.Render(job));
             if (!options.isJson) PrintReport(out, reports.back());

@@ -17,20 +17,20 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr std::size_t kBurstFrames = 1 << 15;
-constexpr std::size_t kMostLags = 3 * kBurstFrames; // with the burst a power of two
-constexpr double kMostSeconds = 2;
+constexpr std::size_t BurstFrames = 1 << 15;
+constexpr std::size_t MostLags = 3 * BurstFrames; // with the burst a power of two
+constexpr double MostSeconds = 2;
 
 /// Noise of this length that is not in the recording correlates by 1 / sqrt(32768) = 0.006 in the mean, and
 /// hardly ever by five times that. Noise through a low-pass at a fiftieth of the rate still reaches 0.2.
-constexpr double kClearCorrelation = 0.1;
+constexpr double ClearCorrelation = 0.1;
 
 /// Peaks of the burst: low enough to leave a limiter alone at most settings, then loud enough to open a gate.
-constexpr double kLevels[] = {0.03, 0.3};
+constexpr double Levels[] = {0.03, 0.3};
 
 std::vector<float> Burst(double level) {
     CRandom random;
-    std::vector<float> burst(kBurstFrames);
+    std::vector<float> burst(BurstFrames);
     for (float& sample : burst) sample = static_cast<float>(level * random.Bipolar());
     return burst;
 }
@@ -84,11 +84,11 @@ std::optional<SMatch> FindSignal(std::span<const float> signal, std::span<const 
 
 SDelay MeasureDelay(CEffect& effect) {
     const auto channels = static_cast<std::size_t>(effect.Inputs());
-    const auto lags = std::min(kMostLags, static_cast<std::size_t>(kMostSeconds * effect.Stream().rateHz));
-    for (const double level : kLevels) {
+    const auto lags = std::min(MostLags, static_cast<std::size_t>(MostSeconds * effect.Stream().rateHz));
+    for (const double level : Levels) {
         const auto burst = Burst(level);
-        CPlanarBuffer inputs(channels, kBurstFrames + lags);
-        CPlanarBuffer outputs(channels, kBurstFrames + lags);
+        CPlanarBuffer inputs(channels, BurstFrames + lags);
+        CPlanarBuffer outputs(channels, BurstFrames + lags);
         for (std::size_t c = 0; c < channels; ++c) std::ranges::copy(burst, inputs.Channel(c).begin());
         ProcessBlocks(effect, inputs, outputs);
         SMatch best; // of the channels: some may be muted, or carry something else
@@ -96,7 +96,7 @@ SDelay MeasureDelay(CEffect& effect) {
             const auto match = FindSignal(burst, std::as_const(outputs).Channel(c));
             if (match && match->correlation > best.correlation) best = *match;
         }
-        if (best.correlation >= kClearCorrelation) return {best.lag, true};
+        if (best.correlation >= ClearCorrelation) return {best.lag, true};
     }
     return {std::max<std::int64_t>(effect.ReportedDelay(), 0), false};
 }

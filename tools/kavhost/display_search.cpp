@@ -14,9 +14,9 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr int kHalvings = 30; // a float between 0 and 1 has 24 bits; small ones have more places
-constexpr int kSteps = 1000;
-constexpr std::size_t kListedTexts = 8;
+constexpr int Halvings = 30; // a float between 0 and 1 has 24 bits; small ones have more places
+constexpr int Steps = 1000;
+constexpr std::size_t ListedTexts = 8;
 
 /// One parameter's display as a function of the host's value.
 class CDisplay final {
@@ -35,7 +35,7 @@ public:
     /// Where `isAbove` turns true on the way from `low`, where it is false, to `high`, where it is true.
     template<typename PREDICATE>
     std::pair<float, float> Turn(float low, float high, PREDICATE isAbove) {
-        for (int i = 0; i < kHalvings; ++i) {
+        for (int i = 0; i < Halvings; ++i) {
             const float middle = low + (high - low) / 2;
             const auto number = NumberAt(middle);
             (number && isAbove(number->value) ? high : low) = middle;
@@ -99,8 +99,8 @@ float FindText(CDisplay& display, std::string_view wanted) {
     std::vector<std::string> seen;
     std::optional<int> first;
     int last = 0;
-    for (int step = 0; step <= kSteps; ++step) {
-        const std::string text = display.At(static_cast<float>(step) / kSteps);
+    for (int step = 0; step <= Steps; ++step) {
+        const std::string text = display.At(static_cast<float>(step) / Steps);
         const auto shown = ReadNumber(text);
         const bool same = EqualIgnoringCase(text, wanted) ||
                           (number && shown && number->value == shown->value && number->unit.empty());
@@ -110,19 +110,19 @@ float FindText(CDisplay& display, std::string_view wanted) {
         } else if (first) {
             break; // the first stretch is enough
         }
-        if (seen.size() <= kListedTexts && std::ranges::find(seen, text) == seen.end()) seen.push_back(text);
+        if (seen.size() <= ListedTexts && std::ranges::find(seen, text) == seen.end()) seen.push_back(text);
     }
     if (first) {
         // The ends are safe from the effect's own rounding; between them the middle is.
         if (*first == 0) return 0;
-        if (last == kSteps) return 1;
-        return static_cast<float>(*first + last) / (2 * kSteps);
+        if (last == Steps) return 1;
+        return static_cast<float>(*first + last) / (2 * Steps);
     }
     std::string list = "only";
-    for (std::size_t i = 0; i < std::min(seen.size(), kListedTexts); ++i) {
+    for (std::size_t i = 0; i < std::min(seen.size(), ListedTexts); ++i) {
         list += (i == 0 ? " \"" : ", \"") + seen[i] + "\"";
     }
-    Fail(display, wanted, list + (seen.size() > kListedTexts ? " and others" : ""));
+    Fail(display, wanted, list + (seen.size() > ListedTexts ? " and others" : ""));
 }
 
 } // namespace

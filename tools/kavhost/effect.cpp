@@ -12,10 +12,10 @@ namespace KAV::Host {
 namespace {
 
 /// The interface gives texts 8 to 64 bytes; effects are known that write more.
-constexpr std::size_t kTextCapacity = 1024;
+constexpr std::size_t TextCapacity = 1024;
 
-constexpr std::size_t kMostChannels = 64;
-using SSpeakers = VST::SpeakerArrangement<kMostChannels>;
+constexpr std::size_t MostChannels = 64;
+using SSpeakers = VST::SpeakerArrangement<MostChannels>;
 
 enum ESpeakers : std::int32_t { UserDefined = -2, Mono = 0, Stereo = 1 };
 enum ESpeaker : std::int32_t { Undefined = 0x7FFFFFFF, Middle = 0, Left = 1, Right = 2 };
@@ -69,15 +69,15 @@ CEffect::~CEffect() {
 void CEffect::SetChannels(int channels) {
     const int inputs = Inputs();
     const int outputs = Outputs();
-    if (channels >= 1 && static_cast<std::size_t>(channels) <= kMostChannels) {
+    if (channels >= 1 && static_cast<std::size_t>(channels) <= MostChannels) {
         auto in = Arrangement(channels);
         auto out = in;
         Dispatch(VST::effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out);
     }
     // The counts decide, not the answer: an effect of fixed size may refuse the very layout that it has.
     if (Inputs() == channels && Outputs() == channels) return;
-    throw CFailure("unsupported channel count: " + _file + " takes no " + Channels(channels) + " (it has " +
-                   std::to_string(inputs) + " in, " + std::to_string(outputs) + " out)");
+    throw CFailure("unsupported channel count: " + _file + " cannot run with " + Channels(channels) +
+                   " (it has " + std::to_string(inputs) + " in, " + std::to_string(outputs) + " out)");
 }
 
 void CEffect::Start() {
@@ -121,7 +121,7 @@ std::intptr_t CEffect::Dispatch(
 }
 
 std::string CEffect::Text(std::int32_t opcode, std::int32_t index) const {
-    std::array<char, kTextCapacity> text{};
+    std::array<char, TextCapacity> text{};
     Dispatch(opcode, index, 0, text.data());
     text.back() = '\0';
     return std::string(Trim(text.data()));

@@ -7,7 +7,7 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr double kLeastPower = 1e-6; // -60 dBFS of RMS
+constexpr double LeastPower = 1e-6; // -60 dBFS of RMS
 
 }
 
@@ -47,7 +47,7 @@ void CGainMeter::Compare(std::span<const double> outputs) {
         if (_waiting.empty()) return; // the output is the longer
         const double input = _waiting.front();
         _waiting.pop_front();
-        if (input < kLeastPower * static_cast<double>(_windowFrames)) continue;
+        if (input < LeastPower * static_cast<double>(_windowFrames)) continue;
         const double gain = 10 * std::log10(output / input);
         if (!_range) _range = SGainRange{gain, gain, frame, frame};
         if (gain < _range->lowest) {

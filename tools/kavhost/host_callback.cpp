@@ -11,9 +11,9 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr std::intptr_t kProcessLevelOffline = 4;
-constexpr std::intptr_t kLanguageEnglish = 1;
-constexpr std::intptr_t kVendorVersion = 1010; // printed digit by digit: 1.0.1.0
+constexpr std::intptr_t ProcessLevelOffline = 4;
+constexpr std::intptr_t LanguageEnglish = 1;
+constexpr std::intptr_t VendorVersion = 1010; // printed digit by digit: 1.0.1.0
 
 std::mutex mutex; // an effect may call from threads of its own
 std::map<const VST::AEffect*, SStream> streams;
@@ -50,17 +50,17 @@ std::intptr_t KAV_VST_CALL HostCallback(
     case VST::audioMasterGetBlockSize:
         return StreamOf(effect).blockSize;
     case VST::audioMasterGetCurrentProcessLevel:
-        return kProcessLevelOffline;
+        return ProcessLevelOffline;
     case VST::audioMasterGetVendorString:
         return Answer(pointer, "Kavelin", VST::kVstMaxVendorStrLen);
     case VST::audioMasterGetProductString:
         return Answer(pointer, "kavhost", VST::kVstMaxProductStrLen);
     case VST::audioMasterGetVendorVersion:
-        return kVendorVersion;
+        return VendorVersion;
     case VST::audioMasterCanDo:
         return CanDo(static_cast<const char*>(pointer)) ? 1 : 0;
     case VST::audioMasterGetLanguage:
-        return kLanguageEnglish;
+        return LanguageEnglish;
     case VST::audioMasterIOChanged:
         return 1; // the counts are read again before they are used
     default:

@@ -22,7 +22,7 @@ struct SFlag {
     const char* name;
 };
 
-constexpr std::array kFlags{
+constexpr std::array KnownFlags{
     SFlag{VST::effFlagsHasEditor, "editor"},
     SFlag{VST::effFlagsCanReplacing, "replacing"},
     SFlag{VST::effFlagsProgramChunks, "chunks"},
@@ -33,7 +33,7 @@ constexpr std::array kFlags{
 
 std::vector<std::string> FlagNames(std::int32_t flags) {
     std::vector<std::string> names;
-    for (const auto& flag : kFlags) {
+    for (const auto& flag : KnownFlags) {
         if ((flags & flag.bit) != 0) names.emplace_back(flag.name);
     }
     return names;

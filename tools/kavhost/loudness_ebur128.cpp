@@ -16,7 +16,7 @@ struct SDestroyer {
 
 struct CLoudness::SNative {
     std::unique_ptr<ebur128_state, SDestroyer> state;
-    unsigned channels;
+    unsigned channels = 0;
 };
 
 CLoudness::CLoudness(int channels, int rateHz) : _native(std::make_unique<SNative>()) {

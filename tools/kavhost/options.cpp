@@ -10,26 +10,26 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr const char* kAbout =
+constexpr const char* About =
     "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost.";
 
-constexpr const char* kFooter = "Examples:\n"
-                                "  kavhost info\n"
-                                "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
-                                "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
-                                "  kavhost bench --vs other.so\n"
-                                "  kavhost render --help\n"
-                                "\n"
-                                "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
+constexpr const char* Footer = "Examples:\n"
+                               "  kavhost info\n"
+                               "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+                               "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+                               "  kavhost bench --vs other.so\n"
+                               "  kavhost render --help\n"
+                               "\n"
+                               "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
 
-constexpr const char* kInfoFooter = "Examples:\n"
-                                    "  kavhost info --json\n"
-                                    "  kavhost info --plugin other.so --set 2:-3.0";
+constexpr const char* InfoFooter = "Examples:\n"
+                                   "  kavhost info --json\n"
+                                   "  kavhost info --plugin other.so --set 2:-3.0";
 
-constexpr const char* kRenderFooter =
+constexpr const char* RenderFooter =
     "The output keeps the input's rate and channels, and its sample format where the\n"
     "output's container has it, else it gets 24 bits; so do MP3 and other coded inputs.\n"
-    "OGG is written at quality 8 of 10.\n"
+    "OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
     "A file appears under its name when it is complete, and not before.\n"
     "\n"
     "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
@@ -41,7 +41,7 @@ constexpr const char* kRenderFooter =
     "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
 
-constexpr const char* kBenchFooter =
+constexpr const char* BenchFooter =
     "Time is that of the processor in this thread, as the median over the runs. With --vs\n"
     "the runs of the two alternate; with --set2 alone the effect is measured against\n"
     "itself. The sound, unless a file is given, is music-like with a peak of -3 dBFS and\n"
@@ -52,10 +52,10 @@ constexpr const char* kBenchFooter =
     "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
     "  kavhost bench --set 100=1 --set2 100=0";
 
-constexpr const char* kSetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
-                                 "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
-                                 "what the effect's own display shall show. For each setting\n"
-                                 "once more.";
+constexpr const char* SetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
+                                "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
+                                "what the effect's own display shall show. For each setting\n"
+                                "once more.";
 
 /// Texts as the parser keeps them; paths become such only later, for it knows no UTF-8.
 struct STexts {
@@ -81,7 +81,7 @@ void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
             "Names and laws of the effect's parameters; by default the\n"
             "*.json beside kavhost that has the effect's unique id")
         ->type_name("FILE");
-    command.add_option("-s,--set", options.settings, kSetHelp)->type_name("SETTING")->allow_extra_args(false);
+    command.add_option("-s,--set", options.settings, SetHelp)->type_name("SETTING")->allow_extra_args(false);
 }
 
 void AddBlock(CLI::App& command, std::int32_t& blockSize) {
@@ -93,14 +93,14 @@ void AddBlock(CLI::App& command, std::int32_t& blockSize) {
 
 void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("info", "Tell what the effect is and list its parameters.");
-    command.footer(kInfoFooter);
+    command.footer(InfoFooter);
     AddEffectOptions(command, options, texts);
     command.add_flag("--json", options.isJson, "Tell it for programs");
 }
 
 void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
-    command.footer(kRenderFooter);
+    command.footer(RenderFooter);
     command.add_option("IN", texts.inputs, "Audio files")->required();
     command
         .add_option("-o,--output", texts.output,
@@ -127,7 +127,7 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
 void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("bench", "Measure the time that the effect takes.");
     auto& bench = options.bench;
-    command.footer(kBenchFooter);
+    command.footer(BenchFooter);
     AddEffectOptions(command, options, texts);
     command.add_option("--vs", texts.otherPlugin, "Another effect to measure against")->type_name("FILE");
     command
@@ -142,7 +142,7 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
         ->capture_default_str()
         ->excludes(input);
     command.add_option("--channels", bench.channels, "Channels")
-        ->check(CLI::Range(1, kMostRenderChannels).description(""))
+        ->check(CLI::Range(1, MostRenderChannels).description(""))
         ->type_name("1..16")
         ->capture_default_str()
         ->excludes(input);
@@ -180,8 +180,8 @@ void TakeTexts(SOptions& options, const STexts& texts) {
 SOptions ReadOptions(std::vector<std::string> arguments) {
     SOptions options;
     STexts texts;
-    CLI::App app(kAbout, "kavhost");
-    app.footer(kFooter);
+    CLI::App app(About, "kavhost");
+    app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
     app.require_subcommand(1);

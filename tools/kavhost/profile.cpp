@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::uintmax_t kLargestFile = 16 << 20;
+constexpr std::uintmax_t LargestFile = 16 << 20;
 
 [[noreturn]] void Fail(const std::string& where, const std::string& what) {
     throw CFailure("no effect profile: " + where + what);
@@ -182,7 +182,7 @@ SProfile ParseProfile(std::string_view text) {
 SProfile ReadProfile(const std::filesystem::path& file) {
     return Naming(Utf8(file), [&] {
         if (!std::filesystem::is_regular_file(file)) throw CFailure("no such file");
-        if (std::filesystem::file_size(file) > kLargestFile) throw CFailure("no effect profile: too large");
+        if (std::filesystem::file_size(file) > LargestFile) throw CFailure("no effect profile: too large");
         return ParseProfile(FileText(file));
     });
 }
@@ -192,7 +192,7 @@ std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::in
     std::error_code error; // a folder that cannot be listed has no profile
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
         const bool candidate = EqualIgnoringCase(Utf8(entry.path().extension()), ".json") &&
-                               entry.is_regular_file(error) && entry.file_size(error) <= kLargestFile;
+                               entry.is_regular_file(error) && entry.file_size(error) <= LargestFile;
         if (candidate) files.push_back(entry.path());
     }
     std::ranges::sort(files); // the system lists in any order

@@ -55,8 +55,7 @@ public:
     }
 
 private:
-    /// Fills the block's front with the file's next frames; the delay's worth of silence follows the last
-    /// one.
+    /// Fills the block's front with the file's next frames.
     std::size_t Read() {
         if (_atEnd) return 0;
         const std::size_t read = _reader.Read(_interleaved);
@@ -97,9 +96,9 @@ private:
 };
 
 void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file) {
-    if (format.channels <= kMostRenderChannels) return;
+    if (format.channels <= MostRenderChannels) return;
     throw CFailure(Utf8(file) + ": unsupported channel count: " + std::to_string(format.channels) +
-                   ", at most " + std::to_string(kMostRenderChannels) + " are possible");
+                   ", at most " + std::to_string(MostRenderChannels) + " are possible");
 }
 
 } // namespace
@@ -113,7 +112,9 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
     CheckChannels(reader.Format(), job.input);
     SRenderReport report;
     report.job = job;
-    report.format = OutputFormat(reader.Format(), job);
+    const EContainer container = *ContainerOf(job.output);
+    report.format = reader.Format();
+    report.format.samples = _options.samples.value_or(KeptFormat(container, report.format.samples));
 
     const std::string name = Utf8(job.input);
     CEffect effect(_library, {static_cast<double>(report.format.rateHz), _options.blockSize});
@@ -122,8 +123,7 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
     effect.Start();
     report.isAligned = _options.aligns;
     if (report.isAligned) report.delay = DelayFor(report.format);
-    CAudioWriter writer(
-        job.output, *ContainerOf(job.output), report.format, _options.dithers, reader.Frames());
+    CAudioWriter writer(job.output, container, report.format, _options.dithers, reader.Frames());
     if (_options.settles) SettleFadeIn(effect);
 
     CPass pass(reader, effect, writer, report.delay.frames);
@@ -137,15 +137,6 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
     if (!report.isAligned) report.gain.reset();
     report.reportedDelay = effect.ReportedDelay();
     return report;
-}
-
-SAudioFormat CRenderer::OutputFormat(const SAudioFormat& input, const SRenderJob& job) const {
-    const EContainer container = *ContainerOf(job.output);
-    SAudioFormat format = input;
-    format.samples = _options.samples.value_or(KeptFormat(container, input.samples));
-    if (Holds(container, format.samples)) return format;
-    throw CUsageError(Utf8(job.output) + ": " + std::string(ContainerName(container)) +
-                      " does not hold the format " + std::string(FormatName(format.samples)));
 }
 
 SDelay CRenderer::DelayFor(const SAudioFormat& format) {

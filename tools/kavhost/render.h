@@ -17,7 +17,7 @@ namespace KAV::Host {
 
 class CEffectLibrary;
 
-inline constexpr int kMostRenderChannels = 16;
+inline constexpr int MostRenderChannels = 16;
 
 struct SRenderOptions {
     std::int32_t blockSize = 512;
@@ -39,8 +39,8 @@ struct SRenderReport {
     bool isAligned = false;
     SDelay delay; ///< that was taken out, of aligned files
     std::int32_t reportedDelay = 0;
-    SLevels before{};
-    SLevels after{};                ///< as stored: rounded, clipped
+    SLevels before;
+    SLevels after;                  ///< as stored: rounded, clipped
     std::optional<SGainRange> gain; ///< of aligned files
     std::uint64_t clipped = 0;      ///< samples that did not fit the output's format
     double realTimeFactor = 0;      ///< seconds of audio per second that the effect ran
@@ -51,11 +51,10 @@ class CRenderer final {
 public:
     CRenderer(const CEffectLibrary& library, std::vector<SSetting> settings, const SRenderOptions& options);
 
-    /// Throws CUsageError, CFailure or CInterruption; there is no output file then.
+    /// The job is one of PlanJobs(). Throws CFailure or CInterruption; there is no output file then.
     SRenderReport Render(const SRenderJob& job);
 
 private:
-    SAudioFormat OutputFormat(const SAudioFormat& input, const SRenderJob& job) const;
     SDelay DelayFor(const SAudioFormat& format);
 
     const CEffectLibrary& _library;
@@ -67,8 +66,9 @@ private:
 
 /// One job per input. `output` is the file for a single input; it is a folder, made when missing, when it
 /// ends like one, is one, or there are more inputs. Throws CUsageError when a name does not tell a container,
-/// when two inputs would give the same file, or when an output would replace an input.
-std::vector<SRenderJob> PlanJobs(
-    const std::vector<std::filesystem::path>& inputs, const std::filesystem::path& output);
+/// or one that does not hold the sample format asked for, when two inputs would give the same file, or when
+/// an output would replace an input.
+std::vector<SRenderJob> PlanJobs(const std::vector<std::filesystem::path>& inputs,
+    const std::filesystem::path& output, std::optional<ESampleFormat> samples);
 
 } // namespace KAV::Host

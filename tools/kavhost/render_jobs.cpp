@@ -26,10 +26,16 @@ void MakeFolder(const fs::path& folder) {
     }
 }
 
-void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs) {
-    if (!ContainerOf(output)) {
+void CheckOutput(
+    const fs::path& output, const std::vector<fs::path>& inputs, std::optional<ESampleFormat> samples) {
+    const auto container = ContainerOf(output);
+    if (!container) {
         throw CUsageError(
             Utf8(output) + ": unknown output format; .wav, .flac, .aif, .aiff and .ogg are possible");
+    }
+    if (samples && !Holds(*container, *samples)) {
+        throw CUsageError(Utf8(output) + ": " + std::string(ContainerName(*container)) +
+                          " does not hold the format " + std::string(FormatName(*samples)));
     }
     for (const auto& input : inputs) {
         std::error_code error; // a file that does not exist is no other's
@@ -40,11 +46,12 @@ void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs) {
 
 } // namespace
 
-std::vector<SRenderJob> PlanJobs(const std::vector<fs::path>& inputs, const fs::path& output) {
+std::vector<SRenderJob> PlanJobs(
+    const std::vector<fs::path>& inputs, const fs::path& output, std::optional<ESampleFormat> samples) {
     std::error_code error;
     const bool isFolder = fs::is_directory(output, error);
     if (inputs.size() == 1 && !isFolder && output.has_filename()) {
-        CheckOutput(output, inputs);
+        CheckOutput(output, inputs, samples);
         return {{inputs.front(), output}};
     }
     if (fs::exists(output, error) && !isFolder) {
@@ -57,7 +64,7 @@ std::vector<SRenderJob> PlanJobs(const std::vector<fs::path>& inputs, const fs::
         if (!outputs.insert(jobs.back().output).second) {
             throw CUsageError(Utf8(jobs.back().output) + ": two inputs would give this file");
         }
-        CheckOutput(jobs.back().output, inputs);
+        CheckOutput(jobs.back().output, inputs, samples);
     }
     MakeFolder(output);
     return jobs;

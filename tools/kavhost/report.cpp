@@ -13,17 +13,17 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kLabelWidth = 22;
-constexpr int kNumberWidth = 10;
+constexpr int LabelWidth = 22;
+constexpr int NumberWidth = 10;
 
 std::ostream& Line(std::ostream& out, const char* label) {
-    return out << "  " << std::left << std::setw(kLabelWidth) << label << std::right;
+    return out << "  " << std::left << std::setw(LabelWidth) << label << std::right;
 }
 
 void PrintLevels(std::ostream& out, const char* label, std::optional<double> before,
     std::optional<double> after, const char* unit) {
     if (!before || !after) return;
-    Line(out, label) << std::setw(kNumberWidth) << Fixed(*before, 2) << std::setw(kNumberWidth)
+    Line(out, label) << std::setw(NumberWidth) << Fixed(*before, 2) << std::setw(NumberWidth)
                      << Fixed(*after, 2) << " " << unit << "\n";
 }
 
@@ -107,7 +107,7 @@ void PrintReport(std::ostream& out, const SRenderReport& report) {
                         << (IntegerBits(format.samples) > 0 ? " bits, " : ", ")
                         << TimeOf(static_cast<std::int64_t>(report.frames), format.rateHz) << "\n";
     PrintDelay(out, report);
-    Line(out, "") << std::setw(kNumberWidth) << "before" << std::setw(kNumberWidth) << "after"
+    Line(out, "") << std::setw(NumberWidth) << "before" << std::setw(NumberWidth) << "after"
                   << "\n";
     const auto &before = report.before, &after = report.after;
     PrintLevels(out, "sample peak", before.samplePeakDbfs, after.samplePeakDbfs, "dBFS");

@@ -13,7 +13,7 @@ struct SName {
     ESampleFormat format;
 };
 
-constexpr std::array kNames{
+constexpr std::array FormatNames{
     SName{"8", ESampleFormat::Int8},
     SName{"16", ESampleFormat::Int16},
     SName{"24", ESampleFormat::Int24},
@@ -53,14 +53,14 @@ int SampleBytes(ESampleFormat format) noexcept {
 }
 
 std::string_view FormatName(ESampleFormat format) noexcept {
-    for (const auto& name : kNames) {
+    for (const auto& name : FormatNames) {
         if (name.format == format) return name.text;
     }
     return "coded";
 }
 
 std::optional<ESampleFormat> FormatOf(std::string_view name) noexcept {
-    for (const auto& known : kNames) {
+    for (const auto& known : FormatNames) {
         if (EqualIgnoringCase(known.text, name)) return known.format;
     }
     return std::nullopt;

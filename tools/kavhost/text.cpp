@@ -1,7 +1,5 @@
 #include "tools/kavhost/text.h"
 
-#include "utils/text.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -82,8 +80,10 @@ const std::string* Nearest(std::string_view text, std::span<const std::string> c
 }
 
 std::string Fixed(double value, int decimals) {
-    std::array<char, Utils::DecimalCapacity> buffer{};
-    return std::string(Utils::FormatDecimal(static_cast<float>(value), decimals, buffer));
+    std::array<char, 400> buffer{}; // the largest double has 309 digits before the point
+    const auto result = std::to_chars(
+        buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
+    return {buffer.data(), result.ptr};
 }
 
 std::string Shortest(double value) {

@@ -34,7 +34,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b);
 /// The candidate with the smallest edit distance to `text`, the first of several; null when there are none.
 const std::string* Nearest(std::string_view text, std::span<const std::string> candidates);
 
-/// "12.34", or "-inf" for what a logarithm makes of silence.
+/// "12.34", or "-inf" for what a logarithm makes of silence; up to 80 decimals.
 std::string Fixed(double value, int decimals);
 
 /// The number in as few digits as tell it from its neighbours.

@@ -13,16 +13,16 @@ namespace KAV::Host {
 
 namespace {
 
-constexpr std::uint32_t kTagInteger = 1;
-constexpr std::uint32_t kTagFloat = 3;
-constexpr std::uint32_t kTagExtensible = 0xFFFE;
-constexpr std::size_t kPlainFormat = 16;      // bytes of the shortest format chunk
-constexpr std::size_t kExtensibleFormat = 40; // bytes of the extensible one
-constexpr int kMostChannels = 1024;
-constexpr std::uint32_t kHighestRate = 10'000'000;
+constexpr std::uint32_t TagInteger = 1;
+constexpr std::uint32_t TagFloat = 3;
+constexpr std::uint32_t TagExtensible = 0xFFFE;
+constexpr std::size_t PlainFormat = 16;      // bytes of the shortest format chunk
+constexpr std::size_t ExtensibleFormat = 40; // bytes of the extensible one
+constexpr int MostChannels = 1024;
+constexpr std::uint32_t HighestRate = 10'000'000;
 
 /// What follows the two bytes of the tag in the extensible header's 16-byte name of a coding.
-constexpr std::array<unsigned char, 14> kCodingTail{
+constexpr std::array<unsigned char, 14> CodingTail{
     0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
 
 template<typename T>
@@ -86,7 +86,7 @@ CWavReader::CWavReader(std::istream& stream) : _stream(stream) {
             return;
         }
         if (Named(chunk.data(), "fmt ")) {
-            std::array<unsigned char, kExtensibleFormat> format{};
+            std::array<unsigned char, ExtensibleFormat> format{};
             const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(present, format.size()));
             if (!ReadBytes(_stream, std::span(format).first(wanted))) throw CFailure("cannot be read");
             ReadFormat(std::span(format).first(wanted));
@@ -98,32 +98,32 @@ CWavReader::CWavReader(std::istream& stream) : _stream(stream) {
 }
 
 void CWavReader::ReadFormat(std::span<const unsigned char> chunk) {
-    if (chunk.size() < kPlainFormat) throw CFailure("a damaged WAV file: its format is cut");
+    if (chunk.size() < PlainFormat) throw CFailure("a damaged WAV file: its format is cut");
     std::uint32_t tag = LittleEndian<std::uint16_t>(chunk.data());
     const int channels = LittleEndian<std::uint16_t>(chunk.data() + 2);
     const auto rate = LittleEndian<std::uint32_t>(chunk.data() + 4);
     const std::size_t frameBytes = LittleEndian<std::uint16_t>(chunk.data() + 12);
     const unsigned bits = LittleEndian<std::uint16_t>(chunk.data() + 14);
-    if (tag == kTagExtensible) {
-        if (chunk.size() < kExtensibleFormat) throw CFailure("a damaged WAV file: its format is cut");
+    if (tag == TagExtensible) {
+        if (chunk.size() < ExtensibleFormat) throw CFailure("a damaged WAV file: its format is cut");
         tag = LittleEndian<std::uint16_t>(chunk.data() + 24);
-        if (!std::ranges::equal(chunk.subspan(26, kCodingTail.size()), kCodingTail)) tag = 0;
+        if (!std::ranges::equal(chunk.subspan(26, CodingTail.size()), CodingTail)) tag = 0;
     }
-    if (channels == 0 || channels > kMostChannels)
+    if (channels == 0 || channels > MostChannels)
         throw CFailure("a damaged WAV file: no usable channel count");
-    if (rate == 0 || rate > kHighestRate) throw CFailure("a damaged WAV file: no usable sample rate");
+    if (rate == 0 || rate > HighestRate) throw CFailure("a damaged WAV file: no usable sample rate");
 
-    if (tag == kTagInteger && bits == 8)
+    if (tag == TagInteger && bits == 8)
         _format.samples = ESampleFormat::Int8;
-    else if (tag == kTagInteger && bits == 16)
+    else if (tag == TagInteger && bits == 16)
         _format.samples = ESampleFormat::Int16;
-    else if (tag == kTagInteger && bits == 24)
+    else if (tag == TagInteger && bits == 24)
         _format.samples = ESampleFormat::Int24;
-    else if (tag == kTagInteger && bits == 32)
+    else if (tag == TagInteger && bits == 32)
         _format.samples = ESampleFormat::Int32;
-    else if (tag == kTagFloat && bits == 32)
+    else if (tag == TagFloat && bits == 32)
         _format.samples = ESampleFormat::Float32;
-    else if (tag == kTagFloat && bits == 64)
+    else if (tag == TagFloat && bits == 64)
         _format.samples = ESampleFormat::Float64;
     else
         throw CFailure("a WAV file of a coding that is not supported (" + std::to_string(bits) + " bits)");

@@ -11,7 +11,7 @@ namespace KAV::Host {
 namespace {
 
 /// The tail of the extensible header's name of a coding, behind the tag; see wav_reader.cpp.
-constexpr std::string_view kCodingTail{"\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14};
+constexpr std::string_view CodingTail{"\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14};
 
 } // namespace
 
@@ -87,7 +87,7 @@ void CWavWriter::PutHeader() {
         Put(sampleBytes * 8, 2);
         Put(channels == 1 ? 4 : channels == 2 ? 3 : 0, 4); // speakers: centre, left and right, not told
         Put(tag, 2);
-        _bytes.append(kCodingTail);
+        _bytes.append(CodingTail);
     }
     if (counted) {
         _bytes.append("fact");

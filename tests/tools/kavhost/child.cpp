@@ -61,6 +61,8 @@ CChild::CChild(std::vector<std::string> arguments, const SOptions& options) {
             const rlimit limit{options.mostFileBytes, options.mostFileBytes};
             if (setrlimit(RLIMIT_FSIZE, &limit) != 0) Die();
         }
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+            std::signal(signal, SIG_DFL); // a shell may ignore them
         execv(values[0], values.data());
         Die();
     }

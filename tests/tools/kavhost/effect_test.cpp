@@ -15,12 +15,12 @@ using namespace KAV::Tests;
 
 namespace {
 
-constexpr SStream kStream{48000, 64};
+constexpr SStream Stream{48000, 64};
 
 std::string OpenError(const std::filesystem::path& file) {
     try {
         const CEffectLibrary library(file);
-        const CEffect effect(library, kStream);
+        const CEffect effect(library, Stream);
     } catch (const CFailure& failure) {
         return failure.what();
     }
@@ -48,7 +48,7 @@ TEST(EffectLibrary, TellsWhyAFileIsNoEffect) {
 
 TEST(Effect, TellsWhatItIs) {
     const CEffectLibrary library(EffectFile("fader")); // it calls the host from inside its entry
-    const CEffect effect(library, kStream);
+    const CEffect effect(library, Stream);
     EXPECT_EQ(effect.Name(), "Test Fader");
     EXPECT_EQ(effect.Vendor(), "Tests");
     EXPECT_EQ(effect.VstVersion(), 2400);
@@ -62,7 +62,7 @@ TEST(Effect, TellsWhatItIs) {
 TEST(Effect, ChangesItsChannelsWhenItCan) {
     const CEffectLibrary library(EffectFile("fader"));
     for (const int channels : {1, 2, 3, 16}) {
-        CEffect effect(library, kStream);
+        CEffect effect(library, Stream);
         effect.SetChannels(channels);
         EXPECT_EQ(effect.Inputs(), channels);
         EXPECT_EQ(effect.Outputs(), channels);
@@ -71,7 +71,7 @@ TEST(Effect, ChangesItsChannelsWhenItCan) {
 
 TEST(Effect, OfAFixedSizeTakesThatSizeAlone) {
     const CEffectLibrary library(EffectFile("old_stereo"));
-    CEffect effect(library, kStream);
+    CEffect effect(library, Stream);
     effect.SetChannels(2);
     for (const int channels : {0, 1, 3, 17, 1000}) {
         try {
@@ -86,7 +86,7 @@ TEST(Effect, OfAFixedSizeTakesThatSizeAlone) {
 
 TEST(Effect, BeforeVersion24IsFoundByItsOldEntryAndAddsIntoSilence) {
     const CEffectLibrary library(EffectFile("old_stereo"));
-    CEffect effect(library, kStream);
+    CEffect effect(library, Stream);
     EXPECT_EQ(effect.Name(), "old_stereo"); // it has none of its own
     effect.Start();
     CPlanarBuffer in(2, 64), out(2, 64);

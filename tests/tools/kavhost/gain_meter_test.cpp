@@ -10,7 +10,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-constexpr std::size_t kWindow = 480; // 10 ms at 48 kHz
+constexpr std::size_t WindowFrames = 480; // 10 ms at 48 kHz
 
 std::vector<float> Scaled(std::span<const float> samples, double gainDb) {
     std::vector<float> scaled(samples.begin(), samples.end());
@@ -21,7 +21,7 @@ std::vector<float> Scaled(std::span<const float> samples, double gainDb) {
 } // namespace
 
 TEST(GainMeter, MeasuresAConstantGain) {
-    const auto audio = Noise(2, 10 * kWindow, 0.5f);
+    const auto audio = Noise(2, 10 * WindowFrames, 0.5f);
     CGainMeter meter(2, 48000);
     meter.AddInput(audio.samples);
     meter.AddOutput(Scaled(audio.samples, -6));
@@ -31,19 +31,20 @@ TEST(GainMeter, MeasuresAConstantGain) {
 }
 
 TEST(GainMeter, FindsWhereOneChannelIsHeldDown) {
-    const auto audio = Noise(2, 10 * kWindow, 0.5f);
+    const auto audio = Noise(2, 10 * WindowFrames, 0.5f);
     auto output = Scaled(audio.samples, 2);
-    for (std::size_t frame = 4 * kWindow; frame < 5 * kWindow; ++frame) output[2 * frame + 1] *= 0.25f;
+    for (std::size_t frame = 4 * WindowFrames; frame < 5 * WindowFrames; ++frame)
+        output[2 * frame + 1] *= 0.25f;
     CGainMeter meter(2, 48000);
     meter.AddInput(audio.samples);
     meter.AddOutput(output);
     EXPECT_NEAR(meter.Range()->lowest, 2 + 20 * std::log10(0.25), 1e-4);
-    EXPECT_EQ(meter.Range()->lowestFrame, static_cast<std::int64_t>(4 * kWindow));
+    EXPECT_EQ(meter.Range()->lowestFrame, static_cast<std::int64_t>(4 * WindowFrames));
     EXPECT_NEAR(meter.Range()->highest, 2, 1e-4);
 }
 
 TEST(GainMeter, GivesTheSameInPiecesWithTheOutputLate) {
-    const auto audio = Noise(1, 10 * kWindow, 0.5f);
+    const auto audio = Noise(1, 10 * WindowFrames, 0.5f);
     const auto output = Scaled(audio.samples, -3);
     CGainMeter meter(1, 48000);
     std::size_t given = 0;
@@ -60,9 +61,9 @@ TEST(GainMeter, GivesTheSameInPiecesWithTheOutputLate) {
 }
 
 TEST(GainMeter, LeavesQuietWindowsOut) {
-    const auto quiet = Noise(1, 10 * kWindow, 0.001f); // RMS 0.001 / sqrt(3): -65 dBFS
+    const auto quiet = Noise(1, 10 * WindowFrames, 0.001f); // RMS 0.001 / sqrt(3): -65 dBFS
     CGainMeter meter(1, 48000);
     meter.AddInput(quiet.samples);
-    meter.AddOutput(Noise(1, 10 * kWindow, 0.5f).samples);
+    meter.AddOutput(Noise(1, 10 * WindowFrames, 0.5f).samples);
     EXPECT_FALSE(meter.Range());
 }

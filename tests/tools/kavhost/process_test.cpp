@@ -30,7 +30,7 @@ protected:
     fs::path _folder = NewFolder();
 };
 
-const std::vector<std::string> kInputAlone{"in.wav"};
+const std::vector<std::string> InputAlone{"in.wav"};
 
 } // namespace
 
@@ -61,7 +61,7 @@ TEST_F(Process, ShowsABarOnATerminal) {
 
 TEST_F(Process, LeavesNoFileWhenItIsInterrupted) {
     WriteWav(_folder / "in.wav", Noise(2, 48000 * 20, 0.5f));
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         // Made slow: 5 ms for each of the 1875 blocks.
         CChild child(RenderTo("out.wav", {"--set", "4:on", "--no-align", "--no-preroll"}));
         const auto start = std::chrono::steady_clock::now();
@@ -73,7 +73,7 @@ TEST_F(Process, LeavesNoFileWhenItIsInterrupted) {
         const auto run = child.Wait();
         EXPECT_EQ(run.code, 130);
         EXPECT_EQ(run.errors, "kavhost: interrupted\n");
-        EXPECT_EQ(FilesIn(_folder), kInputAlone);
+        EXPECT_EQ(FilesIn(_folder), InputAlone);
     }
 }
 
@@ -90,7 +90,7 @@ TEST_F(Process, LeavesNoFileWhenTheDiskIsFullWhereverThatHappens) {
             EXPECT_EQ(run.code, 1) << output << " " << limit;
             EXPECT_NE(run.errors.find(": cannot be written: File too large\n"), std::string::npos)
                 << run.errors;
-            EXPECT_EQ(FilesIn(_folder), kInputAlone) << output << " " << limit;
+            EXPECT_EQ(FilesIn(_folder), InputAlone) << output << " " << limit;
         }
     }
 }

@@ -12,7 +12,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-constexpr const char* kLimiter = R"json({
+constexpr const char* Limiter = R"json({
     "name": "Example", "unique_id": 1936683628, "maker": "unknown members do no harm",
     "parameters": [
         {"index": 4, "name": "Threshold (1)", "unit": "dB", "law": "linear", "minimum": -30, "maximum": 0},
@@ -22,7 +22,7 @@ constexpr const char* kLimiter = R"json({
     ]})json";
 
 const SParameterProfile& Parameter(const char* name) {
-    static const auto profile = ParseProfile(kLimiter);
+    static const auto profile = ParseProfile(Limiter);
     return *profile.Find(std::string_view(name));
 }
 
@@ -55,7 +55,7 @@ void Write(const std::filesystem::path& file, const std::string& text) {
 } // namespace
 
 TEST(Profile, FindsParametersByIndexAndByNameWhateverTheCase) {
-    const auto profile = ParseProfile(kLimiter);
+    const auto profile = ParseProfile(Limiter);
     EXPECT_EQ(profile.uniqueId, 1936683628);
     EXPECT_EQ(profile.Find(16)->name, "Release (1)");
     EXPECT_EQ(profile.Find(std::string_view("release (1)"))->index, 16);
@@ -140,9 +140,9 @@ TEST(FindProfile, TakesTheFileWithTheEffectsNumberAndPassesOthersOver) {
     Write(folder / "a.json", "[{\"unique_id\": 1936683628}]");
     Write(folder / "b.json", "{ not JSON at all");
     Write(folder / "c.json", R"({"unique_id": 5})");
-    Write(folder / "d.txt", kLimiter);
+    Write(folder / "d.txt", Limiter);
     EXPECT_FALSE(FindProfile(folder, 1936683628));
-    Write(folder / "e.json", kLimiter);
+    Write(folder / "e.json", Limiter);
     EXPECT_EQ(FindProfile(folder, 1936683628)->name, "Example");
     EXPECT_FALSE(FindProfile(folder / "missing", 1936683628));
 }

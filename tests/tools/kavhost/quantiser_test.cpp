@@ -9,8 +9,8 @@ using namespace KAV::Host;
 
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float Infinity = std::numeric_limits<float>::infinity();
+constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
 /// The number in steps of the format.
 std::int64_t Steps(CQuantiser& quantiser, int bits, float sample) {
@@ -46,7 +46,7 @@ TEST(Quantiser, ClipsAndNeverWraps) {
         for (const bool dither : {false, true}) {
             CQuantiser quantiser(bits, dither);
             const std::int64_t highest = (std::int64_t{1} << (bits - 1)) - 1;
-            for (const float sample : {1.1f, 2.0f, 1e9f, 3e38f, kInfinity}) {
+            for (const float sample : {1.1f, 2.0f, 1e9f, 3e38f, Infinity}) {
                 EXPECT_EQ(Steps(quantiser, bits, sample), highest);
                 EXPECT_EQ(Steps(quantiser, bits, -sample), -highest - 1);
             }
@@ -71,26 +71,26 @@ TEST(Quantiser, NeverWrapsFullScaleWithDither) {
 
 TEST(Quantiser, MakesZeroOfWhatIsNoNumber) {
     CQuantiser quantiser(16, true);
-    EXPECT_EQ(quantiser.Quantise(kNotANumber), 0);
+    EXPECT_EQ(quantiser.Quantise(NotANumber), 0);
 }
 
 TEST(Quantiser, DithersWithTriangularNoiseThatHidesTheRounding) {
     // Triangular dither of two steps' width makes the total error's mean 0 and its variance 1/4 step^2 (1/6
     // of the noise, 1/12 of the rounding), wherever between two steps the sample lies.
-    constexpr int kCount = 200000;
+    constexpr int count = 200000;
     for (const double offset : {0.0, 0.25, 0.5, 0.9}) {
         CQuantiser quantiser(16, true);
         const double value = 100 + offset;
         double sum = 0, squares = 0, largest = 0;
-        for (int i = 0; i < kCount; ++i) {
+        for (int i = 0; i < count; ++i) {
             const double error =
                 static_cast<double>(Steps(quantiser, 16, static_cast<float>(value / 32768))) - value;
             sum += error;
             squares += error * error;
             largest = std::max(largest, std::abs(error));
         }
-        EXPECT_NEAR(sum / kCount, 0, 0.005); // four standard deviations: 4 x 0.5 / sqrt(200000)
-        EXPECT_NEAR(squares / kCount, 0.25, 0.005);
+        EXPECT_NEAR(sum / count, 0, 0.005); // four standard deviations: 4 x 0.5 / sqrt(200000)
+        EXPECT_NEAR(squares / count, 0.25, 0.005);
         EXPECT_LE(largest, 1.5); // one step of noise and half a step of rounding
     }
 }

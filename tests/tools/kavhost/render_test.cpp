@@ -93,7 +93,7 @@ TEST_F(Render, FailsForChannelsThatTheEffectDoesNotTake) {
     const auto mono = Run({"mono.wav"}, "out.wav", "old_stereo");
     EXPECT_EQ(mono.code, 1);
     EXPECT_TRUE(Contains(mono.errors, "mono.wav: unsupported channel count: old_stereo")) << mono.errors;
-    EXPECT_TRUE(Contains(mono.errors, "takes no 1 channel (it has 2 in, 2 out)")) << mono.errors;
+    EXPECT_TRUE(Contains(mono.errors, "cannot run with 1 channel (it has 2 in, 2 out)")) << mono.errors;
     const auto many = Run({"many.wav"}, "out.wav", "fader");
     EXPECT_EQ(many.code, 1);
     EXPECT_TRUE(Contains(many.errors, "many.wav: unsupported channel count: 17, at most 16")) << many.errors;

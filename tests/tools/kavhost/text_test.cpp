@@ -49,6 +49,14 @@ TEST(Nearest, IsTheCandidateWithTheFewestDifferences) {
     EXPECT_EQ(Nearest("gain", {}), nullptr);
 }
 
+TEST(Fixed, WritesTheWishedDecimals) {
+    EXPECT_EQ(Fixed(-6.125, 2), "-6.12");
+    EXPECT_EQ(Fixed(1.0005, 3), "1.000"); // the nearest double is below
+    EXPECT_EQ(Fixed(16777217, 0), "16777217");
+    EXPECT_EQ(Fixed(-std::numeric_limits<double>::infinity(), 2), "-inf");
+    EXPECT_EQ(Fixed(std::numeric_limits<double>::max(), 2).size(), 312u);
+}
+
 TEST(Utf8, SurvivesTheWayThroughAPath) {
     const std::string name = "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x8E\xB5.wav";
     EXPECT_EQ(Utf8(PathOf(name)), name);

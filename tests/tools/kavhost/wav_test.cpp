@@ -63,7 +63,7 @@ std::string Error(const std::string& bytes) {
     return "no error";
 }
 
-const std::string kTwoSamples = std::string("\x00\x40\x00\xC0", 4); // a half and minus a half in 16 bits
+const std::string TwoSamples = std::string("\x00\x40\x00\xC0", 4); // a half and minus a half in 16 bits
 
 std::string Written(const SAudio& audio) {
     std::ostringstream stream;
@@ -91,12 +91,12 @@ TEST(WavReader, ReadsAllPlainFormats) {
 
 TEST(WavReader, SkipsOtherChunksEvenThoseOfOddLength) {
     const auto parsed = Parse(Riff(
-        Chunk("LIST", "abc") + Chunk("fmt ", Format({})) + Chunk("junk", "x") + Chunk("data", kTwoSamples)));
+        Chunk("LIST", "abc") + Chunk("fmt ", Format({})) + Chunk("junk", "x") + Chunk("data", TwoSamples)));
     EXPECT_EQ(parsed.samples, (std::vector{0.5f, -0.5f}));
 }
 
 TEST(WavReader, ReadsWhatACutFileHas) {
-    const auto whole = Riff(Chunk("fmt ", Format({})) + Chunk("data", kTwoSamples));
+    const auto whole = Riff(Chunk("fmt ", Format({})) + Chunk("data", TwoSamples));
     EXPECT_EQ(
         Parse(whole.substr(0, whole.size() - 1)).samples, (std::vector{0.5f})); // the half sample is left out
     EXPECT_EQ(Parse(whole.substr(0, whole.size() - 4)).samples.size(), 0u);
@@ -105,13 +105,13 @@ TEST(WavReader, ReadsWhatACutFileHas) {
 TEST(WavReader, TrustsNoSize) {
     // What a program leaves that was stopped while it wrote, and what a hostile file claims.
     const auto endless = "RIFF" + Little(0xFFFFFFFF, 4) + "WAVE" + Chunk("fmt ", Format({})) + "data" +
-                         Little(0xFFFFFFFF, 4) + kTwoSamples;
+                         Little(0xFFFFFFFF, 4) + TwoSamples;
     EXPECT_EQ(Parse(endless).samples, (std::vector{0.5f, -0.5f}));
     const auto emptyRiff =
-        "RIFF" + Little(0, 4) + "WAVE" + Chunk("fmt ", Format({})) + Chunk("data", kTwoSamples);
+        "RIFF" + Little(0, 4) + "WAVE" + Chunk("fmt ", Format({})) + Chunk("data", TwoSamples);
     EXPECT_EQ(Parse(emptyRiff).samples, (std::vector{0.5f, -0.5f}));
     const auto hugeChunk = "RIFF" + Little(100, 4) + "WAVE" + Chunk("fmt ", Format({})) + "junk" +
-                           Little(0xFFFFFFFE, 4) + Chunk("data", kTwoSamples);
+                           Little(0xFFFFFFFE, 4) + Chunk("data", TwoSamples);
     EXPECT_EQ(Error(hugeChunk), "no audio in this WAV file");
     EXPECT_EQ(Error("RIFF" + Little(100, 4) + "WAVEfmt " + Little(0xFFFFFFFF, 4) + Format({})),
         "no audio in this WAV file");
@@ -124,12 +124,12 @@ TEST(WavReader, RefusesWhatIsNoWavFile) {
     EXPECT_EQ(Error("RIFF" + Little(4, 4) + "AVI "), "not a WAV file");
     EXPECT_EQ(Error(Riff("")), "no audio in this WAV file");
     EXPECT_EQ(Error(Riff(Chunk("fmt ", Format({})))), "no audio in this WAV file");
-    EXPECT_EQ(Error(Riff(Chunk("data", kTwoSamples))), "no format in front of this WAV file's audio");
+    EXPECT_EQ(Error(Riff(Chunk("data", TwoSamples))), "no format in front of this WAV file's audio");
 }
 
 TEST(WavReader, RefusesFormatsThatMakeNoSense) {
     const auto error = [](const SHeader& header) {
-        return Error(Riff(Chunk("fmt ", Format(header)) + Chunk("data", kTwoSamples)));
+        return Error(Riff(Chunk("fmt ", Format(header)) + Chunk("data", TwoSamples)));
     };
     EXPECT_EQ(error({.channels = 0, .frameBytes = 0}), "a damaged WAV file: no usable channel count");
     EXPECT_EQ(error({.channels = 65535}), "a damaged WAV file: no usable channel count");
@@ -140,7 +140,7 @@ TEST(WavReader, RefusesFormatsThatMakeNoSense) {
     EXPECT_EQ(error({.tag = 3}), "a WAV file of a coding that is not supported (16 bits)");
     EXPECT_EQ(error({.tag = 2, .bits = 4}), "a WAV file of a coding that is not supported (4 bits)");
     EXPECT_EQ(error({.tag = 0xFFFE}), "a damaged WAV file: its format is cut"); // extensible, yet short
-    EXPECT_EQ(Error(Riff(Chunk("fmt ", "abc") + Chunk("data", kTwoSamples))),
+    EXPECT_EQ(Error(Riff(Chunk("fmt ", "abc") + Chunk("data", TwoSamples))),
         "a damaged WAV file: its format is cut");
 }
 
@@ -205,7 +205,7 @@ TEST(WavWriter, CountsItsBytesRight) {
 
 TEST(WavWriter, WritesTheHeaderOfA16BitFile) {
     SAudio audio{{44100, 2, ESampleFormat::Int16}, {0.5f, -0.5f}};
-    EXPECT_EQ(Written(audio), Riff(Chunk("fmt ", Format({1, 2, 44100, 4, 16})) + Chunk("data", kTwoSamples)));
+    EXPECT_EQ(Written(audio), Riff(Chunk("fmt ", Format({1, 2, 44100, 4, 16})) + Chunk("data", TwoSamples)));
 }
 
 TEST(WavWriter, LeavesBehindWhatTheFileHolds) {

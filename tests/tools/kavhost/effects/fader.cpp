@@ -26,12 +26,12 @@ public:
 
 private:
     enum EParameter { Gain, Mode, Time, Switch, Slow, Parameters };
-    static constexpr std::size_t kDelay = 64;
+    static constexpr std::size_t Delay = 64;
 
     void SetRate(double rate) override { _fadeFrames = rate / 4; }
     void Activate() override {
         _frame = 0;
-        _lines.assign(static_cast<std::size_t>(Channels()), std::vector<float>(kDelay));
+        _lines.assign(static_cast<std::size_t>(Channels()), std::vector<float>(Delay));
         _place = 0;
     }
     bool TakesChannels(int channels) override { return channels >= 1 && channels <= 16; }
@@ -46,7 +46,7 @@ private:
                 outputs[c][i] = static_cast<float>(static_cast<double>(late) * gain * fade);
                 inputs[c][i] = 99; // an effect may use its inputs as scratch
             }
-            _place = (_place + 1) % kDelay;
+            _place = (_place + 1) % Delay;
         }
     }
 
@@ -81,7 +81,7 @@ private:
     std::array<float, Parameters> _values{0.5f, 0, 0.5f, 0, 0};
     double _fadeFrames = 11025;
     std::int64_t _frame = 0;
-    std::vector<std::vector<float>> _lines{2, std::vector<float>(kDelay)};
+    std::vector<std::vector<float>> _lines{2, std::vector<float>(Delay)};
     std::size_t _place = 0;
 };
 

@@ -19,7 +19,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kDelay = 7;
+    static constexpr std::size_t Delay = 7;
 
     void Process(float** inputs, float** outputs, std::int32_t frames) override {
         for (std::int32_t i = 0; i < frames; ++i) {
@@ -27,12 +27,12 @@ private:
                 outputs[c][i] -= _lines[c][_place];
                 _lines[c][_place] = inputs[c][i];
             }
-            _place = (_place + 1) % kDelay;
+            _place = (_place + 1) % Delay;
         }
     }
     std::string Name() override { return {}; }
 
-    std::vector<std::vector<float>> _lines{2, std::vector<float>(kDelay)};
+    std::vector<std::vector<float>> _lines{2, std::vector<float>(Delay)};
     std::size_t _place = 0;
 };
 
