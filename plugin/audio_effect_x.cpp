@@ -134,8 +134,8 @@ AudioEffectX* AudioEffectX::Of(AEffect* record) noexcept {
     return record == nullptr ? nullptr : static_cast<AudioEffectX*>(record->object);
 }
 
-std::intptr_t KAV_VST_CALL AudioEffectX::DispatcherThunk(AEffect* record, std::int32_t opcode,
-    std::int32_t index, std::intptr_t value, void* pointer, float option) noexcept {
+std::intptr_t AudioEffectX::DispatcherThunk(AEffect* record, std::int32_t opcode, std::int32_t index,
+    std::intptr_t value, void* pointer, float option) noexcept {
     AudioEffectX* const effect = Of(record);
     if (effect == nullptr) return 0;
     std::intptr_t result = 0;
@@ -152,18 +152,17 @@ std::intptr_t KAV_VST_CALL AudioEffectX::DispatcherThunk(AEffect* record, std::i
 }
 
 /// The accumulating entry is out of use; a host that calls it gets its buffers back as they were.
-void KAV_VST_CALL AudioEffectX::ProcessThunk(AEffect*, float**, float**, std::int32_t) noexcept {}
+void AudioEffectX::ProcessThunk(AEffect*, float**, float**, std::int32_t) noexcept {}
 
-void KAV_VST_CALL AudioEffectX::ProcessReplacingThunk(
+void AudioEffectX::ProcessReplacingThunk(
     AEffect* record, float** inputs, float** outputs, std::int32_t frames) noexcept {
     AudioEffectX* const effect = Of(record);
     if (effect != nullptr) effect->processReplacing(inputs, outputs, frames);
 }
 
-void KAV_VST_CALL AudioEffectX::ProcessDoubleReplacingThunk(
-    AEffect*, double**, double**, std::int32_t) noexcept {}
+void AudioEffectX::ProcessDoubleReplacingThunk(AEffect*, double**, double**, std::int32_t) noexcept {}
 
-void KAV_VST_CALL AudioEffectX::SetParameterThunk(AEffect* record, std::int32_t index, float value) noexcept {
+void AudioEffectX::SetParameterThunk(AEffect* record, std::int32_t index, float value) noexcept {
     AudioEffectX* const effect = Of(record);
     if (effect == nullptr) return;
     try {
@@ -173,7 +172,7 @@ void KAV_VST_CALL AudioEffectX::SetParameterThunk(AEffect* record, std::int32_t 
     }
 }
 
-float KAV_VST_CALL AudioEffectX::GetParameterThunk(AEffect* record, std::int32_t index) noexcept {
+float AudioEffectX::GetParameterThunk(AEffect* record, std::int32_t index) noexcept {
     AudioEffectX* const effect = Of(record);
     if (effect == nullptr) return 0.0f;
     try {

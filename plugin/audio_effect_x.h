@@ -77,17 +77,16 @@ private:
         std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer, float option);
 
     static AudioEffectX* Of(VST::AEffect* record) noexcept;
-    static std::intptr_t KAV_VST_CALL DispatcherThunk(VST::AEffect* record, std::int32_t opcode,
-        std::int32_t index, std::intptr_t value, void* pointer, float option) noexcept;
-    static void KAV_VST_CALL ProcessThunk(
+    static std::intptr_t DispatcherThunk(VST::AEffect* record, std::int32_t opcode, std::int32_t index,
+        std::intptr_t value, void* pointer, float option) noexcept;
+    static void ProcessThunk(
         VST::AEffect* record, float** inputs, float** outputs, std::int32_t frames) noexcept;
-    static void KAV_VST_CALL ProcessReplacingThunk(
+    static void ProcessReplacingThunk(
         VST::AEffect* record, float** inputs, float** outputs, std::int32_t frames) noexcept;
-    static void KAV_VST_CALL ProcessDoubleReplacingThunk(
+    static void ProcessDoubleReplacingThunk(
         VST::AEffect* record, double** inputs, double** outputs, std::int32_t frames) noexcept;
-    static void KAV_VST_CALL SetParameterThunk(
-        VST::AEffect* record, std::int32_t index, float value) noexcept;
-    static float KAV_VST_CALL GetParameterThunk(VST::AEffect* record, std::int32_t index) noexcept;
+    static void SetParameterThunk(VST::AEffect* record, std::int32_t index, float value) noexcept;
+    static float GetParameterThunk(VST::AEffect* record, std::int32_t index) noexcept;
 
     VST::HostCallback _audioMaster; // null when the host gave none
     VST::AEffect _record{};

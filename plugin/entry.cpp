@@ -1,4 +1,3 @@
-#include "platform/module.h"
 #include "plugin/device_dsp.h"
 #include "plugin/vst2.h"
 
@@ -7,7 +6,7 @@
 using namespace KAV;
 
 /// The library's entry. Gives the record of a new instance, or null for a host that is no VST 2 host.
-extern "C" KAV_EXPORT VST::AEffect* KAV_VST_CALL VSTPluginMain(VST::HostCallback audioMaster) {
+extern "C" KAV_EXPORT VST::AEffect* VSTPluginMain(VST::HostCallback audioMaster) {
     if (audioMaster == nullptr) return nullptr;
     if (audioMaster(nullptr, VST::audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
     try {
@@ -17,9 +16,8 @@ extern "C" KAV_EXPORT VST::AEffect* KAV_VST_CALL VSTPluginMain(VST::HostCallback
     }
 }
 
-// Old hosts look for these names. They are labels of the assembler, because a C++ function may not be called
-// main.
-extern "C" KAV_EXPORT VST::AEffect* KAV_VST_CALL EntryNamedMAIN(VST::HostCallback audioMaster) __asm__("MAIN")
+// Old hosts look for these names. They are labels of the assembler: a C++ function may not be called main.
+extern "C" KAV_EXPORT VST::AEffect* EntryNamedMAIN(VST::HostCallback audioMaster) __asm__("MAIN")
     __attribute__((alias("VSTPluginMain")));
-extern "C" KAV_EXPORT VST::AEffect* KAV_VST_CALL EntryNamedMain(VST::HostCallback audioMaster) __asm__("main")
+extern "C" KAV_EXPORT VST::AEffect* EntryNamedMain(VST::HostCallback audioMaster) __asm__("main")
     __attribute__((alias("VSTPluginMain")));

@@ -7,24 +7,16 @@
 /// both directions, and the records that these calls point to. Nothing here has behaviour.
 namespace KAV::VST {
 
-#if defined(_WIN32) // the calling convention is part of the binary interface
-#define KAV_VST_CALL __cdecl
-#else
-#define KAV_VST_CALL
-#endif
-
 struct AEffect;
 
-using Dispatcher = std::intptr_t(KAV_VST_CALL*)(AEffect* effect, std::int32_t opcode, std::int32_t index,
+using Dispatcher = std::intptr_t (*)(AEffect* effect, std::int32_t opcode, std::int32_t index,
     std::intptr_t value, void* pointer, float option);
 using HostCallback = Dispatcher; ///< `audioMaster`: the host's half, of the same form
-using ProcessEntry = void(KAV_VST_CALL*)(
-    AEffect* effect, float** inputs, float** outputs, std::int32_t frames);
-using ProcessDoubleEntry = void(KAV_VST_CALL*)(
-    AEffect* effect, double** inputs, double** outputs, std::int32_t frames);
-using SetParameterEntry = void(KAV_VST_CALL*)(AEffect* effect, std::int32_t index, float value);
-using GetParameterEntry = float(KAV_VST_CALL*)(AEffect* effect, std::int32_t index);
-using PluginEntry = AEffect*(KAV_VST_CALL*)(HostCallback host); ///< form of `VSTPluginMain`
+using ProcessEntry = void (*)(AEffect* effect, float** inputs, float** outputs, std::int32_t frames);
+using ProcessDoubleEntry = void (*)(AEffect* effect, double** inputs, double** outputs, std::int32_t frames);
+using SetParameterEntry = void (*)(AEffect* effect, std::int32_t index, float value);
+using GetParameterEntry = float (*)(AEffect* effect, std::int32_t index);
+using PluginEntry = AEffect* (*)(HostCallback host); ///< form of `VSTPluginMain`
 
 /// Four characters as one number, first character highest.
 constexpr std::int32_t FourCharacters(char a, char b, char c, char d) {
@@ -206,29 +198,31 @@ struct SpeakerArrangement {
 };
 using VstSpeakerArrangement = SpeakerArrangement<8>;
 
-static_assert(sizeof(void*) != 8 || sizeof(AEffect) == 192);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, dispatcher) == 8);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, process) == 16);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, setParameter) == 24);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, getParameter) == 32);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, numPrograms) == 40);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, numParams) == 44);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, numInputs) == 48);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, numOutputs) == 52);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, flags) == 56);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, reserved1) == 64);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, reserved2) == 72);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, initialDelay) == 80);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, realQualities) == 84);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, offQualities) == 88);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, ioRatio) == 92);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, object) == 96);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, user) == 104);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, uniqueID) == 112);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, version) == 116);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, processReplacing) == 120);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, processDoubleReplacing) == 128);
-static_assert(sizeof(void*) != 8 || offsetof(AEffect, future) == 136);
+static_assert(
+    sizeof(void*) == 8, "64-bit systems have one calling convention each; others would need theirs named");
+static_assert(sizeof(AEffect) == 192);
+static_assert(offsetof(AEffect, dispatcher) == 8);
+static_assert(offsetof(AEffect, process) == 16);
+static_assert(offsetof(AEffect, setParameter) == 24);
+static_assert(offsetof(AEffect, getParameter) == 32);
+static_assert(offsetof(AEffect, numPrograms) == 40);
+static_assert(offsetof(AEffect, numParams) == 44);
+static_assert(offsetof(AEffect, numInputs) == 48);
+static_assert(offsetof(AEffect, numOutputs) == 52);
+static_assert(offsetof(AEffect, flags) == 56);
+static_assert(offsetof(AEffect, reserved1) == 64);
+static_assert(offsetof(AEffect, reserved2) == 72);
+static_assert(offsetof(AEffect, initialDelay) == 80);
+static_assert(offsetof(AEffect, realQualities) == 84);
+static_assert(offsetof(AEffect, offQualities) == 88);
+static_assert(offsetof(AEffect, ioRatio) == 92);
+static_assert(offsetof(AEffect, object) == 96);
+static_assert(offsetof(AEffect, user) == 104);
+static_assert(offsetof(AEffect, uniqueID) == 112);
+static_assert(offsetof(AEffect, version) == 116);
+static_assert(offsetof(AEffect, processReplacing) == 120);
+static_assert(offsetof(AEffect, processDoubleReplacing) == 128);
+static_assert(offsetof(AEffect, future) == 136);
 static_assert(sizeof(ERect) == 8);
 static_assert(sizeof(VstSpeakerProperties) == 112);
 static_assert(sizeof(VstSpeakerArrangement) == 904);

@@ -24,9 +24,8 @@ void CopyText(std::string_view text, std::span<char> buffer) noexcept {
 }
 
 std::string_view FormatDecimal(float value, int decimals, std::span<char, DecimalCapacity> buffer) noexcept {
-    // Widened first: printf formats doubles, and a float's own shortest form may round the other way.
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(),
-        static_cast<double>(value), std::chars_format::fixed, std::clamp(decimals, 0, 2));
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+        std::chars_format::fixed, std::clamp(decimals, 0, 2));
     return {buffer.data(), result.ptr};
 }
 

@@ -33,7 +33,7 @@ private:
     std::size_t _size;
 };
 
-std::intptr_t KAV_VST_CALL Host(
+std::intptr_t Host(
     AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t, void*, float value) {
     if (opcode == audioMasterVersion) return kVstVersion;
     static int depth = 0; // a host may call back from inside our call

@@ -6,7 +6,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-std::intptr_t KAV_VST_CALL NoHost(AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*, float) {
+std::intptr_t NoHost(AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*, float) {
     return 0;
 }
 

@@ -12,7 +12,7 @@
 namespace KAV::Tests {
 
 /// The smallest host there is: it has a version.
-inline std::intptr_t KAV_VST_CALL SmallestHost(
+inline std::intptr_t SmallestHost(
     VST::AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
     return opcode == VST::audioMasterVersion ? VST::kVstVersion : 0;
 }

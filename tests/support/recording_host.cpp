@@ -10,8 +10,8 @@ namespace {
 CRecordingHost* current =
     nullptr; // the interface's callback carries no pointer of the host's before there is a record
 
-std::intptr_t KAV_VST_CALL Receive(VST::AEffect* effect, std::int32_t opcode, std::int32_t index,
-    std::intptr_t value, void* pointer, float option) {
+std::intptr_t Receive(VST::AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
+    void* pointer, float option) {
     CRecordingHost& host = *current;
     if (host.record) {
         const bool hasText = opcode == VST::audioMasterCanDo && pointer != nullptr;

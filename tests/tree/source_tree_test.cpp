@@ -16,9 +16,7 @@ using Lines = std::vector<std::string>;
 const std::filesystem::path Root = KAV_SOURCE_DIR;
 
 // What may ask for the system outside platform/ and gfx/<back end>/.
-const std::set<std::string> SystemExceptions{
-    "plugin/vst2.h", // the calling convention is part of the binary interface
-};
+const std::set<std::string> SystemExceptions{};
 
 constexpr std::size_t LongestSource = 600;
 const std::set<std::string> LongExceptions{};

@@ -40,7 +40,7 @@ bool CanDo(const char* feature) noexcept {
 
 } // namespace
 
-std::intptr_t KAV_VST_CALL HostCallback(
+std::intptr_t HostCallback(
     VST::AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t, void* pointer, float) {
     switch (opcode) {
     case VST::audioMasterVersion:

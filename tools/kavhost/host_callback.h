@@ -13,8 +13,8 @@ struct SStream {
 /// The host's half of the interface. It never looks into the record that an effect passes: an effect may call
 /// from inside its own entry, with a record that the host has not seen and that need not be complete. Any
 /// thread.
-std::intptr_t KAV_VST_CALL HostCallback(VST::AEffect* effect, std::int32_t opcode, std::int32_t index,
-    std::intptr_t value, void* pointer, float option);
+std::intptr_t HostCallback(VST::AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
+    void* pointer, float option);
 
 /// For its life, calls with an unknown record that this thread makes are answered for `stream`: an effect is
 /// being made. The scopes of a thread nest.
