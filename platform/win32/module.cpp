@@ -1,5 +1,6 @@
 #include "platform/module.h"
 
+#include <array>
 #include <windows.h>
 
 namespace KAV::Platform {
@@ -10,6 +11,14 @@ void* ThisModule() noexcept {
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
         reinterpret_cast<LPCWSTR>(&anchor), &module);
     return module;
+}
+
+std::filesystem::path ModuleFile() {
+    std::array<wchar_t, MAX_PATH + 1> path{};
+    const DWORD length =
+        GetModuleFileNameW(static_cast<HMODULE>(ThisModule()), path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0 || length >= path.size()) return {}; // half a path leads elsewhere
+    return std::wstring(path.data(), length);
 }
 
 } // namespace KAV::Platform

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+
+namespace KAV::Platform {
+
+/// The calls of the file system that reading and replacing whole files needs, one operation each, in the
+/// order in which a caller makes them. It is a seam: tests put a file system of their own in front of the
+/// system's, which fails or stops the process at any one of these calls.
+/// Threads: any; a handle belongs to one thread at a time. Nothing throws; a failed call changed nothing.
+class IFileSystem {
+public:
+    using Handle = std::intptr_t;
+    static constexpr Handle NoFile = -1;
+
+    enum class EKind { Missing, File, Folder, Other };
+
+    IFileSystem() = default;
+    IFileSystem(const IFileSystem&) = delete;
+    IFileSystem& operator=(const IFileSystem&) = delete;
+
+    /// What a path leads to, through links. A link to nothing is missing.
+    virtual EKind Kind(const std::filesystem::path& path) noexcept = 0;
+    /// The path with all links followed, as far as it exists; empty when that can't be told.
+    virtual std::filesystem::path Resolve(const std::filesystem::path& path) noexcept = 0;
+    /// An existing file may be written by this user.
+    virtual bool IsWritable(const std::filesystem::path& file) noexcept = 0;
+    /// Makes one folder, for this user alone; true as well when it is there already.
+    virtual bool MakeFolder(const std::filesystem::path& folder) noexcept = 0;
+
+    /// Ordinary files only: whatever else has the name (a pipe, a device, a folder) gives NoFile.
+    virtual Handle OpenToRead(const std::filesystem::path& file) noexcept = 0;
+    /// Fails when the name is taken. With `like`, an existing file, the new one gets its permissions.
+    virtual Handle CreateNew(
+        const std::filesystem::path& file, const std::filesystem::path* like) noexcept = 0;
+    /// Opens for reading and writing, made when missing, never through a link, readable by this user alone.
+    /// As long as it is open nobody else gets it this way: then, and when it isn't this user's own, NoFile.
+    virtual Handle OpenAlone(const std::filesystem::path& file) noexcept = 0;
+
+    virtual bool Size(Handle file, std::uint64_t& bytes) noexcept = 0;
+    /// Bytes read or written; fewer than `bytes` at the end of the file, on a full disk or on a failure.
+    virtual std::size_t Read(Handle file, void* data, std::size_t bytes) noexcept = 0;
+    virtual std::size_t Write(Handle file, const void* data, std::size_t bytes) noexcept = 0;
+    /// Empties an open file and goes to its beginning.
+    virtual bool Clear(Handle file) noexcept = 0;
+    /// What was written is on the disk.
+    virtual bool Flush(Handle file) noexcept = 0;
+    /// The handle is gone in any case; false when something written before was lost.
+    virtual bool Close(Handle file) noexcept = 0;
+
+    /// Gives `from` the name `to` in one step: at any moment the old or the new file is there, whole.
+    virtual bool Replace(const std::filesystem::path& from, const std::filesystem::path& to) noexcept = 0;
+    virtual bool Remove(const std::filesystem::path& file) noexcept = 0;
+    /// A name given by Replace() survives a power failure.
+    virtual bool FlushFolder(const std::filesystem::path& folder) noexcept = 0;
+
+protected:
+    ~IFileSystem() = default; // the system's own is never destroyed: the log is written until the very end
+};
+
+/// The system's own.
+IFileSystem& SystemFiles() noexcept;
+
+/// The one in use: the system's own, unless a test has put another in its place.
+IFileSystem& Files() noexcept;
+
+/// For tests: the file system of the whole process from now on; null means the system's own. `files` must
+/// outlive its use.
+void UseFiles(IFileSystem* files) noexcept;
+
+} // namespace KAV::Platform

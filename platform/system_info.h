@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+/// What a user's report should tell of the machine. Texts are UTF-8, and empty when the system doesn't tell.
+/// Any thread.
+namespace KAV::Platform {
+
+/// Milliseconds since the system started, modulo 2^32; only differences mean something.
+std::uint32_t TickMs() noexcept;
+
+/// The present local time.
+std::tm LocalTime() noexcept;
+
+/// The system's name and version, in words.
+std::string SystemName();
+
+/// The processor's name, in its maker's words.
+std::string ProcessorName();
+
+/// The machine's name in its network.
+std::string MachineName();
+
+/// A text that is always the same for this machine (Windows) or this user on this machine (elsewhere), and
+/// another on any other. Elsewhere than on Windows nobody can work out the machine's own identifier from it.
+std::string MachineIdentifier();
+
+struct SMemory {
+    std::uint64_t freeBytes = 0;
+    std::uint64_t totalBytes = 0;
+};
+
+/// Physical memory; zeros when the system doesn't tell.
+SMemory PhysicalMemory() noexcept;
+
+struct SDisplay {
+    int monitors = 0; ///< 0: there is no display
+    int width = 0;    ///< pixels of the first screen
+    int height = 0;
+    int refreshHz = 0;
+    int scalePercent = 100; ///< what the user has set for text and controls
+};
+
+SDisplay Display();
+
+} // namespace KAV::Platform

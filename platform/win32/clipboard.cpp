@@ -1,0 +1,76 @@
+#include "platform/clipboard.h"
+
+#include <cstring>
+#include <filesystem>
+#include <windows.h>
+
+namespace KAV::Platform {
+
+namespace {
+
+UINT Format(const std::string& format) {
+    const std::filesystem::path wide(std::u8string(format.begin(), format.end()));
+    return RegisterClipboardFormatW(wide.c_str());
+}
+
+class COpenClipboard final {
+public:
+    COpenClipboard() noexcept : _open(OpenClipboard(nullptr) != 0) {}
+    ~COpenClipboard() {
+        if (_open) CloseClipboard();
+    }
+    COpenClipboard(const COpenClipboard&) = delete;
+    COpenClipboard& operator=(const COpenClipboard&) = delete;
+    bool IsOpen() const noexcept { return _open; }
+
+private:
+    bool _open;
+};
+
+SBytes Copy(HGLOBAL memory) noexcept {
+    const void* const data = GlobalLock(memory);
+    if (data == nullptr) return {};
+    SBytes bytes = NewBytes(GlobalSize(memory));
+    if (bytes.data != nullptr) std::memcpy(bytes.data.get(), data, bytes.size);
+    GlobalUnlock(memory);
+    return bytes;
+}
+
+/// The clipboard owns it if this succeeds.
+bool Give(UINT format, const void* data, std::size_t size) noexcept {
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, size);
+    if (memory == nullptr) return false;
+    if (void* const copy = GlobalLock(memory)) {
+        std::memcpy(copy, data, size);
+        GlobalUnlock(memory);
+        if (SetClipboardData(format, memory) != nullptr) return true;
+    }
+    GlobalFree(memory);
+    return false;
+}
+
+} // namespace
+
+SBytes ReadClipboard(const std::string& format) noexcept {
+    try {
+        const UINT number = Format(format);
+        if (number == 0 || IsClipboardFormatAvailable(number) == 0) return {};
+        const COpenClipboard clipboard;
+        const HANDLE memory = clipboard.IsOpen() ? GetClipboardData(number) : nullptr;
+        return memory != nullptr ? Copy(memory) : SBytes{};
+    } catch (...) { // no memory, or no text
+        return {};
+    }
+}
+
+bool WriteClipboard(const std::string& format, const void* data, std::size_t size) noexcept {
+    try {
+        const UINT number = Format(format);
+        const COpenClipboard clipboard;
+        return number != 0 && clipboard.IsOpen() && EmptyClipboard() != 0 && Give(number, data, size);
+    } catch (...) { // no memory, or no text
+        return false;
+    }
+}
+
+} // namespace KAV::Platform

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/whole_file.h"
+#include "platform/x11/xcb_library.h"
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// The CLIPBOARD selection of the display, with a private format as its target.
+namespace KAV::Platform {
+
+/// Owns the selection with a window of its own and hands the data to whoever asks, from a thread that lives
+/// until another program takes the selection or this object ends.
+/// Threads: any, one at a time. The thread of its own reads what never changes after Create().
+class CSelectionOwner final {
+public:
+    /// Null when there is no display, it refuses, or the data is more than it takes in one request.
+    static std::unique_ptr<CSelectionOwner> Create(
+        const std::string& format, const void* data, std::size_t size);
+    ~CSelectionOwner();
+    CSelectionOwner(const CSelectionOwner&) = delete;
+    CSelectionOwner& operator=(const CSelectionOwner&) = delete;
+
+private:
+    CSelectionOwner(XConnection connection, const std::string& format, const void* data, std::size_t size);
+    bool TakeSelection();
+    void Serve() noexcept;
+    bool Handle(const xcb_generic_event_t& event);
+    void Answer(const xcb_selection_request_event_t& request);
+    bool Provide(const xcb_selection_request_event_t& request);
+
+    XConnection _connection;
+    std::vector<char> _data;
+    xcb_window_t _window = 0;
+    xcb_atom_t _selection = 0;
+    xcb_atom_t _targets = 0;
+    xcb_atom_t _format = 0;
+    int _wake = -1; // an event descriptor: readable when the thread shall end
+    std::thread _thread;
+};
+
+/// What the selection's present owner gives for that format. Null when there is no display or no owner, it
+/// has no such format or gives nothing within a second.
+SBytes ReadSelection(const std::string& format);
+
+} // namespace KAV::Platform
