@@ -1,5 +1,6 @@
 #include "plugin/parameter_table.h"
 
+#include "utils/number.h"
 #include "utils/text.h"
 
 #include <algorithm>

@@ -2,21 +2,34 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
+/// Texts. What a user can see, paths and locations are UTF-16; patches, routing files, chunks and the host's
+/// texts are UTF-8. Any thread.
 namespace KAV::Utils {
+
+/// Conversions between the two. Empty when the text is ill-formed anywhere: a surrogate without its partner,
+/// an overlong form, a sequence cut short, a character beyond U+10FFFF. Nothing is dropped or replaced in
+/// silence.
+std::u16string ToUtf16(std::string_view text);
+std::string ToUtf8(std::u16string_view text);
+
+/// As ToUtf16(), but each ill-formed sequence becomes U+FFFD: for text whose end a crash may have cut.
+std::u16string ToUtf16Repaired(std::string_view text);
+
+/// The pieces between occurrences of the delimiter, as parts of `text`. Empty pieces count, also the one
+/// behind a delimiter at the end. An empty text has no pieces; an empty delimiter doesn't occur.
+std::vector<std::string_view> Split(std::string_view text, std::string_view delimiter);
+std::vector<std::u16string_view> Split(std::u16string_view text, std::u16string_view delimiter);
+
+/// A to Z in lower case; all other characters as they are.
+std::u16string ToLower(std::u16string_view text);
 
 /// Copies UTF-8 `text` into `buffer` with a closing zero, cut to what fits. A cut never splits a character:
 /// one whose last byte would not fit is left out whole. Bytes behind the zero stay as they were; an empty
-/// buffer stays untouched. Any thread.
+/// buffer stays untouched.
 void CopyText(std::string_view text, std::span<char> buffer) noexcept;
-
-/// Enough for any float with up to two decimals, "-" and "+" included: 39 digits before the point.
-inline constexpr std::size_t DecimalCapacity = 48;
-
-/// `value` with `decimals` (0..2) digits behind a full stop, as printf's "%.*f" writes it in the C locale,
-/// whatever the process's locale is. Not-a-number gives "nan" or "-nan", infinity "inf" or "-inf". Returns
-/// the part of `buffer` that holds the digits. Any thread.
-std::string_view FormatDecimal(float value, int decimals, std::span<char, DecimalCapacity> buffer) noexcept;
 
 } // namespace KAV::Utils

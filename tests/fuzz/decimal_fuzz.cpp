@@ -1,5 +1,6 @@
 // Every float has a bounded text that printf would write, and a cut text is a prefix with a closing zero.
 
+#include "utils/number.h"
 #include "utils/text.h"
 
 #include <array>

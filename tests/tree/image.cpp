@@ -202,7 +202,7 @@ bool IsPartOfTheSystem(const SImage& image, const std::string& library) {
     static const std::set<std::string> elf{
         "ld-linux-x86-64.so.2", "libc.so.6", "libdl.so.2", "libm.so.6", "libpthread.so.0"};
     static const std::set<std::string> pe{
-        "advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "user32.dll"};
+        "advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "user32.dll"};
     if (image.format == SImage::EFormat::Elf) return elf.contains(library);
     return pe.contains(LowerCase(library)); // the loader there ignores case
 }

@@ -1,23 +1,11 @@
 #include "utils/text.h"
 
 #include <array>
-#include <clocale>
-#include <cmath>
-#include <cstdio>
 #include <gtest/gtest.h>
-#include <limits>
 #include <string>
 
 using namespace KAV::Utils;
-
-namespace {
-
-std::string Format(float value, int decimals) {
-    std::array<char, DecimalCapacity> buffer{};
-    return std::string(FormatDecimal(value, decimals, buffer));
-}
-
-} // namespace
+using namespace std::string_literals;
 
 TEST(CopyText, CutsToTheBufferAndAddsAZero) {
     std::array<char, 8> buffer;
@@ -49,19 +37,74 @@ TEST(CopyText, LeavesAnEmptyBufferUntouched) {
     EXPECT_EQ(byte, '#');
 }
 
-TEST(FormatDecimal, WritesWhatPrintfWritesInTheCLocale) {
-    for (const float value : {0.0f, -0.0f, 0.05f, 0.15f, 0.25f, 0.35f, -0.04f, 1.005f, 12.345f, -23.95f,
-             999.995f, 400.01f, 3e38f, -3e38f, 1e-30f, std::numeric_limits<float>::denorm_min()}) {
-        for (int decimals = 0; decimals <= 2; ++decimals) {
-            std::array<char, 64> expected{};
-            std::snprintf(expected.data(), expected.size(), "%.*f", decimals, static_cast<double>(value));
-            EXPECT_EQ(Format(value, decimals), expected.data());
+TEST(Utf, ConvertsEveryCharacterThereAndBack) {
+    for (char32_t c = 0; c <= 0x10FFFF; c += c < 0x3000 || c > 0xD700 ? 1 : 7) {
+        if (c >= 0xD800 && c <= 0xDFFF) continue;
+        if (c == 0x11000) c = 0x10F000; // the end of the range again
+        std::u16string wide;
+        if (c < 0x10000) {
+            wide += static_cast<char16_t>(c);
+        } else {
+            wide += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+            wide += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FF));
         }
+        const auto narrow = ToUtf8(wide);
+        ASSERT_EQ(narrow.size(), c < 0x80 ? 1u : c < 0x800 ? 2u : c < 0x10000 ? 3u : 4u) << std::hex << +c;
+        ASSERT_EQ(ToUtf16(narrow), wide) << std::hex << +c;
     }
 }
 
-TEST(FormatDecimal, NamesWhatIsNoNumber) {
-    EXPECT_EQ(Format(std::numeric_limits<float>::infinity(), 1), "inf");
-    EXPECT_EQ(Format(-std::numeric_limits<float>::infinity(), 1), "-inf");
-    EXPECT_EQ(Format(std::copysign(std::numeric_limits<float>::quiet_NaN(), 1.0f), 1), "nan");
+TEST(Utf, EmptyTextsAreEmptyAndZerosAreKept) {
+    EXPECT_EQ(ToUtf16(""), u"");
+    EXPECT_EQ(ToUtf8(u""), "");
+    EXPECT_EQ(ToUtf16("a\0b"s), u"a\0b"s);
+    EXPECT_EQ(ToUtf8(u"a\0b"s), "a\0b"s);
+}
+
+TEST(Utf, IllFormedUtf8GivesNothing) {
+    for (const char* const text :
+        {"\x80", "abc\xC3", "\xE2\x82", "\xF0\x9F\x8E", "\xC3(", "\xE2(\xA1", // cut or broken sequences
+            "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xF0\x80\x80\x80", // overlong forms
+            "\xED\xA0\x80", "\xED\xBF\xBF", "\xED\xA0\x80\xED\xB0\x80",                 // surrogates
+            "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFE", "\xFF"}) { // beyond the last character
+        EXPECT_EQ(ToUtf16(text), u"") << text;
+        EXPECT_EQ(ToUtf16("good" + std::string(text) + "good"), u"") << text;
+    }
+}
+
+TEST(Utf, SurrogatesWithoutPartnersGiveNothing) {
+    for (const auto& text : {u"\xD800"s, u"a\xD800"s, u"\xD800z"s, u"\xDC00"s, u"a\xDFFFz"s, u"\xDC00\xD800"s,
+             u"\xD800\xD800\xDC00"s}) {
+        EXPECT_EQ(ToUtf8(text), "");
+    }
+}
+
+TEST(Utf, RepairingReplacesWhatIsIllFormedAndKeepsTheRest) {
+    EXPECT_EQ(ToUtf16Repaired("good\xC3"), u"good\xFFFD");
+    EXPECT_EQ(ToUtf16Repaired("a\xFFz"), u"a\xFFFDz");
+    EXPECT_EQ(ToUtf16Repaired("all good \xC3\xA4"), u"all good \xE4");
+}
+
+TEST(Split, KeepsEmptyPiecesAndTheOneBehindTheLastDelimiter) {
+    using Pieces = std::vector<std::string_view>;
+    EXPECT_EQ(Split("a;b;c", ";"), (Pieces{"a", "b", "c"}));
+    EXPECT_EQ(Split("a;b;", ";"), (Pieces{"a", "b", ""}));
+    EXPECT_EQ(Split(";;", ";"), (Pieces{"", "", ""}));
+    EXPECT_EQ(Split("a|*|b|*", "|*|"), (Pieces{"a", "b|*"}));
+    EXPECT_EQ(Split("aaa", "aa"), (Pieces{"", "a"}));
+    EXPECT_EQ(Split("no delimiter", "||"), (Pieces{"no delimiter"}));
+    EXPECT_EQ(Split("all of it", ""), (Pieces{"all of it"}));
+}
+
+TEST(Split, AnEmptyTextHasNoPieces) {
+    EXPECT_TRUE(Split(std::string_view(), ";").empty());
+    EXPECT_TRUE(Split(std::u16string_view(), u";").empty());
+}
+
+TEST(Split, TakesWideTexts) {
+    EXPECT_EQ(Split(u"1.0||http://x||", u"||"), (std::vector<std::u16string_view>{u"1.0", u"http://x", u""}));
+}
+
+TEST(ToLower, ChangesTheLettersAToZAlone) {
+    EXPECT_EQ(ToLower(u"KVP.Wav \xC4\xD6 [@Z`]"), u"kvp.wav \xC4\xD6 [@z`]");
 }

@@ -1,5 +1,5 @@
 #include "tests/tools/kavhost/effects/test_effect.h"
-#include "utils/text.h"
+#include "utils/number.h"
 
 #include <algorithm>
 #include <array>

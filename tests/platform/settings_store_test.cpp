@@ -1,0 +1,82 @@
+#include "platform/settings_store.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace KAV::Platform;
+
+namespace {
+
+// A key of this test's own, so that a shared registry keeps the tests apart.
+std::string Key() {
+    const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+    return std::string("Software/Kavelin/Test/") + test->test_suite_name() + "." + test->name();
+}
+
+std::string Read(const std::string& key, const std::string& name) {
+    const SBytes bytes = ReadSetting(ESettingsRoot::CurrentUser, key, name);
+    return bytes.data != nullptr ? std::string(bytes.data.get(), bytes.size) : std::string("(nothing)");
+}
+
+bool Write(const std::string& key, const std::string& name, const std::string& value) {
+    return WriteSetting(ESettingsRoot::CurrentUser, key, name, value.data(), value.size());
+}
+
+} // namespace
+
+TEST(SettingsStore, GivesBackEveryByte) {
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+    ASSERT_TRUE(Write(Key(), "bytes", all));
+    EXPECT_EQ(Read(Key(), "bytes"), all);
+    const SBytes bytes = ReadSetting(ESettingsRoot::CurrentUser, Key(), "bytes");
+    ASSERT_NE(bytes.data, nullptr);
+    EXPECT_EQ(bytes.data[256], 0);
+    EXPECT_EQ(bytes.data[257], 0);
+}
+
+TEST(SettingsStore, KeepsTheValuesOfAKeyApart) {
+    ASSERT_TRUE(Write(Key(), "Width", "1234"));
+    ASSERT_TRUE(Write(Key(), "FPS", std::string("\x3C\0\0\0", 4)));
+    ASSERT_TRUE(Write(Key(), "Width", "56"));
+    EXPECT_EQ(Read(Key(), "Width"), "56");
+    EXPECT_EQ(Read(Key(), "FPS"), std::string("\x3C\0\0\0", 4));
+    EXPECT_TRUE(SettingExists(ESettingsRoot::CurrentUser, Key(), "FPS"));
+}
+
+TEST(SettingsStore, HasNoValueThatWasNeverWritten) {
+    EXPECT_EQ(Read(Key(), "Width"), "(nothing)");
+    EXPECT_FALSE(SettingExists(ESettingsRoot::CurrentUser, Key(), "Width"));
+    ASSERT_TRUE(Write(Key(), "Width", "1"));
+    EXPECT_EQ(Read(Key(), "Height"), "(nothing)");
+    EXPECT_EQ(Read(Key() + "/Below", "Width"), "(nothing)");
+}
+
+TEST(SettingsStore, TakesKeysAndNamesInAnyLetters) {
+    const auto key = Key() + "/Gr\xC3\xB6\xC3\x9F"
+                             "e 100% .hidden";
+    ASSERT_TRUE(Write(key, "\xE9\x9F\xB3\xE9\x87\x8F \"\\ .", "loud"));
+    EXPECT_EQ(Read(key, "\xE9\x9F\xB3\xE9\x87\x8F \"\\ ."), "loud");
+}
+
+TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
+    constexpr int Writers = 4;
+    constexpr int Rounds = 10;
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < Writers; ++writer) {
+        threads.emplace_back([writer, key = Key()] {
+            for (int round = 0; round < Rounds; ++round) {
+                const auto value = std::to_string(writer * 1000 + round);
+                EXPECT_TRUE(Write(key, "value " + std::to_string(writer), value));
+                EXPECT_EQ(Read(key, "value " + std::to_string(writer)), value);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    for (int writer = 0; writer < Writers; ++writer) {
+        EXPECT_EQ(Read(Key(), "value " + std::to_string(writer)), std::to_string(writer * 1000 + Rounds - 1));
+    }
+}

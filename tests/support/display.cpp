@@ -1,0 +1,52 @@
+#include "tests/support/display.h"
+
+#include <gtest/gtest.h>
+
+#if defined(_WIN32)
+
+namespace KAV::Tests {
+
+CDisplay::CDisplay() {
+    EXPECT_EQ(_server, -1);
+}
+CDisplay::~CDisplay() = default;
+
+} // namespace KAV::Tests
+
+#else
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace KAV::Tests {
+
+CDisplay::CDisplay() {
+    int tell[2] = {-1, -1};
+    if (pipe(tell) != 0) return;
+    _server = fork();
+    if (_server == 0) {
+        close(tell[0]);
+        // It takes the first number that is free and writes it there once it listens.
+        execlp("Xvfb", "Xvfb", "-displayfd", std::to_string(tell[1]).c_str(), "-screen", "0", "1280x720x24",
+            "-nolisten", "tcp", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(tell[1]);
+    std::string number;
+    for (char digit = 0; read(tell[0], &digit, 1) == 1 && digit != '\n';) number += digit;
+    close(tell[0]);
+    EXPECT_FALSE(number.empty()) << "Xvfb did not start";
+    setenv("DISPLAY", (":" + number).c_str(), 1);
+}
+
+CDisplay::~CDisplay() {
+    kill(_server, SIGTERM);
+    waitpid(_server, nullptr, 0);
+}
+
+} // namespace KAV::Tests
+
+#endif

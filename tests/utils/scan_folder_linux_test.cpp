@@ -1,0 +1,40 @@
+#include "tests/support/file_text.h"
+#include "tests/support/other_process.h"
+#include "tests/support/scratch_home.h"
+#include "utils/path.h"
+#include "utils/scan_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using namespace KAV::Utils;
+using namespace KAV::Tests;
+namespace fs = std::filesystem;
+
+using Names = std::vector<std::u16string>;
+
+TEST(ScanFolder, LeavesOutNamesThatAreNoText) {
+    const auto folder = ScratchFolder() / "latin";
+    WriteText(folder / "caf\xE9.kvp", "x");
+    WriteText(folder / "good.kvp", "x");
+    EXPECT_EQ(ScanFolder(FromSystemPath(folder), u"kvp"), Names{u"good"});
+}
+
+TEST(ScanFolder, FollowsLinksAndLeavesOutThoseToNothing) {
+    const auto folder = ScratchFolder() / "links";
+    WriteText(folder / "real.kvp", "x");
+    fs::create_symlink("real.kvp", folder / "link.kvp");
+    fs::create_symlink("gone.kvp", folder / "dangling.kvp");
+    fs::create_symlink("loop.kvp", folder / "loop.kvp");
+    fs::create_symlink("/", folder / "folder.kvp");
+    EXPECT_EQ(ScanFolder(FromSystemPath(folder), u"kvp"), (Names{u"link", u"real"}));
+    EXPECT_EQ(ScanFolder(FromSystemPath(folder), u"{dir}"), Names{u"folder"});
+}
+
+TEST(ScanFolder, IsEmptyForAFolderThatMayNotBeRead) {
+    const auto folder = ScratchFolder() / "closed";
+    WriteText(folder / "secret.kvp", "x");
+    chmod(folder.c_str(), 0);
+    EXPECT_EQ(AsNobody([&] { return ScanFolder(FromSystemPath(folder), u"").empty() ? 0 : 1; }), 0);
+    chmod(folder.c_str(), 0700);
+}

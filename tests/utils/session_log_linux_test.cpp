@@ -1,0 +1,111 @@
+#include "tests/support/faulty_files.h"
+#include "tests/support/file_text.h"
+#include "tests/support/other_process.h"
+#include "utils/path.h"
+#include "utils/session_log.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace KAV::Utils;
+using namespace KAV::Tests;
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path File() {
+    return ToSystemPath(LogPath());
+}
+
+} // namespace
+
+TEST(SessionLog, IsReadableByThisUserAlone) {
+    LogLine(u"x");
+    struct stat status {};
+    ASSERT_EQ(stat(File().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u);
+}
+
+TEST(SessionLog, NeverFollowsALinkThatSomebodyHasPlanted) {
+    const auto victim = File().parent_path() / "victim";
+    WriteText(victim, "precious");
+    fs::create_symlink(victim, File());
+    LogLine(u"x");
+    EXPECT_EQ(ReadText(victim), "precious");
+    EXPECT_EQ(PreviousLog(), u"");
+}
+
+TEST(SessionLog, IsNotWrittenIntoAReadOnlyFolderAndHasNoPreviousLogThere) {
+    WriteText(File(), "SessionStart=1\r\n");
+    chmod(File().c_str(), 0444);
+    chmod(File().parent_path().c_str(), 0555);
+    const int status = AsNobody([] {
+        LogLine(u"x");
+        return PreviousLog().empty() ? 0 : 1;
+    });
+    chmod(File().parent_path().c_str(), 0700);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(ReadText(File()), "SessionStart=1\r\n");
+}
+
+TEST(SessionLog, OfACrashIsTheNextSessionsPreviousLog) {
+    InAnotherProcess([]() -> int {
+        LogSessionStart();
+        abort();
+    });
+    LogLine(u"x");
+    EXPECT_NE(PreviousLog().find(u"SessionStart="), std::u16string::npos);
+    EXPECT_EQ(PreviousLog().find(u"SessionEnd="), std::u16string::npos);
+}
+
+TEST(SessionLog, IsTakenByTheFirstOfTwoProcesses) {
+    // The other process comes to life before this one's first line, and writes after it.
+    int go[2] = {-1, -1};
+    ASSERT_EQ(pipe(go), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char byte = 0;
+        if (read(go[0], &byte, 1) != 1) _exit(2);
+        LogLine(u"second");
+        _exit(PreviousLog().empty() ? 0 : 1);
+    }
+    LogLine(u"first");
+    ASSERT_EQ(write(go[1], "x", 1), 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    LogLine(u"still mine");
+    const auto text = ReadText(File());
+    EXPECT_NE(text.find("first\r\nstill mine\r\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("second"), std::string::npos);
+}
+
+TEST(SessionLog, IsNoErrorWhicheverCallFails) {
+    const auto file = File();
+    const std::u16string old = u"SessionStart=1\r\n";
+    int happened = 0;
+    for (int call = 1; call <= 30; ++call) {
+        WriteText(file, "SessionStart=1\r\n");
+        const int status = InAnotherProcess([&] {
+            const CFaultyFiles files(call, CFaultyFiles::EFault::HalfFail);
+            LogSessionStart();
+            LogSessionEnd();
+            const auto previous = PreviousLog();
+            if (!previous.empty() && !old.starts_with(previous)) return 1;
+            return files.Happened() ? 0 : 3;
+        });
+        EXPECT_TRUE(status == 0 || status == 3) << "call " << call;
+        happened += status == 0 ? 1 : 0;
+    }
+    EXPECT_GT(happened, 20);
+}
+
+TEST(SessionLog, HasNoPathWithoutText) {
+    setenv("TMPDIR", "/tmp/\xFF", 1);
+    EXPECT_EQ(LogPath(), u"");
+    LogLine(u"x");
+    EXPECT_EQ(PreviousLog(), u"");
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+/// One name for everything that can be stored or fetched: a location. How it begins decides what it means:
+///   "http"        a web resource
+///   "HKEY_"       a value of the user's settings: root/key/.../key/value, for example
+///                 "HKEY_CURRENT_USER/Software/Kavelin/KAV Sorrel Limiter/Width"
+///   "clipboard:"  the clipboard's content under a private format, whose name is the whole location
+/// and anything else is the path of a file. Any thread, but never the audio thread. Nothing throws and
+/// nothing is shown: a failure is the empty result.
+namespace KAV::Utils {
+
+/// The content, with two zero bytes behind its `size` bytes, so that text in it ends in either width. Null,
+/// with a size of 0, when there is nothing to read, which is so for a file of 0 bytes as well. `postData`
+/// goes with the request for a web resource and means nothing elsewhere.
+std::unique_ptr<char[]> ReadUniversal(
+    std::u16string_view location, std::size_t& size, std::u16string_view postData = {}) noexcept;
+
+/// The number of bytes written, `size` or 0. A file is replaced whole or stays as it was. Nothing is written
+/// to the web.
+std::size_t WriteUniversal(std::u16string_view location, const void* data, std::size_t size) noexcept;
+
+/// There is such a value, file or folder.
+bool ExistsUniversal(std::u16string_view location) noexcept;
+
+/// Fetches web resources: as ReadUniversal(), whose results it gives. May throw.
+using WebReader = std::unique_ptr<char[]> (*)(
+    std::u16string_view url, std::size_t& size, std::u16string_view postData);
+
+/// From now on `reader` fetches what begins with "http"; null, as at the start, means that nothing can be
+/// fetched. Any thread.
+void SetWebReader(WebReader reader) noexcept;
+
+} // namespace KAV::Utils

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+/// Paths as texts with forward slashes. A backslash counts as a slash on every system, also where names may
+/// hold one, so that the same text means the same everywhere. Any thread.
+namespace KAV::Utils {
+
+/// Single forward slashes only, without "/./" in between. A path that begins with two slashes of either kind,
+/// a network path, keeps two.
+std::u16string NormalizePath(std::u16string_view path);
+
+/// What follows the last slash; the whole path when there is none.
+std::u16string GetFileName(std::u16string_view path);
+
+/// Everything through the last slash; the whole path when there is none.
+std::u16string GetFolder(std::u16string_view path);
+
+/// What follows the last "." of the whole path, a folder's included, in lower case; empty without one.
+std::u16string GetExtension(std::u16string_view path);
+
+/// The path up to the last "."; the whole path when there is none.
+std::u16string StripExtension(std::u16string_view path);
+
+/// Where the user keeps documents, with a slash at the end. Empty when the system names no such folder, or
+/// its name isn't text: callers stop then.
+std::u16string GetDocumentsFolder();
+
+/// For files that may be lost, with a slash at the end; empty as above.
+std::u16string GetTemporaryFolder();
+
+/// The file of this library itself; empty when the system doesn't tell, or its name isn't text.
+std::u16string GetModulePath();
+
+/// The path as the system takes it; empty for a text that is ill-formed or holds a zero.
+std::filesystem::path ToSystemPath(std::u16string_view path);
+
+/// The system's path as text, normalized; empty when it isn't well-formed.
+std::u16string FromSystemPath(const std::filesystem::path& path);
+
+} // namespace KAV::Utils

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// One text file per machine, in the temporary folder, that tells of the present session: who runs what on
+/// what, and what failed. Lines have the form key=value, UTF-8, ended by CR LF. The log is never an error:
+/// what can't be written is dropped. While one process has the file no other gets it: that one logs nothing,
+/// and knows of no session before. Threads: any but the audio thread; one lock, held while a line is written.
+namespace KAV::Utils {
+
+/// Writes one line. The first line of the process first takes the file, keeps what it held as the previous
+/// log, empties it and writes the date. It stays open until the process ends. Ill-formed text is dropped.
+void LogLine(std::u16string_view text) noexcept;
+
+/// What the file held when this process took it: the log of the session before. A crash shows as its missing
+/// "SessionEnd=" line. Empty before the first line, and when there was none.
+std::u16string PreviousLog();
+
+/// The file's path; empty when the system names no temporary folder.
+std::u16string LogPath();
+
+/// The lines at the beginning and at the end of a session: product, system, processor, memory, display.
+void LogSessionStart() noexcept;
+void LogSessionEnd() noexcept;
+
+/// Complains of a texture, in pixels, that is larger than the renderer takes, or not of a shape it takes. The
+/// texture is loaded all the same.
+void LogTextureTooLarge(std::u16string_view name, std::int32_t width, std::int32_t maxWidth,
+    std::int32_t height, std::int32_t maxHeight) noexcept;
+void LogTextureAspect(std::u16string_view name, std::int32_t width, std::int32_t height, std::int32_t aspect,
+    std::int32_t maxAspect) noexcept;
+
+} // namespace KAV::Utils

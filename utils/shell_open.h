@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+namespace KAV::Utils {
+
+/// Lets the desktop open a file, a folder or an address with the program that the user has chosen for it,
+/// without waiting. On Windows `arguments` go to that program, and a file with the extension "exe" runs as
+/// administrator if the user agrees. False for an empty or ill-formed path, or when nothing could be started.
+/// Any thread but the audio thread.
+bool ShellOpen(std::u16string_view path, std::u16string_view arguments = {}) noexcept;
+
+} // namespace KAV::Utils

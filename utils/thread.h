@@ -1,0 +1,44 @@
+#pragma once
+
+#include "utils/shared.h"
+
+#include <thread>
+
+namespace KAV::Utils {
+
+/// A thread that runs one operation of its client, once for each Start() and Stop(). The client outlives it.
+/// Threads: the owner's thread builds, starts, stops and destroys; `running` and `startNow` are read
+/// anywhere.
+class CThread final {
+public:
+    class IOnThread {
+    public:
+        /// Runs on the thread. Ends early once `thread->running` is false. An exception ends the thread
+        /// alone.
+        virtual void OnThread(CThread* thread) = 0;
+
+    protected:
+        ~IOnThread() = default;
+    };
+
+    explicit CThread(IOnThread& client) noexcept : _client(client) {}
+    ~CThread();
+    CThread(const CThread&) = delete;
+    CThread& operator=(const CThread&) = delete;
+
+    /// Starts the thread, unless there is one that has not been stopped, even if its operation has ended.
+    /// Without a thread to be had, nothing happens.
+    void Start() noexcept;
+    /// Asks the operation to end and waits for it without limit. On the thread itself it only asks.
+    void Stop() noexcept;
+
+    CShared<bool> running{false};  ///< set by Start(); cleared to ask the client to stop
+    CShared<bool> startNow{false}; ///< set by the owner, who starts the thread at its own next step
+
+private:
+    IOnThread& _client;
+    std::thread _handle;              // the owner's alone
+    CShared<std::thread::id> _self{}; // the thread's own, set by it before anything else
+};
+
+} // namespace KAV::Utils
