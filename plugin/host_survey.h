@@ -19,6 +19,9 @@ struct SHostSurvey {
 /// lowest digits count, leading zeros aren't shown; a negative number counts as 0.
 std::string FormatVendorVersion(std::intptr_t version);
 
+/// Writes the survey into the session log, with the folder and format of this library.
+void LogHostSurvey(const SHostSurvey& survey) noexcept;
+
 /// The texts that a host is asked about, in order.
 std::span<const char* const> HostCanDoTexts() noexcept;
 

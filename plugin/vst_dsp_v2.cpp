@@ -50,6 +50,7 @@ SHostSurvey CVSTDSPv2::AskHost() {
         std::string question(text); // a copy: the interface's pointer isn't constant, and a host might write
         if (CallHost(audioMasterCanDo, 0, 0, question.data()) != 0) survey.canDo.append(text).append(";");
     }
+    LogHostSurvey(survey);
     return survey;
 }
 

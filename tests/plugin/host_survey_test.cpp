@@ -1,5 +1,9 @@
 #include "plugin/host_survey.h"
+#include "tests/support/file_text.h"
 #include "tests/support/recording_host.h"
+#include "utils/path.h"
+#include "utils/session_log.h"
+#include "utils/text.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -63,4 +67,38 @@ TEST(HostSurvey, SilentHostGivesEmptyTexts) {
     EXPECT_EQ(effect.Device().HostSurvey().vendor, "");
     EXPECT_EQ(effect.Device().HostSurvey().product, "");
     EXPECT_EQ(effect.Device().HostSurvey().canDo, "");
+}
+
+namespace {
+
+std::string Log() {
+    return ReadText(Utils::ToSystemPath(Utils::LogPath()));
+}
+
+} // namespace
+
+TEST(LogHostSurvey, WritesFourLinesInOrder) {
+    LogHostSurvey({"M\xC3\xA4ker", "Studio", "2.3.0.0", "sendVstEvents;sizeWindow;"});
+    const auto folder = Utils::ToUtf8(Utils::GetFolder(Utils::GetModulePath()));
+    EXPECT_EQ(folder.back(), '/');
+    const auto log = Log();
+    EXPECT_EQ(log.substr(log.find('\n') + 1), // behind the date
+        "AudioHost=M\xC3\xA4ker Studio v2.3.0.0\r\nAudioHostCanDo=sendVstEvents;sizeWindow;\r\nPluginPath=" +
+            folder + "\r\nPluginFormat=VST 2.4\r\n");
+}
+
+TEST(LogHostSurvey, LeavesOutWhatTheHostDoesNotTell) {
+    LogHostSurvey({"", "Studio", "0", ""});
+    LogHostSurvey({"", "", "1.0", ""});
+    LogHostSurvey({"Maker", "", "1.0", ""});
+    const auto log = Log();
+    EXPECT_NE(log.find("\r\nAudioHost=Studio v0\r\nAudioHostCanDo=\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("\r\nAudioHost=Maker  v1.0\r\n"), std::string::npos) << log;
+    EXPECT_EQ(log.find("AudioHost= v1.0"), std::string::npos) << log;
+}
+
+TEST(LogHostSurvey, IsWrittenByANewInstance) {
+    CRecordingHost host;
+    CHostedEffect effect(host.Callback());
+    EXPECT_NE(Log().find("AudioHostCanDo="), std::string::npos);
 }
