@@ -215,4 +215,31 @@ std::vector<std::string> UnexplainedPackages(const fs::path& root) {
     return unexplained;
 }
 
+std::vector<std::string> UnknownTests(const fs::path& root) {
+    static const std::regex declared(R"(TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\))");
+    std::set<std::string> tests;
+    for (const auto& source : Sources(root / "tests")) {
+        const auto lines = ReadLines(root / "tests" / source);
+        for (std::size_t i = 0; i < lines.size(); ++i) { // a long name stands on a line of its own
+            const auto text = lines[i] + (i + 1 < lines.size() ? lines[i + 1] : "");
+            std::smatch match;
+            if (lines[i].starts_with("TEST") && std::regex_search(text, match, declared))
+                tests.insert(match.str(1) + "." + match.str(2));
+        }
+    }
+    std::vector<std::string> unknown;
+    for (const auto& line : ReadLines(root / "docs/failures.md")) {
+        const auto cells = Cells(line);
+        if (!line.starts_with("|") || cells.size() < 3 || cells[2] == "Shown by" ||
+            cells[2].starts_with("---"))
+            continue;
+        const auto names = Quoted(cells[2]);
+        if (names.empty()) unknown.push_back("nothing shows: " + cells[0]);
+        for (const auto& name : names) {
+            if (!tests.contains(name)) unknown.push_back(name + " is no test");
+        }
+    }
+    return unknown;
+}
+
 } // namespace KAV::Tests

@@ -40,4 +40,8 @@ std::vector<std::string> LongSources(const std::filesystem::path& root, const st
 /// Packages that packaging/packages.txt asks for and docs/dependencies.md does not explain.
 std::vector<std::string> UnexplainedPackages(const std::filesystem::path& root);
 
+/// Names in the last column of the tables in docs/failures.md that are no test of this tree, and rows without
+/// one.
+std::vector<std::string> UnknownTests(const std::filesystem::path& root);
+
 } // namespace KAV::Tests

@@ -76,6 +76,10 @@ TEST(UnexplainedPackages, AreNone) {
     EXPECT_EQ(UnexplainedPackages(Root), Lines{});
 }
 
+TEST(UnknownTests, AreNone) {
+    EXPECT_EQ(UnknownTests(Root), Lines{});
+}
+
 TEST(ReadLayers, TakesTheRowsOfTheTableInOrder) {
     const CMadeUpTree tree;
     tree.Write("layers.md", "# Title\n\n"
@@ -169,4 +173,13 @@ TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {
     tree.Write("packaging/packages.txt", "# GROUP PACKAGE\nbuild g++\n\nbuild   cmake\n");
     tree.Write("docs/dependencies.md", "| `g++` | compiler |\n| cmake | in words only |\n");
     EXPECT_EQ(UnexplainedPackages(tree.Root()), Lines{"cmake is not explained"});
+}
+
+TEST(UnknownTests, AreNamesAndRowsThatNothingStandsBehind) {
+    const CMadeUpTree tree;
+    tree.Write("tests/a_test.cpp", "TEST(Suite, Fact) {\n}\nTEST(Suite,\n    LongFact) {\n}\n");
+    tree.Write("docs/failures.md", "| Fault | Result | Shown by |\n|---|---|---|\n"
+                                   "| a | b | `Suite.Fact`, `Suite.LongFact` |\n"
+                                   "| c | d | `Suite.Fiction` |\n| e | f | |\n");
+    EXPECT_EQ(UnknownTests(tree.Root()), (Lines{"Suite.Fiction is no test", "nothing shows: e"}));
 }
