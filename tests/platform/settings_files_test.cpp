@@ -106,13 +106,13 @@ TEST(SettingsFiles, KeepTheOldValueOrHoldTheNewOneWhicheverCallOfAWriteFails) {
     }
     ASSERT_GT(calls, 10);
     for (int call = 1; call <= calls; ++call) {
-        for (const auto fault : {CFaultyFiles::EFault::HalfFail, CFaultyFiles::EFault::HalfStop}) {
-            // The lock is asked for again and again; a process that has stopped can't wait.
-            if (fault == CFaultyFiles::EFault::HalfStop && call <= 5) continue;
-            {
-                const CFaultyFiles files(call, fault);
+        for (const bool ends : {false, true}) {
+            InAnotherProcess([&] {
+                CFaultyFiles files(call, CFaultyFiles::EFault::HalfFail);
+                if (ends) files.onFault = [] { _exit(7); };
                 Write("Width", "new");
-            }
+                return 0;
+            });
             const auto value = Read("Width");
             EXPECT_TRUE(value == "old" || value == "new") << "call " << call << ": " << value;
             EXPECT_EQ(Read("FPS"), "60") << "call " << call;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -10,10 +11,11 @@ using namespace KAV::Platform;
 
 namespace {
 
-// A key of this test's own, so that a shared registry keeps the tests apart.
+// A key of this run of the test, since a registry outlives both.
 std::string Key() {
+    static const std::string run = std::to_string(std::random_device()());
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    return std::string("Software/Kavelin/Test/") + test->test_suite_name() + "." + test->name();
+    return std::string("Software/Kavelin/Test/") + test->test_suite_name() + "." + test->name() + "." + run;
 }
 
 std::string Read(const std::string& key, const std::string& name) {
@@ -78,5 +80,19 @@ TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
     for (auto& thread : threads) thread.join();
     for (int writer = 0; writer < Writers; ++writer) {
         EXPECT_EQ(Read(Key(), "value " + std::to_string(writer)), std::to_string(writer * 1000 + Rounds - 1));
+    }
+}
+
+TEST(SettingsStore, HasFiveRoots) {
+    for (const auto root : {ESettingsRoot::CurrentUser, ESettingsRoot::ClassesRoot,
+             ESettingsRoot::LocalMachine, ESettingsRoot::Users, ESettingsRoot::CurrentConfig}) {
+        // The registry has nothing but users right below its root of users.
+        const auto key = (root == ESettingsRoot::Users ? ".Default/" : "") + Key();
+        const auto value = std::to_string(static_cast<int>(root));
+        ASSERT_TRUE(WriteSetting(root, key, "Root", value.data(), value.size())) << value;
+        const SBytes bytes = ReadSetting(root, key, "Root");
+        ASSERT_NE(bytes.data, nullptr) << value;
+        EXPECT_EQ(std::string(bytes.data.get(), bytes.size), value);
+        EXPECT_TRUE(SettingExists(root, key, "Root"));
     }
 }
