@@ -1,7 +1,8 @@
 #include "platform/clipboard.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <cstring>
-#include <filesystem>
 #include <windows.h>
 
 namespace KAV::Platform {
@@ -9,8 +10,7 @@ namespace KAV::Platform {
 namespace {
 
 UINT Format(const std::string& format) {
-    const std::filesystem::path wide(std::u8string(format.begin(), format.end()));
-    return RegisterClipboardFormatW(wide.c_str());
+    return RegisterClipboardFormatW(ToWide(format).c_str());
 }
 
 class COpenClipboard final {
@@ -58,7 +58,7 @@ SBytes ReadClipboard(const std::string& format) noexcept {
         const COpenClipboard clipboard;
         const HANDLE memory = clipboard.IsOpen() ? GetClipboardData(number) : nullptr;
         return memory != nullptr ? Copy(memory) : SBytes{};
-    } catch (...) { // no memory, or no text
+    } catch (...) { // no memory
         return {};
     }
 }
@@ -68,7 +68,7 @@ bool WriteClipboard(const std::string& format, const void* data, std::size_t siz
         const UINT number = Format(format);
         const COpenClipboard clipboard;
         return number != 0 && clipboard.IsOpen() && EmptyClipboard() != 0 && Give(number, data, size);
-    } catch (...) { // no memory, or no text
+    } catch (...) { // no memory
         return false;
     }
 }

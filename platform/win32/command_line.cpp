@@ -1,22 +1,12 @@
 #include "platform/command_line.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <windows.h>
 
 #include <shellapi.h>
 
 namespace KAV::Platform {
-
-namespace {
-
-std::string ToUtf8(const wchar_t* wide) {
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
-    std::string text(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), bytes, nullptr, nullptr);
-    if (!text.empty()) text.pop_back(); // the closing zero
-    return text;
-}
-
-} // namespace
 
 std::vector<std::string> CommandLine(int, char**) {
     std::vector<std::string> arguments;

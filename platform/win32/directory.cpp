@@ -1,24 +1,11 @@
 #include "platform/directory.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <string_view>
 #include <windows.h>
 
 namespace KAV::Platform {
-
-namespace {
-
-/// Empty for a name that isn't well-formed.
-std::string ToUtf8(std::wstring_view name) {
-    const auto length = static_cast<int>(name.size());
-    const int bytes =
-        WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, name.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string text(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(
-        CP_UTF8, WC_ERR_INVALID_CHARS, name.data(), length, text.data(), bytes, nullptr, nullptr);
-    return text;
-}
-
-} // namespace
 
 std::vector<SDirectoryEntry> ListDirectory(const std::filesystem::path& folder) {
     std::vector<SDirectoryEntry> entries;

@@ -1,5 +1,7 @@
 #include "platform/library.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <array>
 #include <windows.h>
 
@@ -11,10 +13,7 @@ std::string ErrorText(DWORD code) {
     std::array<wchar_t, 512> wide{};
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
         code, 0, wide.data(), static_cast<DWORD>(wide.size()), nullptr);
-    std::array<char, 2048> text{};
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(length), text.data(),
-        static_cast<int>(text.size()), nullptr, nullptr);
-    std::string result(text.data(), static_cast<std::size_t>(bytes));
+    std::string result = ToUtf8({wide.data(), length});
     if (const auto place = result.find("%1"); place != std::string::npos)
         result.replace(place, 2, "the file");
     while (!result.empty() && static_cast<unsigned char>(result.back()) <= ' ') result.pop_back();

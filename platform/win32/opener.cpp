@@ -1,24 +1,17 @@
 #include "platform/opener.h"
 
-#include <filesystem>
+#include "platform/winapi/wide_text.h"
+
 #include <windows.h>
 
 #include <shellapi.h>
 
 namespace KAV::Platform {
 
-namespace {
-
-std::filesystem::path Wide(const std::string& text) {
-    return std::u8string(text.begin(), text.end());
-}
-
-} // namespace
-
 bool OpenWithDesktop(const std::string& target, const std::string& arguments, EOpen how) noexcept {
     try {
-        const auto file = Wide(target);
-        const auto parameters = Wide(arguments);
+        const auto file = ToWide(target);
+        const auto parameters = ToWide(arguments);
         SHELLEXECUTEINFOW request{};
         request.cbSize = sizeof(request);
         request.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
@@ -32,7 +25,7 @@ bool OpenWithDesktop(const std::string& target, const std::string& arguments, EO
             CloseHandle(request.hProcess);
         }
         return true;
-    } catch (...) { // no memory, or no text
+    } catch (...) { // no memory
         return false;
     }
 }

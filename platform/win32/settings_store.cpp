@@ -1,7 +1,8 @@
 #include "platform/settings_store.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <windows.h>
 
@@ -25,17 +26,9 @@ HKEY Root(ESettingsRoot root) noexcept {
     return HKEY_CURRENT_USER;
 }
 
-std::wstring Wide(const std::string& text) {
-    const auto length = static_cast<int>(text.size());
-    std::wstring wide(
-        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0)), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), static_cast<int>(wide.size()));
-    return wide;
-}
-
 /// The registry's form of a key: each part with a backslash behind.
 std::wstring KeyPath(const std::string& key) {
-    auto path = Wide(key);
+    auto path = ToWide(key);
     std::replace(path.begin(), path.end(), L'/', L'\\');
     return path + L'\\';
 }
@@ -66,7 +59,7 @@ private:
 SBytes Read(ESettingsRoot root, const std::string& key, const std::string& name) {
     CKey open;
     if (!open.Open(root, key, KEY_READ)) return {};
-    const auto value = Wide(name);
+    const auto value = ToWide(name);
     DWORD size = 0;
     if (RegQueryValueExW(open.Get(), value.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS)
         return {};
@@ -83,7 +76,7 @@ bool Write(
     ESettingsRoot root, const std::string& key, const std::string& name, const void* data, std::size_t size) {
     CKey open;
     return size <= std::numeric_limits<DWORD>::max() && open.Create(root, key) &&
-           RegSetValueExW(open.Get(), Wide(name).c_str(), 0, REG_BINARY, static_cast<const BYTE*>(data),
+           RegSetValueExW(open.Get(), ToWide(name).c_str(), 0, REG_BINARY, static_cast<const BYTE*>(data),
                static_cast<DWORD>(size)) == ERROR_SUCCESS;
 }
 
@@ -110,7 +103,7 @@ bool SettingExists(ESettingsRoot root, const std::string& key, const std::string
     try {
         CKey open;
         return open.Open(root, key, KEY_QUERY_VALUE) &&
-               RegQueryValueExW(open.Get(), Wide(name).c_str(), nullptr, nullptr, nullptr, nullptr) ==
+               RegQueryValueExW(open.Get(), ToWide(name).c_str(), nullptr, nullptr, nullptr, nullptr) ==
                    ERROR_SUCCESS;
     } catch (...) { // no memory
         return false;

@@ -1,8 +1,9 @@
 #include "platform/system_info.h"
 
+#include "platform/winapi/wide_text.h"
+
 #include <array>
 #include <ctime>
-#include <string_view>
 #include <vector>
 #include <windows.h>
 
@@ -11,16 +12,6 @@
 namespace KAV::Platform {
 
 namespace {
-
-std::string ToUtf8(std::wstring_view wide) {
-    const auto length = static_cast<int>(wide.size());
-    std::string text(static_cast<std::size_t>(WideCharToMultiByte(
-                         CP_UTF8, WC_ERR_INVALID_CHARS, wide.data(), length, nullptr, 0, nullptr, nullptr)),
-        '\0');
-    WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, wide.data(), length, text.data(),
-        static_cast<int>(text.size()), nullptr, nullptr);
-    return text;
-}
 
 std::wstring WideMachineName() {
     std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// The system's texts, of 16-bit units, as UTF-8 and back. For the Windows part of this folder alone. Empty
+/// for an ill-formed text.
+namespace KAV::Platform {
+
+std::string ToUtf8(std::wstring_view wide);
+std::wstring ToWide(std::string_view text);
+
+} // namespace KAV::Platform
