@@ -1,4 +1,5 @@
 #include "platform/clipboard.h"
+#include "platform/x11/xcb_library.h"
 #include "tests/support/display.h"
 
 #include <chrono>
@@ -8,9 +9,67 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using namespace KAV::Platform;
 using namespace KAV::Tests;
+
+namespace {
+
+/// Another program, which asks for the clipboard in one of the display's own formats.
+class COtherProgram final {
+public:
+    COtherProgram() {
+        Xcb()->create_window(Connection(), 0, _window, FirstScreen(Connection())->root, 0, 0, 1, 1, 0,
+            XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    }
+
+    /// The numbers that it gets; nothing when it is refused.
+    std::vector<xcb_atom_t> Ask(const char* target) {
+        const auto property = Name("KAV_TEST");
+        Xcb()->convert_selection(
+            Connection(), _window, Name("CLIPBOARD"), Name(target), property, XCB_CURRENT_TIME);
+        Xcb()->flush(Connection());
+        for (int i = 0; i < 1000; ++i) {
+            const XReply<xcb_generic_event_t> event(Xcb()->poll_for_event(Connection()));
+            if (event == nullptr) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            } else if ((event->response_type & 0x7F) == XCB_SELECTION_NOTIFY) {
+                const auto given = reinterpret_cast<xcb_selection_notify_event_t*>(event.get())->property;
+                return given == XCB_ATOM_NONE ? std::vector<xcb_atom_t>() : Property(given);
+            }
+        }
+        ADD_FAILURE() << "no answer";
+        return {};
+    }
+    xcb_atom_t Name(const char* name) const { return Atom(Connection(), name); }
+
+private:
+    xcb_connection_t* Connection() const { return _connection.get(); }
+    std::vector<xcb_atom_t> Property(xcb_atom_t property) const {
+        const auto cookie =
+            Xcb()->get_property(Connection(), 1, _window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+        const XReply<xcb_get_property_reply_t> reply(
+            Xcb()->get_property_reply(Connection(), cookie, nullptr));
+        const auto* const first = static_cast<const xcb_atom_t*>(Xcb()->get_property_value(reply.get()));
+        return {first, first + Xcb()->get_property_value_length(reply.get()) / 4};
+    }
+
+    XConnection _connection = ConnectToDisplay();
+    xcb_window_t _window = Xcb()->generate_id(_connection.get());
+};
+
+} // namespace
+
+TEST(Clipboard, OffersOtherProgramsThePrivateFormatAlone) {
+    const CDisplay display;
+    ASSERT_TRUE(WriteClipboard("clipboard:x", "1234", 4));
+    COtherProgram other;
+    EXPECT_EQ(
+        other.Ask("TARGETS"), (std::vector<xcb_atom_t>{other.Name("TARGETS"), other.Name("clipboard:x")}));
+    EXPECT_EQ(other.Ask("UTF8_STRING"), std::vector<xcb_atom_t>{});
+    EXPECT_EQ(other.Ask("clipboard:x").size(), 1u);
+}
 
 TEST(Clipboard, FailsWithoutADisplay) {
     unsetenv("DISPLAY");

@@ -95,6 +95,17 @@ TEST(SettingsFiles, AreNoDamagedOnesWhenTheyJustCannotBeOpened) {
     }
 }
 
+TEST(SettingsFiles, AreNotReplacedByAWriteThatCannotReadThem) {
+    ASSERT_TRUE(Write("Width", "precious"));
+    const auto before = ReadText(KeyFile());
+    {
+        const CFaultyFiles files(1, CFaultyFiles::EFault::Unreadable);
+        EXPECT_EQ(Read("Width"), "(nothing)");
+        EXPECT_FALSE(Write("FPS", "60"));
+    }
+    EXPECT_EQ(ReadText(KeyFile()), before);
+}
+
 TEST(SettingsFiles, KeepTheOldValueOrHoldTheNewOneWhicheverCallOfAWriteFails) {
     ASSERT_TRUE(Write("Width", "old"));
     ASSERT_TRUE(Write("FPS", "60"));

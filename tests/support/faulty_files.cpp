@@ -1,5 +1,7 @@
 #include "tests/support/faulty_files.h"
 
+#include <string_view>
+
 namespace KAV::Tests {
 
 using Platform::SystemFiles;
@@ -9,6 +11,7 @@ bool CFaultyFiles::GoesWrong(const char* name) {
     _names.append(name).append(" ");
     if (_call == 0 || _calls < _call) return false;
     if (_calls == _call && onFault) onFault();
+    if (_fault == EFault::Unreadable) return std::string_view(name) == "OpenToRead";
     return _calls == _call || _fault == EFault::Stop || _fault == EFault::HalfStop;
 }
 

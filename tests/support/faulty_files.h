@@ -17,6 +17,7 @@ public:
         Stop,     ///< nothing reaches the system from that call on: what a process that is ended there leaves
                   ///< behind
         HalfStop, ///< the same, with half of that call's bytes written
+        Unreadable, ///< from that call on no file can be opened for reading
     };
 
     /// With the call of that number, counted from 1; 0 only counts.

@@ -18,6 +18,7 @@ TEST(ScanFolder, LeavesOutNamesThatAreNoText) {
     WriteText(folder / "caf\xE9.kvp", "x");
     WriteText(folder / "good.kvp", "x");
     EXPECT_EQ(ScanFolder(FromSystemPath(folder), u"kvp"), Names{u"good"});
+    EXPECT_EQ(ScanFolder(FromSystemPath(folder), u""), Names{u"good"});
 }
 
 TEST(ScanFolder, FollowsLinksAndLeavesOutThoseToNothing) {
@@ -37,4 +38,14 @@ TEST(ScanFolder, IsEmptyForAFolderThatMayNotBeRead) {
     chmod(folder.c_str(), 0);
     EXPECT_EQ(AsNobody([&] { return ScanFolder(FromSystemPath(folder), u"").empty() ? 0 : 1; }), 0);
     chmod(folder.c_str(), 0700);
+}
+
+TEST(ScanFolder, ListsTenThousandFiles) {
+    const auto folder = ScratchFolder() / "many";
+    fs::create_directories(folder);
+    for (int i = 0; i < 10000; ++i) WriteText(folder / (std::to_string(100000 + i) + ".kvp"), "");
+    const auto names = ScanFolder(FromSystemPath(folder), u"kvp");
+    ASSERT_EQ(names.size(), 10000u);
+    EXPECT_EQ(names.front(), u"100000");
+    EXPECT_EQ(names.back(), u"109999");
 }
