@@ -53,16 +53,17 @@ struct SLaunch {
     std::array<char*, 3> arguments{};
 };
 
-constexpr int Report =
-    3; // the descriptor by which the new process tells why it failed; the first behind the standard ones
+/// The descriptor by which the new process tells why it failed: the first one behind the standard ones.
+constexpr int Report = 3;
 
 /// Leaves nothing of the host behind: terminal, descriptors, signals, priority. Calls only what is allowed
 /// between fork() and exec().
 void ForgetHost(int report) noexcept {
+    const int kept = fcntl(report, F_DUPFD, Report); // it may be a standard one that the host has closed
     setsid(); // NOLINT(concurrency-mt-unsafe): a copy of a process has one thread
     const int nothing = open("/dev/null", O_RDWR);
     for (int standard = 0; standard < 3; ++standard) dup2(nothing, standard);
-    if (report != Report) dup2(report, Report);
+    if (kept != Report) dup2(kept, Report);
     fcntl(Report, F_SETFD, FD_CLOEXEC);
     closefrom(Report + 1);
     for (int number = 1; number < NSIG; ++number) signal(number, SIG_DFL);

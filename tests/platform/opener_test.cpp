@@ -120,6 +120,18 @@ TEST(OpenWithDesktop, WorksInAHostThatIgnoresItsChildren) {
     EXPECT_EQ(script.Value(script.Wait(), "target="), "/tmp");
 }
 
+TEST(OpenWithDesktop, WorksInAHostThatHasClosedItsStandardStreams) {
+    const COpenerScript script;
+    const int error = fcntl(2, F_DUPFD_CLOEXEC, 10); // the test's own words go there
+    const int output = fcntl(1, F_DUPFD_CLOEXEC, 10);
+    for (int standard = 0; standard < 3; ++standard) close(standard);
+    const bool started = OpenWithDesktop("/tmp", "", EOpen::Ordinary);
+    dup2(output, 1);
+    dup2(error, 2);
+    EXPECT_TRUE(started);
+    EXPECT_EQ(script.Value(script.Wait(), "target="), "/tmp");
+}
+
 TEST(OpenWithDesktop, FailsWithoutAnOpenerOrWithoutATarget) {
     setenv("PATH", "relative:", 1);
     EXPECT_FALSE(OpenWithDesktop("/tmp", "", EOpen::Ordinary));
