@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+namespace KAV {
+
+/// What of the device's state a patch text holds besides parameters and macros, and what of it a reader
+/// takes.
+enum PatchFlag : std::uint32_t {
+    FxNames = 1,          ///< the names of the groups; read whenever they are there
+    Routing = 2,          ///< the routing documents; read whenever they are there
+    GuiWidth = 4,         ///< the width of the editor
+    Simd = 8,             ///< the switch for vector code
+    AgcSettings = 16,     ///< the settings of the automatic gain
+    EffectiveValues = 64, ///< written: values as they are heard, macro offsets included
+    GroupsParallel = 128, ///< how the groups are connected
+};
+
+/// What a host's project keeps. Bit 32 means nothing and is always set here.
+inline constexpr std::uint32_t HostChunkFlags = 191;
+/// What a new instance takes from the default patch.
+inline constexpr std::uint32_t InstanceDefaultFlags = 188;
+
+static_assert(HostChunkFlags == (FxNames | Routing | GuiWidth | Simd | AgcSettings | 32 | GroupsParallel));
+static_assert(InstanceDefaultFlags == (GuiWidth | Simd | AgcSettings | 32 | GroupsParallel));
+
+} // namespace KAV

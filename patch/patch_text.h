@@ -1,0 +1,92 @@
+#pragma once
+
+#include "utils/marked_text.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+/// The parts that the text of a patch is made of. It looks like XML and is none: a sequence of lines, UTF-8,
+/// each ended by CR LF, with no nesting and no quoting. A reader finds each element by plain search, anywhere
+/// in the text; a name that holds an element's own marks breaks its value, which is accepted. Any bytes can
+/// be read. Threads: any.
+namespace KAV::Patch {
+
+using Utils::CPieces;
+using Utils::ExtractTag;
+
+/// How a text patch begins; nothing else tells it from other data.
+inline constexpr std::string_view Opening = "<patch_format>textual</patch_format>";
+static_assert(Opening.size() == 36);
+
+/// The identifier of this plug-in, 'sorl', as patches hold it.
+inline constexpr std::int32_t PluginId = 1936683628;
+
+/// Between the names of a list.
+inline constexpr std::string_view ListSeparator = "|*|";
+
+inline constexpr std::string_view LineEnd = "\r\n";
+
+/// Adds "<name>value</name>" and the end of the line.
+void AddElement(std::string& text, std::string_view name, std::string_view value);
+
+/// The lines from the opening to the patch's name.
+std::string Head(std::string_view appVersion, std::string_view patchName);
+
+/// The names with the separator between them. Empty names at the front leave none behind: it is put in front
+/// of a name only if there is text before it.
+std::string JoinNames(std::span<const std::string> names);
+
+/// A parameter with its number of any group and its value as the device stores it.
+void AddParamLine(std::string& text, std::int32_t tag, std::string_view name, float value);
+
+struct SParamLine {
+    std::int32_t tag = 0;      ///< never negative
+    float value = 0.0f;        ///< 0 when it is no number
+    std::string_view rawValue; ///< not empty
+    std::string_view name;     ///< may be empty
+};
+
+/// Nothing for any line that is none of a parameter: without a number of 0 or above, or without a value.
+std::optional<SParamLine> ReadParamLine(std::string_view line) noexcept;
+
+/// The line without its own number, which is replaced by `tag`; as it is if it has none.
+std::string WithTag(std::string_view line, std::int32_t tag);
+
+/// One assignment of a macro.
+struct SMacroTarget {
+    std::int32_t tag = 0;
+    float sensitivity = 0.0f; ///< 0 when it is missing or no number
+};
+
+/// The line of macro `macro` 0..4, also without any assignment.
+void AddMacroLine(std::string& text, int macro, std::span<const SMacroTarget> targets);
+
+/// What stands in the line of macro `macro`, to be walked through with CPieces(..., "||") and
+/// ReadMacroTarget(); empty when there is no line or nothing in it.
+std::string_view MacroTargets(std::string_view text, int macro);
+SMacroTarget ReadMacroTarget(std::string_view piece) noexcept;
+
+/// A routing document as the block of group `group`: the group's number stands in a line of its own behind
+/// the document's opening. The block ends with the end of a line.
+std::string RoutingBlock(std::string_view document, int group);
+
+/// Walks through the routing blocks of a text.
+class CRoutingBlocks final {
+public:
+    explicit CRoutingBlocks(std::string_view text) noexcept : _rest(text) {}
+    /// Moves to the next whole block; false behind the last one.
+    bool Next() noexcept;
+    /// The group's number as text; empty when the block has none.
+    std::string_view Group() const noexcept;
+    /// The document without the group's number.
+    std::string Document() const;
+
+private:
+    std::string_view _rest;
+    std::string_view _block;
+};
+
+} // namespace KAV::Patch

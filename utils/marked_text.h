@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string_view>
+
+/// Finding one's way in texts whose parts stand between marks, in one pass and without a copy. Any bytes can
+/// be read. Any thread.
+namespace KAV::Utils {
+
+/// What stands between `mid` and `close`, where `open`, `mid` and `close` follow each other, each searched
+/// from the end of the one before. Empty when one of them is missing.
+std::string_view ExtractTag(
+    std::string_view text, std::string_view open, std::string_view mid, std::string_view close) noexcept;
+
+/// Walks through the pieces of a text between occurrences of a delimiter, empty ones included, in one pass
+/// and without a list of them. An empty text has none.
+class CPieces final {
+public:
+    CPieces(std::string_view text, std::string_view delimiter) noexcept
+        : _rest(text), _delimiter(delimiter), _ended(text.empty()) {}
+    /// Moves to the next piece; false behind the last one.
+    bool Next() noexcept;
+    std::string_view Piece() const noexcept { return _piece; }
+
+private:
+    std::string_view _rest;
+    std::string_view _delimiter;
+    std::string_view _piece;
+    bool _ended;
+};
+
+} // namespace KAV::Utils
