@@ -163,6 +163,9 @@ std::string CDeviceDSP::GetRouting(int group) {
     return routing[static_cast<std::size_t>(group)].text;
 }
 
-void CDeviceDSP::SetRouting(std::string_view, int) {}
+void CDeviceDSP::SetRouting(std::string_view text, int group) {
+    if (group < 0 || group >= DeviceGroups) return;
+    routing[static_cast<std::size_t>(group)].Set(text);
+}
 
 } // namespace KAV

@@ -39,6 +39,7 @@ public:
     virtual float GetParam(std::int32_t tag, std::uint32_t flags) = 0;   ///< `flags`: ValueFlag bits
     virtual void SetParam(std::int32_t tag, float value, std::uint32_t flags) = 0;
     virtual std::string GetRouting(int group) = 0; ///< a copy of the document
+    /// One thread at a time; audio may run meanwhile. A group outside 0..3 does nothing.
     virtual void SetRouting(std::string_view text, int group) = 0;
     virtual void Spare1() {}
     virtual void Spare2() {}

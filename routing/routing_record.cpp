@@ -1,12 +1,27 @@
 #include "routing/routing_record.h"
 
+#include "routing/routing_document.h"
+
 #include <algorithm>
 
 namespace KAV {
 
-SRoutingRecord::SRoutingRecord() : text(DefaultRoutingText()) {
-    SetPair(0, 0, -1);
-    SetPair(1, 1, -1);
+SRoutingRecord::SRoutingRecord() {
+    Set(DefaultRoutingText());
+}
+
+void SRoutingRecord::Set(std::string_view document) {
+    if (document == text) return;
+    std::string old(document);
+    old.swap(text);
+    type = RoutingType(RoutingValue(text, "<type"));
+    const std::string_view newMap = RoutingValue(text, "<map");
+    if (newMap == RoutingValue(old, "<map")) return;
+    CRoutingList entries(newMap);
+    for (int entry = 0; entry < RoutingEntries; ++entry) {
+        const auto numbers = entries.Next() ? ReadRoutingEntry(entries.Piece()) : SRoutingNumbers{-1, -1};
+        SetPair(entry, numbers.first, numbers.second);
+    }
 }
 
 void SRoutingRecord::SetPair(int entry, std::int32_t first, std::int32_t second) noexcept {

@@ -22,8 +22,8 @@ struct SRoutingPair {
 };
 
 /// The routing of one group: the document as given, and what the audio thread reads of it.
-/// Threads: the text belongs to the thread that sets routings; type and map are also read by the audio
-/// thread, each word for itself.
+/// Threads: Set() and the text on one thread at a time; type and map are also read by the audio thread, each
+/// word for itself, while Set() changes one entry after the other.
 struct SRoutingRecord {
     std::string text; ///< UTF-8
     Utils::CShared<ERoutingType> type{ERoutingType::None};
@@ -31,6 +31,10 @@ struct SRoutingRecord {
 
     /// The routing of a new instance: two entries of one channel each.
     SRoutingRecord();
+    /// Takes a document of any bytes. The same document again does nothing; one with the same map keeps the
+    /// pairs as they are. Entries behind the sixteenth are ignored, those that the map lacks name no channel.
+    /// Throws std::bad_alloc, and then nothing has changed.
+    void Set(std::string_view document);
     /// Makes entry `entry` (0..15) stand for two host channels; a number below 0 means none.
     void SetPair(int entry, std::int32_t first, std::int32_t second) noexcept;
 };

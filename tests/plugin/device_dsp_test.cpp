@@ -239,6 +239,27 @@ TEST_F(Device, RoutingTextIsTheDefaultInEveryGroup) {
     EXPECT_EQ(device.GetRouting(4), "");
 }
 
+TEST_F(Device, RoutingOfAGroupDecidesWhichChannelsItsTogglesMean) {
+    const std::string text = "<kav_input_routing>\r\n\t<map>1,-1|*|-1,-1</map>\r\n</kav_input_routing>";
+    device.SetRouting(text, 0);
+    EXPECT_EQ(device.GetRouting(0), text);
+    EXPECT_EQ(device.GetRouting(1), std::string(DefaultRoutingText()));
+    device.SetParam(32, 0.0f, 0); // -20 dB
+    std::vector<std::vector<float>> audio;
+    for (int block = 0; block < 200; ++block) {
+        audio.assign(2, std::vector<float>(512, 0.5f));
+        effect.Process(audio);
+    }
+    EXPECT_NEAR(audio[0].back(), 0.5f, 1e-5f);
+    EXPECT_NEAR(audio[1].back(), 0.05f, 1e-5f);
+}
+
+TEST_F(Device, RoutingOfAGroupThatIsNotThereIsIgnored) {
+    for (const int group : {-1, 4, INT_MIN, INT_MAX}) device.SetRouting("<map></map>", group);
+    for (int group = 0; group < 4; ++group)
+        EXPECT_EQ(device.GetRouting(group), std::string(DefaultRoutingText()));
+}
+
 TEST_F(Device, DisplayDoesNotFollowTheProcessesLocale) {
     effect.Set(102, 0.755f);
     const CCommaLocale comma;

@@ -3,9 +3,11 @@
 
 #include "tests/support/recording_host.h"
 
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <string>
 #include <thread>
 
 using namespace KAV;
@@ -71,6 +73,27 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
     });
     audio.join();
     for (auto& writer : writers) writer.join();
+}
+
+TEST(Threads, RoutingIsSetWhileAudioRuns) {
+    CHostedEffect effect(nullptr);
+    CDeviceDSP& device = effect.Device();
+    std::atomic<bool> running{true};
+    std::thread editor([&] {
+        const std::array<std::string, 4> documents{"<type>mid/side</type><map>0,1|*|1,0</map>",
+            "<map>2147483647,-1|*|-2147483648,1</map>", "", "<map>1,-1|*|0,-1</map>"};
+        for (std::size_t step = 0; running; ++step) {
+            device.SetRouting(documents[step % 4], static_cast<int>(step / 4 % 4));
+            EXPECT_EQ(device.GetRouting(static_cast<int>(step / 4 % 4)), documents[step % 4]);
+        }
+    });
+    for (int block = 0; block < Blocks; ++block) {
+        std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
+        effect.Process(channels);
+        for (const float x : channels[0]) EXPECT_LE(std::fabs(x), 1.0f);
+    }
+    running = false;
+    editor.join();
 }
 
 TEST(Threads, OversamplingIsSwitchedWhileLatencyIsAsked) {

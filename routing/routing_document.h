@@ -1,0 +1,58 @@
+#pragma once
+
+#include "routing/routing_record.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace KAV {
+
+// A routing document is text with elements like `<map>0,-1|*|1,-1</map>`: no attributes, no nesting, no
+// escaping. Any bytes of any size can be read; what is missing or cut off reads as empty. Threads: any.
+
+/// What stands between the end of the opening tag that begins with `opening` ("<map", "<name", ...) and the
+/// next "<". Empty when there is no such element, or when it doesn't end.
+std::string_view RoutingValue(std::string_view document, std::string_view opening) noexcept;
+
+/// Walks through the pieces of a list that are separated by "|*|", empty ones included. An empty text has no
+/// pieces.
+class CRoutingList final {
+public:
+    explicit CRoutingList(std::string_view text) noexcept : _rest(text), _ended(text.empty()) {}
+    /// Moves to the next piece; false behind the last one.
+    bool Next() noexcept;
+    std::string_view Piece() const noexcept { return _piece; }
+
+private:
+    std::string_view _rest;
+    std::string_view _piece;
+    bool _ended;
+};
+
+/// What `<type>` declares; anything but the four names is None.
+ERoutingType RoutingType(std::string_view name) noexcept;
+
+/// The two channel numbers of an entry like "0,-1"; a number that can't be read is 0.
+struct SRoutingNumbers {
+    std::int32_t first = 0;
+    std::int32_t second = 0;
+};
+SRoutingNumbers ReadRoutingEntry(std::string_view entry) noexcept;
+
+/// A channel button as the routing editor shows it.
+struct SRoutingButton {
+    std::string_view label; ///< UTF-8
+    bool on = false;
+};
+
+/// The document of a routing that the user has put together from channel buttons: an entry of one channel for
+/// each button that is on. The display name is `fileName` without its extension.
+std::string WriteRoutingDocument(std::string_view fileName, std::span<const SRoutingButton> buttons);
+
+/// Layouts that old patches name by an index 0..43; empty for any other.
+std::string_view LegacyRoutingName(std::ptrdiff_t index) noexcept;
+
+} // namespace KAV
