@@ -5,11 +5,14 @@
 #include <array>
 #include <complex>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace KAV::DSP {
 
 /// A Butterworth low-pass of even order as a cascade of biquads in direct form II, for up to 16 channels.
+/// A channel alone is filtered in plain arithmetic; several at once, where the processor can, with fused
+/// multiply-add, which differs in the last bits.
 /// Threads: one at a time; Design() and Process() allocate nothing.
 class BiquadCascade final {
 public:
@@ -23,8 +26,14 @@ public:
     /// and empties the delays.
     KAV_REALTIME void Design(double cutoff) noexcept;
 
-    /// Filters channels of `length` samples in place. A channel's delays are those of its place in the list.
-    KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length) noexcept;
+    /// How many channels one pass takes with these processor features (Utils::CpuFeature): 1, 2 or 4.
+    static std::size_t PassWidth(std::uint64_t features) noexcept;
+
+    /// Filters channels of `length` samples in place, in passes of PassWidth() channels and a last one of
+    /// what is left over. A channel's delays are those of its place in the list. A place that not-a-number or
+    /// infinity has got into is emptied at the end, or it would never give sound again.
+    KAV_REALTIME void Process(
+        std::span<float* const> channels, std::size_t length, std::uint64_t features = 0) noexcept;
 
 private:
     struct SStage {
@@ -32,8 +41,10 @@ private:
         double b0 = 1.0, b1 = 0.0, b2 = 0.0; // zeros
         std::array<double, MaxChannels> w1{}, w2{};
     };
+    struct SFused; // the passes with fused multiply-add
 
     void ProcessOne(float* channel, std::size_t slot, std::size_t length) noexcept;
+    void Recover(std::size_t slot) noexcept;
 
     std::size_t _count; // stages: half the order
     std::array<std::complex<double>, MaxStages>

@@ -61,6 +61,7 @@ void FxGroup::Prepare(const SGroupSettings& settings, std::uint64_t features, st
     }
 
     _bypass = settings.bypass;
+    _midSide = settings.midSide;
     _mixPosition = _mixSmoother.Step(_mixPosition, _bypass ? 1.0f : 0.0f);
 
     _limiterOn = settings.limiter;
@@ -90,17 +91,41 @@ void FxGroup::Process(std::span<float* const> channels) noexcept {
     if (channels.empty() || _mixPosition == 1.0f) return;
     const bool crossfading = _mixPosition != 0.0f;
     if (crossfading) KeepDry(channels);
-    Limit(channels);
+    if (_midSide == EMidSide::Off || channels.size() < 2) {
+        Limit(channels);
+    } else {
+        LimitMidSide(channels);
+    }
     if (crossfading) MixDry(channels);
 }
 
 void FxGroup::Limit(std::span<float* const> channels) noexcept {
-    for (std::size_t place = 0; place < channels.size(); ++place) {
-        const std::span<float> channel(channels[place], _block);
-        _gain.Process(channel);
-        inputProbes[place].Read(channel);
-    }
+    AmplifyAndProbe(channels);
     if (_limiterOn) _limiter.Process(channels, _block);
+    ReadOutputs(channels);
+}
+
+/// Whichever half is worked on alone takes the first probe and the first delay line; the other half isn't
+/// delayed. The output probes see the halves, not left and right.
+void FxGroup::LimitMidSide(std::span<float* const> channels) noexcept {
+    EncodeMidSide({channels[0], _block}, channels[1]);
+    const bool sideAlone = _midSide == EMidSide::Side || _midSide == EMidSide::SideSolo;
+    const auto halves = channels.subspan(sideAlone ? 1 : 0, _midSide == EMidSide::Both ? 2 : 1);
+    AmplifyAndProbe(halves);
+    if (_limiterOn) _limiter.Process(halves, _block);
+    ReadOutputs(channels);
+    DecodeMidSide(_midSide, {channels[0], _block}, channels[1]);
+}
+
+/// One after the other, because a list may hold a buffer twice.
+void FxGroup::AmplifyAndProbe(std::span<float* const> channels) noexcept {
+    for (float* const channel : channels) _gain.Process({channel, _block});
+    for (std::size_t place = 0; place < channels.size(); ++place) {
+        inputProbes[place].Read({channels[place], _block});
+    }
+}
+
+void FxGroup::ReadOutputs(std::span<float* const> channels) noexcept {
     for (std::size_t place = 0; place < channels.size(); ++place) {
         outputProbes[place].Read({channels[place], _block});
     }

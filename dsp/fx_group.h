@@ -3,6 +3,7 @@
 #include "dsp/channel_buffers.h"
 #include "dsp/gain_stage.h"
 #include "dsp/lookahead_limiter.h"
+#include "dsp/mid_side.h"
 #include "dsp/peak_probe.h"
 #include "dsp/smoother.h"
 #include "utils/realtime.h"
@@ -23,6 +24,7 @@ struct SGroupSettings {
     bool autoRelease = false;
     bool limiter = false;
     bool bypass = false; ///< the host's bypass
+    EMidSide midSide = EMidSide::Off;
 };
 
 /// One effect group: gain, limiter, probes, and the crossfade to and from bypass, on the channels that it is
@@ -50,7 +52,9 @@ public:
     KAV_REALTIME void Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
         std::int32_t factor) noexcept;
 
-    /// Runs the group on up to 16 channels in place. An empty list is a group without channels.
+    /// Runs the group on up to 16 channels in place. An empty list is a group without channels. In mid/side
+    /// the first two of the list are left and right, and the rest stays as it is; a single channel runs
+    /// plain.
     KAV_REALTIME void Process(std::span<float* const> channels) noexcept;
 
     /// Highest sample of list place `place` since it was last taken, before and behind the limiter.
@@ -64,6 +68,9 @@ private:
     void SetBlock(std::size_t length) noexcept;
     bool Move(float& position, float target) noexcept;
     void Limit(std::span<float* const> channels) noexcept;
+    void LimitMidSide(std::span<float* const> channels) noexcept;
+    void AmplifyAndProbe(std::span<float* const> channels) noexcept;
+    void ReadOutputs(std::span<float* const> channels) noexcept;
     void KeepDry(std::span<float* const> channels) noexcept;
     void MixDry(std::span<float* const> channels) noexcept;
 
@@ -72,6 +79,7 @@ private:
     float _rateHz = 44100.0f;    // base rate
     std::size_t _block = 0;      // oversampled samples per block; at most the dry buffers' length
     bool _bypass = false;
+    EMidSide _midSide = EMidSide::Off;
     Smoother _mixSmoother;       // steps once per block
     float _mixPosition = 0.0f;   // 0 processed .. 1 bypassed
     Smoother _parameterSmoother; // steps once per block

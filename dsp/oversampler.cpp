@@ -75,7 +75,7 @@ void Oversampler::Filter(BiquadCascade& cascade, std::size_t length) noexcept {
     for (std::size_t channel = 0; channel < MaxChannels; ++channel) {
         if (_in[channel] != nullptr) present[count++] = _raised[channel];
     }
-    cascade.Process(std::span(present.data(), count), length);
+    cascade.Process(std::span(present.data(), count), length, _features);
 }
 
 } // namespace KAV::DSP

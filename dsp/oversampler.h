@@ -32,6 +32,8 @@ public:
     KAV_REALTIME void SetFactor(std::int32_t factor) noexcept;
     /// Picks the pair of filters. The pair taken up goes on from its own delays.
     KAV_REALTIME void SetHighQuality(bool highQuality) noexcept { _highQuality = highQuality; }
+    /// Processor features that the filters may use from now on; 0 at first.
+    KAV_REALTIME void SetFeatures(std::uint64_t features) noexcept { _features = features; }
 
     /// Takes up to 16 channels of `frames` samples (within the reserve), null for one that is left out, and
     /// puts the raised channels of frames x factor samples in their places.
@@ -49,6 +51,7 @@ private:
     float _rateHz = 44100.0f;
     std::int32_t _factor = 1;
     bool _highQuality = false;
+    std::uint64_t _features = 0;
     std::size_t _frames = 0;                  // of the block between Up() and Down()
     std::array<float*, MaxChannels> _in{};    // the channels of that block, null for one that is left out
     CChannelBuffers _raised;                  // MaxFactor x the reserved frames

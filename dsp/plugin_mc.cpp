@@ -66,15 +66,18 @@ template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::ProcessBlock(
     std::span<TSample* const> channels, std::size_t frames) noexcept {
     _gainSmoother.SetRate(_rateHz / static_cast<float>(frames));
+    _meters.SetBlockRate(_rateHz / static_cast<float>(frames));
     const SBlock block = Snapshot(channels.size(), frames);
     const CFlushDenormals flushing;
 
+    MeterSources(channels, block);
     ListenForSilence(channels, block);
     _input.Move(_gainSmoother, block.bypass ? 0.5f : float{this->parameters.mainInputGain.final});
     ApplyMainGain(_input, frames);
 
     _oversampler.SetFactor(block.factor);
     _oversampler.SetHighQuality(this->parameters.highQuality);
+    _oversampler.SetFeatures(block.features);
     const auto active = std::span(_active).first(block.channels);
     _oversampler.Up(active, frames);
     for (std::size_t group = 0; group < GroupCount; ++group) RunGroup(group, block);
@@ -105,12 +108,17 @@ auto CPluginMC<TSample, TValue>::Snapshot(std::size_t channels, std::size_t fram
         block.solo[group] = this->parameters.solo[group];
         block.mute[group] = this->parameters.mute[group];
         block.anySolo |= block.solo[group];
+        const bool midSide = this->routing[group].type == ERoutingType::MidSide;
+        block.midSide[group] = MidSideMode(midSide && block.channelInGroup[0][group],
+            midSide && block.channelInGroup[1][group], block.solo[group]);
     }
+    block.shownGroup = std::min<std::size_t>(std::uint32_t{currentGroup}, GroupCount - 1);
     return block;
 }
 
 template<typename TSample, typename TValue>
-SGroupSettings CPluginMC<TSample, TValue>::GroupSettings(std::size_t group, bool bypass) const noexcept {
+SGroupSettings CPluginMC<TSample, TValue>::GroupSettings(
+    std::size_t group, const SBlock& block) const noexcept {
     const auto& values = this->parameters;
     return {.inputGain = values.inputGain[group].final,
         .threshold = values.threshold[group].final,
@@ -118,7 +126,8 @@ SGroupSettings CPluginMC<TSample, TValue>::GroupSettings(std::size_t group, bool
         .release = values.release[group].final,
         .autoRelease = values.autoRelease[group],
         .limiter = values.limiter[group],
-        .bypass = bypass};
+        .bypass = block.bypass,
+        .midSide = block.midSide[group]};
 }
 
 template<typename TSample, typename TValue>
@@ -153,10 +162,47 @@ void CPluginMC<TSample, TValue>::ApplyMainGain(const SMainGain& gain, std::size_
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::RunGroup(std::size_t group, const SBlock& block) noexcept {
     FxGroup& fx = _groups[group];
-    fx.Prepare(GroupSettings(group, block.bypass), block.features, block.length, block.factor);
+    fx.Prepare(GroupSettings(group, block), block.features, block.length, block.factor);
     const SGroupList list = Gather(group, block);
     fx.Process(std::span(list.buffers).first(list.count));
     if (block.parallel) AddToSums(list, block.length);
+    MeterGroup(group, list, group == block.shownGroup);
+}
+
+/// What the host sends to the shown group's entries, silent channels included.
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::MeterSources(
+    std::span<TSample* const> channels, const SBlock& block) noexcept {
+    const auto& map = this->routing[block.shownGroup].map;
+    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
+        float peak = 0.0f;
+        for (const std::int32_t number : {std::int32_t{map[entry].first}, std::int32_t{map[entry].second}}) {
+            if (number < 0 || static_cast<std::size_t>(number) >= block.channels) continue;
+            _sourceProbe.Read({channels[static_cast<std::size_t>(number)], block.frames});
+            peak = std::max(peak, _sourceProbe.Take());
+        }
+        _meters.StepSource(entry, peak);
+    }
+}
+
+/// Of an entry with two channels the second one shows. Input probes of the groups that aren't shown go on
+/// collecting.
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::MeterGroup(std::size_t group, const SGroupList& list, bool shown) noexcept {
+    std::array<float, ChannelCount> in{};
+    std::array<float, ChannelCount> out{};
+    float highest = 0.0f;
+    for (std::size_t place = 0; place < list.count; ++place) {
+        const float peak = _groups[group].outputProbes[place].Take();
+        highest = std::max(highest, peak);
+        out[list.entries[place]] = peak;
+        if (shown) in[list.entries[place]] = _groups[group].inputProbes[place].Take();
+    }
+    _meters.StepGroup(group, highest);
+    if (!shown) return;
+    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
+        _meters.StepEntry(entry, in[entry], out[entry]);
+    }
 }
 
 template<typename TSample, typename TValue>
@@ -165,7 +211,8 @@ auto CPluginMC<TSample, TValue>::Gather(std::size_t group, const SBlock& block) 
     const bool runs = block.anySolo ? block.solo[group] : !block.mute[group];
     if (!runs) return list;
     for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
-        if (!block.channelInGroup[entry][group]) continue;
+        // A half that is switched off still belongs to the pair that the other half is made of.
+        if (!block.channelInGroup[entry][group] && block.midSide[group] == EMidSide::Off) continue;
         const SRoutingPair& pair = this->routing[group].map[entry];
         for (const std::int32_t number : {std::int32_t{pair.first}, std::int32_t{pair.second}}) {
             if (number < 0 || static_cast<std::size_t>(number) >= block.channels) continue;
@@ -177,6 +224,7 @@ auto CPluginMC<TSample, TValue>::Gather(std::size_t group, const SBlock& block) 
                 list.buffers[list.count] = _scratch[list.count];
                 std::copy_n(_active[channel], block.length, _scratch[list.count]);
             }
+            list.entries[list.count] = entry;
             list.channels[list.count++] = channel;
             _used[channel] = true;
         }

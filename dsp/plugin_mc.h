@@ -4,7 +4,10 @@
 #include "dsp/channel_buffers.h"
 #include "dsp/fx_group.h"
 #include "dsp/gain_stage.h"
+#include "dsp/meters.h"
+#include "dsp/mid_side.h"
 #include "dsp/oversampler.h"
+#include "dsp/peak_probe.h"
 #include "dsp/plugin_dsp_base.h"
 #include "dsp/silence_gate.h"
 #include "dsp/smoother.h"
@@ -46,6 +49,8 @@ public:
         return _groups[static_cast<std::size_t>(group)].Limiter();
     }
 
+    const CMeters& Meters() const noexcept { return _meters; }
+
 protected:
     CPluginMC();
     ~CPluginMC() = default;
@@ -76,20 +81,25 @@ private:
         bool bypass = false;
         bool parallel = false;
         bool anySolo = false;
+        std::size_t shownGroup = 0; // the group whose entries are metered
         std::array<std::array<bool, GroupCount>, ChannelCount> channelInGroup{};
         std::array<bool, GroupCount> solo{};
         std::array<bool, GroupCount> mute{};
+        std::array<EMidSide, GroupCount> midSide{};
     };
     /// The channels that one group takes in one block.
     struct SGroupList {
         std::array<TSample*, ChannelCount> buffers{};
         std::array<std::size_t, ChannelCount> channels{}; // host channel of each place
+        std::array<std::size_t, ChannelCount> entries{};  // routing entry of each place
         std::size_t count = 0;
     };
 
     SBlock Snapshot(std::size_t channels, std::size_t frames) const noexcept;
-    SGroupSettings GroupSettings(std::size_t group, bool bypass) const noexcept;
+    SGroupSettings GroupSettings(std::size_t group, const SBlock& block) const noexcept;
     void ListenForSilence(std::span<TSample* const> channels, const SBlock& block) noexcept;
+    void MeterSources(std::span<TSample* const> channels, const SBlock& block) noexcept;
+    void MeterGroup(std::size_t group, const SGroupList& list, bool shown) noexcept;
     void ApplyMainGain(const SMainGain& gain, std::size_t frames) noexcept;
     SGroupList Gather(std::size_t group, const SBlock& block) noexcept;
     void RunGroup(std::size_t group, const SBlock& block) noexcept;
@@ -109,6 +119,8 @@ private:
     SMainGain _output;
     Smoother _gainSmoother; // steps once per block
     std::array<FxGroup, GroupCount> _groups;
+    PeakProbe _sourceProbe;
+    CMeters _meters;
 };
 
 extern template class CPluginMC<float, float>;

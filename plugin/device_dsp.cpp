@@ -82,7 +82,16 @@ std::int32_t CDeviceDSP::Resolve(std::int32_t tag, std::uint32_t flags) const no
     return HostIndexOf(inGroup) != NoHostIndex ? inGroup : tag;
 }
 
+float CDeviceDSP::GetMeter(std::int32_t tag) const noexcept {
+    const auto place = [tag](std::int32_t first) { return static_cast<std::size_t>(first - tag); };
+    if (tag <= -40) return Meters().Output(place(-40));
+    if (tag <= -24) return Meters().Input(place(-24));
+    if (tag <= -20) return Meters().Group(place(-20));
+    return Meters().Source(place(-4));
+}
+
 float CDeviceDSP::GetParam(std::int32_t tag, std::uint32_t flags) {
+    if (tag >= LastMeterTag && tag <= FirstMeterTag) return GetMeter(tag);
     const SParameter parameter = FindParameter(Resolve(tag, flags));
     if (!parameter) return 0.0f;
     const SParameterRow& row = *parameter.row;

@@ -59,6 +59,7 @@ private:
     using MacroChain = std::uint32_t;
 
     std::int32_t Resolve(std::int32_t tag, std::uint32_t flags) const noexcept;
+    float GetMeter(std::int32_t tag) const noexcept;
     void Write(std::int32_t tag, float value, std::uint32_t flags, MacroChain chain);
     void Store(const SParameter& parameter, float value, std::uint32_t flags) noexcept;
     void Spread(std::size_t macro, float value, MacroChain chain);

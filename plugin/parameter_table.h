@@ -14,6 +14,10 @@ inline constexpr int DeviceGroups = 4;
 inline constexpr std::int32_t NoHostIndex = -1;
 inline constexpr std::int32_t HighestTag = 337;
 inline constexpr std::int32_t FirstMacroTag = 24;
+/// Meters, from -4 down: 16 entries before any processing, 4 groups, 16 entries entering the shown group, 16
+/// leaving it. -56 is the editor's own lamp, which stays 0 here.
+inline constexpr std::int32_t FirstMeterTag = -4;
+inline constexpr std::int32_t LastMeterTag = -55;
 inline constexpr std::int32_t GroupTagStep =
     100; ///< a group's parameter is the first group's plus this per group
 

@@ -10,6 +10,7 @@ void CEngineSubject::Apply(const Reference::SSettings& settings) {
             const auto& pair = settings.map[g][entry];
             _engine.routing[g].SetPair(static_cast<int>(entry), pair[0], pair[1]);
         }
+        _engine.routing[g].type = static_cast<ERoutingType>(settings.type[g]);
         values.solo[g] = settings.solo[g];
         values.mute[g] = settings.mute[g];
         values.inputGain[g].SetBase(settings.inputGain[g]);
@@ -20,6 +21,7 @@ void CEngineSubject::Apply(const Reference::SSettings& settings) {
         values.limiter[g] = settings.limiter[g];
     }
     values.oversampling = settings.oversampling;
+    values.highQuality = settings.highQuality;
     values.mainInputGain.SetBase(settings.mainInput);
     values.mainOutputGain.SetBase(settings.mainOutput);
     _engine.hostBypass = settings.hostBypass;
@@ -31,6 +33,15 @@ void CEngineSubject::Apply(const Reference::SSettings& settings) {
 void CEngineSubject::Process(float* const* channels, int channelCount, int frames) {
     _engine.Process(
         const_cast<float**>(channels), nullptr, channelCount, frames); // the pointers stay as they are
+}
+
+float CEngineSubject::Meter(int tag) {
+    const auto& meters = _engine.Meters();
+    const auto place = [tag](int first) { return static_cast<std::size_t>(first - tag); };
+    return tag > -20   ? meters.Source(place(-4))
+           : tag > -24 ? meters.Group(place(-20))
+           : tag > -40 ? meters.Input(place(-24))
+                       : meters.Output(place(-40));
 }
 
 } // namespace KAV::Tests

@@ -15,6 +15,7 @@ public:
     int GetLatency() override { return _engine.Latency(); }
     double ReportedGain(int group) override { return _engine.Limiter(group).ReportedGain(); }
     void SetLatch(int group) override { _engine.Limiter(group).Latch(); }
+    float Meter(int tag) override;
 
 private:
     CPluginDSP<float, float, DSP::CPluginMC<float, float>> _engine;

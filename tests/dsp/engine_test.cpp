@@ -266,7 +266,9 @@ TEST_F(Engine, QualitySwitchPicksTheSteepFilters) {
             }
             Process(audio);
         }
-        return *std::max_element(audio[0].begin(), audio[0].end());
+        float peak = 0.0f;
+        for (const float x : audio[0]) peak = std::max(peak, x);
+        return peak;
     };
     EXPECT_NEAR(highest(false), 0.5f, 0.08f); // the corner of the standard pair, 3 dB down each way
     EXPECT_NEAR(highest(true), 1.0f, 0.02f);
@@ -314,7 +316,7 @@ TEST_F(Engine, RampsOfAGroupTakeAFactorsPartOfTheirTime) {
         Settle({0.1f, 0.1f}, 600);
         engine.parameters.inputGain[0].SetBase(0.0f);
         int blocks = 0;
-        while (Settle({0.1f, 0.1f}, 1)[0] > 0.0102f && blocks < 1000) ++blocks;
+        while (Settle({0.1f, 0.1f}, 1).at(0) > 0.0102f && blocks < 1000) ++blocks;
         return blocks;
     };
     const int plain = blocksUntilOpen(0);
@@ -363,4 +365,131 @@ TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
     for (std::size_t c = 0; c < 16; ++c) EXPECT_NEAR(out[c], 0.05f, 1e-5f) << c;
     EXPECT_EQ(out[16], 0.5f);
     EXPECT_EQ(out[17], 0.5f);
+}
+
+TEST_F(Engine, SourceMeterReadsAChannelThatTheGateHasDropped) {
+    Settle({0.1f, 1e-8f}, 5 * 48000 / static_cast<int>(Block) + 2);
+    EXPECT_GT(engine.Meters().Source(1), 1.0f / 7.0f) << "it still reads the buffer, at -160 dB";
+    EXPECT_EQ(engine.Meters().Input(1), 0.0f);
+    EXPECT_EQ(engine.Meters().Output(1), 0.0f);
+    EXPECT_GT(engine.Meters().Input(0), 0.0f);
+}
+
+TEST_F(Engine, OutputMetersGoByPlaceInTheListNotByChannel) {
+    // Entries 0 and 1 stand for channels that aren't there; entry 4 gets the first place.
+    engine.routing[0].SetPair(0, 7, -1);
+    engine.routing[0].SetPair(1, -1, -1);
+    engine.routing[0].SetPair(4, 1, -1);
+    Take(4, 0);
+    Settle({0.1f, 0.5f});
+    EXPECT_EQ(engine.Meters().Output(0), 0.0f);
+    EXPECT_EQ(engine.Meters().Output(1), 0.0f);
+    EXPECT_NEAR(engine.Meters().Output(4), 0.75f, 2e-2f);
+    EXPECT_EQ(engine.Meters().Output(4), engine.Meters().Input(4));
+}
+
+TEST_F(Engine, MeterOfAPairShowsItsSecondChannelWhereTheSourceShowsTheHigherOne) {
+    engine.routing[0].SetPair(0, 0, 1);
+    engine.routing[0].SetPair(1, -1, -1);
+    Settle({1.0f, 0.25f}, 800);
+    EXPECT_EQ(engine.Meters().Source(0), 1.0f);
+    EXPECT_EQ(engine.Meters().Group(0), 1.0f);
+    EXPECT_NEAR(engine.Meters().Input(0), 0.5f, 2e-2f); // -12 dB
+    EXPECT_NEAR(engine.Meters().Output(0), 0.5f, 2e-2f);
+}
+
+TEST_F(Engine, GroupThatIsNotShownKeepsCollectingItsInputPeaks) {
+    MapStraight(1);
+    Take(0, 1);
+    engine.groupsParallel = true;
+    Settle({0.01f, 0.01f});
+    Settle({1.0f, 0.01f}, 1);
+    Settle({0.01f, 0.01f}, 2000); // the spike has long gone from every meter
+    EXPECT_LT(engine.Meters().Input(0), 0.1f);
+    engine.currentGroup = 1;
+    Settle({0.01f, 0.01f}, 1);
+    EXPECT_GT(engine.Meters().Input(0), 0.99f) << "the spike shows when the group does";
+    EXPECT_LT(engine.Meters().Output(0), 0.1f);
+}
+
+TEST_F(Engine, MetersGlideFromTheOldGroupsValues) {
+    Settle({0.9f, 0.9f});
+    const float before = engine.Meters().Input(0);
+    engine.currentGroup = 3; // takes nothing
+    Settle({0.9f, 0.9f}, 10);
+    const float after = engine.Meters().Input(0);
+    EXPECT_LT(after, before);
+    EXPECT_GT(after, 0.8f * before);
+    Settle({0.9f, 0.9f}, 1000);
+    EXPECT_EQ(engine.Meters().Input(0), 0.0f);
+    EXPECT_GT(engine.Meters().Group(0), 0.9f) << "groups have meters of their own";
+    EXPECT_EQ(engine.Meters().Group(3), 0.0f);
+}
+
+TEST_F(Engine, MetersOfAMutedGroupFall) {
+    Settle({0.9f, 0.9f});
+    engine.parameters.mute[0] = true;
+    Settle({0.9f, 0.9f}, 1000);
+    EXPECT_EQ(engine.Meters().Input(0), 0.0f);
+    EXPECT_EQ(engine.Meters().Group(0), 0.0f);
+    EXPECT_GT(engine.Meters().Source(0), 0.9f);
+}
+
+TEST_F(Engine, MidSideGroupTakesItsPairWithOneHalfSwitchedOff) {
+    engine.routing[0].type = ERoutingType::MidSide;
+    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB
+    Take(1, 0, false);
+    // Mid 0.3 becomes 0.03 and comes 64 samples later than the side of 0.2, which stays.
+    auto out = Settle({0.5f, 0.1f});
+    EXPECT_NEAR(out[0], 0.23f, 1e-5f);
+    EXPECT_NEAR(out[1], -0.17f, 1e-5f);
+    engine.parameters.solo[0] = true;
+    out = Settle({0.5f, 0.1f});
+    EXPECT_NEAR(out[0], 0.03f, 1e-5f);
+    EXPECT_EQ(out[1], out[0]);
+    Take(0, 0, false);
+    Take(1, 0);
+    out = Settle({0.5f, 0.1f});
+    EXPECT_NEAR(out[0], 0.02f, 1e-5f);
+    EXPECT_EQ(out[1], -out[0]);
+    engine.routing[0].type = ERoutingType::Stereo; // like no type at all
+    Take(0, 0);
+    out = Settle({0.5f, 0.1f});
+    EXPECT_NEAR(out[1], 0.01f, 1e-5f);
+}
+
+TEST_F(Engine, HalfOfAPairThatIsNotLimitedComesALookAheadEarlier) {
+    engine.routing[0].type = ERoutingType::MidSide;
+    Take(1, 0, false);
+    Settle({0.0f, 0.0f});
+    Audio audio{std::vector<float>(Block, 0.0f), std::vector<float>(Block, 0.0f)};
+    audio[0][10] = 0.5f; // mid 0.25 and side 0.25
+    Process(audio);
+    EXPECT_NEAR(audio[0][10], 0.25f, 1e-6f);
+    EXPECT_NEAR(audio[1][10], -0.25f, 1e-6f);
+    EXPECT_NEAR(audio[0][74], 0.25f, 1e-6f);
+    EXPECT_NEAR(audio[1][74], 0.25f, 1e-6f);
+}
+
+TEST_F(Engine, MidSideGroupOfOneChannelRunsPlain) {
+    engine.routing[0].type = ERoutingType::MidSide;
+    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB
+    EXPECT_NEAR(Settle({0.5f})[0], 0.05f, 1e-5f);
+}
+
+TEST_F(Engine, CleanSoundComesBackAfterNotANumberAndInfinityAtEveryFactor) {
+    for (const bool highQuality : {false, true}) {
+        for (const std::int32_t index : {0, 1, 2, 3}) {
+            engine.parameters.oversampling = index;
+            engine.parameters.highQuality = highQuality;
+            for (const float bad :
+                {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+                const auto before = Settle({0.25f, 0.5f}, 60);
+                Settle({bad, 0.5f}, 1);
+                const auto after = Settle({0.25f, 0.5f}, 60);
+                EXPECT_NEAR(after[0], before[0], 1e-5f) << index << bad;
+                EXPECT_NEAR(after[1], before[1], 1e-5f) << index << bad;
+            }
+        }
+    }
 }

@@ -254,6 +254,29 @@ TEST_F(Device, RoutingOfAGroupDecidesWhichChannelsItsTogglesMean) {
     EXPECT_NEAR(audio[1].back(), 0.05f, 1e-5f);
 }
 
+TEST_F(Device, MeterTagsReadWhatTheEngineShowsAndNothingElseDoes) {
+    for (std::int32_t tag = -60; tag < 0; ++tag) EXPECT_EQ(device.GetParam(tag, 0), 0.0f) << tag;
+    for (int block = 0; block < 200; ++block) {
+        std::vector<std::vector<float>> audio{std::vector<float>(512, 0.9f), std::vector<float>(512, 0.1f)};
+        effect.Process(audio);
+    }
+    const auto meter = [this](std::int32_t tag) { return device.GetParam(tag, Normalized | GroupRelative); };
+    const auto& meters = device.Meters();
+    for (std::int32_t n = 0; n < 16; ++n) {
+        const auto place = static_cast<std::size_t>(n);
+        EXPECT_EQ(meter(-4 - n), meters.Source(place)) << n;
+        EXPECT_EQ(meter(-24 - n), meters.Input(place)) << n;
+        EXPECT_EQ(meter(-40 - n), meters.Output(place)) << n;
+        EXPECT_EQ(meter(-4 - n) > 0.0f, n < 2) << n;
+        EXPECT_EQ(meter(-40 - n) > 0.0f, n < 2) << n;
+    }
+    for (std::int32_t g = 0; g < 4; ++g) EXPECT_EQ(meter(-20 - g) > 0.0f, g == 0);
+    EXPECT_GT(meter(-4), meter(-5));
+    for (const std::int32_t tag : {-1, -2, -3, -56, -57}) EXPECT_EQ(meter(tag), 0.0f) << tag;
+    device.SetParam(-4, 0.0f, 0);
+    EXPECT_GT(meter(-4), 0.0f) << "a meter can't be written";
+}
+
 TEST_F(Device, RoutingOfAGroupThatIsNotThereIsIgnored) {
     for (const int group : {-1, 4, INT_MIN, INT_MAX}) device.SetRouting("<map></map>", group);
     for (int group = 0; group < 4; ++group)

@@ -90,6 +90,17 @@ std::string CompareGains(IEngine& reference, IEngine& subject) {
     return {};
 }
 
+std::string CompareMeters(IEngine& reference, IEngine& subject) {
+    for (int tag = -4; tag >= -55; --tag) {
+        const float expected = reference.Meter(tag);
+        const float actual = subject.Meter(tag);
+        if (SameSample(expected, actual)) continue;
+        return "meter " + std::to_string(tag) + ": reference " + Hex(static_cast<double>(expected)) +
+               ", subject " + Hex(static_cast<double>(actual));
+    }
+    return {};
+}
+
 std::string CompareSound(
     const CHostBuffers& reference, const CHostBuffers& subject, const SHostBlock& block) {
     for (std::size_t k = 0; k < block.audio.size(); ++k) {
@@ -121,6 +132,7 @@ std::string RunBlock(const SHostBlock& block, IEngine& reference, IEngine& subje
     }
     if (std::string text = CompareSound(expected, actual, block); !text.empty()) return text;
     if (std::string text = CompareLatency(reference, subject); !text.empty()) return text;
+    if (std::string text = CompareMeters(reference, subject); !text.empty()) return text;
     return CompareGains(reference, subject);
 }
 

@@ -25,7 +25,13 @@ constexpr std::array Names = std::to_array<std::string_view>({"RateChange", "Rat
     "CurveFirst", "CurveSecond", "CurveThird", "NanIgnoredByPeak", "RequiredGainZero", "DriveOverflows",
     "NanLeavesDelay", "InfinityLeavesDelay", "MinimumLowered", "LatchAnswered", "LatchWaits",
     "LatencySerialNone", "LatencySerialOne", "LatencySerialSeveral", "LatencyParallelNone",
-    "LatencyParallelFirst", "LatencyParallelLater"});
+    "LatencyParallelFirst", "LatencyParallelLater", "MidAlone", "SideAlone", "MidAndSide", "MidSoloed",
+    "SideSoloed", "MidSideOfOneChannel", "MidSideOfManyChannels", "MidSideEntryOff", "MidSideOfOneBuffer",
+    "FactorTwo", "FactorFour", "FactorEight", "FactorChanges", "QualityUsed", "QualitySwitched", "PassPlain",
+    "PassPlainLeftOver", "PassFusedPart", "PassFusedFull", "FilterRecovers", "RaisedWithSkippedChannel",
+    "MeterFull", "MeterUpperSegments", "MeterMiddleSegments", "MeterLowerSegments", "MeterEmpty",
+    "MeterOfSkippedChannel", "MeterOfPair", "MeterOfEmptyGroup", "MeterOfInactiveGroup",
+    "MeterShowsOtherGroup", "MeterTakesOldPeak"});
 static_assert(Names.size() == static_cast<std::size_t>(ECase::Count), "each case has one name");
 
 } // namespace

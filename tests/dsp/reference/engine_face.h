@@ -22,6 +22,8 @@ struct SSettings {
     bool groupsParallel = false;
     bool simd = false;
     int editedGroup = 0;
+    bool highQuality = false;
+    int type[4] = {}; // of each group's routing; 1 is mid/side, the others are all alike
     // Routing map per group: entry -> two channel numbers, -1 for none.
     int map[4][16][2] = {{{0, -1}, {1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1},
                              {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}},
@@ -43,6 +45,7 @@ public:
     virtual int GetLatency() = 0;
     virtual double ReportedGain(int group) = 0;
     virtual void SetLatch(int group) = 0;
+    virtual float Meter(int tag) = 0; // -4..-55
 };
 
 } // namespace KAV::Reference

@@ -6,7 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <stdexcept>
+#include <utility>
 
 namespace KAV::Reference {
 
@@ -73,7 +73,7 @@ void CFrame::Process(float* const* channels, int channelCount, int frames) {
 void CFrame::ProcessSlice(float* const* channels, std::size_t count, int frames) {
     _gainSmoother.SetRate(_sampleRate / static_cast<float>(frames));
     _factor = 1 << _settings.oversampling;
-    if (_factor != 1) throw std::invalid_argument("the reference model knows no oversampling");
+    _meters.SetRate(_sampleRate / static_cast<float>(frames));
     _anySolo = _settings.solo[0] || _settings.solo[1] || _settings.solo[2] || _settings.solo[3];
     const CFlushScope flush;
     ProcessFlushed(channels, count, frames);
@@ -91,13 +91,30 @@ void CFrame::ProcessSlice(float* const* channels, std::size_t count, int frames)
     _channels = count;
     _frames = frames;
     _parallel = _settings.groupsParallel;
+    _coverage.HitIf(_shown != _settings.editedGroup, ECase::MeterShowsOtherGroup);
+    _shown = _settings.editedGroup;
+    MeterSources(channels);
     OpenChannels(channels, count, frames);
 
     RunMainGain(_input, _settings.mainInput, ECase::MainInputSteps, ECase::MainInputSettled,
         ECase::MainInputZeroFromStart);
+    _coverage.HitIf(_factor == 2, ECase::FactorTwo);
+    _coverage.HitIf(_factor == 4, ECase::FactorFour);
+    _coverage.HitIf(_factor == 8, ECase::FactorEight);
+    _coverage.HitIf(_factor != std::exchange(_lastFactor, _factor), ECase::FactorChanges);
+    _coverage.HitIf(_factor > 1 && _settings.highQuality, ECase::QualityUsed);
+    const bool before = std::exchange(_quality, _settings.highQuality);
+    _coverage.HitIf(_factor > 1 && before != _quality, ECase::QualitySwitched);
+    _coverage.HitIf(
+        _factor > 1 && std::count(_active.begin(), _active.begin() + static_cast<int>(count), nullptr) > 0,
+        ECase::RaisedWithSkippedChannel);
+    const int width = COversampler::Width(_settings.simd);
+    _oversampler.Prepare(_sampleRate, _factor);
+    _oversampler.Up(_active, frames, _quality, width, _coverage);
     for (std::size_t g = 0; g < GroupCount; ++g) RunGroup(g);
     CountConnections();
     if (_parallel) CopySums();
+    _oversampler.Down(_active, frames, _quality, width, _coverage);
     if (_anySolo) SilenceUntaken();
     RunMainGain(_output, _settings.mainOutput, ECase::MainOutputSteps, ECase::MainOutputSettled,
         ECase::MainOutputZeroFromStart);
@@ -159,12 +176,14 @@ void CFrame::RunGroup(std::size_t group) {
     if (list.buffers.empty()) {
         _coverage.Hit(ECase::GroupEmpty);
         fx.RunEmpty();
+        MeterGroup(group, list);
         return;
     }
     CountListRepeats(list);
     _coverage.HitIf(_parallel && fx.IsCrossfading(), ECase::MixBetweenParallel);
     fx.Run(list.buffers, length);
     if (_parallel) AddToSums(list);
+    MeterGroup(group, list);
 }
 
 bool CFrame::GroupRuns(std::size_t group) {
@@ -180,7 +199,10 @@ bool CFrame::GroupRuns(std::size_t group) {
 CFrame::SList CFrame::Gather(std::size_t group) {
     SList list;
     for (std::size_t entry = 0; entry < EntryCount; ++entry) {
-        if (!_settings.channelInGroup[entry][group]) continue;
+        if (!_settings.channelInGroup[entry][group]) {
+            if (_groups[group]->MidSideMode() == 0) continue;
+            _coverage.Hit(ECase::MidSideEntryOff);
+        }
         if (!GroupRuns(group)) continue;
         const int* const pair = _settings.map[group][entry];
         _coverage.Hit(pair[0] >= 0 && pair[1] >= 0   ? ECase::EntryPair
@@ -202,6 +224,7 @@ CFrame::SList CFrame::Gather(std::size_t group) {
                 continue;
             }
             list.channels.push_back(channel);
+            list.entries.push_back(static_cast<int>(entry));
             _used[channel] = true;
         }
     }
@@ -212,6 +235,44 @@ CFrame::SList CFrame::Gather(std::size_t group) {
         list.buffers.push_back(_parallel ? list.copies[slot].data() : _active[list.channels[slot]]);
     }
     return list;
+}
+
+void CFrame::MeterSources(float* const* channels) {
+    for (int entry = 0; entry < 16; ++entry) {
+        float peak = 0.0f;
+        for (const int number : _settings.map[_shown][entry]) {
+            if (number < 0 || number >= static_cast<int>(_channels)) continue;
+            peak = PeakOf(channels[number], _frames, peak);
+            _coverage.HitIf(
+                _gates[static_cast<std::size_t>(number)].IsSilent(), ECase::MeterOfSkippedChannel);
+        }
+        _meters.Source(entry, peak);
+    }
+}
+
+void CFrame::MeterGroup(std::size_t group, const SList& list) {
+    std::vector<float> kept;
+    for (std::size_t slot = 0; slot < list.channels.size(); ++slot) {
+        kept.push_back(_groups[group]->TakeOutputPeak(slot));
+    }
+    _coverage.HitIf(kept.empty(), ECase::MeterOfEmptyGroup);
+    _meters.Group(static_cast<int>(group), kept.empty() ? 0.0f : *std::max_element(kept.begin(), kept.end()));
+    if (static_cast<int>(group) != _shown) return;
+    _coverage.HitIf(kept.empty() && !GroupRuns(group), ECase::MeterOfInactiveGroup);
+    for (int entry = 0; entry < 16; ++entry) {
+        float in = 0.0f;
+        float out = 0.0f;
+        int shares = 0;
+        for (std::size_t slot = 0; slot < list.entries.size(); ++slot) {
+            if (list.entries[slot] != entry) continue;
+            in = _groups[group]->TakeInputPeak(slot); // a second channel shows instead of the first
+            out = kept[slot];
+            ++shares;
+        }
+        _coverage.HitIf(shares == 2, ECase::MeterOfPair);
+        _coverage.HitIf(in > 0.0f && out == 0.0f, ECase::MeterTakesOldPeak);
+        _meters.Entry(entry, in, out);
+    }
 }
 
 void CFrame::CountListRepeats(const SList& list) {
@@ -281,6 +342,10 @@ int CFrame::GetLatency() {
                   : groups == 1 ? ECase::LatencySerialOne
                                 : ECase::LatencySerialSeveral);
     return sum;
+}
+
+float CFrame::Meter(int tag) {
+    return _meters.Read(tag);
 }
 
 double CFrame::ReportedGain(int group) {

@@ -4,6 +4,8 @@
 #include "tests/dsp/reference/engine_face.h"
 #include "tests/dsp/reference/fx_group.h"
 #include "tests/dsp/reference/gain_stage.h"
+#include "tests/dsp/reference/meters.h"
+#include "tests/dsp/reference/oversampler.h"
 #include "tests/dsp/reference/silence_gate.h"
 #include "tests/dsp/reference/smoother.h"
 
@@ -13,8 +15,7 @@
 
 namespace KAV::Reference {
 
-/// The whole signal path at the host's own rate, one channel and one sample at a time.
-/// Oversampling above x1 is not modelled: a block that asks for it throws std::invalid_argument.
+/// The whole signal path, one channel and one sample at a time.
 class CFrame final : public IEngine {
 public:
     explicit CFrame(CCoverage& coverage);
@@ -26,6 +27,7 @@ public:
     int GetLatency() override;
     double ReportedGain(int group) override;
     void SetLatch(int group) override;
+    float Meter(int tag) override;
 
 private:
     /// A main gain: a smoothed position that heads for the parameter, or for 0 dB under bypass.
@@ -37,6 +39,7 @@ private:
     struct SList {
         std::vector<float*> buffers;
         std::vector<std::size_t> channels;
+        std::vector<int> entries; // of the routing, one per channel
         std::vector<std::vector<float>> copies;
     };
 
@@ -48,6 +51,8 @@ private:
     void RunGroup(std::size_t group);
     SList Gather(std::size_t group);
     bool GroupRuns(std::size_t group);
+    void MeterSources(float* const* channels);
+    void MeterGroup(std::size_t group, const SList& list);
     void CountListRepeats(const SList& list);
     void AddToSums(const SList& list);
     void CopySums();
@@ -77,6 +82,11 @@ private:
     std::array<int, 16> _takers{}; // how many groups took the channel; only coverage asks
     std::array<std::vector<float>, 16> _sums;
     bool _parallel = false;
+    COversampler _oversampler;
+    bool _quality = false;
+    int _lastFactor = 1;
+    int _shown = 0; // the group that the meters show
+    CMeters _meters{_coverage};
 };
 
 } // namespace KAV::Reference

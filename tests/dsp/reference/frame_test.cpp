@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace KAV::Reference {
@@ -253,10 +253,75 @@ TEST_F(ReferenceFrame, KeepsALatchUntilItsLimiterRunsAgain) {
     EXPECT_NEAR(_engine.ReportedGain(0), 0.25, 1e-9);
 }
 
-TEST_F(ReferenceFrame, RefusesOversampling) {
+TEST_F(ReferenceFrame, BringsAConstantBackFromEveryFactor) {
+    ToggleOff(0);
+    for (const int index : {0, 1, 2, 3}) {
+        for (const bool quality : {false, true}) {
+            _settings.oversampling = index;
+            _settings.highQuality = quality;
+            Settle(1);
+            CSound sound = Constant(1, 1000, 0.5f);
+            for (int i = 0; i < 4; ++i) {
+                sound = Constant(1, 1000, 0.5f);
+                Run(sound);
+            }
+            // The standard pair lets a little of the images through.
+            EXPECT_NEAR(sound[0][999], 0.5, quality || index < 2 ? 1e-5 : 1e-3) << index << quality;
+        }
+    }
+}
+
+TEST_F(ReferenceFrame, LimitsTheHalvesOfAMidSideGroup) {
+    _settings.type[0] = 1;
+    _settings.inputGain[0] = 0.0f; // -20 dB
+    const auto last = [this] {
+        Settle(2);
+        CSound sound{std::vector<float>(400, 0.5f), std::vector<float>(400, 0.1f)};
+        Run(sound);
+        return std::pair(sound[0][399], sound[1][399]);
+    };
+    EXPECT_NEAR(last().first, 0.05f, 1e-5f);
+    _settings.channelInGroup[1][0] = false; // mid 0.3 becomes 0.03, side 0.2 stays
+    EXPECT_NEAR(last().first, 0.23f, 1e-5f);
+    EXPECT_NEAR(last().second, -0.17f, 1e-5f);
+    _settings.solo[0] = true;
+    EXPECT_NEAR(last().first, 0.03f, 1e-5f);
+    EXPECT_NEAR(last().second, 0.03f, 1e-5f);
+    _settings.channelInGroup[0][0] = false;
+    _settings.channelInGroup[1][0] = true;
+    EXPECT_NEAR(last().first, 0.02f, 1e-5f);
+    EXPECT_NEAR(last().second, -0.02f, 1e-5f);
+}
+
+TEST_F(ReferenceFrame, MetersShowThePeaksOfTheirPlaces) {
+    const float half = static_cast<float>(std::pow(10.0, -6.0 / 20.0));
+    for (int i = 0; i < 100; ++i) {
+        CSound sound = Constant(2, 1000, half);
+        Run(sound);
+    }
+    for (const int tag : {-4, -5, -20}) EXPECT_NEAR(_engine.Meter(tag), 6.0 / 7.0, 1e-6) << tag;
+    for (const int tag : {-24, -25, -40, -41}) EXPECT_NEAR(_engine.Meter(tag), 0.75, 1e-6) << tag;
+    for (const int tag : {-6, -21, -26, -42, -55}) EXPECT_EQ(_engine.Meter(tag), 0.0f) << tag;
+    EXPECT_EQ(CMeters::SevenPoints(-192.0), 0.0);
+    EXPECT_NEAR(CMeters::SevenPoints(-191.999), 1.0 / 7.0, 1e-5);
+    EXPECT_EQ(CMeters::SevenPoints(-96.0), 2.0 / 7.0);
+    EXPECT_EQ(CMeters::FivePoints(-24.0), 0.25);
+    EXPECT_EQ(CMeters::FivePoints(-48.0), 0.0);
+    EXPECT_EQ(CMeters::FivePoints(0.0), 1.0);
+}
+
+TEST_F(ReferenceFrame, RecoversFromInfinityInItsFilters) {
+    ToggleOff(0);
     _settings.oversampling = 1;
-    CSound sound = Constant(1, 10, 0.1f);
-    EXPECT_THROW(Run(sound), std::invalid_argument);
+    Settle(1);
+    CSound sound = Constant(1, 10, std::numeric_limits<float>::infinity());
+    Run(sound);
+    EXPECT_FALSE(std::isfinite(sound[0][9]));
+    for (int i = 0; i < 2; ++i) {
+        sound = Constant(1, 1000, 0.5f);
+        Run(sound);
+    }
+    EXPECT_NEAR(sound[0][999], 0.5f, 1e-5f);
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "tests/dsp/reference/fx_group.h"
 
+#include "tests/dsp/reference/meters.h"
+
 #include <cmath>
+#include <utility>
 
 namespace KAV::Reference {
 
@@ -28,6 +31,14 @@ void CFxGroup::SetBlock(int length) {
 void CFxGroup::Update(const SSettings& settings, int factor) {
     const int g = _number;
     _coverage.HitIf(_firstBlock, ECase::GroupFirstBlock);
+    _mode = 0;
+    if (settings.type[g] == 1) {
+        const bool mid = settings.channelInGroup[0][g];
+        const bool side = settings.channelInGroup[1][g];
+        if (mid) _mode = settings.solo[g] ? 4 : 1;
+        if (side) _mode = settings.solo[g] ? 8 : 2;
+        if (mid && side) _mode = 3;
+    }
     SetFactor(factor);
     StepMix(settings.hostBypass);
 
@@ -110,9 +121,13 @@ void CFxGroup::Run(std::span<float* const> channels, int length) {
         for (const float* channel : channels) dry.emplace_back(channel, channel + length);
     }
     if (_mixPosition != 1.0f) {
-        for (float* channel : channels) _gainStage.Apply(channel, length, _coverage);
         _coverage.Hit(_limiterOn ? ECase::LimiterOn : ECase::LimiterOff);
-        if (_limiterOn) _limiter.Process(channels, length);
+        if (_mode != 0) CountMidSide(channels);
+        if (_mode == 0 || channels.size() < 2) {
+            RunPlain(channels, length);
+        } else {
+            RunMidSide(channels, length);
+        }
     }
     _coverage.HitIf(_limiter.LatchPending(), ECase::LatchWaits);
     if (between) {
@@ -124,6 +139,74 @@ void CFxGroup::Run(std::span<float* const> channels, int length) {
             }
         }
     }
+}
+
+void CFxGroup::RunPlain(std::span<float* const> channels, int length) {
+    for (float* channel : channels) _gainStage.Apply(channel, length, _coverage);
+    for (std::size_t slot = 0; slot < channels.size(); ++slot) {
+        _inputPeaks[slot] = PeakOf(channels[slot], length, _inputPeaks[slot]);
+    }
+    if (_limiterOn) _limiter.Process(channels, length);
+    for (std::size_t slot = 0; slot < channels.size(); ++slot) {
+        _outputPeaks[slot] = PeakOf(channels[slot], length, _outputPeaks[slot]);
+    }
+}
+
+void CFxGroup::RunMidSide(std::span<float* const> channels, int length) {
+    float* const first = channels[0];
+    float* const second = channels[1];
+    for (int i = 0; i < length; ++i) {
+        const float mid = (first[i] + second[i]) * 0.5f;
+        const float side = (first[i] - second[i]) * 0.5f;
+        first[i] = mid;
+        second[i] = side;
+    }
+    std::vector<float*> worked;
+    if (_mode == 3 || _mode == 1 || _mode == 4) worked.push_back(first);
+    if (_mode == 3 || _mode == 2 || _mode == 8) worked.push_back(second);
+    for (float* half : worked) _gainStage.Apply(half, length, _coverage);
+    for (std::size_t slot = 0; slot < worked.size(); ++slot) {
+        _inputPeaks[slot] = PeakOf(worked[slot], length, _inputPeaks[slot]);
+    }
+    if (_limiterOn) _limiter.Process(worked, length);
+    for (std::size_t slot = 0; slot < channels.size(); ++slot) {
+        _outputPeaks[slot] = PeakOf(channels[slot], length, _outputPeaks[slot]);
+    }
+    for (int i = 0; i < length; ++i) {
+        const float mid = first[i];
+        const float side = second[i];
+        if (_mode == 4) second[i] = mid;
+        if (_mode == 8) first[i] = side;
+        if (_mode == 8) second[i] = -side;
+        if (_mode < 4) first[i] = mid + side;
+        if (_mode < 4) second[i] = mid - side;
+    }
+}
+
+void CFxGroup::CountMidSide(std::span<float* const> channels) {
+    if (channels.size() < 2) {
+        _coverage.Hit(ECase::MidSideOfOneChannel);
+        return;
+    }
+    _coverage.HitIf(_mode == 1, ECase::MidAlone);
+    _coverage.HitIf(_mode == 2, ECase::SideAlone);
+    _coverage.HitIf(_mode == 3, ECase::MidAndSide);
+    _coverage.HitIf(_mode == 4, ECase::MidSoloed);
+    _coverage.HitIf(_mode == 8, ECase::SideSoloed);
+    _coverage.HitIf(channels.size() > 2, ECase::MidSideOfManyChannels);
+    _coverage.HitIf(channels[0] == channels[1], ECase::MidSideOfOneBuffer);
+}
+
+int CFxGroup::MidSideMode() const {
+    return _mode;
+}
+
+float CFxGroup::TakeInputPeak(std::size_t slot) {
+    return std::exchange(_inputPeaks[slot], 0.0f);
+}
+
+float CFxGroup::TakeOutputPeak(std::size_t slot) {
+    return std::exchange(_outputPeaks[slot], 0.0f);
 }
 
 void CFxGroup::CountMix() {

@@ -6,6 +6,7 @@
 #include "tests/dsp/reference/limiter.h"
 #include "tests/dsp/reference/smoother.h"
 
+#include <array>
 #include <span>
 #include <vector>
 
@@ -21,12 +22,15 @@ public:
 
     /// Takes what the coming block needs from the settings: one smoother step each.
     void Update(const SSettings& settings, int factor);
+    int MidSideMode() const; // 0: none
     void Run(std::span<float* const> channels, int length);
     void RunEmpty();
 
     bool IsCrossfading() const; // between processed and bypassed
     std::size_t LookAhead() const;
     void SetLatch();
+    float TakeInputPeak(std::size_t slot);
+    float TakeOutputPeak(std::size_t slot);
     double ReportedGain() const;
 
 private:
@@ -36,6 +40,9 @@ private:
     bool StepPosition(float& position, float target); // true when the limiter needs the new position
     void GiveParams();
     void CountMix();
+    void RunPlain(std::span<float* const> channels, int length);
+    void RunMidSide(std::span<float* const> channels, int length);
+    void CountMidSide(std::span<float* const> channels);
 
     int _number;
     CCoverage& _coverage;
@@ -57,6 +64,9 @@ private:
     bool _auto = false;
     bool _limiterOn = false;
     CLimiter _limiter;
+    int _mode = 0; // mid/side: bits 1 mid, 2 side, 4 mid soloed, 8 side soloed
+    std::array<float, 16> _inputPeaks{};
+    std::array<float, 16> _outputPeaks{};
 };
 
 } // namespace KAV::Reference

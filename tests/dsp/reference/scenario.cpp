@@ -16,12 +16,13 @@ bool CScenario::IsOver() const {
 
 void CScenario::ChooseKind() {
     const double draw = _random.Unit();
-    _kind = draw < 0.36   ? EKind::Short
-            : draw < 0.68 ? EKind::Ordinary
-            : draw < 0.74 ? EKind::Long
-            : draw < 0.86 ? EKind::Silent
-            : draw < 0.93 ? EKind::Calm
-                          : EKind::Fast;
+    _kind = draw < 0.30   ? EKind::Short
+            : draw < 0.56 ? EKind::Ordinary
+            : draw < 0.61 ? EKind::Long
+            : draw < 0.74 ? EKind::Silent
+            : draw < 0.80 ? EKind::Calm
+            : draw < 0.86 ? EKind::Fast
+                          : EKind::Raised;
     _blocks = _random.Integer(35, 45);
     _channels = ChooseChannels();
     _fixedFrames = _random.Chance(0.3);
@@ -45,6 +46,9 @@ void CScenario::ChooseKind() {
     case EKind::Fast:
         _frames = _random.Integer(1, 150);
         break;
+    case EKind::Raised:
+        _frames = _random.Integer(1, 60);
+        break;
     }
 }
 
@@ -64,6 +68,11 @@ void CScenario::ChooseStart() {
     }
     if (_kind == EKind::Calm || _random.Chance(0.2)) return; // the settings of a fresh instance
 
+    if (_kind == EKind::Raised) {
+        _settings.oversampling = _random.Integer(1, 3);
+        _settings.highQuality = _random.Chance(0.5);
+    }
+    if (_kind == EKind::Silent && _random.Chance(0.3)) _settings.oversampling = 1;
     _settings.groupsParallel = _random.Chance(0.5);
     _settings.simd = _random.Chance(0.5);
     _settings.editedGroup = _random.Integer(0, 3);
@@ -142,6 +151,7 @@ void CScenario::ChooseMaps() {
 
 void CScenario::ChooseMap(int group) {
     const int style = _random.Integer(0, 4);
+    _settings.type[group] = _random.Chance(0.35) ? 1 : _random.OneOf({0, 2, 3, 4});
     for (int entry = 0; entry < 16; ++entry) {
         int* const pair = _settings.map[group][entry];
         switch (style) {
@@ -195,6 +205,10 @@ void CScenario::FlipSwitches() {
         if (_settings.solo[g] ? _random.Chance(0.2) : _random.Chance(_flip * 0.3)) {
             _settings.solo[g] = !_settings.solo[g];
         }
+    }
+    if (_kind == EKind::Raised) {
+        if (_random.Chance(_flip)) _settings.oversampling = _random.Integer(0, 3);
+        flip(_settings.highQuality);
     }
     if (_random.Chance(_flip)) _settings.editedGroup = _random.Integer(0, 3);
     if (_random.Chance(_flip)) ChooseToggles();

@@ -34,7 +34,7 @@ public:
     SHostBlock Next();
 
 private:
-    enum class EKind { Short, Ordinary, Long, Silent, Calm, Fast };
+    enum class EKind { Short, Ordinary, Long, Silent, Calm, Fast, Raised };
     void ChooseKind();
     void ChooseStart();
     float ChooseRate();
@@ -68,8 +68,8 @@ struct SRunResult {
 };
 
 /// Both engines must be fresh. They get the same calls and the same sound; after each block the sound, the
-/// latency, the reported gains and the flush bits of the control word are compared bit for bit (one NaN is as
-/// good as another).
+/// latency, the meters, the reported gains and the flush bits of the control word are compared bit for bit
+/// (one NaN is as good as another).
 SRunResult RunScenario(std::uint64_t seed, IEngine& reference, IEngine& subject);
 
 std::unique_ptr<IEngine> MakeReferenceEngine(CCoverage& coverage);

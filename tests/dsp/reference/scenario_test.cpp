@@ -11,7 +11,7 @@
 namespace KAV::Reference {
 namespace {
 
-constexpr std::uint64_t ScenarioCount = 300;
+constexpr std::uint64_t ScenarioCount = 700;
 
 /// An engine with one fault: each call passes through a hook that a test may replace.
 class CAlteredEngine final : public IEngine {
@@ -21,6 +21,7 @@ public:
     std::function<void(float* const*, int, int)> sound = [](float* const*, int, int) {};
     std::function<int(int)> latency = [](int value) { return value; };
     std::function<double(double)> gain = [](double value) { return value; };
+    std::function<float(int, float)> meter = [](int, float value) { return value; };
     bool takesLatch = true;
     bool slices = true;
     bool restoresFlush = true;
@@ -40,6 +41,7 @@ public:
     }
     int GetLatency() override { return latency(_engine.GetLatency()); }
     double ReportedGain(int group) override { return gain(_engine.ReportedGain(group)); }
+    float Meter(int tag) override { return meter(tag, _engine.Meter(tag)); }
     void SetLatch(int group) override {
         if (takesLatch) _engine.SetLatch(group);
     }
@@ -121,7 +123,7 @@ TEST(ReferenceScenario, TakesOneNanForAnother) {
         "");
 }
 
-TEST(ReferenceScenario, NoticesLatencyGainAndControlWord) {
+TEST(ReferenceScenario, NoticesLatencyGainMetersAndControlWord) {
     EXPECT_NE(Noticed([](CAlteredEngine& engine) {
         engine.latency = [](int value) { return value == 256 ? 255 : value; };
     }),
@@ -131,6 +133,15 @@ TEST(ReferenceScenario, NoticesLatencyGainAndControlWord) {
     }),
         "");
     EXPECT_NE(Noticed([](CAlteredEngine& engine) { engine.restoresFlush = false; }), "");
+    for (const int altered : {-4, -23, -24, -55}) {
+        EXPECT_NE(Noticed([altered](CAlteredEngine& engine) {
+            engine.meter = [altered](int tag, float value) {
+                return tag == altered && value > 0.0f ? std::nextafter(value, 0.0f) : value;
+            };
+        }),
+            "")
+            << altered;
+    }
 }
 
 TEST(ReferenceScenario, NoticesACallThatIsNotHeeded) {
@@ -160,7 +171,9 @@ INSTANTIATE_TEST_SUITE_P(All, ReferenceScenarioSetting,
         [](SSettings& s) { s.mainInput = std::nextafter(s.mainInput, 0.25f); },
         [](SSettings& s) { s.mainOutput = std::nextafter(s.mainOutput, 0.25f); },
         [](SSettings& s) { s.hostBypass = false; }, [](SSettings& s) { s.groupsParallel = false; },
-        [](SSettings& s) { s.map[1][3][1] = -1; }));
+        [](SSettings& s) { s.map[1][3][1] = -1; }, [](SSettings& s) { s.type[2] = 0; },
+        [](SSettings& s) { s.oversampling = s.oversampling == 3 ? 2 : s.oversampling; },
+        [](SSettings& s) { s.highQuality = false; }, [](SSettings& s) { s.editedGroup = 0; }));
 
 } // namespace
 } // namespace KAV::Reference
