@@ -1,8 +1,17 @@
 #pragma once
 
+#include "dsp/channel_buffers.h"
+#include "dsp/k_weighting.h"
+#include "dsp/rms_window.h"
+#include "dsp/smoother.h"
+#include "utils/realtime.h"
 #include "utils/shared.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
+#include <utility>
 
 namespace KAV::DSP {
 
@@ -14,6 +23,70 @@ struct AutoGainSettings {
     Utils::CShared<double> tolerance{1.0};      ///< dB
     Utils::CShared<double> maximumGain{10.0};   ///< dB
     Utils::CShared<double> maximumCut{20.0};    ///< dB, positive
+};
+
+/// Compares the loudness before and after the groups and moves the main output gain until they match. It
+/// works at the base rate, in double precision.
+///
+/// Threads: SetRate() and Reserve() while audio is stopped; the rest on the audio thread, allocates nothing.
+class AutoGain final {
+public:
+    static constexpr std::size_t MaxChannels = 16;
+
+    AutoGain() = default;
+
+    /// Base rate in Hz. Another rate empties the windows. Throws std::bad_alloc, and then nothing has
+    /// changed.
+    void SetRate(float rateHz);
+    /// Makes room for blocks of `frames` samples. Throws std::bad_alloc, and then nothing has changed.
+    void Reserve(std::size_t frames);
+
+    /// Once per block before the groups: keeps what they will get. `channels`: up to 16 of `frames` samples,
+    /// null for one that is left out.
+    KAV_REALTIME void Prepare(const AutoGainSettings& settings, bool disabled, bool autoOn,
+        std::span<float* const> channels, std::size_t frames) noexcept;
+
+    /// Once per block behind the groups, unless disabled: measures the channels that some group used and
+    /// gives all of them the output gain of `position` (0..1 for -24..+24 dB), which it moves in auto mode.
+    /// True when it has moved.
+    KAV_REALTIME bool Run(const AutoGainSettings& settings, std::span<float* const> channels,
+        std::span<const bool> used, std::size_t frames, float& position) noexcept;
+
+    KAV_REALTIME bool IsDisabled() const noexcept { return _disabled; }
+    KAV_REALTIME bool IsAdjusting() const noexcept { return !_disabled && _autoOn && _adjusting; }
+    /// Whether the frame has to compute its output gain once more; asks once.
+    KAV_REALTIME bool TakeRefresh() noexcept { return std::exchange(_refresh, false); }
+    double Ratio() const noexcept { return _ratio; }                   ///< input to output before the gain
+    double CorrectedRatio() const noexcept { return _correctedRatio; } ///< input to output behind the gain
+    double Gain() const noexcept { return _gain; }                     ///< linear, not held to the limits
+
+private:
+    struct SLimits;
+    using CBank = std::array<CKWeightingState, MaxChannels>;
+
+    void Adjust(const SLimits& limits, double& current, float& position) noexcept;
+    void Measure(CBank& bank, bool filter, std::span<const std::size_t> used,
+        std::span<const float* const> channels, std::size_t i) noexcept;
+    bool IsQuiet(std::span<const std::size_t> used, std::size_t i, double level) const noexcept;
+    void Recover() noexcept;
+
+    float _rateHz = 0.0f;
+    SKWeighting _weighting{44100.0};
+    RmsWindow _inputWindow;
+    RmsWindow _outputWindow;    // before the gain
+    RmsWindow _correctedWindow; // behind it
+    bool _disabled = true;
+    bool _refresh = false;
+    double _ratio = 1.0;
+    double _correctedRatio = 1.0;
+    double _gain = 1.0;
+    bool _autoOn = false;
+    bool _adjusting = false;
+    Smoother _ballistics{0.0f, 0.0f, 44100.0f}; // steps once per sample
+    CChannelBuffers _copies;                    // of the input
+    CBank _inputFilters;
+    CBank _outputFilters;
+    std::array<double, MaxChannels> _values{}; // of the used channels in one sample
 };
 
 } // namespace KAV::DSP

@@ -22,12 +22,14 @@ std::int64_t SilenceLimit(float rateHz) noexcept {
 template<typename TSample, typename TValue>
 CPluginMC<TSample, TValue>::CPluginMC() : _gainSmoother(100.0f, 100.0f, 44100.0f) {
     for (auto& gate : _gates) gate.limit = SilenceLimit(_rateHz);
+    _autoGain.SetRate(_rateHz);
 }
 
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SetSampleRate(float rateHz) {
     for (auto& group : _groups)
-        group.ReserveRate(rateHz); // this alone can fail, and then nothing has changed
+        group.ReserveRate(rateHz); // this and the next can fail, and then nothing has changed
+    _autoGain.SetRate(rateHz);
     for (auto& group : _groups) group.SetSampleRate(rateHz);
     _rateHz = rateHz;
     _oversampler.SetSampleRate(rateHz);
@@ -45,6 +47,7 @@ void CPluginMC<TSample, TValue>::SetBlockSize(std::size_t frames) {
     CChannelBuffers sums;
     scratch.Resize(length);
     sums.Resize(length);
+    _autoGain.Reserve(frames);
     _scratch = std::move(scratch);
     _sums = std::move(sums);
 }
@@ -74,6 +77,7 @@ void CPluginMC<TSample, TValue>::ProcessBlock(
     ListenForSilence(channels, block);
     _input.Move(_gainSmoother, block.bypass ? 0.5f : float{this->parameters.mainInputGain.final});
     ApplyMainGain(_input, frames);
+    if (autoGainLinks.enable) PrepareAutoGain(block);
 
     _oversampler.SetFactor(block.factor);
     _oversampler.SetHighQuality(this->parameters.highQuality);
@@ -85,8 +89,7 @@ void CPluginMC<TSample, TValue>::ProcessBlock(
     _oversampler.Down(active);
 
     if (block.anySolo) SilenceUnused(block);
-    _output.Move(_gainSmoother, block.bypass ? 0.5f : float{this->parameters.mainOutputGain.final});
-    ApplyMainGain(_output, frames);
+    ApplyOutput(block);
 }
 
 template<typename TSample, typename TValue>
@@ -131,10 +134,11 @@ SGroupSettings CPluginMC<TSample, TValue>::GroupSettings(
 }
 
 template<typename TSample, typename TValue>
-void CPluginMC<TSample, TValue>::SMainGain::Move(const Smoother& smoother, float target) noexcept {
+void CPluginMC<TSample, TValue>::SMainGain::Move(
+    const Smoother& smoother, float target, bool refresh) noexcept {
     // Unlike a group's gain this one has no first computation: a target of exactly 0 finds the position there
     // and leaves the gain at 1.
-    if (position == target) return;
+    if (position == target && !refresh) return;
     position = smoother.Step(position, target);
     stage.gain = static_cast<float>(GainOfDb(48.0 * static_cast<double>(position) - 24.0));
 }
@@ -245,6 +249,30 @@ template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::TakeSums(const SBlock& block) noexcept {
     for (std::size_t channel = 0; channel < block.channels; ++channel) {
         if (_used[channel]) std::copy_n(_sums[channel], block.length, _active[channel]);
+    }
+}
+
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::PrepareAutoGain(const SBlock& block) noexcept {
+    const bool on = autoGainLinks.on != nullptr && *autoGainLinks.on;
+    const bool automatic = autoGainLinks.automatic != nullptr && *autoGainLinks.automatic;
+    _autoGain.Prepare(autoGain, block.bypass || !on, automatic,
+        std::span<TSample* const>(_active).first(block.channels), block.frames);
+}
+
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::ApplyOutput(const SBlock& block) noexcept {
+    auto& final = this->parameters.mainOutputGain.final;
+    const bool enabled = autoGainLinks.enable;
+    _output.Move(_gainSmoother, block.bypass ? 0.5f : float{final}, enabled && _autoGain.TakeRefresh());
+    if (!enabled || _autoGain.IsDisabled()) {
+        ApplyMainGain(_output, block.frames);
+    } else if (_autoGain.Run(autoGain, std::span<TSample* const>(_active).first(block.channels),
+                   std::span<const bool>(_used).first(block.channels), block.frames, _output.position)) {
+        final = _output.position; // the knob moves
+    }
+    if (enabled && autoGainLinks.adjusting != nullptr) {
+        *autoGainLinks.adjusting = _autoGain.IsAdjusting() ? 1.0f : 0.0f;
     }
 }
 

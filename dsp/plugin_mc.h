@@ -39,6 +39,15 @@ public:
     Utils::CShared<bool> groupsParallel{false}; ///< connection of the groups: serial or parallel
     AutoGainSettings autoGain;
 
+    /// What switches the automatic gain stage. Nothing in this device does; it stays off.
+    struct SAutoGainLinks {
+        bool enable = false;
+        const Utils::CShared<bool>* on = nullptr;        ///< disabled without one
+        const Utils::CShared<bool>* automatic = nullptr; ///< auto mode off without one
+        Utils::CShared<float>* adjusting = nullptr;      ///< gets 1 while the gain moves
+    };
+    SAutoGainLinks autoGainLinks; ///< set while audio is stopped
+
     /// Delay in samples of the oversampled rate, as reported to the host: the first used group's look-ahead
     /// in parallel, the sum over all used groups in series. A group is used when one of its channel toggles
     /// is on.
@@ -69,7 +78,7 @@ private:
         GainStage stage;
         float position = 0.0f; // smoothed, 0..1
 
-        void Move(const Smoother& smoother, float target) noexcept;
+        void Move(const Smoother& smoother, float target, bool refresh = false) noexcept;
     };
     /// The settings as the whole block sees them, however they change meanwhile.
     struct SBlock {
@@ -105,6 +114,8 @@ private:
     void RunGroup(std::size_t group, const SBlock& block) noexcept;
     void AddToSums(const SGroupList& list, std::size_t length) noexcept;
     void TakeSums(const SBlock& block) noexcept;
+    void PrepareAutoGain(const SBlock& block) noexcept;
+    void ApplyOutput(const SBlock& block) noexcept;
     void SilenceUnused(const SBlock& block) noexcept;
 
     float _rateHz = 44100.0f;
@@ -121,6 +132,7 @@ private:
     std::array<FxGroup, GroupCount> _groups;
     PeakProbe _sourceProbe;
     CMeters _meters;
+    AutoGain _autoGain;
 };
 
 extern template class CPluginMC<float, float>;

@@ -15,6 +15,11 @@ void Smoother::SetRate(float rateHz) noexcept {
     _fall.SetRate(rateHz);
 }
 
+void Smoother::SetTimes(float riseMs, float fallMs) noexcept {
+    _rise.SetTime(riseMs);
+    _fall.SetTime(fallMs);
+}
+
 float Smoother::Step(float state, float target) const noexcept {
     if (target > state) return _rise.Step(state, target);
     if (target < state) return _fall.Step(state, target);
@@ -24,6 +29,12 @@ float Smoother::Step(float state, float target) const noexcept {
 void Smoother::SHalf::SetRate(float newRateHz) noexcept {
     if (newRateHz == rateHz) return;
     rateHz = newRateHz;
+    Compute();
+}
+
+void Smoother::SHalf::SetTime(float newTimeMs) noexcept {
+    if (newTimeMs == timeMs) return;
+    timeMs = newTimeMs;
     Compute();
 }
 

@@ -16,6 +16,13 @@ public:
     /// Sets the updates per second of both halves; costs two exponentials only when the rate is another one.
     KAV_REALTIME void SetRate(float rateHz) noexcept;
 
+    /// Sets the ramp's times, as at the beginning.
+    KAV_REALTIME void SetTimes(float riseMs, float fallMs) noexcept;
+
+    /// What one step keeps of the distance, 0..1.
+    KAV_REALTIME float RiseCoefficient() const noexcept { return _rise.coefficient; }
+    KAV_REALTIME float FallCoefficient() const noexcept { return _fall.coefficient; }
+
     /// One step from `state` towards `target`. Arrives exactly once the distance is at most 0.01.
     KAV_REALTIME float Step(float state, float target) const noexcept;
 
@@ -27,6 +34,7 @@ private:
         float coefficient; // what is left of the distance after one step, 0..1
 
         void SetRate(float newRateHz) noexcept;
+        void SetTime(float newTimeMs) noexcept;
         void Compute() noexcept;
         float Step(float state, float target) const noexcept;
     };

@@ -493,3 +493,28 @@ TEST_F(Engine, CleanSoundComesBackAfterNotANumberAndInfinityAtEveryFactor) {
         }
     }
 }
+
+TEST_F(Engine, AutomaticGainIsOffUntilItIsLinkedAndThenMovesTheOutputKnob) {
+    engine.parameters.inputGain[0].SetBase(0.7f); // -6 dB
+    engine.autoGain.rmsTime = 20.0;
+    engine.autoGain.filter = 0;
+    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f * static_cast<float>(std::pow(10.0, -0.3)), 1e-4f);
+    Utils::CShared<bool> on{false};
+    Utils::CShared<bool> automatic{true};
+    Utils::CShared<float> adjusting{-1.0f};
+    engine.autoGainLinks.enable = true;
+    Settle({0.5f, 0.5f}, 2); // no switch: disabled
+    EXPECT_EQ(float{engine.parameters.mainOutputGain.final}, 0.5f);
+    engine.autoGainLinks = {true, &on, &automatic, &adjusting};
+    Settle({0.5f, 0.5f}, 2);
+    EXPECT_EQ(float{adjusting}, 0.0f);
+    on = true;
+    Settle({0.5f, 0.5f}, 10);
+    EXPECT_EQ(float{adjusting}, 1.0f);
+    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-3f);
+    EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
+    EXPECT_EQ(float{adjusting}, 0.0f);
+    engine.hostBypass = true; // disabled: the gain goes back to the frame's own ramp
+    EXPECT_NEAR(Settle({0.5f, 0.5f}, 1000)[0], 0.5f, 1e-6f);
+    EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
+}

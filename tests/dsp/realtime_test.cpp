@@ -43,6 +43,9 @@ TEST(RealTime, ProcessTakesNoMemoryAndNoLockHoweverItIsSet) {
     std::mt19937 random(1);
     const auto chance = [&random](unsigned one, unsigned in) { return random() % in < one; };
     std::vector<std::vector<float>> audio(16, std::vector<float>(5000));
+    Utils::CShared<bool> on{true};
+    Utils::CShared<float> adjusting{0.0f};
+    engine.autoGainLinks = {true, &on, &on, &adjusting};
     for (const float rate : {8000.0f, 44100.0f, 48000.0f, 96000.0f, 384000.0f}) {
         engine.SetSampleRate(rate);
         engine.SetBlockSize(512);
@@ -58,6 +61,7 @@ TEST(RealTime, ProcessTakesNoMemoryAndNoLockHoweverItIsSet) {
                 values.limiter[g] = chance(3, 4);
                 values.threshold[g].SetBase(static_cast<float>(random() % 100) / 100.0f);
                 values.release[g].SetBase(static_cast<float>(random() % 100) / 100.0f);
+                engine.routing[g].type = chance(1, 2) ? ERoutingType::MidSide : ERoutingType::None;
                 for (int entry = 0; entry < 16; ++entry) {
                     engine.routing[g].SetPair(
                         entry, static_cast<int>(random() % 17) - 1, static_cast<int>(random() % 17) - 1);
@@ -68,6 +72,10 @@ TEST(RealTime, ProcessTakesNoMemoryAndNoLockHoweverItIsSet) {
             engine.hostBypass = chance(1, 4);
             engine.groupsParallel = chance(1, 2);
             engine.simd = chance(1, 2);
+            on = chance(3, 4);
+            engine.autoGain.filter = static_cast<std::uint8_t>(random() % 2);
+            engine.autoGain.rmsTime = static_cast<double>(random() % 12000) - 1000.0;
+            engine.currentGroup = random() % 4;
             engine.Limiter(0).Latch();
             std::array<float*, 16> channels{};
             for (std::size_t c = 0; c < 16; ++c) {
