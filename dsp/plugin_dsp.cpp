@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace KAV {
 
@@ -13,7 +14,8 @@ CPluginDSP<TSample, TValue, TFrame>::CPluginDSP() {
 
 template<typename TSample, typename TValue, typename TFrame>
 void CPluginDSP<TSample, TValue, TFrame>::SetSampleRate(float rateHz) {
-    if (!(rateHz > 0.0f && rateHz <= MaxSampleRate)) return;
+    // A denormal rate is 0 where it is used, on a thread that flushes denormals.
+    if (!(rateHz >= std::numeric_limits<float>::min() && rateHz <= MaxSampleRate)) return;
     TFrame::SetSampleRate(rateHz);
 }
 

@@ -21,7 +21,8 @@ public:
     /// As if 44100 Hz and blocks of 1024 frames had been announced.
     CPluginDSP();
 
-    /// Hz. A rate of 0, below 0, above MaxSampleRate or not a number changes nothing. Throws std::bad_alloc.
+    /// Hz. A rate of 0 or denormal, below 0, above MaxSampleRate or not a number changes nothing. Throws
+    /// std::bad_alloc.
     void SetSampleRate(float rateHz);
     /// Longest block in frames. 0 or less changes nothing. Throws std::bad_alloc, and then the old size
     /// stays.

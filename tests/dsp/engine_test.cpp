@@ -326,7 +326,8 @@ TEST_F(Engine, RampsOfAGroupTakeAFactorsPartOfTheirTime) {
 }
 
 TEST_F(Engine, OutOfRangeRatesAndSizesAreIgnored) {
-    for (const float rate : {0.0f, -1.0f, 1.7e6f, std::nanf(""), std::numeric_limits<float>::infinity()}) {
+    for (const float rate :
+        {0.0f, -1.0f, 1e-40f, 1.7e6f, std::nanf(""), std::numeric_limits<float>::infinity()}) {
         engine.SetSampleRate(rate);
         EXPECT_EQ(engine.Latency(), 64);
     }
@@ -517,4 +518,16 @@ TEST_F(Engine, AutomaticGainIsOffUntilItIsLinkedAndThenMovesTheOutputKnob) {
     engine.hostBypass = true; // disabled: the gain goes back to the frame's own ramp
     EXPECT_NEAR(Settle({0.5f, 0.5f}, 1000)[0], 0.5f, 1e-6f);
     EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
+}
+
+TEST_F(Engine, AnyRateThatIsTakenGivesFiniteSoundAtEveryFactor) {
+    for (const float rate : {std::numeric_limits<float>::min(), 1e-3f, 1.0f, 100.0f, 1.6e6f}) {
+        engine.SetSampleRate(rate);
+        for (const std::int32_t index : {0, 1, 2, 3}) {
+            engine.parameters.oversampling = index;
+            engine.parameters.highQuality = index % 2 != 0;
+            for (const float y : Settle({0.5f, 2.0f}, 3))
+                EXPECT_TRUE(std::isfinite(y)) << rate << ' ' << index;
+        }
+    }
 }

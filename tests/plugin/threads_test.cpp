@@ -50,6 +50,10 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
                     EXPECT_LE(device.GetParam(33, 0), 1.0f);
                     device.AssignMacro(0, 32 + index % 6, value);
                     device.GetLatency();
+                    for (std::int32_t meter = -4; meter >= -55; --meter) {
+                        EXPECT_GE(device.GetParam(meter, 0), 0.0f);
+                        EXPECT_LE(device.GetParam(meter, 0), 1.0f);
+                    }
                     device.RequestReportedGain(0);
                     device.GetReportedGain(0);
                     device.SetHostBypass(value > 0.9f);
