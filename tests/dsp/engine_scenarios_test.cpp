@@ -26,6 +26,7 @@ TEST(EngineScenarios, EqualThePlainModelBitForBit) {
         Tests::CEngineSubject engine;
         const auto result = Reference::RunScenario(seed, *reference, engine);
         ASSERT_TRUE(result.equal) << result.difference;
+        ASSERT_EQ(engine.SystemCalls(), 0u) << "memory or locks on the audio thread, scenario " << seed;
     }
     std::string rare;
     for (const auto& name : coverage.UncoveredBelow(20)) rare += name + ' ';

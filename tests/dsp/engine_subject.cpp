@@ -1,5 +1,7 @@
 #include "tests/dsp/engine_subject.h"
 
+#include "tests/support/system_call_counter.h"
+
 namespace KAV::Tests {
 
 void CEngineSubject::Apply(const Reference::SSettings& settings) {
@@ -31,8 +33,10 @@ void CEngineSubject::Apply(const Reference::SSettings& settings) {
 }
 
 void CEngineSubject::Process(float* const* channels, int channelCount, int frames) {
+    const CSystemCallCounter counter;
     _engine.Process(
         const_cast<float**>(channels), nullptr, channelCount, frames); // the pointers stay as they are
+    _systemCalls += counter.Allocations() + counter.Locks();
 }
 
 float CEngineSubject::Meter(int tag) {

@@ -16,9 +16,12 @@ public:
     double ReportedGain(int group) override { return _engine.Limiter(group).ReportedGain(); }
     void SetLatch(int group) override { _engine.Limiter(group).Latch(); }
     float Meter(int tag) override;
+    /// Memory taken or given back, and locks, in all calls of Process() so far.
+    std::size_t SystemCalls() const { return _systemCalls; }
 
 private:
     CPluginDSP<float, float, DSP::CPluginMC<float, float>> _engine;
+    std::size_t _systemCalls = 0;
 };
 
 } // namespace KAV::Tests
