@@ -1,5 +1,6 @@
 #pragma once
 
+#include "routing/routing_document.h"
 #include "utils/marked_text.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ static_assert(Opening.size() == 36);
 inline constexpr std::int32_t PluginId = 1936683628;
 
 /// Between the names of a list.
-inline constexpr std::string_view ListSeparator = "|*|";
+inline constexpr std::string_view ListSeparator = RoutingSeparator;
 
 inline constexpr std::string_view LineEnd = "\r\n";
 

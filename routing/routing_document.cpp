@@ -1,5 +1,6 @@
 #include "routing/routing_document.h"
 
+#include "utils/marked_text.h"
 #include "utils/number.h"
 
 #include <array>
@@ -7,8 +8,6 @@
 namespace KAV {
 
 namespace {
-
-constexpr std::string_view Separator = "|*|";
 
 constexpr auto LegacyNames =
     std::to_array<std::string_view>({"Mono", "Dual Mono", "Stereo", "Mid/Side", "LRS", "LCR", "LRCS", "Quad",
@@ -21,22 +20,7 @@ static_assert(LegacyNames.size() == 44, "old patches count on the places");
 } // namespace
 
 std::string_view RoutingValue(std::string_view document, std::string_view opening) noexcept {
-    const auto tag = document.find(opening);
-    if (tag == std::string_view::npos) return {};
-    const auto open = document.find('>', tag + opening.size());
-    if (open == std::string_view::npos) return {};
-    const auto close = document.find('<', open + 1);
-    if (close == std::string_view::npos) return {};
-    return document.substr(open + 1, close - open - 1);
-}
-
-bool CRoutingList::Next() noexcept {
-    if (_ended) return false;
-    const auto end = _rest.find(Separator);
-    _ended = end == std::string_view::npos;
-    _piece = _rest.substr(0, end);
-    _rest.remove_prefix(_ended ? _rest.size() : end + Separator.size());
-    return true;
+    return Utils::ExtractTag(document, opening, ">", "<");
 }
 
 ERoutingType RoutingType(std::string_view name) noexcept {
@@ -59,8 +43,8 @@ std::string WriteRoutingDocument(std::string_view fileName, std::span<const SRou
     for (std::size_t k = 0; k < buttons.size(); ++k) {
         if (!buttons[k].on) continue;
         if (!map.empty()) {
-            map += Separator;
-            labels += Separator;
+            map += RoutingSeparator;
+            labels += RoutingSeparator;
         }
         map += std::to_string(k) + ",-1";
         labels += buttons[k].label;

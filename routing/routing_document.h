@@ -17,20 +17,8 @@ namespace KAV {
 /// next "<". Empty when there is no such element, or when it doesn't end.
 std::string_view RoutingValue(std::string_view document, std::string_view opening) noexcept;
 
-/// Walks through the pieces of a list that are separated by "|*|", empty ones included. An empty text has no
-/// pieces.
-class CRoutingList final {
-public:
-    explicit CRoutingList(std::string_view text) noexcept : _rest(text), _ended(text.empty()) {}
-    /// Moves to the next piece; false behind the last one.
-    bool Next() noexcept;
-    std::string_view Piece() const noexcept { return _piece; }
-
-private:
-    std::string_view _rest;
-    std::string_view _piece;
-    bool _ended;
-};
+/// Between the entries of a list, which Utils::CPieces walks through.
+inline constexpr std::string_view RoutingSeparator = "|*|";
 
 /// What `<type>` declares; anything but the four names is None.
 ERoutingType RoutingType(std::string_view name) noexcept;

@@ -1,6 +1,7 @@
 #include "routing/routing_record.h"
 
 #include "routing/routing_document.h"
+#include "utils/marked_text.h"
 
 #include <algorithm>
 
@@ -17,7 +18,7 @@ void SRoutingRecord::Set(std::string_view document) {
     type = RoutingType(RoutingValue(text, "<type"));
     const std::string_view newMap = RoutingValue(text, "<map");
     if (newMap == RoutingValue(old, "<map")) return;
-    CRoutingList entries(newMap);
+    Utils::CPieces entries(newMap, RoutingSeparator);
     for (int entry = 0; entry < RoutingEntries; ++entry) {
         const auto numbers = entries.Next() ? ReadRoutingEntry(entries.Piece()) : SRoutingNumbers{-1, -1};
         SetPair(entry, numbers.first, numbers.second);

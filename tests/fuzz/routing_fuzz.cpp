@@ -2,6 +2,7 @@
 // below -1, and reads the second as a new record would, unless both have the same map.
 
 #include "routing/routing_document.h"
+#include "utils/marked_text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -26,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (a < -1 || b < -1) std::abort();
         if (a != fresh.map[entry].first || b != fresh.map[entry].second) std::abort();
     }
-    for (CRoutingList labels(RoutingValue(second, "<ch_names")); labels.Next();) {
+    for (Utils::CPieces labels(RoutingValue(second, "<ch_names"), RoutingSeparator); labels.Next();) {
         if (labels.Piece().size() > second.size()) std::abort();
     }
     return 0;

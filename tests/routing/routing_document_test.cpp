@@ -1,4 +1,5 @@
 #include "routing/routing_document.h"
+#include "utils/marked_text.h"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@ namespace {
 
 std::vector<std::string> Pieces(std::string_view text) {
     std::vector<std::string> pieces;
-    for (CRoutingList list(text); list.Next();) pieces.emplace_back(list.Piece());
+    for (Utils::CPieces list(text, RoutingSeparator); list.Next();) pieces.emplace_back(list.Piece());
     return pieces;
 }
 
