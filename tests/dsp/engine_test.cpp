@@ -369,7 +369,7 @@ TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
 }
 
 TEST_F(Engine, SourceMeterReadsAChannelThatTheGateHasDropped) {
-    Settle({0.1f, 1e-8f}, 5 * 48000 / static_cast<int>(Block) + 2);
+    Settle({0.1f, 1e-8f}, 7 * 48000 / static_cast<int>(Block)); // two seconds behind the drop
     EXPECT_GT(engine.Meters().Source(1), 1.0f / 7.0f) << "it still reads the buffer, at -160 dB";
     EXPECT_EQ(engine.Meters().Input(1), 0.0f);
     EXPECT_EQ(engine.Meters().Output(1), 0.0f);
