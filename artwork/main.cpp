@@ -1,0 +1,48 @@
+// kav_artwork FOLDER [NAME...]: draws every picture, or those named, into a folder, with the manifest beside
+// them.
+
+#include "artwork/pictures.h"
+#include "artwork/png_file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+using namespace KAV::Artwork;
+
+namespace {
+
+void WriteManifest(const std::filesystem::path& folder) {
+    std::ofstream manifest(folder / "manifest.txt", std::ios::binary);
+    manifest
+        << "# FILE RESOURCE: the pictures, and the names under which the library carries them (type IMG).\n";
+    for (const auto& sprite : Sprites()) manifest << sprite.name << ".png " << sprite.resource << '\n';
+}
+
+int Run(const std::filesystem::path& folder, const std::vector<std::string>& names) {
+    std::filesystem::create_directories(folder);
+    if (names.empty()) WriteManifest(folder);
+    for (const auto& name : names) SpriteOf(name);
+    for (const auto& sprite : Sprites()) {
+        if (!names.empty() && std::find(names.begin(), names.end(), sprite.name) == names.end()) continue;
+        WritePng(folder / (std::string(sprite.name) + ".png"), Paint(sprite));
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) try {
+    if (argc < 2) {
+        std::fputs("kav_artwork FOLDER [NAME...]\n", stderr);
+        return 2;
+    }
+    return Run(argv[1], std::vector<std::string>(argv + 2, argv + argc));
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "kav_artwork: %s\n", error.what());
+    return 1;
+}

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <span>
+
+namespace KAV::Artwork {
+
+/// The frames of faders, knobs and meters run from minimum to maximum.
+inline constexpr int ValueFrames = 63;
+
+/// The frame that shows `value` (0..1).
+constexpr int FrameOf(double value, int frames = ValueFrames) {
+    return static_cast<int>((frames - 1) * value + 0.5);
+}
+
+/// Travel of a fader's cap inside its frame, in panel pixels. One step of the 62 is 4.5 panel pixels and nine
+/// of the picture's, so that the cap falls on whole pixels in every frame.
+inline constexpr double FaderMaximumY = 25.0;
+inline constexpr double FaderMinimumY = 304.0;
+inline constexpr double FaderCentreX = 30.5;
+inline constexpr double FaderCapWidth = 26.0;
+inline constexpr double FaderCapHeight = 40.0;
+
+constexpr double FaderY(double value) {
+    return FaderMinimumY + (FaderMaximumY - FaderMinimumY) * value;
+}
+
+/// A knob turns by 270 degrees. Angles in radians, 0 upwards, clockwise positive.
+inline constexpr double KnobHalfTurn = 0.75 * 3.14159265358979323846;
+
+constexpr double KnobAngle(double value) {
+    return (2 * value - 1) * KnobHalfTurn;
+}
+
+/// Where the scales of the knobs stand, from the knob's centre in panel pixels.
+inline constexpr double MainTickInner = 23.0;
+inline constexpr double MainTickOuter = 27.0;
+inline constexpr double MacroTickInner = 20.4;
+inline constexpr double MacroTickOuter = 22.8;
+
+/// A meter's lit part fills its frame's height from the bottom: 62 segments of five panel pixels.
+inline constexpr int MeterSegments = ValueFrames - 1;
+inline constexpr double MeterLeft = 2.0; ///< the lit part inside the frame, in panel pixels
+inline constexpr double MeterRight = 11.0;
+
+/// Value of a peak level on the meters' five-point law: a quarter of the height for each of
+/// -48..-24..-12..-6..0.
+constexpr double MeterValue(double db) {
+    constexpr std::array<double, 5> points{-48, -24, -12, -6, 0};
+    if (db <= points.front()) return 0;
+    if (db >= points.back()) return 1;
+    std::size_t i = 0;
+    while (db > points[i + 1]) ++i;
+    return (1 - (points[i + 1] - db) / (points[i + 1] - points[i]) + static_cast<double>(i)) * 0.25;
+}
+
+/// Position of a release time on the fader: exponential, 0.01 ms to 1000 ms.
+inline double ReleaseValue(double ms) {
+    return std::log10(ms / 1000) / 5 + 1;
+}
+
+/// Height of a gain reduction in the display, 0 at the top and 1 at the bottom: linear in gain.
+inline double ReductionHeight(double db) {
+    return 1 - std::pow(10.0, -db / 20);
+}
+
+/// A line of a scale: the value it stands at, and what is written beside it; empty for a line between.
+struct STick {
+    double value = 0; ///< 0..1
+    const char* text = "";
+};
+
+inline constexpr std::array InputGainTicks{STick{0.0, "-20"}, STick{0.125}, STick{0.25, "-15"}, STick{0.375},
+    STick{0.5, "-10"}, STick{0.625}, STick{0.75, "-5"}, STick{0.875}, STick{1.0, "0"}};
+inline constexpr std::array ThirtyDbTicks{STick{0.0, "-30"}, STick{1.0 / 12}, STick{2.0 / 12, "-25"},
+    STick{3.0 / 12}, STick{4.0 / 12, "-20"}, STick{5.0 / 12}, STick{6.0 / 12, "-15"}, STick{7.0 / 12},
+    STick{8.0 / 12, "-10"}, STick{9.0 / 12}, STick{10.0 / 12, "-5"}, STick{11.0 / 12}, STick{1.0, "0"}};
+inline constexpr std::array ReleaseTicks{STick{0.0, "0.01"}, STick{0.1}, STick{0.2, "0.1"}, STick{0.3},
+    STick{0.4, "1"}, STick{0.5}, STick{0.6, "10"}, STick{0.7}, STick{0.8, "100"}, STick{0.9},
+    STick{1.0, "1000"}};
+inline constexpr std::array MainGainTicks{STick{0.0, "-24"}, STick{0.125}, STick{0.25, "-12"}, STick{0.375},
+    STick{0.5, "0"}, STick{0.625}, STick{0.75, "+12"}, STick{0.875}, STick{1.0, "+24"}};
+inline constexpr std::array MacroTicks{STick{0.0, "-"}, STick{0.125}, STick{0.25}, STick{0.375}, STick{0.5},
+    STick{0.625}, STick{0.75}, STick{0.875}, STick{1.0, "+"}};
+
+/// Levels written beside the meters, and reductions written in the display, both in dB.
+inline constexpr std::array MeterLevels{0, -3, -6, -9, -12, -18, -24, -36, -48};
+inline constexpr std::array ReductionLevels{1, 2, 3, 6, 12, 20};
+
+} // namespace KAV::Artwork
