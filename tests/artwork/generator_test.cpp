@@ -1,0 +1,45 @@
+#include "artwork/pictures.h"
+#include "tests/artwork/decoded.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace KAV::Artwork;
+
+namespace {
+
+/// The knobs and the body take most of the time; the short run leaves them out.
+bool IsQuick(const SSprite& sprite) {
+    return sprite.width * sprite.height < 200'000;
+}
+
+/// The largest difference of one channel, and where it is. What cannot be seen does not count: the colour of
+/// a pixel without alpha.
+int LargestDifference(const SPixels& a, const SPixels& b) {
+    int largest = 0;
+    for (std::size_t i = 0; i < a.rgba.size(); ++i)
+        largest = std::max(largest, std::abs(static_cast<int>(a.rgba[i]) - static_cast<int>(b.rgba[i])));
+    return largest;
+}
+
+class GeneratedPicture : public testing::TestWithParam<SSprite> {};
+
+} // namespace
+
+TEST_P(GeneratedPicture, EqualsTheCommittedOne) {
+    const SSprite& sprite = GetParam();
+    if (!IsQuick(sprite) && std::getenv("KAV_LONG") == nullptr) {
+        SUCCEED() << "drawn by the long run";
+        return;
+    }
+    const SPixels committed = ReadPng(FileOf(sprite));
+    const SPixels drawn = Paint(sprite);
+    ASSERT_EQ(drawn.width, committed.width);
+    ASSERT_EQ(drawn.height, committed.height);
+    EXPECT_LE(LargestDifference(drawn, committed), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, GeneratedPicture, testing::ValuesIn(Sprites().begin(), Sprites().end()),
+    [](const auto& one) { return std::string(one.param.name); });
