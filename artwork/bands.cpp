@@ -37,7 +37,10 @@ CBitmap Plate(const SFrame& frame, const SRect& band, const SColour& colour) {
 SLettering StyleOf(const SLabel& label) {
     SLettering style{.size = LetteringSize(label.tone)};
     style.align = label.align < 0 ? EAlign::Left : label.align > 0 ? EAlign::Right : EAlign::Centre;
-    if (label.tone != ETone::Number) style.face = EFace::Bold;
+    if (label.tone == ETone::Number)
+        style.weight = 0.22; // thin strokes turn grey when the panel is small
+    else
+        style.face = EFace::Bold;
     if (label.tone == ETone::Section) style.tracking = 0.9;
     if (label.tone == ETone::Product) style.tracking = 0.9;
     return style;
@@ -49,8 +52,8 @@ CBitmap Engraving(const SFrame& frame, EBand band) {
     CPen pen(frame);
     cairo_translate(pen.Path(), -rect.x, -rect.y);
     for (const auto& line : ScaleLinesOf(band))
-        pen.Line(
-            line.x0, line.y0, line.x1, line.y1, line.major ? 0.8 : 0.5, Line.WithAlpha(line.major ? 1 : 0.6));
+        pen.Line(line.x0, line.y0, line.x1, line.y1, line.major ? 0.95 : 0.6,
+            Line.WithAlpha(line.major ? 1 : 0.6));
     for (const auto& label : LabelsOf(band)) {
         const SColour colour = label.tone == ETone::Number ? InkQuiet : Ink;
         pen.Text(label.text, label.x - 0.3, label.y - 0.4, StyleOf(label), Hex(0x000000).WithAlpha(0.5));

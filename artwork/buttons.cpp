@@ -13,12 +13,11 @@ CBitmap RenderKey(const SFrame& frame, const SKey& key) {
         if (edge >= key.gap) return {};
         if (edge >= 0) return {0, &Gap};
         const double height = key.pressed ? 0.35 : 1.5;
-        SSurface surface{
-            RoundedEdge(edge, key.pressed ? 0.5 : 0.9, height), key.pressed ? &LacquerPressed : &Lacquer};
+        SSurface surface{key.pressed ? RoundedEdge(edge, 0.5, height) : ChamferedEdge(edge, 0.85, height),
+            key.pressed ? &LacquerPressed : &Lacquer};
         // Arched a little, or dished when it is down, so that the face is not one flat area.
         const double across = (y - key.rect.CentreY()) / key.rect.h;
-        surface.height +=
-            (key.pressed ? 0.02 : -0.06) * key.rect.h * 4 * across * across * (edge < -0.5 ? 1 : 0.8);
+        surface.height += (key.pressed ? 0.02 : -0.06) * key.rect.h * 4 * across * across;
         if (key.lamp.w > 0) {
             const double lamp = RoundBoxDistance(key.lamp, key.lamp.h / 2, x, y);
             if (lamp < 0.45) surface = {height - 0.7, &Gap};
@@ -35,26 +34,27 @@ CBitmap RenderKey(const SFrame& frame, const SKey& key) {
             pen.FillRound({lens.x + 0.6, lens.y + 0.35, lens.w - 1.2, lens.h * 0.35}, lens.h * 0.17,
                 Hex(0xFFFFFF).WithAlpha(0.45));
         bitmap.Over(pen.Result());
-        if (key.lit) AddGlow(bitmap, frame, key.lamp, key.lampColour, key.glowReach, 0.55);
+        if (key.lit) AddGlow(bitmap, frame, key, 0.5);
     }
     return bitmap;
 }
 
-void AddGlow(CBitmap& bitmap, const SFrame& frame, const SRect& lamp, const SColour& colour, double reach,
-    double strength) {
+void AddGlow(CBitmap& bitmap, const SFrame& frame, const SKey& key, double strength) {
     for (int y = 0; y < bitmap.Height(); ++y) {
         for (int x = 0; x < bitmap.Width(); ++x) {
+            const double u = (x + 0.5) / frame.scaleX;
+            const double v = (y + 0.5) / frame.scaleY;
+            const double inside = SmoothStep(0, 1.2, -RoundBoxDistance(key.rect, key.radius, u, v));
+            const double away = RoundBoxDistance(key.lamp, key.lamp.h / 2, u, v);
+            if (inside <= 0 || away <= 0) continue;
+            const double reach = away / key.glowReach;
+            const auto add = static_cast<float>(strength * inside * std::exp(-reach * reach) * 0.6);
             SColour& pixel = bitmap.At(x, y);
-            if (pixel.a <= 0) continue;
-            const double away = std::max(
-                0.0, RoundBoxDistance(lamp, lamp.h / 2, (x + 0.5) / frame.scaleX, (y + 0.5) / frame.scaleY));
-            if (away <= 0) continue;
-            const auto add = static_cast<float>(strength * std::exp(-away * away / (reach * reach)));
             const auto screen = [&](float below, float light) {
-                return below + light * add * (pixel.a - below) * 0.6f;
+                return below + light * add * (pixel.a - below);
             };
-            pixel = {
-                screen(pixel.r, colour.r), screen(pixel.g, colour.g), screen(pixel.b, colour.b), pixel.a};
+            pixel = {screen(pixel.r, key.lampColour.r), screen(pixel.g, key.lampColour.g),
+                screen(pixel.b, key.lampColour.b), pixel.a};
         }
     }
 }
@@ -93,7 +93,7 @@ Painter AutoReleaseButtonPainter(const SFrame& frame) {
 /// The meter shows through below the face, so nothing may be drawn there. The lamp is white when on: the
 /// toolkit tints the picture to tell solo and mute.
 Painter ChannelButtonPainter(const SFrame& frame) {
-    constexpr double MeterTop = 25;
+    constexpr double meterTop = 25;
     return [=](int index) {
         const bool on = index == 1;
         const SKey key{.rect = {2, 1.4, 46, 22},
@@ -102,9 +102,9 @@ Painter ChannelButtonPainter(const SFrame& frame) {
             .lit = on,
             .lamp = {7, 3.6, 36, 3},
             .lampColour = Hex(0xFFFFFF),
-            .glowReach = 6};
+            .glowReach = 5};
         SFrame above = frame;
-        above.height = static_cast<int>(MeterTop * frame.scaleY);
+        above.height = static_cast<int>(meterTop * frame.scaleY);
         CBitmap bitmap(frame.width, frame.height);
         bitmap.Over(RenderKey(above, key));
         return bitmap;
@@ -137,8 +137,8 @@ Painter HighQualityPainter(const SFrame& frame) {
         if (on)
             pen.FillRound(badge, 2, Ivory);
         else
-            pen.StrokeRound(badge.Inset(0.4), 1.7, 0.8, Hex(0x6B7178));
-        pen.Text("HQ", badge.CentreX(), badge.CentreY(), {.size = 6.9, .face = EFace::Bold},
+            pen.StrokeRound(badge.Inset(0.35), 1.7, 0.6, Hex(0x757B83));
+        pen.Text("HQ", badge.CentreX(), badge.CentreY(), {.size = 6.3, .face = EFace::Bold},
             on ? Hex(0x15171A) : Hex(0x989EA6));
         return pen.Result();
     };

@@ -21,8 +21,7 @@ struct SKey {
 
 CBitmap RenderKey(const SFrame& frame, const SKey& key);
 
-/// Light of a lamp on what is drawn around it; transparent pixels stay so.
-void AddGlow(CBitmap& bitmap, const SFrame& frame, const SRect& lamp, const SColour& colour, double reach,
-    double strength);
+/// Light of the key's lamp on its own face.
+void AddGlow(CBitmap& bitmap, const SFrame& frame, const SKey& key, double strength);
 
 } // namespace KAV::Artwork

@@ -41,39 +41,42 @@ Painter LogoPainter(const SFrame& frame) {
 
 namespace {
 
-Painter WordSwitch(const SFrame& frame, std::string_view title, std::span<const std::string_view> words) {
-    return [=, list = std::vector<std::string_view>(words.begin(), words.end())](int index) {
-        const double w = frame.width / frame.scaleX;
-        const double h = frame.height / frame.scaleY;
-        const bool tall = h > 40;
-        const SKey key{.rect = {2, 2, w - 4, h - 4}, .radius = 4};
-        CBitmap bitmap = RenderKey(frame, key);
+constexpr SColour White = Hex(0xFFFFFF);
+constexpr SLettering TitleStyle{.size = 7, .face = EFace::Bold, .tracking = 0.5};
+
+} // namespace
+
+/// One of three words, and three dots that tell where it stands among them.
+Painter RendererSwitchPainter(const SFrame& frame) {
+    return [=](int index) {
+        constexpr std::array<std::string_view, 3> words{"CPU", "OpenGL", "Direct3D9"};
+        CBitmap bitmap = RenderKey(frame, {.rect = {2, 2, 56, 56}, .radius = 4});
         CPen pen(frame);
-        const double middle = tall ? 0.46 * h : 0.60 * h;
-        pen.Text(title, w / 2, tall ? 14.5 : 10, {.size = 7, .face = EFace::Bold, .tracking = 0.5}, InkQuiet);
-        pen.Text(list[static_cast<std::size_t>(index)], w / 2, middle + (tall ? 3 : 2),
-            {.size = 11, .face = EFace::Bold}, Hex(0xFFFFFF));
-        if (tall) {
-            for (int i = 0; i < static_cast<int>(list.size()); ++i)
-                pen.Disc(
-                    w / 2 + (i - 1) * 8, h - 13, i == index ? 2.0 : 1.5, i == index ? Ivory : Hex(0x5B6067));
-        }
+        pen.Text("RENDERER", 30, 14.5, TitleStyle, InkQuiet);
+        pen.Text(words[static_cast<std::size_t>(index)], 30, 30, {.size = 9.4, .face = EFace::Bold}, White);
+        for (int i = 0; i < 3; ++i)
+            pen.Disc(22 + 8 * i, 45.5, i == index ? 2.0 : 1.5, i == index ? Ivory : LampDark);
         bitmap.Over(pen.Result());
         return bitmap;
     };
 }
 
-constexpr std::array<std::string_view, 3> RendererWords{"CPU", "OpenGL", "Direct3D9"};
-constexpr std::array<std::string_view, 2> SimdWords{"Off", "On"};
-
-} // namespace
-
-Painter RendererSwitchPainter(const SFrame& frame) {
-    return WordSwitch(frame, "RENDERER", RendererWords);
-}
-
 Painter SimdSwitchPainter(const SFrame& frame) {
-    return WordSwitch(frame, "SIMD", SimdWords);
+    return [=](int index) {
+        const bool on = index == 1;
+        const SKey key{.rect = {2, 2, 56, 30},
+            .radius = 4,
+            .pressed = on,
+            .lit = on,
+            .lamp = {8, 19, 9, 3.6},
+            .lampColour = Ivory};
+        CBitmap bitmap = RenderKey(frame, key);
+        CPen pen(frame);
+        pen.Text("SIMD", 30, 10, TitleStyle, InkQuiet);
+        pen.Text(on ? "On" : "Off", 36, 20.8, {.size = 10, .face = EFace::Bold}, on ? White : Ink);
+        bitmap.Over(pen.Result());
+        return bitmap;
+    };
 }
 
 } // namespace KAV::Artwork

@@ -14,7 +14,8 @@ SSurface CapSurface(double x, double y) {
     const SRect block{-FaderCapWidth / 2, -FaderCapHeight / 2, FaderCapWidth, FaderCapHeight};
     const double edge = RoundBoxDistance(block, 2.6, x, y);
     if (edge >= 0) return {};
-    SSurface surface{RoundedEdge(edge, 1.3, 4.6), &Anodised};
+    SSurface surface{ChamferedEdge(edge, 1.2, 4.6), &Anodised};
+    if (edge > -1.0) surface.material = &Cut;
     const double away = std::abs(y);
     const double ridge = 3.2;
     const double lip = FaderCapHeight / 2 - 2.6;

@@ -14,13 +14,15 @@ struct SKnob {
     double centre = 0; ///< x and y of the axis
     double skirt = 0;  ///< radius
     double cap = 0;    ///< radius
-    double skirtHeight = 4.2;
-    double capHeight = 6.4;
+    double skirtHeight = 5.2;
+    double capHeight = 6.6;
     int flutes = 0;
     double fluteDepth = 0.55;
-    double pointer = 1.9;   ///< width
+    double pointer = 2.3;   ///< width
     double pointerFrom = 0; ///< radius where it begins; it ends short of the skirt's edge
 };
+
+constexpr double Chamfer = 1.1; // width of the cap's edge
 
 /// 0 on the land between two flutes, 1 in the middle of a flute: narrow round grooves, wide lands.
 double Flute(const SKnob& knob, double angle) {
@@ -44,19 +46,17 @@ SSurface KnobSurface(const SKnob& knob, double x, double y) {
     const double pointer = std::hypot(x, -y - along) - knob.pointer / 2;
 
     SSurface surface;
-    const double gap = knob.cap + 0.55;
-    if (r > gap) {
-        const double slope = std::clamp((knob.skirt - r) / (knob.skirt - gap), 0.0, 1.0);
-        surface.height = RoundedEdge(edge, 1.5, knob.skirtHeight) + 0.7 * slope;
-        surface.material = &Rubber;
+    const double gap = knob.cap + 0.5;
+    const double inward = std::clamp((knob.skirt - r) / (knob.skirt - gap), 0.0, 1.0);
+    if (r > gap) { // a cone up to the cap, its foot rounded
+        surface = {RoundedEdge(edge, 1.3, knob.skirtHeight - 2) + 2 * inward, &Rubber};
     } else if (r > knob.cap) {
-        return {knob.skirtHeight - 0.4, &Gap};
-    } else {
-        const double chamfer = 1.15;
-        surface.height = knob.skirtHeight + 0.9 +
-                         Bevel(r - knob.cap, chamfer, knob.capHeight - knob.skirtHeight) -
-                         0.25 * (1 - r * r / (knob.cap * knob.cap));
-        surface.material = r > knob.cap - chamfer ? &Polished : &Aluminium;
+        surface = {knob.skirtHeight - 0.3, &Gap};
+    } else { // a wall, a chamfer that mirrors the lamp, and a face with the marks of the tool
+        const double chamfer = std::clamp((knob.cap - r) / Chamfer, 0.0, 1.0);
+        const bool face = chamfer >= 1;
+        surface = {knob.capHeight - 0.6 * (1 - chamfer), face ? &Aluminium : &Polished};
+        if (face) surface.height -= 0.012 * (1 - std::cos(2 * Pi * (knob.cap - Chamfer - r) / 0.8));
     }
     if (pointer < 0) {
         surface.height -= 0.45 * SmoothStep(0, -0.4, pointer);
@@ -112,11 +112,11 @@ Painter MacroKnobPainter(const SFrame& frame) {
     const SKnob knob{.centre = 25,
         .skirt = 15,
         .cap = 10.4,
-        .skirtHeight = 3.6,
-        .capHeight = 5.4,
+        .skirtHeight = 4.6,
+        .capHeight = 5.8,
         .flutes = 28,
         .fluteDepth = 0.5,
-        .pointer = 1.8,
+        .pointer = 2.1,
         .pointerFrom = 5};
     return [=](int index) {
         CPen ring(frame);

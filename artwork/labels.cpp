@@ -76,7 +76,7 @@ void AddBodyLabels(std::vector<SLabel>& labels) {
     labels.push_back({"Gain Reduction", GainReductionRect.CentreX(), 380, ETone::Name});
     labels.push_back({"dB", GainReductionRect.CentreX(), 391, ETone::Number});
     for (const auto& [x, side] : MeterScales)
-        labels.push_back({"dB", x + 3.4 * side, UnitY + 2, ETone::Number, -side});
+        labels.push_back({"dB", x + 3.4 * side, UnitY, ETone::Number, -side});
 }
 
 void AddKnobLabels(std::vector<SLabel>& labels, std::string_view place) {
@@ -89,6 +89,15 @@ void AddKnobLabels(std::vector<SLabel>& labels, std::string_view place) {
         const int align = tick.value < 0.5 ? 1 : tick.value > 0.5 ? -1 : 0;
         labels.push_back({tick.text, rect.CentreX() + away * std::sin(angle),
             rect.CentreY() - away * std::cos(angle), ETone::Number, align});
+    }
+}
+
+/// Only the direction: a macro has no unit of its own.
+void AddMacroLabels(std::vector<SLabel>& labels) {
+    for (const auto& place : Places()) {
+        if (place.name != "MacroKnob") continue;
+        labels.push_back({"\u2212", place.rect.CentreX() - 20, place.rect.CentreY() + 18.2, ETone::Number});
+        labels.push_back({"+", place.rect.CentreX() + 20, place.rect.CentreY() + 18.2, ETone::Number});
     }
 }
 
@@ -152,6 +161,7 @@ std::vector<SLabel> LabelsOf(EBand band) {
     case EBand::Toolbar:
         AddKnobLabels(labels, "Main Input Gain");
         AddKnobLabels(labels, "Main Output Gain");
+        AddMacroLabels(labels);
         labels.push_back({"KAV", 119, 468, ETone::Section});
         labels.push_back({"SORREL", 119, 480, ETone::Product});
         labels.push_back({"LIMITER", 119, 492, ETone::Section});

@@ -10,8 +10,8 @@ inline constexpr SColour Graphite = Hex(0x2D3035);     ///< the body
 inline constexpr SColour GraphiteDeep = Hex(0x25282C); ///< sunk areas of it
 inline constexpr SColour Well = Hex(0x111316);         ///< the ground of displays, meters and slots
 inline constexpr SColour Ink = Hex(0xD3D7DC);          ///< names
-inline constexpr SColour InkQuiet = Hex(0xA6ACB4);     ///< numbers of scales, units
-inline constexpr SColour Line = Hex(0x7F858E);         ///< lines of scales
+inline constexpr SColour InkQuiet = Hex(0xB9BFC6);     ///< numbers of scales, units
+inline constexpr SColour Line = Hex(0x8B919A);         ///< lines of scales
 inline constexpr SColour Ivory = Hex(0xF4F0E4);        ///< pointers, and lamps of plain switches
 inline constexpr SColour Reduction = Hex(0xFF3968);    ///< gain reduction and what belongs to it
 inline constexpr SColour MeterGreen = Hex(0x4CC48B);
@@ -34,11 +34,8 @@ inline constexpr SMaterial Rubber{.colour = Hex(0x212327), .roughness = 0.5f, .s
 inline constexpr SMaterial Aluminium{
     .colour = Hex(0xC4C7CC), .metal = 1, .roughness = 0.3f, .grain = EGrain::Turned, .grainSpread = 0.46f};
 inline constexpr SMaterial Polished{.colour = Hex(0xDDE0E4), .metal = 1, .roughness = 0.28f};
-inline constexpr SMaterial Brushed{.colour = Hex(0x85898F),
-    .metal = 0.85f,
-    .roughness = 0.4f,
-    .grain = EGrain::Across,
-    .grainSpread = 0.22f};
+inline constexpr SMaterial Cut{
+    .colour = Hex(0xA3A7AD), .metal = 0.9f, .roughness = 0.34f}; ///< an edge, cut bright
 inline constexpr SMaterial Inlay{.colour = Ivory, .roughness = 0.6f, .sheen = 0.3f, .glow = 0.12f};
 
 } // namespace KAV::Artwork

@@ -157,6 +157,10 @@ void CPen::Text(std::string_view text, double x, double y, const SLettering& sty
         cairo_new_path(_context.get());
         cairo_move_to(_context.get(), x, y + style.size * CapitalHeight / 2);
         cairo_text_path(_context.get(), character.c_str());
+        if (style.weight > 0) {
+            cairo_set_line_width(_context.get(), style.weight);
+            cairo_stroke_preserve(_context.get());
+        }
         cairo_fill(_context.get());
         x += extents.x_advance + style.tracking;
     }

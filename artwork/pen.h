@@ -19,6 +19,7 @@ struct SLettering {
     EFace face = EFace::Regular;
     EAlign align = EAlign::Centre;
     double tracking = 0; ///< extra space between letters
+    double weight = 0;   ///< extra width of the strokes
 };
 
 /// Lines, areas and lettering, in panel pixels from the frame's corner, on a transparent ground. Where the

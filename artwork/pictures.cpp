@@ -62,6 +62,7 @@ void ForEach(int count, const Work& work) {
     std::atomic<int> next = 0;
     std::vector<std::exception_ptr> failures(std::clamp(std::thread::hardware_concurrency(), 1u, 16u));
     std::vector<std::thread> threads;
+    threads.reserve(failures.size());
     for (auto& failure : failures) {
         threads.emplace_back([&next, &work, &failure, count] {
             try {

@@ -72,41 +72,55 @@ SLook TopBarLook(const SPlace& place, int ordinal, bool busy) {
     return look;
 }
 
-SLook LookOf(const SPlace& place, int ordinal, bool busy) {
-    SLook look = TopBarLook(place, ordinal, busy);
-    if (place.name == "Input Meter")
-        look.frame = busy ? FrameOf(MeterAt(ordinal, 0.97)) : 0;
-    else if (place.name == "Output Meter")
-        look.frame = busy ? FrameOf(MeterAt(ordinal, 0.93)) : 0;
-    else if (place.name == "MacroKnob") {
+SLook MacroLook(const SPlace& place, int ordinal, bool busy) {
+    SLook look;
+    if (place.name == "MacroKnob") {
         constexpr std::array<double, 5> values{0.72, 0.5, 0.31, 0.5, 0.94};
         look.frame = FrameOf(busy ? values[static_cast<std::size_t>(ordinal)] : 0.5);
-    } else if (place.name == "MacroButton") {
-        constexpr std::array<const char*, 5> names{"Drive", "Macro 2", "Air", "Macro 4", "Loud"};
-        look.frame = busy && ordinal == 0 ? 1 : 0;
-        look.text = busy ? names[static_cast<std::size_t>(ordinal)] : "Macro " + std::to_string(ordinal + 1);
-        look.textSize = PointsToPixels(place.rect.w * 0.08);
-        if (look.frame == 0) look.textColour.a = static_cast<float>(Dim);
+        return look;
+    }
+    constexpr std::array<const char*, 5> names{"Drive", "Macro 2", "Air", "Macro 4", "Loud"};
+    look.frame = busy && ordinal == 0 ? 1 : 0;
+    look.text = busy ? names[static_cast<std::size_t>(ordinal)] : "Macro " + std::to_string(ordinal + 1);
+    look.textSize = PointsToPixels(place.rect.w * 0.08);
+    if (look.frame == 0) look.textColour.a = static_cast<float>(Dim);
+    return look;
+}
+
+/// What the remaining widgets show, at rest and busy.
+struct SMoment {
+    std::string_view name;
+    std::array<int, 2> frames;
+    std::array<const char*, 2> texts;
+};
+constexpr std::array Moments{
+    SMoment{"Limiter", {1, 1}, {"", ""}},
+    SMoment{"High Quality", {0, 1}, {"", ""}},
+    SMoment{"UpdateLed", {0, 1}, {"", ""}},
+    SMoment{"ToolBtnUndo", {1, 0}, {"", ""}},
+    SMoment{"ToolBtnRedo", {1, 1}, {"", ""}},
+    SMoment{"ToolPatch", {0, 0}, {"- Full Reset -", "Mastering - Loud and Clear"}},
+    SMoment{"Oversampling", {0, 0}, {"OS x1", "OS x4"}},
+};
+
+SLook LookOf(const SPlace& place, int ordinal, bool busy) {
+    SLook look;
+    if (place.name.starts_with("Macro")) return MacroLook(place, ordinal, busy);
+    if (place.name.ends_with(" Meter")) {
+        const double loudest = place.name == "Input Meter" ? 0.97 : 0.93;
+        look.frame = busy ? FrameOf(MeterAt(ordinal, loudest)) : 0;
     } else if (place.kind == EKind::Value) {
         look.frame = FrameOf(FaderValueOf(place.name, busy));
-    } else if (place.name == "Limiter")
-        look.frame = 1;
-    else if (place.name == "High Quality")
-        look.frame = busy ? 1 : 0;
-    else if (place.name == "UpdateLed") {
-        look.visible = busy;
-        look.frame = 1;
-    } else if (place.name == "ToolBtnUndo")
-        look.frame = busy ? 0 : 1;
-    else if (place.name == "ToolBtnRedo")
-        look.frame = 1;
-    else if (place.name == "ToolPatch") {
-        look.text = busy ? "Mastering - Loud and Clear" : "- Full Reset -";
-        look.textSize = PointsToPixels(place.rect.h * 0.35);
-    } else if (place.name == "Oversampling") {
-        look.text = busy ? "OS x4" : "OS x1";
+    } else {
+        look = TopBarLook(place, ordinal, busy);
+    }
+    for (const auto& one : Moments) {
+        if (one.name != place.name) continue;
+        look.frame = one.frames[busy ? 1 : 0];
+        look.text = one.texts[busy ? 1 : 0];
         look.textSize = PointsToPixels(place.rect.h * 0.35);
     }
+    if (place.name == "UpdateLed") look.visible = busy; // there is a newer version
     return look;
 }
 
@@ -275,7 +289,7 @@ SPixels CPreview::Compose(EScene scene, double scale) const {
     if (busy) {
         DrawReduction(stage);
         DrawMacroPanels(stage, _pictures);
-        DrawHint(stage, _pictures, {286, 66, 120, 22}, "Main Input Gain: +3.0 dB");
+        DrawHint(stage, _pictures, {250, 62, 105, 22}, "Threshold: -8.0 dB");
     }
     return stage.Result();
 }

@@ -43,26 +43,27 @@ struct SExposure {
     float lamp = 1;
 };
 
+/// A pixel on an outline is seen twice: its part of the relief from up there, the rest from the ground.
 class CExposureMap final {
 public:
     CExposureMap(const SFrame& frame, const CHeightField& field, const SSetting& setting)
         : _width(frame.width), _height(frame.height), _frame(frame), _setting(setting),
           _heights(static_cast<std::size_t>(_width) * static_cast<std::size_t>(_height)),
-          _exposures(_heights.size()) {
+          _tops(_heights.size()), _exposures(_heights.size()), _grounds(_heights.size()) {
         for (int y = 0; y < _height; ++y) {
-            for (int x = 0; x < _width; ++x) {
-                double sum = 0;
-                for (int i = 0; i < Samples * Samples; ++i)
-                    sum += field.At(x * Samples + i % Samples, y * Samples + i / Samples).height;
-                _heights[Index(x, y)] = static_cast<float>(sum / (Samples * Samples));
-            }
+            for (int x = 0; x < _width; ++x) Measure(field, x, y);
         }
         for (int y = 0; y < _height; ++y) {
-            for (int x = 0; x < _width; ++x) _exposures[Index(x, y)] = Look(x, y);
+            for (int x = 0; x < _width; ++x) {
+                const std::size_t i = Index(x, y);
+                _exposures[i] = Look(x, y, _tops[i]);
+                _grounds[i] = _tops[i] > _heights[i] ? Look(x, y, _heights[i]) : _exposures[i];
+            }
         }
     }
 
     const SExposure& At(int x, int y) const { return _exposures[Index(x, y)]; }
+    const SExposure& GroundAt(int x, int y) const { return _grounds[Index(x, y)]; }
 
     SExposure Between(double x, double y) const {
         const double u = std::clamp(x - 0.5, 0.0, _width - 1.0);
@@ -88,6 +89,21 @@ private:
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(_width) + static_cast<std::size_t>(x);
     }
 
+    void Measure(const CHeightField& field, int x, int y) {
+        double sum = 0;
+        double top = 0;
+        int covered = 0;
+        for (int i = 0; i < Samples * Samples; ++i) {
+            const SSurface& point = field.At(x * Samples + i % Samples, y * Samples + i / Samples);
+            sum += point.height;
+            if (!point.material) continue;
+            top += point.height;
+            ++covered;
+        }
+        _heights[Index(x, y)] = static_cast<float>(sum / (Samples * Samples));
+        _tops[Index(x, y)] = covered > 0 ? static_cast<float>(top / covered) : _heights[Index(x, y)];
+    }
+
     float HeightBetween(double x, double y) const {
         const int x0 = static_cast<int>(std::floor(x));
         const int y0 = static_cast<int>(std::floor(y));
@@ -101,8 +117,7 @@ private:
     }
 
     /// The steepest rise towards one direction, as a tangent; 0 when all is lower.
-    float Horizon(int x, int y, double dx, double dy) const {
-        const float here = _heights[Index(x, y)];
+    float Horizon(int x, int y, float here, double dx, double dy) const {
         float steepest = 0;
         for (int i = 1; i <= Steps; ++i) {
             const double part = static_cast<double>(i) / Steps;
@@ -114,7 +129,7 @@ private:
         return steepest;
     }
 
-    SExposure Look(int x, int y) const {
+    SExposure Look(int x, int y, float here) const {
         double sky = 0;
         double lamp = 0;
         double weights = 0;
@@ -123,7 +138,7 @@ private:
             const double dx = std::cos(angle);
             const double dy = std::sin(angle);
             const double toLamp = (dx * LampX + dy * LampY) / std::hypot(LampX, LampY);
-            const double horizon = static_cast<double>(Horizon(x, y, dx, dy));
+            const double horizon = static_cast<double>(Horizon(x, y, here, dx, dy));
             sky += 1 - horizon / std::hypot(1.0, horizon);
             if (toLamp < 0.78) continue; // the lamp is a wide, soft panel
             const double weight = toLamp - 0.7;
@@ -137,8 +152,10 @@ private:
     int _height;
     const SFrame& _frame;
     const SSetting& _setting;
-    std::vector<float> _heights;
+    std::vector<float> _heights; // means of the pixels
+    std::vector<float> _tops;    // of what lies on the relief
     std::vector<SExposure> _exposures;
+    std::vector<SExposure> _grounds;
 };
 
 SVector Normal(const CHeightField& field, const SFrame& frame, int x, int y) {
@@ -152,8 +169,7 @@ SVector Normal(const CHeightField& field, const SFrame& frame, int x, int y) {
     return Normalised({nx * tame, ny * tame, 1});
 }
 
-SVector GrooveDirection(const SMaterial& material, const SSetting& setting, double x, double y) {
-    if (material.grain == EGrain::Across) return {0, 1, 0};
+SVector GrooveDirection(const SSetting& setting, double x, double y) {
     const double length = std::max(1e-6, std::hypot(x - setting.turnX, y - setting.turnY));
     return {static_cast<float>((x - setting.turnX) / length),
         static_cast<float>((y - setting.turnY) / length), 0};
@@ -174,8 +190,7 @@ SColour ShadePixel(const SFrame& frame, const CHeightField& field, const CExposu
         const double py = (v + 0.5) / Samples;
         const auto exposure = exposures.Between(px, py);
         const float sky = 1 - (1 - exposure.sky) * static_cast<float>(setting.occlusion);
-        const SVector groove =
-            GrooveDirection(*point.material, setting, px / frame.scaleX, py / frame.scaleY);
+        const SVector groove = GrooveDirection(setting, px / frame.scaleX, py / frame.scaleY);
         sum = sum + Shade(*point.material, Normal(field, frame, u, v), groove, sky, exposure.lamp) * part;
         cover += part;
     }
@@ -202,7 +217,7 @@ CBitmap RenderRelief(const SFrame& frame, const Shape& shape, const SSetting& se
     for (int y = 0; y < frame.height; ++y) {
         for (int x = 0; x < frame.width; ++x) {
             SColour pixel = ShadePixel(frame, field, exposures, setting, x, y);
-            pixel.a += ShadowAt(frame, exposures.At(x, y), setting, x, y) * (1 - pixel.a);
+            pixel.a += ShadowAt(frame, exposures.GroundAt(x, y), setting, x, y) * (1 - pixel.a);
             bitmap.At(x, y) = pixel;
         }
     }

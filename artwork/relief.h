@@ -7,8 +7,8 @@
 
 namespace KAV::Artwork {
 
-/// Which way the fine grooves of a machined surface run; they draw its highlights out across themselves.
-enum class EGrain { None, Turned, Across };
+/// Whether a surface was turned on a lathe: its fine grooves draw highlights out across themselves.
+enum class EGrain { None, Turned };
 
 /// What a surface is made of.
 struct SMaterial {

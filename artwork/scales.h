@@ -11,8 +11,8 @@ namespace KAV::Artwork {
 inline constexpr int ValueFrames = 63;
 
 /// The frame that shows `value` (0..1).
-constexpr int FrameOf(double value, int frames = ValueFrames) {
-    return static_cast<int>((frames - 1) * value + 0.5);
+inline int FrameOf(double value, int frames = ValueFrames) {
+    return static_cast<int>(std::floor((frames - 1) * value + 0.5));
 }
 
 /// Travel of a fader's cap inside its frame, in panel pixels. One step of the 62 is 4.5 panel pixels and nine

@@ -21,9 +21,15 @@ inline double RoundedEdge(double distance, double width, double height) {
     return height * std::sqrt(1 - t * t);
 }
 
-/// A straight bevel of the same extent.
-inline double Bevel(double distance, double width, double height) {
-    return height * std::clamp(-distance / width, 0.0, 1.0);
+/// A wall with a chamfer on it that mirrors the studio's lamp where it faces it: `height` from `width` inside
+/// on.
+inline double ChamferedEdge(double distance, double width, double height) {
+    constexpr double wall = 0.25;
+    constexpr double slope = 0.5; // half the angle to the lamp
+    const double inside = -distance;
+    const double foot = height - slope * (width - wall);
+    if (inside < wall) return foot * std::clamp(inside / wall, 0.0, 1.0);
+    return std::min(height, foot + slope * (inside - wall));
 }
 
 } // namespace KAV::Artwork

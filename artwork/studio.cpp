@@ -10,14 +10,14 @@ namespace {
 /// A soft light of the studio as a mirror sees it: brightest in one direction, falling off like a bell.
 struct SLobe {
     SVector direction;
-    float strength;
-    float sharpness;
+    float strength = 0;
+    float sharpness = 1;
 };
 
 /// The lamp, the ceiling around it, a weak reflector from below right, and one that gives metal edges a line.
 constexpr std::array Lobes{
-    SLobe{{-0.42f, -0.63f, 0.653f}, 2.3f, 13.0f},
-    SLobe{{-0.10f, -0.45f, 0.887f}, 0.34f, 3.0f},
+    SLobe{{-0.42f, -0.63f, 0.653f}, 3.1f, 13.0f},
+    SLobe{{-0.10f, -0.45f, 0.887f}, 0.27f, 3.0f},
     SLobe{{0.62f, 0.55f, 0.559f}, 0.26f, 7.0f},
     SLobe{{-0.80f, -0.10f, 0.592f}, 0.22f, 9.0f},
 };

@@ -182,7 +182,6 @@ Painter HistoryPainter(const SFrame& frame, bool forward) {
     return [=](int index) {
         const auto symbol = [forward](CPen& pen, const SColour& colour) {
             if (forward) cairo_scale(pen.Path(), -1, 1);
-            cairo_translate(pen.Path(), 0, -1.0);
             Turn(pen, colour);
         };
         const SColour colours[] = {SymbolRest, SymbolDisabled, SymbolOn};
