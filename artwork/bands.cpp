@@ -34,10 +34,14 @@ CBitmap Plate(const SFrame& frame, const SRect& band, const SColour& colour) {
     return bitmap;
 }
 
+bool IsNumber(ETone tone) {
+    return tone == ETone::Number || tone == ETone::Fine;
+}
+
 SLettering StyleOf(const SLabel& label) {
     SLettering style{.size = LetteringSize(label.tone)};
     style.align = label.align < 0 ? EAlign::Left : label.align > 0 ? EAlign::Right : EAlign::Centre;
-    if (label.tone == ETone::Number)
+    if (IsNumber(label.tone))
         style.weight = 0.22; // thin strokes turn grey when the panel is small
     else
         style.face = EFace::Bold;
@@ -55,7 +59,7 @@ CBitmap Engraving(const SFrame& frame, EBand band) {
         pen.Line(line.x0, line.y0, line.x1, line.y1, line.major ? 0.95 : 0.6,
             Line.WithAlpha(line.major ? 1 : 0.6));
     for (const auto& label : LabelsOf(band)) {
-        const SColour colour = label.tone == ETone::Number ? InkQuiet : Ink;
+        const SColour colour = IsNumber(label.tone) ? InkQuiet : Ink;
         pen.Text(label.text, label.x - 0.3, label.y - 0.4, StyleOf(label), Hex(0x000000).WithAlpha(0.5));
         pen.Text(label.text, label.x, label.y, StyleOf(label), colour);
     }

@@ -121,10 +121,10 @@ Painter MacroKnobPainter(const SFrame& frame) {
     return [=](int index) {
         CPen ring(frame);
         const double radius = 17.9;
-        ring.Arc(25, 25, radius, -KnobHalfTurn, KnobHalfTurn, 1.9, Hex(0x16181B));
+        ring.Arc(25, 25, radius, -KnobHalfTurn, KnobHalfTurn, 2.3, Hex(0x16181B));
         const double angle = AngleOf(index);
         if (index != ValueFrames / 2)
-            ring.Arc(25, 25, radius, std::min(0.0, angle), std::max(0.0, angle), 1.3, Macro);
+            ring.Arc(25, 25, radius, std::min(0.0, angle), std::max(0.0, angle), 1.6, Macro);
         CBitmap bitmap = ring.Result();
         CBitmap body = RenderKnob(frame, knob, angle);
         FadeRim(body, frame, 20, 24.4);

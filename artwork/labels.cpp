@@ -56,27 +56,25 @@ void AddBodyLabels(std::vector<SLabel>& labels) {
         labels.push_back({std::string(scale.unit), x, UnitY, ETone::Number});
         for (const auto& tick : scale.ticks) {
             if (*tick.text)
-                labels.push_back({tick.text, x - 22, rect.y + FaderY(tick.value), ETone::Number, 1});
+                labels.push_back({tick.text, x - 19.8, rect.y + FaderY(tick.value), ETone::Number, 1});
         }
     }
     for (const auto& [x, side] : MeterScales) {
+        labels.push_back({"dB", x + 3 * side, UnitY, ETone::Fine, -side});
         for (const int db : MeterLevels)
-            labels.push_back(
-                {std::to_string(std::abs(db)), x + 3.4 * side, MeterY(db), ETone::Number, -side});
+            labels.push_back({std::to_string(std::abs(db)), x + 3 * side, MeterY(db), ETone::Fine, -side});
     }
     for (const double x : {56.5, 204.5}) labels.push_back({"In", x, NameY});
     for (const double x : {550.5, 698.5}) labels.push_back({"Out", x, NameY});
     for (int n = 0; n < 16; ++n) {
         const double x = n < 8 ? 14.5 + 12 * n : 162.5 + 12 * (n - 8);
         for (const double side : {0.0, 494.0})
-            labels.push_back({std::to_string(n + 1), x + side, 440.5, ETone::Number});
+            labels.push_back({std::to_string(n + 1), x + side, 440.5, ETone::Fine});
     }
     for (const int db : ReductionLevels)
         labels.push_back({std::to_string(db), GainReductionRect.x + 11.5, ReductionY(db), ETone::Number, 1});
     labels.push_back({"Gain Reduction", GainReductionRect.CentreX(), 380, ETone::Name});
     labels.push_back({"dB", GainReductionRect.CentreX(), 391, ETone::Number});
-    for (const auto& [x, side] : MeterScales)
-        labels.push_back({"dB", x + 3.4 * side, UnitY, ETone::Number, -side});
 }
 
 void AddKnobLabels(std::vector<SLabel>& labels, std::string_view place) {
@@ -121,12 +119,12 @@ void AddBodyLines(std::vector<SScaleLine>& lines) {
         for (const auto& tick : scale.ticks) {
             const double y = rect.y + FaderY(tick.value);
             const bool major = *tick.text != 0;
-            lines.push_back({x - (major ? 20 : 17), y, x - 5, y, major});
+            lines.push_back({x - (major ? 18 : 15.5), y, x - 5, y, major});
             lines.push_back({x + 5, y, x + 12, y, major});
         }
     }
     for (const auto& [x, side] : MeterScales) {
-        for (const int db : MeterLevels) lines.push_back({x, MeterY(db), x + 2.2 * side, MeterY(db), true});
+        for (const int db : MeterLevels) lines.push_back({x, MeterY(db), x + 1.9 * side, MeterY(db), true});
     }
     for (const int db : ReductionLevels)
         lines.push_back(
@@ -141,7 +139,7 @@ SRect BandRect(EBand band) {
 }
 
 double LetteringSize(ETone tone) {
-    constexpr std::array<double, 4> sizes{8.6, 6.9, 7.2, 11.5};
+    constexpr std::array<double, 5> sizes{8.6, 6.9, 6.3, 7.2, 11.5};
     return sizes[static_cast<std::size_t>(tone)];
 }
 

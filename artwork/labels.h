@@ -10,7 +10,7 @@ namespace KAV::Artwork {
 /// The three bands that carry all lettering that does not change.
 enum class EBand { Top, Body, Toolbar };
 
-enum class ETone { Name, Number, Section, Product };
+enum class ETone { Name, Number, Fine, Section, Product };
 
 /// A piece of lettering: where it stands on the panel, in panel pixels. `y` is the middle of the capitals;
 /// `x` the left end, the middle or the right end.

@@ -17,7 +17,7 @@ SColour LevelColour(double value) {
 }
 
 SColour Unlit(const SColour& lit) {
-    return Mix(Hex(0x1B1E22), lit, 0.11);
+    return Mix(Hex(0x1B1E22), lit, 0.09);
 }
 
 } // namespace
