@@ -1,4 +1,5 @@
 #include "tests/artwork/decoded.h"
+#include "tests/support/scratch_home.h"
 
 #include <algorithm>
 #include <cmath>
@@ -125,6 +126,28 @@ TEST_P(Picture, IsEmptyBehindItsLastFrame) {
 
 INSTANTIATE_TEST_SUITE_P(All, Picture, testing::ValuesIn(Sprites().begin(), Sprites().end()),
     [](const auto& one) { return std::string(one.param.name); });
+
+TEST(ReadPng, RefusesWhatIsNoPictureOrOnlyHalfOfOne) {
+    const auto folder = KAV::Tests::ScratchFolder();
+    const auto whole = FileOf(SpriteOf("hint"));
+    std::filesystem::copy_file(whole, folder / "half.png");
+    std::filesystem::resize_file(folder / "half.png", std::filesystem::file_size(whole) / 2);
+    std::ofstream(folder / "text.png", std::ios::binary) << "no picture";
+    EXPECT_THROW(ReadPng(folder / "half.png"), std::runtime_error);
+    EXPECT_THROW(ReadPng(folder / "text.png"), std::runtime_error);
+    EXPECT_THROW(ReadPng(folder / "absent.png"), std::runtime_error);
+}
+
+TEST(WritePng, KeepsEveryPixel) {
+    SPixels pixels{3, 2, {}};
+    for (int i = 0; i < 24; ++i) pixels.rgba.push_back(static_cast<std::uint8_t>(i * 11));
+    const auto file = KAV::Tests::ScratchFolder() / "pixels.png";
+    WritePng(file, pixels);
+    const SPixels read = ReadPng(file);
+    EXPECT_EQ(read.width, 3);
+    EXPECT_EQ(read.height, 2);
+    EXPECT_EQ(read.rgba, pixels.rgba);
+}
 
 TEST(Pictures, AreThirtyFiveOfLessThanTenMegabytesTogether) {
     std::uintmax_t size = 0;
