@@ -71,7 +71,8 @@ CBitmap Engraving(const SFrame& frame, EBand band) {
 Painter TopBarPainter(const SFrame& frame) {
     return [=](int) {
         CBitmap bitmap = Plate(frame, BandRect(EBand::Top), Hex(0x32363C));
-        CarveSunk(bitmap, frame, {.rect = {11, 23, 54, 20}, .radius = 2.8, .depth = 1.4, .ground = &Glass});
+        CarveSunk(
+            bitmap, frame, {.rect = {12, 22.6, 72.4, 20.8}, .radius = 2.8, .depth = 1.4, .ground = &Glass});
         CPen pen(frame);
         for (const double x : {112.0, 574.0, 698.0}) {
             pen.Fill({x, 8, 0.5, 68}, Hex(0x000000).WithAlpha(0.4));

@@ -151,7 +151,7 @@ std::vector<SLabel> LabelsOf(EBand band) {
         labels.push_back({"CHANNELS", 125, 10.5, ETone::Section, -1});
         labels.push_back({"GROUPS", 592, 10.5, ETone::Section, -1});
         labels.push_back({"COPY", 726, 10.5, ETone::Section});
-        labels.push_back({"Edit", 48, 64.5, ETone::Name, 1});
+        labels.push_back({"Edit", 14, 64.5, ETone::Name, -1});
         break;
     case EBand::Body:
         AddBodyLabels(labels);
