@@ -36,7 +36,8 @@ SSurface CapSurface(double x, double y) {
 
 } // namespace
 
-/// The cap moves by whole pixels and the light does not move with it, so it is drawn once.
+/// The cap stands on whole pixels of the picture, a quarter of a panel pixel off at most, and the light does
+/// not move with it: so it is drawn once, and is as crisp in every frame.
 Painter FaderPainter(const SFrame& frame) {
     constexpr int margin = 24; // of pixels around the cap, for its shadow
     const SFrame window{frame.width, static_cast<int>(FaderCapHeight * frame.scaleY) + 2 * margin,
@@ -57,7 +58,7 @@ Painter FaderPainter(const SFrame& frame) {
     }
     return [=](int index) {
         CBitmap bitmap(frame.width, frame.height);
-        const double centre = FaderY(static_cast<double>(index) / (ValueFrames - 1)) * frame.scaleY;
+        const double centre = FaderY(ValueOf(index, FaderAnchors)) * frame.scaleY;
         bitmap.Over(cap, 0, static_cast<int>(std::lround(centre - window.height / 2.0)));
         return bitmap;
     };

@@ -94,7 +94,7 @@ void FadeRim(CBitmap& bitmap, const SFrame& frame, double from, double to) {
 }
 
 double AngleOf(int index) {
-    return KnobAngle(static_cast<double>(index) / (ValueFrames - 1));
+    return KnobAngle(ValueOf(index, KnobAnchors));
 }
 
 } // namespace

@@ -15,8 +15,23 @@ inline int FrameOf(double value, int frames = ValueFrames) {
     return static_cast<int>(std::floor((frames - 1) * value + 0.5));
 }
 
-/// Travel of a fader's cap inside its frame, in panel pixels. One step of the 62 is 4.5 panel pixels and nine
-/// of the picture's, so that the cap falls on whole pixels in every frame.
+/// Values that frames are drawn at exactly: those with a number on some scale. 63 frames hit few of them by
+/// themselves, and a cap two pixels beside its number looks wrong.
+inline constexpr std::array FaderAnchors{
+    0.0, 1.0 / 6, 0.2, 0.25, 1.0 / 3, 0.4, 0.5, 0.6, 2.0 / 3, 0.75, 0.8, 5.0 / 6, 1.0};
+inline constexpr std::array KnobAnchors{0.0, 0.125, 0.25, 0.375, 0.5, 0.625, 0.75, 0.875, 1.0};
+
+/// The value that a frame is drawn at: one that it stands for, exact at the anchors and even between them.
+inline double ValueOf(int frame, std::span<const double> anchors) {
+    std::size_t i = 1;
+    while (FrameOf(anchors[i]) < frame) ++i;
+    const int before = FrameOf(anchors[i - 1]);
+    const int after = FrameOf(anchors[i]);
+    const double part = static_cast<double>(frame - before) / (after - before);
+    return anchors[i - 1] + (anchors[i] - anchors[i - 1]) * part;
+}
+
+/// Travel of a fader's cap inside its frame, in panel pixels.
 inline constexpr double FaderMaximumY = 25.0;
 inline constexpr double FaderMinimumY = 304.0;
 inline constexpr double FaderCentreX = 30.5;

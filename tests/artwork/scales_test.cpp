@@ -44,10 +44,30 @@ TEST(ReductionHeight, IsLinearInGain) {
     EXPECT_NEAR(ReductionHeight(20), 0.9, 1e-12);
 }
 
-TEST(FaderFrames, PutTheCapOnWholePixelsOfThePicture) {
+TEST(ValueOf, IsAValueThatTheFrameStandsFor) {
     for (int frame = 0; frame < ValueFrames; ++frame) {
-        const double pixels = FaderY(static_cast<double>(frame) / (ValueFrames - 1)) * 2;
-        EXPECT_NEAR(pixels, std::round(pixels), 1e-9) << "frame " << frame;
+        EXPECT_EQ(FrameOf(ValueOf(frame, FaderAnchors)), frame);
+        EXPECT_EQ(FrameOf(ValueOf(frame, KnobAnchors)), frame);
+    }
+}
+
+TEST(ValueOf, IsExactWhereAScaleHasANumber) {
+    const auto numbers = [](std::span<const STick> ticks, std::span<const double> anchors) {
+        for (const auto& tick : ticks) {
+            if (!*tick.text) continue;
+            EXPECT_NEAR(ValueOf(FrameOf(tick.value), anchors), tick.value, 1e-12) << tick.text;
+        }
+    };
+    numbers(InputGainTicks, FaderAnchors);
+    numbers(ThirtyDbTicks, FaderAnchors);
+    numbers(ReleaseTicks, FaderAnchors);
+    numbers(MainGainTicks, KnobAnchors);
+}
+
+TEST(ValueOf, RisesWithTheFrame) {
+    for (int frame = 1; frame < ValueFrames; ++frame) {
+        EXPECT_GT(ValueOf(frame, FaderAnchors), ValueOf(frame - 1, FaderAnchors));
+        EXPECT_GT(ValueOf(frame, KnobAnchors), ValueOf(frame - 1, KnobAnchors));
     }
 }
 
