@@ -160,7 +160,7 @@ struct SFader {
 
 class Fader : public testing::TestWithParam<SFader> {};
 
-/// Tests that a knob's pointer and the scale on the toolbar agree at every line, within half a panel pixel at
+/// A knob's pointer and the scale on the toolbar agree at every line, within half a panel pixel at
 /// the scale's inner end.
 void ExpectPointerMeetsTicks(const SPixels& pixels, const SPlace& place, std::span<const STick> ticks,
     double capInner, double capOuter, double tickInner, double tickOuter) {
@@ -358,10 +358,25 @@ TEST(Panel, EndsItsFadersAboveTheToolbar) {
     }
 }
 
-class Lettering : public testing::TestWithParam<EBand> {};
+/// The strongest contrast between the ground of an area, which is what most of it shows, and its lightest or
+/// darkest hundredth, which is the ink.
+double ContrastOfInk(std::vector<double> luminances) {
+    std::sort(luminances.begin(), luminances.end());
+    const auto at = [&luminances](double part) {
+        return luminances[static_cast<std::size_t>(part * static_cast<double>(luminances.size() - 1))];
+    };
+    return std::max(Contrast(at(0.99), at(0.5)), Contrast(at(0.01), at(0.5)));
+}
 
-/// The ink is the brightest of a label's pixels, the ground the one in the middle of all.
-TEST_P(Lettering, HasAContrastOfFourAndAHalf) {
+/// Words on a key: a rectangle in panel pixels that holds them and the face, no lamp.
+struct SWords {
+    const char* sprite;
+    SRect rect;
+};
+
+class BandLettering : public testing::TestWithParam<EBand> {};
+
+TEST_P(BandLettering, HasAContrastOfFourAndAHalf) {
     const CBand band(GetParam());
     for (const auto& label : LabelsOf(GetParam())) {
         const double size = LetteringSize(label.tone);
@@ -374,11 +389,38 @@ TEST_P(Lettering, HasAContrastOfFourAndAHalf) {
                 luminances.push_back(band.LuminanceAt(x, y));
             }
         }
-        std::sort(luminances.begin(), luminances.end());
-        const double ink = luminances[luminances.size() - 1 - luminances.size() / 100];
-        const double ground = luminances[luminances.size() / 2];
-        EXPECT_GE(Contrast(ink, ground), 4.5) << label.text;
+        EXPECT_GE(ContrastOfInk(luminances), 4.5) << label.text;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Bands, Lettering, testing::Values(EBand::Top, EBand::Body, EBand::Toolbar));
+INSTANTIATE_TEST_SUITE_P(All, BandLettering, testing::Values(EBand::Top, EBand::Body, EBand::Toolbar));
+
+TEST(Lettering, OnKeysHasAContrastOfFourAndAHalf) {
+    constexpr SWords words[] = {{"buttonin", {30, 13, 60, 12}}, {"buttonar", {28, 13, 64, 12}},
+        {"switchgpu2", {6, 10, 48, 9}}, {"switchgpu2", {5, 25, 50, 10}}, {"switchsimd", {18, 6, 24, 8}},
+        {"switchsimd", {26, 15, 24, 12}}, {"hq", {9.5, 6, 9, 8}}, {"toolbtna", {5, 5, 14, 12}}};
+    for (const auto& [name, rect] : words) {
+        const SSprite& sprite = SpriteOf(name);
+        const SPixels pixels = ReadPng(FileOf(sprite));
+        const double scaleX = sprite.FrameWidth() / sprite.panelWidth;
+        const double scaleY = sprite.FrameHeight() / sprite.panelHeight;
+        for (int frame = 0; frame < sprite.frames; ++frame) {
+            const SCell cell = CellOf(pixels, sprite, frame);
+            std::vector<double> luminances;
+            for (int v = static_cast<int>(rect.y * scaleY); v < static_cast<int>(rect.Bottom() * scaleY);
+                 ++v) {
+                for (int u = static_cast<int>(rect.x * scaleX); u < static_cast<int>(rect.Right() * scaleX);
+                     ++u) {
+                    const auto* p = cell.At(u, v);
+                    const float alpha = static_cast<float>(p[3]) / 255;
+                    const float ground = 0x17 / 255.0f * (1 - alpha); // a display, where the key has no face
+                    const auto channel = [&](int k) {
+                        return static_cast<float>(p[k]) / 255 * alpha + ground;
+                    };
+                    luminances.push_back(Luminance({channel(0), channel(1), channel(2), 1}));
+                }
+            }
+            EXPECT_GE(ContrastOfInk(luminances), 4.5) << name << " frame " << frame;
+        }
+    }
+}
