@@ -256,6 +256,7 @@ TEST_F(Device, RoutingOfAGroupDecidesWhichChannelsItsTogglesMean) {
 
 TEST_F(Device, MeterTagsReadWhatTheEngineShowsAndNothingElseDoes) {
     for (std::int32_t tag = -60; tag < 0; ++tag) EXPECT_EQ(device.GetParam(tag, 0), 0.0f) << tag;
+    device.SetParam(37, 0.5f, 0); // a ceiling of -15 dB tells what leaves the group from what enters it
     for (int block = 0; block < 200; ++block) {
         std::vector<std::vector<float>> audio{std::vector<float>(512, 0.9f), std::vector<float>(512, 0.1f)};
         effect.Process(audio);
@@ -272,6 +273,7 @@ TEST_F(Device, MeterTagsReadWhatTheEngineShowsAndNothingElseDoes) {
     }
     for (std::int32_t g = 0; g < 4; ++g) EXPECT_EQ(meter(-20 - g) > 0.0f, g == 0);
     EXPECT_GT(meter(-4), meter(-5));
+    EXPECT_GT(meter(-24), meter(-40));
     for (const std::int32_t tag : {-1, -2, -3, -56, -57}) EXPECT_EQ(meter(tag), 0.0f) << tag;
     device.SetParam(-4, 0.0f, 0);
     EXPECT_GT(meter(-4), 0.0f) << "a meter can't be written";

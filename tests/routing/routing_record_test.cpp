@@ -144,7 +144,8 @@ TEST(RoutingRecord, BytesOfAnyKindAndNumberGiveADefinedRecord) {
         ExpectEmptyFrom(record, 0);
         EXPECT_EQ(ERoutingType{record.type}, ERoutingType::None) << cut;
     }
-    const std::string zeros("<map>1\0,2|*|\0003,4</map>\0<type>\0mono</type>", 44);
+    constexpr char Zeros[] = "<map>1\0,2|*|\0003,4</map>\0<type>\0mono</type>";
+    const std::string zeros(Zeros, sizeof(Zeros) - 1);
     record.Set(zeros);
     ExpectPair(record, 0, 1, 2);
     ExpectPair(record, 1, 0, 4);
