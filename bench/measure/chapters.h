@@ -1,0 +1,18 @@
+#pragma once
+
+#include "bench/measure/rig.h"
+
+#include <iosfwd>
+
+/// The chapters of the measurements, each written as Markdown.
+namespace KAV::Measure {
+
+void StepResponse(std::ostream& out);
+void ReleaseTimes(std::ostream& out);
+void Distortion(std::ostream& out);
+void FilterResponses(std::ostream& out);
+void Delays(std::ostream& out);
+/// `music`: a real piece at `rateHz`.
+void Peaks(std::ostream& out, const Audio& music, float rateHz);
+
+} // namespace KAV::Measure
