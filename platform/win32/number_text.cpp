@@ -7,9 +7,9 @@
 #include <string_view>
 #include <system_error>
 
-// The C library of this system reads no hexadecimal floats, rounds twice and takes the decimal point from the
-// process's locale. The C++ library reads exactly and knows no locale; what C allows around the digits is
-// added here.
+// Of the C library's readers here, the one that takes a locale knows neither hexadecimal nor "inf" and "nan",
+// and has no single precision; the others take the decimal point from the process's locale. The C++ library
+// reads exactly and knows no locale; what C allows around the digits is added here.
 
 namespace KAV::Platform {
 

@@ -1,4 +1,6 @@
 #include "dsp/biquad_cascade.h"
+
+#include "tests/support/peak_difference.h"
 #include "utils/cpu_features.h"
 
 #include <algorithm>
@@ -171,15 +173,7 @@ TEST(BiquadCascade, FusedPassesStayWithinTenToTheMinusSevenOfThePeak) {
             const auto music = Music(3, 441000); // ten seconds
             const auto plain = Filtered(order, corner * 0.5 / factor, music, 0);
             const auto fused = Filtered(order, corner * 0.5 / factor, music, FourFeatures);
-            double peak = 0.0;
-            double difference = 0.0;
-            for (std::size_t c = 0; c < 3; ++c) {
-                for (std::size_t i = 0; i < plain[c].size(); ++i) {
-                    const double x = static_cast<double>(plain[c][i]);
-                    peak = std::max(peak, std::fabs(x));
-                    difference = std::max(difference, std::fabs(x - static_cast<double>(fused[c][i])));
-                }
-            }
+            const auto [peak, difference] = KAV::Tests::Compare(plain, fused);
             EXPECT_GT(peak, 0.5);
             EXPECT_LE(difference, 1e-7 * peak) << "order " << order << ", factor " << factor;
         }

@@ -1,10 +1,9 @@
 #include "dsp/biquad_cascade.h"
 #include "tests/end_to_end/music.h"
+#include "tests/support/peak_difference.h"
 #include "utils/cpu_features.h"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <gtest/gtest.h>
 #include <utility>
 #include <vector>
@@ -46,15 +45,7 @@ TEST(RealMusic, GoesThroughFusedPassesWithinTenToTheMinusSevenOfItsPeak) {
         for (const double factor : {2.0, 4.0, 8.0}) {
             const auto plain = Filtered(order, corner * 0.5 / factor, music, 0);
             const auto fused = Filtered(order, corner * 0.5 / factor, music, features);
-            double peak = 0.0;
-            double difference = 0.0;
-            for (std::size_t c = 0; c < 2; ++c) {
-                for (std::size_t i = 0; i < plain[c].size(); ++i) {
-                    const double x = static_cast<double>(plain[c][i]);
-                    peak = std::max(peak, std::fabs(x));
-                    difference = std::max(difference, std::fabs(x - static_cast<double>(fused[c][i])));
-                }
-            }
+            const auto [peak, difference] = Compare(plain, fused);
             EXPECT_GT(peak, 0.5);
             EXPECT_LE(difference, 1e-7 * peak) << "order " << order << ", factor " << factor;
         }
