@@ -9,19 +9,6 @@ namespace {
 constexpr std::string_view RoutingOpening = "<kav_input_routing>";
 constexpr std::string_view RoutingEnd = "</kav_input_routing>";
 
-/// Every occurrence of `what`, from left to right, replaced in one pass.
-std::string ReplaceAll(std::string_view text, std::string_view what, std::string_view by) {
-    std::string result;
-    result.reserve(text.size());
-    while (true) {
-        const auto place = text.find(what);
-        result += text.substr(0, place);
-        if (place == std::string_view::npos) return result;
-        result += by;
-        text.remove_prefix(place + what.size());
-    }
-}
-
 /// The number as it stands in a line, between the quotation marks behind "tag=".
 std::string_view TagText(std::string_view line) noexcept {
     return ExtractTag(line, "tag=", "\"", "\"");
@@ -108,16 +95,17 @@ SMacroTarget ReadMacroTarget(std::string_view piece) noexcept {
 std::string RoutingBlock(std::string_view document, int group) {
     std::string head(RoutingOpening);
     head.append(LineEnd).append("\t<fx>").append(std::to_string(group)).append("</fx>");
-    return ReplaceAll(document, RoutingOpening, head).append(LineEnd);
+    return Utils::ReplaceAll(document, RoutingOpening, head).append(LineEnd);
 }
 
 bool CRoutingBlocks::Next() noexcept {
-    const auto begin = _rest.find(RoutingOpening);
+    const auto begin = Utils::FindMark(_rest, RoutingOpening);
     if (begin == std::string_view::npos) return false;
-    const auto end = _rest.find(RoutingEnd, begin);
+    _rest.remove_prefix(begin);
+    const auto end = Utils::FindMark(_rest, RoutingEnd);
     if (end == std::string_view::npos) return false;
-    _block = _rest.substr(begin, end + RoutingEnd.size() - begin);
-    _rest.remove_prefix(end + RoutingEnd.size());
+    _block = _rest.substr(0, end + RoutingEnd.size());
+    _rest.remove_prefix(_block.size());
     return true;
 }
 
@@ -127,7 +115,7 @@ std::string_view CRoutingBlocks::Group() const noexcept {
 
 std::string CRoutingBlocks::Document() const {
     const auto line = std::string("<fx>").append(Group()).append("</fx>").append(LineEnd);
-    return ReplaceAll(_block, line, "");
+    return Utils::ReplaceAll(_block, line, "");
 }
 
 } // namespace KAV::Patch

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 /// Finding one's way in texts whose parts stand between marks, in one pass and without a copy. Any bytes can
@@ -10,6 +12,16 @@ namespace KAV::Utils {
 /// from the end of the one before. Empty when one of them is missing.
 std::string_view ExtractTag(
     std::string_view text, std::string_view open, std::string_view mid, std::string_view close) noexcept;
+
+/// Every occurrence of `what`, from left to right, replaced in one pass. `what` isn't empty.
+std::string ReplaceAll(std::string_view text, std::string_view what, std::string_view by);
+
+/// The place of `mark` in `text`, or npos. All searches of this header go through it.
+std::size_t FindMark(std::string_view text, std::string_view mark) noexcept;
+
+/// How many bytes FindMark() has passed over since the program began: by this a test sees whether work grows
+/// with a text or faster.
+std::uint64_t SearchedBytes() noexcept;
 
 /// Walks through the pieces of a text between occurrences of a delimiter, empty ones included, in one pass
 /// and without a list of them. An empty text has none.

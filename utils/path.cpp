@@ -5,6 +5,7 @@
 #include "utils/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace KAV::Utils {
 
@@ -27,6 +28,12 @@ void Append(std::u16string& path, char16_t c) {
 std::u16string WithSlash(std::u16string folder) {
     if (!folder.empty() && folder.back() != u'/') folder += u'/';
     return folder;
+}
+
+/// Of a test; never destroyed, because the folder is asked until the very end of the process.
+std::optional<std::u16string>& DocumentsOfTest() {
+    static auto* const folder = new std::optional<std::u16string>;
+    return *folder;
 }
 
 } // namespace
@@ -61,7 +68,12 @@ std::u16string StripExtension(std::u16string_view path) {
 }
 
 std::u16string GetDocumentsFolder() {
+    if (DocumentsOfTest()) return *DocumentsOfTest();
     return WithSlash(FromSystemPath(Platform::DocumentsFolder()));
+}
+
+void UseDocumentsFolder(std::optional<std::u16string> folder) {
+    DocumentsOfTest() = std::move(folder);
 }
 
 std::u16string GetTemporaryFolder() {

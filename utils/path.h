@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,10 @@ std::u16string StripExtension(std::u16string_view path);
 /// Where the user keeps documents, with a slash at the end. Empty when the system names no such folder, or
 /// its name isn't text: callers stop then.
 std::u16string GetDocumentsFolder();
+
+/// For tests: that folder from now on, with a slash at the end, in the whole process; empty for a system that
+/// names none; nothing means the system's own again. No other thread may ask meanwhile.
+void UseDocumentsFolder(std::optional<std::u16string> folder);
 
 /// For files that may be lost, with a slash at the end; empty as above.
 std::u16string GetTemporaryFolder();

@@ -36,3 +36,19 @@ TEST(Pieces, KeepEmptyOnesAndEndWithTheLast) {
     EXPECT_EQ(Pieces("a\nb\r", "\r\n"), (Texts{"a\nb\r"}));
     EXPECT_EQ(Pieces("", "\r\n"), Texts{});
 }
+
+TEST(ReplaceAll, ReplacesFromLeftToRightInOnePass) {
+    EXPECT_EQ(ReplaceAll("aXbXXc", "X", "yy"), "ayybyyyyc");
+    EXPECT_EQ(ReplaceAll("aaa", "aa", "b"), "ba");
+    EXPECT_EQ(ReplaceAll("ab", "b", "bb"), "abb");
+    EXPECT_EQ(ReplaceAll("abc", "abc", ""), "");
+    EXPECT_EQ(ReplaceAll("", "x", "y"), "");
+}
+
+TEST(FindMark, CountsWhatItHasPassedOver) {
+    const auto before = SearchedBytes();
+    EXPECT_EQ(FindMark("0123456789", "5"), 5u);
+    EXPECT_EQ(SearchedBytes(), before + 5);
+    EXPECT_EQ(FindMark("0123456789", "x"), std::string_view::npos);
+    EXPECT_EQ(SearchedBytes(), before + 15);
+}

@@ -109,3 +109,13 @@ TEST(SystemFolders, EndWithASlash) {
     }
     EXPECT_FALSE(GetModulePath().empty());
 }
+
+TEST(GetDocumentsFolder, IsATestsOwnWhileItWants) {
+    const auto before = GetDocumentsFolder();
+    UseDocumentsFolder(u"/somewhere/else/");
+    EXPECT_EQ(GetDocumentsFolder(), u"/somewhere/else/");
+    UseDocumentsFolder(u"");
+    EXPECT_EQ(GetDocumentsFolder(), u"");
+    UseDocumentsFolder(std::nullopt);
+    EXPECT_EQ(GetDocumentsFolder(), before);
+}

@@ -1,0 +1,45 @@
+#include "utils/dialogs.h"
+
+#include "platform/message_box.h"
+#include "utils/session_log.h"
+#include "utils/text.h"
+
+#include <atomic>
+
+namespace KAV::Utils {
+
+namespace {
+
+class CSystemDialogs final : public IDialogs {
+public:
+    std::u16string OpenFile(const SFileQuestion&) noexcept override { return {}; }
+    std::u16string SaveFile(const SFileQuestion&) noexcept override { return {}; }
+    void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
+        try {
+            if (!Platform::ShowErrorBox(ToUtf8(title), ToUtf8(text)))
+                LogLine(u"Error=" + std::u16string(text));
+        } catch (...) { // no memory to tell of it
+            return;
+        }
+    }
+};
+
+std::atomic<IDialogs*> replacement{nullptr};
+
+} // namespace
+
+IDialogs& SystemDialogs() noexcept {
+    static CSystemDialogs dialogs;
+    return dialogs;
+}
+
+IDialogs& Dialogs() noexcept {
+    IDialogs* const dialogs = replacement.load(std::memory_order_acquire);
+    return dialogs != nullptr ? *dialogs : SystemDialogs();
+}
+
+void UseDialogs(IDialogs* dialogs) noexcept {
+    replacement.store(dialogs, std::memory_order_release);
+}
+
+} // namespace KAV::Utils

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace KAV::Utils {
+
+/// What a dialog for files begins with.
+struct SFileQuestion {
+    std::u16string filter; ///< "title||pattern;pattern", several of them with "|||" between
+    std::u16string name;   ///< proposed for a file to save
+    std::u16string folder; ///< with forward slashes; empty: the system's choice
+};
+
+/// Boxes that ask or tell the user something. It is a seam: tests put answers of their own in the system's
+/// place. Threads: any but the audio thread, and no lock held: a box may stay for hours. Nothing throws.
+class IDialogs {
+public:
+    IDialogs() = default;
+    IDialogs(const IDialogs&) = delete;
+    IDialogs& operator=(const IDialogs&) = delete;
+
+    /// The path that the user has chosen; empty when the user chose none, or can't be asked.
+    virtual std::u16string OpenFile(const SFileQuestion& question) noexcept = 0;
+    virtual std::u16string SaveFile(const SFileQuestion& question) noexcept = 0;
+    /// Tells of an error.
+    virtual void ShowError(std::u16string_view title, std::u16string_view text) noexcept = 0;
+
+protected:
+    ~IDialogs() = default;
+};
+
+/// The system's own. What can't be shown, for want of a display, goes to the session log. It asks for no
+/// files: every such question counts as cancelled.
+IDialogs& SystemDialogs() noexcept;
+
+/// The one in use: the system's own, unless a test has put another in its place.
+IDialogs& Dialogs() noexcept;
+
+/// For tests: the dialogs of the whole process from now on; null means the system's own. `dialogs` must
+/// outlive its use.
+void UseDialogs(IDialogs* dialogs) noexcept;
+
+} // namespace KAV::Utils
