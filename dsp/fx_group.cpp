@@ -10,11 +10,11 @@ namespace {
 
 constexpr double HighestFactor = 8.0; // of oversampling
 
+} // namespace
+
 double OversampledRate(std::int32_t factor, float rateHz) noexcept {
     return static_cast<double>(factor) * static_cast<double>(rateHz);
 }
-
-} // namespace
 
 FxGroup::FxGroup() : _mixSmoother(250.0f, 250.0f, 44100.0f), _parameterSmoother(100.0f, 100.0f, 44100.0f) {
     ReserveRate(_rateHz);

@@ -15,6 +15,9 @@
 
 namespace KAV::DSP {
 
+/// The rate in Hz at which a group works.
+double OversampledRate(std::int32_t factor, float rateHz) noexcept;
+
 /// What one group is set to for one block; continuous values are positions 0..1.
 struct SGroupSettings {
     float inputGain = 0.0f;

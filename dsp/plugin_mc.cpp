@@ -54,12 +54,15 @@ void CPluginMC<TSample, TValue>::SetBlockSize(std::size_t frames) {
 
 template<typename TSample, typename TValue>
 int CPluginMC<TSample, TValue>::Latency() const noexcept {
+    const float rateHz = _rateHz;
+    const auto lookahead = static_cast<int>(
+        LookaheadLength(OversampledRate(std::int32_t{1} << this->parameters.oversampling, rateHz)));
     int latency = 0;
     for (std::size_t group = 0; group < GroupCount; ++group) {
         const bool used = std::any_of(this->parameters.channelInGroup.begin(),
             this->parameters.channelInGroup.end(), [group](const auto& entry) { return bool{entry[group]}; });
         if (!used) continue;
-        latency += static_cast<int>(_groups[group].Limiter().Lookahead());
+        latency += lookahead;
         if (groupsParallel) break; // the groups run side by side: the first one's delay stands for all
     }
     return latency;
@@ -68,8 +71,8 @@ int CPluginMC<TSample, TValue>::Latency() const noexcept {
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::ProcessBlock(
     std::span<TSample* const> channels, std::size_t frames) noexcept {
-    _gainSmoother.SetRate(_rateHz / static_cast<float>(frames));
-    _meters.SetBlockRate(_rateHz / static_cast<float>(frames));
+    _gainSmoother.SetRate(float{_rateHz} / static_cast<float>(frames));
+    _meters.SetBlockRate(float{_rateHz} / static_cast<float>(frames));
     const SBlock block = Snapshot(channels.size(), frames);
     const CFlushDenormals flushing;
 

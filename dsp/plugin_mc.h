@@ -50,7 +50,7 @@ public:
 
     /// Delay in samples of the oversampled rate, as reported to the host: the first used group's look-ahead
     /// in parallel, the sum over all used groups in series. A group is used when one of its channel toggles
-    /// is on.
+    /// is on. It is that of the present settings, also before a block has run with them: hosts ask then.
     int Latency() const noexcept;
 
     /// The limiter of a group 0..3, for its gain-reduction feed.
@@ -118,7 +118,7 @@ private:
     void ApplyOutput(const SBlock& block) noexcept;
     void SilenceUnused(const SBlock& block) noexcept;
 
-    float _rateHz = 44100.0f;
+    Utils::CShared<float> _rateHz{44100.0f};
     std::array<TSample*, ChannelCount>
         _active{}; // each input channel's buffer in this block, null when it is skipped
     std::array<bool, ChannelCount> _used{}; // some group took this channel in this block

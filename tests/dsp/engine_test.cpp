@@ -295,16 +295,17 @@ TEST_F(Engine, LatencyCountsTogglesAloneNotMuteSoloOrTheLimiterSwitch) {
     EXPECT_EQ(engine.Latency(), 64);
 }
 
-TEST_F(Engine, LatencyFollowsTheFactorLastProcessed) {
+TEST_F(Engine, LatencyIsThatOfThePresentSettingsBeforeABlockHasSeenThem) {
     engine.SetSampleRate(44100.0f);
     engine.parameters.oversampling = 3;
-    EXPECT_EQ(engine.Latency(), 64) << "no block has seen the factor";
-    Settle({0.1f, 0.1f}, 1);
     EXPECT_EQ(engine.Latency(), 512) << "unscaled, in samples of the oversampled rate";
-    engine.parameters.oversampling = 0;
-    EXPECT_EQ(engine.Latency(), 512);
     Settle({0.1f, 0.1f}, 1);
+    EXPECT_EQ(engine.Latency(), 512);
+    EXPECT_EQ(engine.Limiter(0).Lookahead(), 512u);
+    engine.parameters.oversampling = 0;
     EXPECT_EQ(engine.Latency(), 64);
+    engine.SetSampleRate(96000.0f);
+    EXPECT_EQ(engine.Latency(), 128);
 }
 
 TEST_F(Engine, RampsOfAGroupTakeAFactorsPartOfTheirTime) {

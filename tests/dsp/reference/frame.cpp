@@ -326,7 +326,10 @@ int CFrame::GetLatency() {
             anyToggle = anyToggle || _settings.channelInGroup[entry][g];
         }
         if (!anyToggle) continue;
-        const int lookAhead = static_cast<int>(_groups[g]->LookAhead());
+        // At the rate of the present settings, whether or not a block has run with them.
+        const double rateHz =
+            static_cast<double>(_sampleRate) * static_cast<double>(1 << _settings.oversampling);
+        const int lookAhead = static_cast<int>(CLimiter::LookAheadAt(rateHz));
         if (_settings.groupsParallel) {
             _coverage.Hit(g == 0 ? ECase::LatencyParallelFirst : ECase::LatencyParallelLater);
             return lookAhead;

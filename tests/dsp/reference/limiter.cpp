@@ -53,9 +53,7 @@ void CLimiter::SetRate(double rateHz) {
     _coverage.Hit(ECase::LimiterRestarts);
     _rate = rateHz;
     _tau = rateHz / (-std::log(0.1));
-    // About 1.4 ms in multiples of 64 samples. A rate too low for one multiple still gets one.
-    _lookAhead = static_cast<std::size_t>(std::floor(rateHz * 0.0014 * 0.015625 + 0.6)) * 64;
-    if (_lookAhead == 0) _lookAhead = 64;
+    _lookAhead = LookAheadAt(rateHz);
 
     _minimum.SetLength(_lookAhead);
     _average1.SetLength(_lookAhead / 2 + 1);
@@ -76,6 +74,12 @@ void CLimiter::SetRate(double rateHz) {
 
 double CLimiter::Rate() const {
     return _rate;
+}
+
+std::size_t CLimiter::LookAheadAt(double rateHz) {
+    // About 1.4 ms in multiples of 64 samples. A rate too low for one multiple still gets one.
+    const auto samples = static_cast<std::size_t>(std::floor(rateHz * 0.0014 * 0.015625 + 0.6)) * 64;
+    return samples == 0 ? 64 : samples;
 }
 
 std::size_t CLimiter::LookAhead() const {

@@ -49,7 +49,8 @@ public:
 
     void SetRate(double rateHz); // restarts with unity gain and empty delays
     double Rate() const;
-    std::size_t LookAhead() const; // samples
+    std::size_t LookAhead() const;                 // samples
+    static std::size_t LookAheadAt(double rateHz); // samples at a rate
 
     void SetParams(double thresholdPos, double ceilingPos, double releasePos, bool automatic);
     void Process(std::span<float* const> channels, int length);
