@@ -33,4 +33,12 @@ void CMacro::AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity)
     sensitivities[macro][static_cast<std::size_t>(free - slots.begin())] = sensitivity;
 }
 
+float CMacro::Sensitivity(std::size_t macro, std::int32_t tag) const noexcept {
+    float sensitivity = NoSensitivity;
+    for (std::size_t slot = 0; slot < Slots; ++slot) {
+        if (tags[macro][slot] == tag) sensitivity = sensitivities[macro][slot];
+    }
+    return sensitivity;
+}
+
 } // namespace KAV

@@ -30,6 +30,9 @@ public:
     /// the same. With no slot free the assignment is lost.
     void AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity) noexcept;
 
+    /// How strongly `tag` follows `macro` (0..4), as the last slot that holds it says; 0.5 if none does.
+    float Sensitivity(std::size_t macro, std::int32_t tag) const noexcept;
+
     std::array<std::array<Utils::CShared<std::int32_t>, Slots>, Macros> tags;
     std::array<std::array<Utils::CShared<float>, Slots>, Macros> sensitivities;
 

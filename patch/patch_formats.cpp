@@ -16,7 +16,8 @@ constexpr std::size_t NameOffset = 4;
 constexpr std::size_t NameBytes = 136;
 constexpr std::size_t PairsOffset = NameOffset + NameBytes;
 constexpr std::size_t PairBytes = 8;
-constexpr int GroupStep = 100; // a group's parameters are those of the first plus this per group
+constexpr std::size_t FxpHead = 60; // bytes before the patch in an .fxp file
+constexpr int GroupStep = 100;      // a group's parameters are those of the first plus this per group
 
 std::uint32_t LittleEndian(std::span<const char> data, std::size_t offset) noexcept {
     std::uint32_t value = 0;
@@ -72,18 +73,20 @@ std::string TextFromBinary(std::span<const char> data) {
     return text;
 }
 
-std::vector<char> PatchFromFxp(std::span<const char> file, std::u16string_view fileName) {
+bool IsFxpOfOurs(std::span<const char> file) noexcept {
     constexpr std::size_t idOffset = 16;
+    return file.size() >= FxpHead && BigEndian(file, idOffset) == static_cast<std::uint32_t>(PluginId);
+}
+
+std::vector<char> PatchFromFxp(std::span<const char> file, std::u16string_view fileName) {
     constexpr std::size_t sizeOffset = 56;
-    constexpr std::size_t chunkOffset = 60;
     constexpr std::size_t largestChunk = PairsOffset + PairBytes;
     constexpr std::size_t longestName = 63;
-    if (file.size() < chunkOffset || BigEndian(file, idOffset) != static_cast<std::uint32_t>(PluginId))
-        return {};
+    if (!IsFxpOfOurs(file)) return {};
     const auto size = std::min(
-        {static_cast<std::size_t>(BigEndian(file, sizeOffset)), largestChunk, file.size() - chunkOffset});
+        {static_cast<std::size_t>(BigEndian(file, sizeOffset)), largestChunk, file.size() - FxpHead});
     std::vector<char> patch(
-        file.begin() + chunkOffset, file.begin() + static_cast<std::ptrdiff_t>(chunkOffset + size));
+        file.begin() + FxpHead, file.begin() + static_cast<std::ptrdiff_t>(FxpHead + size));
     std::u16string name(fileName.substr(0, longestName));
     name += u'\0';
     for (std::size_t i = 0; i < name.size() * 2 && NameOffset + i < size; ++i)
@@ -101,16 +104,7 @@ std::string TextFromFile(std::string_view text, std::string_view fileName) {
     const auto named = [](std::string_view name) {
         return std::string("<patch_name>").append(name).append("</patch_name>");
     };
-    const auto old = named(ExtractTag(text, "<patch_name", ">", "<"));
-    std::string result;
-    result.reserve(text.size() + fileName.size());
-    while (true) {
-        const auto place = text.find(old);
-        result += text.substr(0, place);
-        if (place == std::string_view::npos) return result;
-        result += named(fileName);
-        text.remove_prefix(place + old.size());
-    }
+    return Utils::ReplaceAll(text, named(ExtractTag(text, "<patch_name", ">", "<")), named(fileName));
 }
 
 std::string CopyGroup(

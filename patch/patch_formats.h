@@ -26,6 +26,9 @@ std::string_view TextOf(std::span<const char> data) noexcept;
 /// The text says nothing of groups, so that its parameters are those of the current one.
 std::string TextFromBinary(std::span<const char> data);
 
+/// The file is an .fxp file of this plug-in.
+bool IsFxpOfOurs(std::span<const char> file) noexcept;
+
 /// The patch inside an .fxp file, with `fileName` for its name: a binary patch of one parameter at most.
 /// Longer ones are cut there, which leaves no text patch whole. Empty when the file is too short or belongs
 /// to another plug-in.

@@ -1,8 +1,11 @@
 #include "plugin/device_dsp.h"
 
+#include "device_gui/device_gui.h"
 #include "utils/text.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace KAV {
 
@@ -24,12 +27,16 @@ std::int32_t SelectorIndex(float value) noexcept {
 
 CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster) : CVSTDSPv2(audioMaster) {
     InitialiseParameters(parameters);
+    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this);
+    gui = editor.get();
+    setEditor(std::move(editor));
     // A patch may speak of the current group alone; from the last group to the first each gets its defaults,
     // and the first stays current.
     for (int group = DeviceGroups - 1; group >= 0; --group) {
         SetCurrentGroup(group);
         curProgram = 0;
-        SelectPatch(0, true);
+        gui->SelectPatch(0, true);
+        gui->SelectRouting(0, false);
     }
 }
 
@@ -76,7 +83,7 @@ void CDeviceDSP::GetParamDisplay(std::int32_t hostIndex, std::span<char> text) {
     }
 }
 
-std::int32_t CDeviceDSP::Resolve(std::int32_t tag, std::uint32_t flags) const noexcept {
+std::int32_t CDeviceDSP::ResolveTag(std::int32_t tag, std::uint32_t flags) const noexcept {
     if ((flags & GroupRelative) == 0 || tag < 0 || tag > HighestTag) return tag;
     const std::int32_t inGroup = GetCurrentGroup() * GroupTagStep + tag;
     return HostIndexOf(inGroup) != NoHostIndex ? inGroup : tag;
@@ -92,7 +99,7 @@ float CDeviceDSP::GetMeter(std::int32_t tag) const noexcept {
 
 float CDeviceDSP::GetParam(std::int32_t tag, std::uint32_t flags) {
     if (tag >= LastMeterTag && tag <= FirstMeterTag) return GetMeter(tag);
-    const SParameter parameter = FindParameter(Resolve(tag, flags));
+    const SParameter parameter = FindParameter(ResolveTag(tag, flags));
     if (!parameter) return 0.0f;
     const SParameterRow& row = *parameter.row;
     switch (row.kind) {
@@ -115,7 +122,7 @@ void CDeviceDSP::SetParam(std::int32_t tag, float value, std::uint32_t flags) {
 }
 
 void CDeviceDSP::Write(std::int32_t tag, float value, std::uint32_t flags, MacroChain chain) {
-    const std::int32_t resolved = Resolve(tag, flags);
+    const std::int32_t resolved = ResolveTag(tag, flags);
     const SParameter parameter = FindParameter(resolved);
     if (!parameter) return;
     Store(parameter, value, flags);

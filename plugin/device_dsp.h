@@ -1,8 +1,10 @@
 #pragma once
 
+#include "device/device_controls.h"
 #include "dsp/plugin_dsp.h"
 #include "plugin/vst_dsp_v2.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -16,11 +18,15 @@ namespace KAV {
 ///
 /// Threads: Process() on the audio thread; SetSampleRate() and SetBlockSize() while audio is stopped;
 /// everything else on any thread.
-class CDeviceDSP final : public CVSTDSPv2, public CPluginDSP<float, float, DSP::CPluginMC<float, float>> {
+class CDeviceDSP final : public CVSTDSPv2,
+                         public CPluginDSP<float, float, DSP::CPluginMC<float, float>>,
+                         public IDeviceControls {
 public:
     using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
-    /// Asks the host about itself; `audioMaster` may be null.
+    /// Asks the host about itself, builds the editor's half, which needs no window, and takes what new
+    /// instances start with: the first patch and the first routing of the user's lists. `audioMaster` may be
+    /// null.
     explicit CDeviceDSP(VST::HostCallback audioMaster);
     ~CDeviceDSP() override = default;
 
@@ -42,23 +48,27 @@ public:
     void GetParamDisplay(std::int32_t hostIndex, std::span<char> text) override;
     int GetLatency() const noexcept override { return Latency(); }
 
-    /// The group that the editor shows; held to 0..3.
-    void SetCurrentGroup(int group) noexcept;
-    void SetSimd(bool use) noexcept { simd = use; }
-    bool GetSimd() const noexcept { return simd; }
-    void SetGroupsParallel(bool parallel) noexcept { groupsParallel = parallel; }
-    bool GetGroupsParallel() const noexcept { return groupsParallel; }
-    /// Gain-reduction feed of a group 0..3: the lowest gain between the last two requests, linear; and the
-    /// request.
-    double GetReportedGain(int group) noexcept { return Limiter(group).ReportedGain(); }
-    void RequestReportedGain(int group) noexcept { Limiter(group).Latch(); }
+    // IDeviceControls
+    std::int32_t ResolveTag(std::int32_t tag, std::uint32_t flags) const noexcept override;
+    void SetCurrentGroup(int group) noexcept override;
+    Utils::CShared<bool>& Simd() noexcept override { return simd; }
+    Utils::CShared<bool>& GroupsParallel() noexcept override { return groupsParallel; }
+    DSP::AutoGainSettings& AutoGain() noexcept override { return autoGain; }
+    Utils::CShared<bool>& Solo(int group) noexcept override { return parameters.solo[Place(group)]; }
+    Utils::CShared<bool>& Mute(int group) noexcept override { return parameters.mute[Place(group)]; }
+    double GetReportedGain(int group) noexcept override { return Limiter(group).ReportedGain(); }
+    void RequestReportedGain(int group) noexcept override { Limiter(group).Latch(); }
+    std::int32_t Channels() const noexcept override { return dspChannels; }
+
+    /// The editor's half, with or without a window.
+    CXXXGUI& GUI() noexcept { return *gui; }
 
 private:
     /// Macros that are being spread in a chain of calls, one bit each: a macro that moves itself, directly or
     /// through others, ends there.
     using MacroChain = std::uint32_t;
 
-    std::int32_t Resolve(std::int32_t tag, std::uint32_t flags) const noexcept;
+    static std::size_t Place(int group) noexcept { return static_cast<std::size_t>(group); }
     float GetMeter(std::int32_t tag) const noexcept;
     void Write(std::int32_t tag, float value, std::uint32_t flags, MacroChain chain);
     void Store(const SParameter& parameter, float value, std::uint32_t flags) noexcept;

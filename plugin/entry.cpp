@@ -1,5 +1,5 @@
 #include "plugin/device_dsp.h"
-#include "plugin/vst2.h"
+#include "vst/vst2.h"
 
 #define KAV_EXPORT __attribute__((visibility("default"), used))
 

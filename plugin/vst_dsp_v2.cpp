@@ -1,5 +1,7 @@
 #include "plugin/vst_dsp_v2.h"
 
+#include "device_gui/xxx_gui.h"
+#include "patch/patch_flags.h"
 #include "utils/text.h"
 
 #include <algorithm>
@@ -183,12 +185,25 @@ void CVSTDSPv2::SetParameterAutomated(std::int32_t tag, float value) {
     if (index != NoHostIndex) setParameterAutomated(index, value);
 }
 
-void CVSTDSPv2::GetProgramName(std::span<char> text) {
-    Utils::CopyText("", text);
+std::int32_t CVSTDSPv2::GetChunk(void** data, bool isPreset) {
+    const std::size_t size = gui->WriteChunk(data, isPreset ? 0 : HostChunkFlags);
+    return static_cast<std::int32_t>(size);
 }
 
-void CVSTDSPv2::GetProgramNameIndexed(std::int32_t, std::span<char> text) {
-    Utils::CopyText("", text);
+std::int32_t CVSTDSPv2::SetChunk(const void* data, std::size_t size, bool isPreset) {
+    return gui->ApplyPatchData(data, size, isPreset ? 0 : HostChunkFlags) ? 1 : 0;
+}
+
+void CVSTDSPv2::SetProgramName(std::string_view text) {
+    gui->SetPatchName(Utils::ToUtf16(text));
+}
+
+void CVSTDSPv2::GetProgramName(std::span<char> text) {
+    Utils::CopyText(Utils::ToUtf8(gui->PatchName()), text);
+}
+
+void CVSTDSPv2::GetProgramNameIndexed(std::int32_t index, std::span<char> text) {
+    Utils::CopyText(Utils::ToUtf8(gui->PatchNameAt(index)), text);
 }
 
 void CVSTDSPv2::GetEffectName(std::span<char> text) {
@@ -208,9 +223,7 @@ void CVSTDSPv2::SetProgram(std::int32_t index, bool force) {
     if (program >= NumPrograms()) program = 0;
     if (!force && program == curProgram) return;
     curProgram = program;
-    SelectPatch(program, force);
+    gui->SelectPatch(program, force);
 }
-
-void CVSTDSPv2::SelectPatch(std::int32_t, bool) {}
 
 } // namespace KAV

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "plugin/audio_effect_x.h"
+#include "device/xxx_dsp.h"
 #include "plugin/host_survey.h"
-#include "plugin/xxx_dsp.h"
+#include "vst/audio_effect_x.h"
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace KAV {
 
@@ -17,6 +18,9 @@ public:
     static constexpr std::int32_t Version = 1010;
 
     // CXXXDSP
+    std::int32_t GetChunk(void** data, bool isPreset) final;
+    std::int32_t SetChunk(const void* data, std::size_t size, bool isPreset) final;
+    void SetProgramName(std::string_view text) final;
     void BeginEdit(std::int32_t tag) final;
     void SetParameterAutomated(std::int32_t tag, float value) final;
     void EndEdit(std::int32_t tag) final;
@@ -40,8 +44,6 @@ protected:
     explicit CVSTDSPv2(VST::HostCallback audioMaster);
     ~CVSTDSPv2() override = default;
 
-    /// Loads a patch of the list.
-    virtual void SelectPatch(std::int32_t index, bool force);
     /// Brings the record's delay up to date without telling the host, which reads it when it wants to.
     void RefreshInitialDelay() noexcept { setInitialDelay(GetLatency()); }
 

@@ -2,7 +2,7 @@
 // The sanitizers and the guard bytes behind each text judge.
 
 #include "plugin/device_dsp.h"
-#include "plugin/vst2.h"
+#include "vst/vst2.h"
 
 #include <array>
 #include <cstdlib>

@@ -10,7 +10,7 @@ namespace {
 class CTable final : public CMacro {
 public:
     std::int32_t Tag(std::size_t macro, std::size_t slot) const { return tags[macro][slot]; }
-    float Sensitivity(std::size_t macro, std::size_t slot) const { return sensitivities[macro][slot]; }
+    float SlotSensitivity(std::size_t macro, std::size_t slot) const { return sensitivities[macro][slot]; }
     std::size_t Held(std::size_t macro) const {
         return static_cast<std::size_t>(std::count_if(tags[macro].begin(), tags[macro].end(),
             [](const auto& tag) { return std::int32_t{tag} != NoTag; }));
@@ -24,7 +24,7 @@ TEST(Macro, NewTableIsEmpty) {
     for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
         EXPECT_EQ(table.Held(macro), 0u);
         for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
-            EXPECT_EQ(table.Sensitivity(macro, slot), CMacro::NoSensitivity);
+            EXPECT_EQ(table.SlotSensitivity(macro, slot), CMacro::NoSensitivity);
         }
     }
 }
@@ -34,9 +34,9 @@ TEST(Macro, TargetsTakeTheFirstFreeSlotOfTheirMacro) {
     table.AssignMacro(1, 33, 0.75f);
     table.AssignMacro(1, 132, 0.25f);
     EXPECT_EQ(table.Tag(1, 0), 33);
-    EXPECT_EQ(table.Sensitivity(1, 0), 0.75f);
+    EXPECT_EQ(table.SlotSensitivity(1, 0), 0.75f);
     EXPECT_EQ(table.Tag(1, 1), 132);
-    EXPECT_EQ(table.Sensitivity(1, 1), 0.25f);
+    EXPECT_EQ(table.SlotSensitivity(1, 1), 0.25f);
     for (const std::size_t other : {0u, 2u, 3u, 4u}) EXPECT_EQ(table.Held(other), 0u);
 }
 
@@ -45,7 +45,7 @@ TEST(Macro, HeldTargetTakesANewSensitivityInItsSlot) {
     table.AssignMacro(0, 33, 0.75f);
     table.AssignMacro(0, 33, 1.0f);
     EXPECT_EQ(table.Held(0), 1u);
-    EXPECT_EQ(table.Sensitivity(0, 0), 1.0f);
+    EXPECT_EQ(table.SlotSensitivity(0, 0), 1.0f);
 }
 
 TEST(Macro, CentredSensitivityFreesTheSlotForTheNextTarget) {
@@ -63,7 +63,7 @@ TEST(Macro, CentredSensitivityOfATargetThatIsNotHeldTakesASlot) {
     CTable table;
     table.AssignMacro(0, 33, CMacro::NoSensitivity);
     EXPECT_EQ(table.Tag(0, 0), 33);
-    EXPECT_EQ(table.Sensitivity(0, 0), CMacro::NoSensitivity);
+    EXPECT_EQ(table.SlotSensitivity(0, 0), CMacro::NoSensitivity);
 }
 
 TEST(Macro, AssignmentWithNoSlotFreeIsLost) {
@@ -73,7 +73,7 @@ TEST(Macro, AssignmentWithNoSlotFreeIsLost) {
     table.AssignMacro(0, 200, 1.0f);
     for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
         EXPECT_EQ(table.Tag(0, slot), 100 + static_cast<std::int32_t>(slot));
-        EXPECT_EQ(table.Sensitivity(0, slot), 0.75f);
+        EXPECT_EQ(table.SlotSensitivity(0, slot), 0.75f);
     }
     EXPECT_EQ(table.Held(1), 0u) << "nor does it go to the next macro";
 }
@@ -87,7 +87,20 @@ TEST(Macro, ClearingEmptiesEverySlotOfEveryMacro) {
     for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
         EXPECT_EQ(table.Held(macro), 0u);
         for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
-            EXPECT_EQ(table.Sensitivity(macro, slot), CMacro::NoSensitivity);
+            EXPECT_EQ(table.SlotSensitivity(macro, slot), CMacro::NoSensitivity);
         }
     }
+}
+
+TEST(Macro, TheLastSlotThatHoldsATagTellsItsSensitivity) {
+    CTable macro;
+    EXPECT_EQ(macro.Sensitivity(1, 33), 0.5f);
+    macro.tags[1][3] = 33;
+    macro.sensitivities[1][3] = 0.25f;
+    macro.tags[1][9] = 33;
+    macro.sensitivities[1][9] = 0.75f;
+    EXPECT_EQ(macro.Sensitivity(1, 33), 0.75f);
+    EXPECT_EQ(macro.Sensitivity(0, 33), 0.5f);
+    macro.tags[1][9] = CMacro::NoTag;
+    EXPECT_EQ(macro.Sensitivity(1, 33), 0.25f);
 }

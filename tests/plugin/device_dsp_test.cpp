@@ -35,8 +35,8 @@ TEST_F(Device, FreshInstanceHasGroupZeroCurrentAndEqualGroups) {
         }
     }
     EXPECT_FALSE(device.GetHostBypass());
-    EXPECT_FALSE(device.GetSimd());
-    EXPECT_FALSE(device.GetGroupsParallel());
+    EXPECT_FALSE(device.Simd());
+    EXPECT_FALSE(device.GroupsParallel());
 }
 
 TEST_F(Device, UnknownTagsChangeNothingAndReadAsZero) {

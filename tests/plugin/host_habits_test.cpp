@@ -159,8 +159,11 @@ TEST(HostHabitsOfScanning, ManyShortLivedInstances) {
 TEST_F(HostHabits, EditorCallsFromAThreadOfTheirOwnAndInAnyOrder) {
     std::thread editor([&] {
         void* rectangle = nullptr;
-        EXPECT_EQ(effect.Dispatch(effEditOpen, 0, 0, &host), 0); // there's no editor to open
-        EXPECT_EQ(effect.Dispatch(effEditGetRect, 0, 0, &rectangle), 0);
+        EXPECT_EQ(effect.Dispatch(effEditOpen, 0, 0, &host), 0); // there's no window to open
+        EXPECT_EQ(effect.Dispatch(effEditGetRect, 0, 0, nullptr), 0);
+        EXPECT_EQ(effect.Dispatch(effEditGetRect, 0, 0, &rectangle), 1);
+        EXPECT_EQ(static_cast<ERect*>(rectangle)->right, 754);
+        EXPECT_EQ(static_cast<ERect*>(rectangle)->bottom, 553);
         for (int i = 0; i < 25; ++i) effect.Dispatch(effEditIdle);
         EXPECT_EQ(effect.Dispatch(effEditClose), 0);
     });

@@ -1,6 +1,8 @@
 // Values cross threads without a lock. Under ThreadSanitizer these tests show that each crossing is an atomic
 // word; without it they show that nothing is torn or lost.
 
+#include "device/parameter_table.h"
+#include "device_gui/fx_button.h"
 #include "tests/support/recording_host.h"
 
 #include <array>
@@ -57,8 +59,8 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
                     device.RequestReportedGain(0);
                     device.GetReportedGain(0);
                     device.SetHostBypass(value > 0.9f);
-                    device.SetGroupsParallel(value > 0.5f);
-                    device.SetSimd(value > 0.3f);
+                    device.GroupsParallel() = value > 0.5f;
+                    device.Simd() = value > 0.3f;
                 }
             }
         });
@@ -125,6 +127,74 @@ TEST(Threads, InstancesOnDifferentThreadsDoNotMeet) {
                 CHostedEffect effect(nullptr);
                 std::vector<std::vector<float>> channels(2, std::vector<float>(256, 0.25f));
                 effect.Process(channels);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+}
+
+TEST(Threads, ChunksAndNamesAreSetWhileTheEditorAndAudioRun) {
+    CHostedEffect effect(nullptr);
+    CXXXGUI& gui = effect.Device().GUI();
+    std::atomic<bool> running{true};
+    std::vector<std::thread> threads;
+    for (int host = 0; host < 2; ++host) {
+        threads.emplace_back([&effect, &running, host] {
+            const std::string other =
+                "<patch_format>textual</patch_format>\r\n<patch_name>other</patch_name>\r\n"
+                "<fx_names>x|*|y</fx_names><macro group=\"0\">33;1||24;0</macro>\r\n"
+                "<param tag=\"24\" >0.75</param>\r\n<kav_input_routing><fx>0</fx>"
+                "<map>1,-1</map><ch_names>Z</ch_names></kav_input_routing>";
+            for (int step = 0; running; ++step) {
+                void* data = nullptr;
+                // One asks for chunks, so that nobody frees what it copies; both set them.
+                const auto size = host == 0 ? effect.Dispatch(VST::effGetChunk, step % 2, 0, &data) : 0;
+                std::string chunk =
+                    size > 0 ? std::string(static_cast<const char*>(data), static_cast<std::size_t>(size))
+                             : other;
+                const auto length = static_cast<std::intptr_t>(chunk.size());
+                EXPECT_EQ(effect.Dispatch(VST::effSetChunk, step % 3, length, chunk.data()), 1);
+                std::string name = "name " + std::to_string(step);
+                effect.Dispatch(VST::effSetProgramName, 0, 0, name.data());
+                effect.Text(VST::effGetProgramName, 0, 24);
+                effect.Text(VST::effGetProgramNameIndexed, 0, 24);
+            }
+        });
+    }
+    threads.emplace_back([&effect, &gui, &running] {
+        gui.EnableHistory(true);
+        for (int step = 0; running; ++step) {
+            gui.OnFrame(16);
+            gui.SetParameter(33, static_cast<float>(step % 10) / 10.0f);
+            gui.SwitchAB(static_cast<std::uint8_t>(step % 2));
+            gui.CopyAB();
+            if (step % 5 == 0) gui.Undo();
+            for (auto* const button : gui.FindAll<CFxBtn>()) button->SetText(u"group");
+            gui.FindAll<CFxBtn>()[static_cast<std::size_t>(step % 4)]->SetValue(1.0f, true);
+            effect.Set(4, 0.5f);
+        }
+    });
+    std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
+    for (int block = 0; block < Blocks; ++block) effect.Process(channels);
+    running = false;
+    for (auto& thread : threads) thread.join();
+    std::string sane = "<patch_format>textual</patch_format>\r\n<patch_name>sane</patch_name>";
+    EXPECT_EQ(effect.Dispatch(VST::effSetChunk, 0, static_cast<std::intptr_t>(sane.size()), sane.data()), 1);
+    EXPECT_EQ(effect.Text(VST::effGetProgramName, 0, 24), "sane");
+}
+
+TEST(Threads, InstancesLoadTheirStatesSideBySide) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([i] {
+            for (int round = 0; round < 5; ++round) {
+                CHostedEffect effect(nullptr);
+                std::string text = "<patch_format>textual</patch_format>\r\n<patch_name>" +
+                                   std::to_string(i) + "</patch_name>\r\n<param tag=\"33\" >0." +
+                                   std::to_string(i + 1) + "</param>";
+                effect.Dispatch(VST::effSetChunk, 0, static_cast<std::intptr_t>(text.size()), text.data());
+                EXPECT_EQ(effect.Text(VST::effGetProgramName, 0, 24), std::to_string(i));
+                EXPECT_NEAR(effect.Get(4), 0.1 * (i + 1), 1e-6);
             }
         });
     }

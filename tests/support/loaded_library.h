@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/library.h"
-#include "plugin/vst2.h"
+#include "vst/vst2.h"
 
 #include <cmath>
 #include <filesystem>

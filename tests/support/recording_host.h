@@ -1,7 +1,7 @@
 #pragma once
 
 #include "plugin/device_dsp.h"
-#include "plugin/vst2.h"
+#include "vst/vst2.h"
 
 #include <cstdint>
 #include <functional>

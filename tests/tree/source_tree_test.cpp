@@ -86,7 +86,7 @@ TEST(ReadLayers, TakesTheRowsOfTheTableInOrder) {
                             "| Something | Else |\n|---|---|\n| `no` | `layer` |\n\n"
                             "| Folder | May include | Holds |\n|---|---|---|\n"
                             "| `utils` | nothing | ground |\n"
-                            "| `dsp` | `utils`, `plugin/vst2.h` | |\n"
+                            "| `dsp` | `utils`, `vst/vst2.h` | |\n"
                             "| `tests` | everything | |\n\n"
                             "| `behind` | the table |\n");
     const auto layers = ReadLayers(tree.Root() / "layers.md");
@@ -95,7 +95,7 @@ TEST(ReadLayers, TakesTheRowsOfTheTableInOrder) {
     EXPECT_EQ(layers[0].allowed, std::set<std::string>{});
     EXPECT_TRUE(layers[0].product);
     EXPECT_EQ(layers[1].folder, "dsp");
-    EXPECT_EQ(layers[1].allowed, (std::set<std::string>{"utils", "plugin/vst2.h"}));
+    EXPECT_EQ(layers[1].allowed, (std::set<std::string>{"utils", "vst/vst2.h"}));
     EXPECT_EQ(layers[2].folder, "tests");
     EXPECT_FALSE(layers[2].product);
 }
@@ -141,9 +141,9 @@ TEST(SystemSwitches, NameFileAndLine) {
     tree.Write("gfx/opengl/window.cpp", "#ifdef __linux__\n#endif\n");
     tree.Write("gfx/renderer.cpp", "#ifndef __linux__\n#endif\n");
     tree.Write("platform/clock.h", "#ifdef _WIN32\n#endif\n");
-    tree.Write("plugin/vst2.h", "#ifdef _WIN32\n#endif\n");
+    tree.Write("vst/vst2.h", "#ifdef _WIN32\n#endif\n");
     tree.Write("utils/text.cpp", "#if defined(NDEBUG) || \\\n    defined(WIN32)\n#endif\n");
-    EXPECT_EQ(SystemSwitches(tree.Root(), {"plugin/vst2.h"}),
+    EXPECT_EQ(SystemSwitches(tree.Root(), {"vst/vst2.h"}),
         (Lines{"dsp/limiter.cpp:2 asks for the system", "gfx/renderer.cpp:1 asks for the system",
             "utils/text.cpp:1 asks for the system"}));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plugin/vst2.h"
 #include "tools/kavhost/host_callback.h"
+#include "vst/vst2.h"
 
 #include <cstdint>
 #include <string>

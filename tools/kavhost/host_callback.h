@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/vst2.h"
+#include "vst/vst2.h"
 
 namespace KAV::Host {
 

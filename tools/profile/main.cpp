@@ -1,7 +1,7 @@
 // Writes the parameter table as JSON: unique id, and per host index the full name, the unit and the true law.
 //     kav_profile FILE
 
-#include "plugin/parameter_table.h"
+#include "device/parameter_table.h"
 #include "plugin/vst_dsp_v2.h"
 
 #include <array>

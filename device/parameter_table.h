@@ -1,0 +1,94 @@
+#pragma once
+
+#include "dsp/engine_parameters.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace KAV {
+
+inline constexpr int DeviceChannels = 16;
+inline constexpr int DeviceGroups = 4;
+inline constexpr std::int32_t NoHostIndex = -1;
+inline constexpr std::int32_t HighestTag = 337;
+inline constexpr std::int32_t FirstMacroTag = 24;
+/// Meters, from -4 down: 16 entries before any processing, 4 groups, 16 entries entering the shown group, 16
+/// leaving it. -56 is the editor's own lamp, which stays 0 here.
+inline constexpr std::int32_t FirstMeterTag = -4;
+inline constexpr std::int32_t LastMeterTag = -55;
+inline constexpr std::int32_t GroupTagStep =
+    100; ///< a group's parameter is the first group's plus this per group
+
+/// A buffer of this size holds every full name and its closing zero.
+inline constexpr std::size_t TagNameCapacity = 32;
+
+using DeviceParameters = DSP::SEngineParameters<DeviceChannels, DeviceGroups>;
+
+enum class EParameterKind { Toggle, Selector, Continuous };
+
+/// How a position 0..1 becomes a real value, between `minimum` at 0 and `maximum` at 1.
+enum class EParameterLaw { Linear, Exponential };
+
+/// The text that a host is shown: scale x position + offset.
+struct SDisplay {
+    double scale;
+    double offset;
+    int decimals;
+    bool plusSign; ///< values above 0 get a "+"
+};
+
+/// One row of the parameter table: one parameter, or a run of `count` alike, each of them once or once per
+/// group. `n` is the place in the run (0..count-1), `g` the group (0..3, 0 for parameters that exist once).
+struct SParameterRow {
+    std::int32_t firstTag;
+    int count;
+    bool perGroup;
+    std::string_view name; ///< in a run the number follows it, with groups then " (1)".." (4)"
+    EParameterKind kind;
+    std::string_view unit; ///< the host's label
+    SDisplay display;      ///< continuous ones only
+    EParameterLaw law;     ///< continuous ones only, the engine's law; `minimum` and `maximum` in `unit`
+    double minimum;
+    double maximum;
+    float (*initial)(int n, int g); ///< what a new instance starts with: position, index, or 0 and 1
+    // Where the value is kept; the one that fits `kind` is given.
+    Utils::CShared<bool>& (*toggle)(DeviceParameters& parameters, int n, int g);
+    Utils::CShared<std::int32_t>& (*selector)(DeviceParameters& parameters);
+    DSP::SValueTriple& (*continuous)(DeviceParameters& parameters, int n, int g);
+};
+
+/// One parameter: its row and its place there. A default-made one stands for a tag that names no parameter.
+struct SParameter {
+    const SParameterRow* row = nullptr;
+    int n = 0;
+    int g = 0;
+
+    explicit operator bool() const noexcept { return row != nullptr; }
+};
+
+/// The table, its rows in host order.
+std::span<const SParameterRow> ParameterRows() noexcept;
+
+/// Tags in host order.
+std::span<const std::int32_t> HostParamTable() noexcept;
+/// The place of a tag in the host's order, NoHostIndex for a tag that is none of the host's; any number may
+/// be asked.
+std::int32_t HostIndexOf(std::int32_t tag) noexcept;
+/// Any number may be asked.
+SParameter FindParameter(std::int32_t tag) noexcept;
+
+/// The full name, like "Threshold (2)", cut to the buffer.
+void WriteParameterName(const SParameter& parameter, std::span<char> text) noexcept;
+/// The text of the present final value, cut to the buffer.
+void WriteParameterDisplay(
+    const SParameter& parameter, DeviceParameters& values, std::span<char> text) noexcept;
+
+/// The texts of a selector's indexes.
+std::span<const std::string_view> OversamplingTexts() noexcept;
+
+/// Sets every parameter to what a new instance starts with.
+void InitialiseParameters(DeviceParameters& values) noexcept;
+
+} // namespace KAV

@@ -1,0 +1,45 @@
+#include "device_gui/device_gui.h"
+
+#include "utils/location.h"
+
+#include <cstring>
+#include <utility>
+
+namespace KAV {
+
+namespace {
+
+/// As many widgets of one kind as the array has, each made with its place.
+template<typename TWidget, std::size_t... Places>
+std::array<TWidget, sizeof...(Places)> MakeAll(CXXXGUI& a_piGUI, std::index_sequence<Places...>) {
+    return {TWidget(a_piGUI, static_cast<int>(Places))...};
+}
+
+GUI::SWidgetInfo OversamplingInfo() {
+    GUI::SWidgetInfo info;
+    info.nId = 30;
+    info.sName = u"Oversampling";
+    info.sText = u"OS x1";
+    info.sList = u"OS x1||OS x2||OS x4||OS x8";
+    return info;
+}
+
+constexpr std::u16string_view StoredWidth = u"HKEY_CURRENT_USER/Software/Kavelin/KAV Sorrel Limiter/Width";
+
+} // namespace
+
+CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls)
+    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls), _iRouting(*this),
+      _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<16>())),
+      _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
+      _iOversampling(*this, OversamplingInfo()),
+      _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())) {
+    std::size_t size = 0;
+    const auto stored = Utils::ReadUniversal(StoredWidth, size);
+    std::int32_t width = 0;
+    if (stored == nullptr || size != sizeof(width)) return;
+    std::memcpy(&width, stored.get(), sizeof(width));
+    ResizeToWidth(width);
+}
+
+} // namespace KAV

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "gui/history.h"
+
+#include <string>
+
+namespace KAV {
+
+class CXXXGUI;
+
+/// All parameters and macros as they were before a patch was loaded. Routing, names and settings stay as they
+/// are.
+class CHistoryPatch final : public GUI::IHistory {
+public:
+    /// Takes the present state.
+    explicit CHistoryPatch(CXXXGUI& a_piGUI);
+
+    void Redo() override { Swap(); }
+    void Undo() override { Swap(); }
+    bool Differs(const IHistory& a_piOther) const override;
+
+private:
+    void Swap();
+
+    CXXXGUI& _piGUI;
+    std::string _sText;
+};
+
+} // namespace KAV

@@ -1,0 +1,46 @@
+#include "device_gui/routing_display.h"
+
+#include "patch/routing_files.h"
+
+#include <algorithm>
+
+namespace KAV {
+
+namespace {
+
+GUI::SWidgetInfo Info() {
+    GUI::SWidgetInfo info;
+    info.nId = -2;
+    info.sName = u"ToolInputRouting";
+    info.sText = u"Text";
+    return info;
+}
+
+} // namespace
+
+CRouting::CRouting(CXXXGUI& a_piPlugin) : CPluginValueDisplay(a_piPlugin, Info()) {
+    Refresh();
+}
+
+void CRouting::Refresh() {
+    const GUI::CLock lock(Plugin());
+    const auto text = Text();
+    SetItems(RoutingNames());
+    SetText(text); // the list is new, the routing isn't
+    _vnChannels.assign(Items().size(), Unread);
+}
+
+void CRouting::OnValueChanged(float, std::int32_t a_nItem) {
+    Plugin().SelectRouting(a_nItem, false);
+}
+
+bool CRouting::IsItemEnabled(std::int32_t a_nItem) {
+    const GUI::CLock lock(Plugin());
+    if (a_nItem < 0 || a_nItem >= ItemCount()) return false;
+    auto& channels = _vnChannels[static_cast<std::size_t>(a_nItem)];
+    if (channels == Unread)
+        channels = RoutingEntryCount(ReadRoutingFile(Items()[static_cast<std::size_t>(a_nItem)]));
+    return static_cast<std::size_t>(std::max(Plugin().Controls().Channels(), 0)) >= channels;
+}
+
+} // namespace KAV

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "gui/history.h"
+#include "gui/widget.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace KAV::GUI {
+
+/// The root of an editor: its widgets, its history, its size. It lives as long as the instance, with or
+/// without a window, because widgets hold state that patches read and write. It tells the session log of its
+/// beginning and end.
+///
+/// Threads: the window's; what patches read and write (texts, visibility, lists, the size, the history) under
+/// CLock on any thread but the audio thread.
+class CGUI : private CHistory {
+public:
+    CGUI();
+    virtual ~CGUI();
+
+    // The history, in the place of the other threads.
+    void EnableHistory(bool a_bEnable);
+    bool IsHistoryEnabled() const;
+    void AddRecord(std::unique_ptr<IHistory> a_piRecord);
+    virtual void Undo();
+    virtual void Redo();
+    bool CanUndo() const;
+    bool CanRedo() const;
+    std::size_t Records() const;
+
+    std::int32_t Width() const;  ///< pixels
+    std::int32_t Height() const; ///< pixels
+    /// In the order in which they were made, which is that of drawing.
+    const std::vector<CWidget*>& Widgets() const noexcept { return _vpiWidgets; }
+
+    /// The first widget of a class, null if there is none; and all of them in their order.
+    template<typename TWidget>
+    TWidget* Find() const {
+        for (auto* const widget : _vpiWidgets) {
+            if (auto* const found = dynamic_cast<TWidget*>(widget)) return found;
+        }
+        return nullptr;
+    }
+    template<typename TWidget>
+    std::vector<TWidget*> FindAll() const {
+        std::vector<TWidget*> all;
+        for (auto* const widget : _vpiWidgets) {
+            if (auto* const found = dynamic_cast<TWidget*>(widget)) all.push_back(found);
+        }
+        return all;
+    }
+
+    // What a widget tells its device: the value 0..1 of a parameter, and that the user has it in hand.
+    virtual void SetParameter(std::int32_t a_nId, float a_fNormal);
+    virtual void BeginEdit(std::int32_t a_nId);
+    virtual void EndEdit(std::int32_t a_nId);
+    /// Once per frame of the window, and whenever a test wants: the exchange with the device.
+    virtual void OnFrame(std::uint32_t a_nElapsedMs);
+
+protected:
+    /// The size to use from now on, in pixels.
+    void Resize(std::int32_t a_nWidth, std::int32_t a_nHeight);
+
+private:
+    friend class CLock;
+    friend class CWidget;
+    void Enter(CWidget& a_piWidget) { _vpiWidgets.push_back(&a_piWidget); }
+    void Leave(const CWidget& a_piWidget) noexcept;
+
+    mutable std::recursive_mutex _iMutex;
+    std::vector<CWidget*>
+        _vpiWidgets; // theirs are the widgets; only the editor's construction and end change it
+    std::int32_t _nWidth = 754;
+    std::int32_t _nHeight = 553;
+};
+
+/// Holds what patches read and write in the place of the other threads. Nested ones do no harm. The host is
+/// never called and no box is shown meanwhile: either may wait for a thread that waits for this.
+class CLock final {
+public:
+    explicit CLock(const CGUI& a_piGUI) : _iLock(a_piGUI._iMutex) {}
+
+private:
+    std::lock_guard<std::recursive_mutex> _iLock;
+};
+
+} // namespace KAV::GUI

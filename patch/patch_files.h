@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Patches as files of the user: one folder, one file each, named like the patch. Texts with UTF-16 are names
+/// and paths. Threads: any but the audio thread.
+namespace KAV {
+
+/// Where patches are, with a slash at the end; empty when the system names no folder for documents. It need
+/// not exist.
+std::u16string PatchFolder();
+
+/// The names of all text patches, sorted by code units; "Default" alone when there are none.
+std::vector<std::u16string> PatchNames();
+
+/// Where the patch of that name is: as .fxp if there is one, which wins, else as .kvp. Empty without a
+/// folder.
+std::u16string PatchPath(std::u16string_view name);
+
+struct SPatchFile {
+    std::string data;       ///< as ApplyPatchData() takes it; empty: nothing was read
+    bool isForeign = false; ///< the file belongs to another plug-in
+};
+
+/// Reads a patch under the name of its file. A missing or empty file named "Default" gives a patch without
+/// parameters.
+SPatchFile ReadPatchFile(std::u16string_view path);
+
+/// What the user is told of a file that belongs to another plug-in.
+std::u16string ForeignPatchMessage(std::u16string_view path);
+
+/// The file's name without its folder and extension.
+std::u16string FileTitle(std::u16string_view path);
+
+/// The path with `extension` behind, if the file's name has none.
+std::u16string WithExtension(std::u16string_view path, std::u16string_view extension);
+
+/// Replaces the file whole and makes its folder if that is missing. Nobody is told of a failure: the file is
+/// then as it was.
+void WriteUserFile(std::u16string_view path, std::string_view content) noexcept;
+
+} // namespace KAV

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Routings as files of the user, and the layouts that old patches name by a number. Threads: any but the
+/// audio thread.
+namespace KAV {
+
+/// Where routings are, with a slash at the end; empty when the system names no folder for documents. It need
+/// not exist.
+std::u16string RoutingFolder();
+
+/// The names of all routings, sorted by code units, and "Not found" behind them.
+std::vector<std::u16string> RoutingNames();
+
+/// The document of that name, which it bears inside as well. Empty when it can't be read; "Not found" without
+/// such a file is the document of a new instance.
+std::string ReadRoutingFile(std::u16string_view name);
+
+/// How many entries the document's map has.
+std::size_t RoutingEntryCount(std::string_view document) noexcept;
+
+/// The layouts of old patches, each file read once. Threads: one at a time.
+class CLegacyRoutings final {
+public:
+    /// The routing block of group `group` for layout `index`; empty for an index that names none, or a
+    /// missing file.
+    std::string Block(float index, int group);
+
+private:
+    std::map<int, std::string> _documents; // empty: missing
+};
+
+} // namespace KAV

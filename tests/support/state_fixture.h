@@ -1,0 +1,106 @@
+#pragma once
+
+#include "patch/patch_files.h"
+#include "patch/routing_files.h"
+#include "device_gui/xxx_gui.h"
+#include "patch/patch_flags.h"
+#include "tests/support/file_text.h"
+#include "tests/support/plain_patch.h"
+#include "tests/support/recording_host.h"
+#include "tests/support/scratch_home.h"
+#include "utils/dialogs.h"
+#include "utils/path.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace KAV::Tests {
+
+/// A user's documents, empty at first, in the place of the real ones while it lives.
+class CUserDocuments final {
+public:
+    CUserDocuments() {
+        std::filesystem::remove_all(_folder);
+        Utils::UseDocumentsFolder(Utils::FromSystemPath(_folder) + u"/");
+    }
+    ~CUserDocuments() { Utils::UseDocumentsFolder(std::nullopt); }
+    CUserDocuments(const CUserDocuments&) = delete;
+    CUserDocuments& operator=(const CUserDocuments&) = delete;
+
+    std::filesystem::path Patch(const std::string& file) const {
+        return _folder / "Kavelin" / "KAV Sorrel Limiter" / file;
+    }
+    std::filesystem::path Routing(const std::string& file) const {
+        return _folder / "Kavelin" / "Routings" / file;
+    }
+
+private:
+    std::filesystem::path _folder = ScratchFolder() / "documents";
+};
+
+/// Dialogs that answer what the test says and keep what they were asked and told.
+class CAnsweringDialogs final : public Utils::IDialogs {
+public:
+    CAnsweringDialogs() { Utils::UseDialogs(this); }
+    ~CAnsweringDialogs() { Utils::UseDialogs(nullptr); }
+
+    std::u16string OpenFile(const Utils::SFileQuestion& question) noexcept override {
+        questions.push_back(question);
+        return answer;
+    }
+    std::u16string SaveFile(const Utils::SFileQuestion& question) noexcept override {
+        questions.push_back(question);
+        return answer;
+    }
+    void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
+        errors.push_back(std::u16string(title) + u": " + std::u16string(text));
+    }
+
+    std::u16string answer; ///< to every question; empty: cancelled
+    std::vector<Utils::SFileQuestion> questions;
+    std::vector<std::u16string> errors; ///< "title: text"
+};
+
+/// An instance of a user without patches and routings; others after Renew().
+class State : public testing::Test {
+protected:
+    CUserDocuments documents;
+    CAnsweringDialogs dialogs;
+    CRecordingHost host;
+    std::unique_ptr<CHostedEffect> effect = std::make_unique<CHostedEffect>(host.Callback());
+
+    CDeviceDSP& Device() { return effect->Device(); }
+    CXXXGUI& Gui() { return effect->Device().GUI(); }
+    /// A new instance, which sees the user's files as they are now.
+    void Renew() {
+        effect.reset();
+        effect = std::make_unique<CHostedEffect>(host.Callback());
+    }
+    /// Reads a text as `flags` say. The opening, which tells a text from other data, is put in front.
+    bool Read(const std::string& lines, std::uint32_t flags = 0) {
+        const auto text = "<patch_format>textual</patch_format>\r\n" + lines;
+        return Gui().ApplyPatchData(text.data(), text.size(), flags);
+    }
+    /// The host's chunk without its zero.
+    std::string Chunk(bool isPreset) {
+        void* data = nullptr;
+        const auto size = effect->Dispatch(VST::effGetChunk, isPreset ? 1 : 0, 0, &data);
+        if (size <= 0) return {};
+        const std::string chunk(static_cast<const char*>(data), static_cast<std::size_t>(size));
+        EXPECT_EQ(chunk.back(), '\0');
+        return chunk.substr(0, chunk.size() - 1);
+    }
+    bool SetChunk(std::string chunk, bool isPreset) {
+        return effect->Dispatch(VST::effSetChunk, isPreset ? 1 : 0,
+                   static_cast<std::intptr_t>(chunk.size() + 1), chunk.data()) == 1;
+    }
+    template<typename TWidget>
+    TWidget& Widget(std::size_t place = 0) {
+        return *Gui().FindAll<TWidget>().at(place);
+    }
+};
+
+} // namespace KAV::Tests
