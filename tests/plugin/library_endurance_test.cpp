@@ -28,13 +28,23 @@ bool IsStillLoaded() {
 }
 #endif
 
+/// A state that differs from that of the instance before in each of its parts.
+std::string ChunkOf(int number) {
+    const auto n = std::to_string(number);
+    return "<patch_format>textual</patch_format>\r\n<patch_name>state " + n + "</patch_name>\r\n<fx_names>a" +
+           n + "|*|b|*|c</fx_names>\r\n<param tag=\"33\" >0." + n + "</param>\r\n<param tag=\"30\" >" +
+           std::to_string(number % 4) + "</param>\r\n<kav_input_routing><fx>" + std::to_string(number % 4) +
+           "</fx><map>0,-1|*|1,-1</map><name>r" + n +
+           "</name></kav_input_routing>\r\n<macro group=\"0\">33;0." + n + "</macro>";
+}
+
 } // namespace
 
 TEST(LibraryEndurance, ThousandInstancesLeaveTheResidentSizeFlat) {
     const CLoadedLibrary library;
-    for (int i = 0; i < 100; ++i) RunSession(library.Entry());
+    for (int i = 0; i < 100; ++i) RunSession(library.Entry(), ChunkOf(i));
     const std::size_t before = ResidentBytes();
-    for (int i = 0; i < 1000; ++i) RunSession(library.Entry());
+    for (int i = 0; i < 1000; ++i) RunSession(library.Entry(), ChunkOf(i));
     const std::size_t after = ResidentBytes();
     // A leak of one kilobyte per instance would be a megabyte.
     EXPECT_LT(after, before + (std::size_t{1} << 20)) << before << " before, " << after << " after";

@@ -39,14 +39,20 @@ private:
     void* _library;
 };
 
-/// What a host does with an instance in the shortest session.
-inline void RunSession(VST::PluginEntry entry) {
+/// What a host does with an instance in the shortest session; with a state to load, if it has one.
+inline void RunSession(VST::PluginEntry entry, std::string chunk = {}) {
     using namespace VST;
     AEffect* effect = entry(SmallestHost);
     ASSERT_NE(effect, nullptr);
     effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.0f);
     effect->dispatcher(effect, effSetSampleRate, 0, 0, nullptr, 48000.0f);
     effect->dispatcher(effect, effSetBlockSize, 0, 256, nullptr, 0.0f);
+    if (!chunk.empty()) {
+        const auto size = static_cast<std::intptr_t>(chunk.size());
+        EXPECT_EQ(effect->dispatcher(effect, effSetChunk, 0, size, chunk.data(), 0.0f), 1);
+        void* data = nullptr;
+        EXPECT_GT(effect->dispatcher(effect, effGetChunk, 0, 0, &data, 0.0f), size);
+    }
     effect->dispatcher(effect, effMainsChanged, 0, 1, nullptr, 0.0f);
     std::vector<float> left(256, 0.5f);
     std::vector<float> right(256, -0.5f);
