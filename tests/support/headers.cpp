@@ -1,0 +1,1 @@
+// Nothing: the target that keeps the tests' compiled headers needs a source.
