@@ -5,7 +5,6 @@
 #include "device_gui/macro_button.h"
 #include "device_gui/patch_display.h"
 #include "patch/patch_formats.h"
-#include "tests/support/comma_locale.h"
 #include "tests/support/state_fixture.h"
 
 #include <thread>
@@ -190,14 +189,6 @@ TEST_F(PatchReader, ValuesThatAreNoNumbersAreZeroAndAllAreStoredAsTheyAre) {
     EXPECT_EQ(Value(30), 2.0f);
     EXPECT_EQ(Value(36), -0.5f);
     EXPECT_EQ(Device().GetParam(36, 0), 0.0f);
-}
-
-TEST_F(PatchReader, KnowsNoLocale) {
-    const CCommaLocale locale;
-    Read(Param(33, "0.25") + "<macro group=\"0\">32;0.125</macro><agc_rms>1.5</agc_rms>", AgcSettings);
-    EXPECT_EQ(Value(33), 0.25f);
-    EXPECT_EQ(Device().sensitivities[0][0], 0.125f);
-    EXPECT_EQ(Device().AutoGain().rmsTime, 1.5);
 }
 
 TEST_F(PatchReader, TellsTheHostOfEveryValueInOrder) {

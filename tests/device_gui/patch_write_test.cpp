@@ -99,11 +99,16 @@ TEST_F(PatchWriter, KeepsTheUsersValueUnlessTheEffectiveOneIsAskedFor) {
     EXPECT_NE(Gui().PatchText(EffectiveValues).find(line + "0.750000<"), std::string::npos);
 }
 
-TEST_F(PatchWriter, KnowsNoLocale) {
+TEST_F(PatchWriter, KnowsNoLocaleAndNorDoesTheReader) {
     const CCommaLocale locale;
     const auto chunk = Chunk(false);
     EXPECT_NE(chunk.find(">0.400000</param>"), std::string::npos);
     EXPECT_NE(chunk.find("<agc_rms>2000.000</agc_rms>"), std::string::npos);
+    Read("<param tag=\"33\" >0.25</param>\r\n<macro group=\"0\">32;0.125</macro><agc_rms>1.5</agc_rms>",
+        AgcSettings);
+    EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
+    EXPECT_EQ(Device().sensitivities[0][0], 0.125f);
+    EXPECT_EQ(Device().AutoGain().rmsTime, 1.5);
 }
 
 TEST_F(PatchWriter, WithoutADisplayForPatchesTheStateHasAName) {
