@@ -92,11 +92,11 @@ TEST_F(Routings, APatchWithoutAnyKeepsThem) {
 }
 
 TEST_F(Routings, TheUsersComeInOrderWithNotFoundBehindThem) {
-    for (const char* name : {"b.kvt", "A.kvt", "a.kvt", "B.KVT", "c.kvp", "none"})
+    for (const char* name : {"b.kvt", "A.kvt", "a2.kvt", "B2.KVT", "c.kvp", "none"})
         WriteText(documents.Routing(name), Document("inside", "0,1", "M"));
     Renew();
     EXPECT_EQ(
-        Widget<CRouting>().Items(), (std::vector<std::u16string>{u"A", u"B", u"a", u"b", u"Not found"}));
+        Widget<CRouting>().Items(), (std::vector<std::u16string>{u"A", u"B2", u"a2", u"b", u"Not found"}));
     EXPECT_EQ(Shown(), u"A"); // the first of the list, under the name of its file
     for (int g = 0; g < 4; ++g) EXPECT_EQ(Gui().GetRouting(g), Document("A", "0,1", "M")) << g;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "patch/patch_files.h"
-#include "patch/routing_files.h"
 #include "device_gui/xxx_gui.h"
+#include "patch/patch_files.h"
 #include "patch/patch_flags.h"
+#include "patch/routing_files.h"
 #include "tests/support/file_text.h"
 #include "tests/support/plain_patch.h"
 #include "tests/support/recording_host.h"
@@ -30,14 +30,19 @@ public:
     CUserDocuments(const CUserDocuments&) = delete;
     CUserDocuments& operator=(const CUserDocuments&) = delete;
 
+    /// Of a name in UTF-8.
     std::filesystem::path Patch(const std::string& file) const {
-        return _folder / "Kavelin" / "KAV Sorrel Limiter" / file;
+        return _folder / "Kavelin" / "KAV Sorrel Limiter" / Name(file);
     }
     std::filesystem::path Routing(const std::string& file) const {
-        return _folder / "Kavelin" / "Routings" / file;
+        return _folder / "Kavelin" / "Routings" / Name(file);
     }
 
 private:
+    static std::filesystem::path Name(const std::string& utf8) {
+        return std::u8string(utf8.begin(), utf8.end());
+    }
+
     std::filesystem::path _folder = ScratchFolder() / "documents";
 };
 
