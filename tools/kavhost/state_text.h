@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// States that are text: lines that look like XML and are none, without nesting or quoting, in which each
+/// element is found by plain search. A host changes in them what is no parameter. Any bytes can be read;
+/// threads: any.
+namespace KAV::Host {
+
+/// Toggles of a group, each of which stands for one entry of its routing.
+inline constexpr std::size_t MostRoutingEntries = 16;
+
+/// Which channels a group can take: a document with one entry per toggle.
+struct SRouting {
+    std::string document; ///< from its opening to its closing element, lines ended by CR LF
+    std::size_t entries;  ///< 1 or more
+};
+
+/// The document in a file's bytes: alone in there, white space and zeros around it aside. Nothing when there
+/// is no whole one, or it names no entry, or it would be taken for more than a routing inside a state.
+std::optional<SRouting> ReadRouting(std::string_view bytes);
+
+/// One entry for each of `channels` channels, labelled by its number from 1.
+SRouting RoutingOfChannels(int channels);
+
+/// A state with the elements that a host edits. A zero ends the text; what follows it stays as it is.
+class CStateText final {
+public:
+    /// Nothing for a state that is no text.
+    static std::optional<CStateText> Read(std::string bytes);
+
+    /// Gives the first group this routing and switches its toggles: on for the entries that the routing has,
+    /// off for the others. False, and nothing has changed, when the text has no routing of this group or no
+    /// toggle for one of the entries.
+    bool SetRouting(const SRouting& routing);
+
+    /// The switch of vector code. False, and nothing has changed, when the text has none.
+    bool SetSimd(bool isOn);
+
+    /// The state as bytes.
+    std::string Bytes() const { return _text + _rest; }
+
+private:
+    CStateText(std::string text, std::string rest) : _text(std::move(text)), _rest(std::move(rest)) {}
+
+    std::string _text;
+    std::string _rest; ///< the zero that ends the text, and what follows it
+};
+
+} // namespace KAV::Host
