@@ -17,13 +17,13 @@ constexpr double LeastSteps = 20; // to be right within 5 %
 
 } // namespace
 
-CBenchSubject::CBenchSubject(const CEffectLibrary& library, std::span<const SSetting> settings,
+CBenchSubject::CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation,
     const SMaterial& material, std::int32_t blockSize)
     : _material(material), _effect(library, {static_cast<double>(material.rateHz), blockSize}),
       _in(material.audio.Channels(), material.audio.Frames()),
       _out(material.audio.Channels(), material.audio.Frames()) {
     _effect.SetChannels(static_cast<int>(material.audio.Channels()));
-    ApplySettings(settings, _effect);
+    preparation.Apply(_effect);
     _effect.Start();
 }
 

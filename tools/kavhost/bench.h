@@ -2,11 +2,10 @@
 
 #include "tools/kavhost/effect.h"
 #include "tools/kavhost/planar_buffer.h"
-#include "tools/kavhost/settings.h"
+#include "tools/kavhost/preparation.h"
 
 #include <filesystem>
 #include <ostream>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -36,13 +35,13 @@ SMaterial MakeMaterial(const SBenchOptions& options);
 /// The file's rate and channels, and as much of it as `seconds` asks for. Throws CFailure for an empty one.
 SMaterial ReadMaterial(const SBenchOptions& options);
 
-/// One effect with its settings, ready to be measured.
+/// One effect, prepared and ready to be measured.
 class CBenchSubject final {
 public:
     /// Throws CFailure when the effect does not take the material's channels. The library and the material
     /// must outlive it.
-    CBenchSubject(const CEffectLibrary& library, std::span<const SSetting> settings,
-        const SMaterial& material, std::int32_t blockSize);
+    CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation, const SMaterial& material,
+        std::int32_t blockSize);
 
     /// Runs the material until gains that glide from a fresh effect's start have arrived, and caches are
     /// warm.

@@ -7,10 +7,12 @@
 #include "tools/kavhost/effect_library.h"
 #include "tools/kavhost/info.h"
 #include "tools/kavhost/options.h"
+#include "tools/kavhost/preparation.h"
 #include "tools/kavhost/profile.h"
 #include "tools/kavhost/render.h"
 #include "tools/kavhost/report.h"
 #include "tools/kavhost/settings.h"
+#include "tools/kavhost/state_file.h"
 #include "tools/kavhost/text.h"
 
 #include <algorithm>
@@ -53,25 +55,33 @@ void RunInfo(const SOptions& options, std::ostream& out) {
     CEffect effect(library, UsualStream);
     const auto profile = ProfileFor(effect, options.profile);
     const auto* known = profile ? &*profile : nullptr;
+    CPreparation(options.state).Apply(effect);
     ResolveSettings(options.settings, effect, known);
+    std::optional<CStateFile> state;
+    if (!options.savedState.empty()) state.emplace(options.savedState, effect);
     effect.Start(); // the latency need not be known before
     (options.isJson ? PrintInfoAsJson : PrintInfo)(out, library.File(), effect, known);
+    if (state) state->Commit();
 }
 
-std::vector<SSetting> SettingsFor(const CEffectLibrary& library, std::span<const std::string> texts,
-    const std::filesystem::path& wantedProfile) {
+CPreparation PreparationFor(const CEffectLibrary& library, const SStateOptions& state,
+    std::span<const std::string> settings, const std::filesystem::path& wantedProfile) {
+    CPreparation preparation(state);
     CEffect effect(library, UsualStream); // of its own: finding a value may move the parameter about
     const auto profile = ProfileFor(effect, wantedProfile);
-    return ResolveSettings(texts, effect, profile ? &*profile : nullptr);
+    preparation.Apply(effect); // what a parameter displays may depend on the state
+    preparation.Set(ResolveSettings(settings, effect, profile ? &*profile : nullptr));
+    return preparation;
 }
 
 /// A file that fails does not keep the others from being done.
 EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& errors) {
     const CEffectLibrary library(PluginFile(options));
-    CRenderer renderer(library, SettingsFor(library, options.settings, options.profile), options.render);
+    CRenderer renderer(
+        library, PreparationFor(library, options.state, options.settings, options.profile), options.render);
     std::vector<SRenderReport> reports;
     auto code = EExitCode::Done;
-    for (const auto& job : PlanJobs(options.inputs, options.output, options.render.samples)) {
+    for (const auto& job : PlanJobs(options.inputs, options.output, options.render)) {
         try {
             reports.push_back(renderer.Render(job));
             if (!options.isJson) PrintReport(out, reports.back());
@@ -87,9 +97,9 @@ EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& er
 void RunBench(const SOptions& options, std::ostream& out) {
     const auto& bench = options.bench;
     const CEffectLibrary library(PluginFile(options));
-    const auto settings = SettingsFor(library, options.settings, options.profile);
+    const auto preparation = PreparationFor(library, options.state, options.settings, options.profile);
     const auto material = bench.input.empty() ? MakeMaterial(bench) : ReadMaterial(bench);
-    CBenchSubject first(library, settings, material, bench.blockSize);
+    CBenchSubject first(library, preparation, material, bench.blockSize);
 
     SBenchReport report{.first = first.Effect().Name(),
         .second = {},
@@ -103,9 +113,9 @@ void RunBench(const SOptions& options, std::ostream& out) {
     } else {
         const bool isSame = options.otherPlugin.empty();
         const CEffectLibrary otherLibrary(isSame ? PluginFile(options) : options.otherPlugin);
-        const auto otherSettings = SettingsFor(
-            otherLibrary, options.otherSettings, isSame ? options.profile : std::filesystem::path{});
-        CBenchSubject second(otherLibrary, otherSettings, material, bench.blockSize);
+        const auto otherPreparation = PreparationFor(
+            otherLibrary, {}, options.otherSettings, isSame ? options.profile : std::filesystem::path{});
+        CBenchSubject second(otherLibrary, otherPreparation, material, bench.blockSize);
         report.second = second.Effect().Name();
         report.result = Measure(first, &second, bench.runs);
     }

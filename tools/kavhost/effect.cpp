@@ -104,6 +104,20 @@ void CEffect::Process(float** inputs, float** outputs, std::int32_t frames) {
     _effect->process(_effect, inputs, outputs, frames);
 }
 
+std::string CEffect::Chunk(EChunk kind) const {
+    if (!HasChunks()) return {};
+    void* bytes = nullptr; // the effect's own, until the next call
+    const auto size = Dispatch(VST::effGetChunk, kind == EChunk::Program ? 1 : 0, 0, &bytes);
+    if (bytes == nullptr || size <= 0) return {};
+    return {static_cast<const char*>(bytes), static_cast<std::size_t>(size)};
+}
+
+bool CEffect::SetChunk(std::string bytes, EChunk kind) {
+    if (!HasChunks()) return false;
+    const auto size = static_cast<std::intptr_t>(bytes.size());
+    return Dispatch(VST::effSetChunk, kind == EChunk::Program ? 1 : 0, size, bytes.data()) != 0;
+}
+
 std::string CEffect::Name() const {
     for (auto name : {Text(VST::effGetEffectName, 0), Product()}) {
         if (!name.empty()) return name;

@@ -10,6 +10,9 @@ namespace KAV::Host {
 
 class CEffectLibrary;
 
+/// What an effect's chunk is the state of.
+enum class EChunk { Bank, Program };
+
 /// One instance of an effect, opened for a stream. The library must outlive it.
 /// Threads: the one that made it.
 class CEffect final {
@@ -36,6 +39,17 @@ public:
     std::string ParameterName(std::int32_t index) const { return Text(VST::effGetParamName, index); }
     std::string ParameterDisplay(std::int32_t index) const { return Text(VST::effGetParamDisplay, index); }
     std::string ParameterLabel(std::int32_t index) const { return Text(VST::effGetParamLabel, index); }
+
+    bool HasChunks() const noexcept { return (Flags() & VST::effFlagsProgramChunks) != 0; }
+    std::string Chunk(EChunk kind) const; ///< empty when the effect gives none
+    /// False when the effect refuses the bytes, or keeps no state in chunks. While stopped.
+    bool SetChunk(std::string bytes, EChunk kind);
+
+    std::string ProgramName() const { return Text(VST::effGetProgramName, 0); }
+    std::string ProgramName(std::int32_t program) const {
+        return Text(VST::effGetProgramNameIndexed, program);
+    }
+    void SetProgramName(std::string name) { Dispatch(VST::effSetProgramName, 0, 0, name.data()); }
 
     std::string Name() const;
     std::string Vendor() const { return Text(VST::effGetVendorString, 0); }

@@ -22,6 +22,8 @@ struct SFlag {
     const char* name;
 };
 
+constexpr std::int32_t MostPatches = 10000;
+
 constexpr std::array KnownFlags{
     SFlag{VST::effFlagsHasEditor, "editor"},
     SFlag{VST::effFlagsCanReplacing, "replacing"},
@@ -55,6 +57,21 @@ std::string FullName(const CEffect& effect, std::int32_t index, const SProfile* 
     return known != nullptr ? known->name : effect.ParameterName(index);
 }
 
+/// The effect's own list of patches. An effect of our kind keeps its patches as files and has no programs of
+/// a bank, but names them all the same.
+std::vector<std::string> PatchNames(const CEffect& effect) {
+    std::vector<std::string> names;
+    if (!effect.HasChunks() && effect.Programs() <= 0) return names;
+    // Effects with programs have been seen to read behind their last one.
+    const std::int32_t most = effect.Programs() > 0 ? std::min(effect.Programs(), MostPatches) : MostPatches;
+    while (static_cast<std::int32_t>(names.size()) < most) {
+        auto name = effect.ProgramName(static_cast<std::int32_t>(names.size()));
+        if (name.empty()) break;
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
 void Line(std::ostream& out, const char* label, const std::string& text) {
     out << std::left << std::setw(12) << label << text << "\n";
 }
@@ -79,6 +96,11 @@ void PrintInfo(
     Line(out, "flags", flags);
     Line(out, "latency", std::to_string(effect.ReportedDelay()) + " frames, as reported");
     Line(out, "programs", std::to_string(effect.Programs()));
+    Line(out, "patch", effect.ProgramName());
+    const auto patches = PatchNames(effect);
+    Line(out, "patches", std::to_string(patches.size()));
+    for (std::size_t i = 0; i < patches.size(); ++i)
+        out << std::right << std::setw(5) << i << "  " << patches[i] << "\n";
     Line(out, "parameters", std::to_string(effect.Parameters()));
 
     std::size_t width = 0;
@@ -108,6 +130,8 @@ void PrintInfoAsJson(
     json["flags"] = FlagNames(effect.Flags());
     json["latency"] = effect.ReportedDelay();
     json["programs"] = effect.Programs();
+    json["patch"] = effect.ProgramName();
+    json["patches"] = PatchNames(effect);
     json["parameters"] = Json::array();
     for (std::int32_t i = 0; i < effect.Parameters(); ++i) {
         json["parameters"].push_back({{"index", i}, {"name", FullName(effect, i, profile)},

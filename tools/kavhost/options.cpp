@@ -24,6 +24,7 @@ constexpr const char* Footer = "Examples:\n"
 
 constexpr const char* InfoFooter = "Examples:\n"
                                    "  kavhost info --json\n"
+                                   "  kavhost info --patch loud.kvp --save-state loud.state\n"
                                    "  kavhost info --plugin other.so --set 2:-3.0";
 
 constexpr const char* RenderFooter =
@@ -32,6 +33,9 @@ constexpr const char* RenderFooter =
     "OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
     "A file appears under its name when it is complete, and not before.\n"
     "\n"
+    "What is set is set in this order: --state, --patch, --routing, --simd, --os, --hq, and\n"
+    "then each --set. A state brings the routings of its groups with it.\n"
+    "\n"
     "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
     "10 ms, per channel, where the input is above -60 dBFS. The real-time factor is the\n"
     "seconds of audio per second that the effect ran.\n"
@@ -39,6 +43,9 @@ constexpr const char* RenderFooter =
     "Examples:\n"
     "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
     "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost render song.wav -o out.wav --patch loud.kvp --os 4 --hq on\n"
+    "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
+    "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
 
 constexpr const char* BenchFooter =
@@ -49,6 +56,7 @@ constexpr const char* BenchFooter =
     "\n"
     "Examples:\n"
     "  kavhost bench --set \"Oversampling=x4\"\n"
+    "  kavhost bench --os 4 --simd on --vs other.so\n"
     "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
     "  kavhost bench --set 100=1 --set2 100=0";
 
@@ -66,11 +74,46 @@ struct STexts {
     std::string format;
     std::string otherPlugin;
     std::string benchInput;
+    std::string state;
+    std::string patch;
+    std::string routing;
+    std::string simd;
+    std::string oversampling;
+    std::string highQuality;
+    std::string savedState;
     bool noDither = false;
     bool noPreroll = false;
     bool align = false;
     bool noAlign = false;
 };
+
+CLI::Option* AddChoice(CLI::App& command, const char* name, std::string& text,
+    const std::vector<std::string>& choices, const char* help) {
+    std::string type;
+    for (const auto& choice : choices) type += (type.empty() ? "" : "|") + choice;
+    return command.add_option(name, text, help)
+        ->check(CLI::IsMember(choices).description(""))
+        ->type_name(type);
+}
+
+void AddStateOptions(CLI::App& command, STexts& texts) {
+    command.add_option("--state", texts.state, "The effect's whole state, as --save-state leaves it")
+        ->type_name("FILE");
+    command.add_option("--patch", texts.patch, "A patch: .kvp, or .fxp with one program")->type_name("FILE");
+    command
+        .add_option("--routing", texts.routing,
+            "The channels of group 1: .kvt. Without this and --state a\n"
+            "file of more than two channels has all of them in it")
+        ->type_name("FILE");
+    AddChoice(command, "--simd", texts.simd, {"on", "off"}, "The effect's vector code");
+    AddChoice(command, "--os", texts.oversampling, {"1", "2", "4", "8"},
+        "Oversampling; short for --set \"Oversampling=x4\" and so on");
+    AddChoice(command, "--hq", texts.highQuality, {"on", "off"}, "Short for --set \"Hiqh Quality=on\"");
+}
+
+void AddSaveState(CLI::App& command, STexts& texts, const char* help) {
+    command.add_option("--save-state", texts.savedState, help)->type_name("FILE");
+}
 
 void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
     command
@@ -81,6 +124,7 @@ void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
             "Names and laws of the effect's parameters; by default the\n"
             "*.json beside kavhost that has the effect's unique id")
         ->type_name("FILE");
+    AddStateOptions(command, texts);
     command.add_option("-s,--set", options.settings, SetHelp)->type_name("SETTING")->allow_extra_args(false);
 }
 
@@ -95,6 +139,7 @@ void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("info", "Tell what the effect is and list its parameters.");
     command.footer(InfoFooter);
     AddEffectOptions(command, options, texts);
+    AddSaveState(command, texts, "Gets the effect's whole state");
     command.add_flag("--json", options.isJson, "Tell it for programs");
 }
 
@@ -109,6 +154,7 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         ->required()
         ->type_name("OUT|DIR");
     AddEffectOptions(command, options, texts);
+    AddSaveState(command, texts, "Gets the effect's whole state at the beginning of the file");
     AddBlock(command, options.render.blockSize);
     command
         .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
@@ -158,12 +204,26 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_flag("--json", options.isJson, "Report for programs");
 }
 
+void TakeStateTexts(SOptions& options, const STexts& texts) {
+    options.state = {.state = PathOf(texts.state),
+        .patch = PathOf(texts.patch),
+        .routing = PathOf(texts.routing),
+        .simd = {}};
+    if (!texts.simd.empty()) options.state.simd = texts.simd == "on";
+    options.savedState = options.render.state = PathOf(texts.savedState);
+    std::vector<std::string> first; // settings come in this order
+    if (!texts.oversampling.empty()) first.push_back("Oversampling=x" + texts.oversampling);
+    if (!texts.highQuality.empty()) first.push_back("Hiqh Quality=" + texts.highQuality);
+    options.settings.insert(options.settings.begin(), first.begin(), first.end());
+}
+
 void TakeTexts(SOptions& options, const STexts& texts) {
     options.plugin = PathOf(texts.plugin);
     options.profile = PathOf(texts.profile);
     options.output = PathOf(texts.output);
     options.otherPlugin = PathOf(texts.otherPlugin);
     options.bench.input = PathOf(texts.benchInput);
+    TakeStateTexts(options, texts);
     for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
     options.render.dithers = !texts.noDither;
     options.render.settles = !texts.noPreroll;

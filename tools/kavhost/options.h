@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/kavhost/bench.h"
+#include "tools/kavhost/preparation.h"
 #include "tools/kavhost/render.h"
 
 #include <filesystem>
@@ -19,8 +20,11 @@ struct SOptions {
 
     std::filesystem::path plugin;  ///< empty: the one that comes with kavhost
     std::filesystem::path profile; ///< empty: the one beside kavhost that fits the effect, if any
+    SStateOptions state;
     std::vector<std::string> settings;
     bool isJson = false;
+
+    std::filesystem::path savedState; ///< gets the effect's state, of info; may be empty
 
     std::vector<std::filesystem::path> inputs;
     std::filesystem::path output;

@@ -6,6 +6,7 @@
 #include "tools/kavhost/errors.h"
 #include "tools/kavhost/planar_buffer.h"
 #include "tools/kavhost/progress.h"
+#include "tools/kavhost/state_file.h"
 #include "tools/kavhost/text.h"
 
 #include <algorithm>
@@ -103,9 +104,8 @@ void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file
 
 } // namespace
 
-CRenderer::CRenderer(
-    const CEffectLibrary& library, std::vector<SSetting> settings, const SRenderOptions& options)
-    : _library(library), _settings(std::move(settings)), _options(options) {}
+CRenderer::CRenderer(const CEffectLibrary& library, CPreparation preparation, const SRenderOptions& options)
+    : _library(library), _preparation(std::move(preparation)), _options(options) {}
 
 SRenderReport CRenderer::Render(const SRenderJob& job) {
     CAudioReader reader(job.input);
@@ -119,7 +119,9 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
     const std::string name = Utf8(job.input);
     CEffect effect(_library, {static_cast<double>(report.format.rateHz), _options.blockSize});
     Naming(name, [&] { effect.SetChannels(report.format.channels); });
-    ApplySettings(_settings, effect);
+    _preparation.Apply(effect);
+    std::optional<CStateFile> state;
+    if (!_options.state.empty()) state.emplace(_options.state, effect);
     effect.Start();
     report.isAligned = _options.aligns;
     if (report.isAligned) report.delay = DelayFor(report.format);
@@ -133,6 +135,7 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
         progress.Advance(static_cast<std::uint64_t>(_options.blockSize));
     }
     writer.Commit();
+    if (state) state->Commit();
     pass.Report(report);
     if (!report.isAligned) report.gain.reset();
     report.reportedDelay = effect.ReportedDelay();
@@ -145,7 +148,7 @@ SDelay CRenderer::DelayFor(const SAudioFormat& format) {
     // An instance of its own: the noise must leave no trace in the file.
     CEffect effect(_library, {static_cast<double>(format.rateHz), _options.blockSize});
     effect.SetChannels(format.channels);
-    ApplySettings(_settings, effect);
+    _preparation.Apply(effect);
     effect.Start();
     SettleFadeIn(effect);
     return _delays.emplace(key, MeasureDelay(effect)).first->second;

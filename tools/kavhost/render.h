@@ -3,8 +3,8 @@
 #include "tools/kavhost/delay.h"
 #include "tools/kavhost/gain_meter.h"
 #include "tools/kavhost/level_meter.h"
+#include "tools/kavhost/preparation.h"
 #include "tools/kavhost/sample_format.h"
-#include "tools/kavhost/settings.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -25,6 +25,7 @@ struct SRenderOptions {
     bool aligns = true;  ///< the output lies under the input, whatever the effect's delay
     bool dithers = true;
     std::optional<ESampleFormat> samples; ///< else those of the input, where the output's container has them
+    std::filesystem::path state;          ///< gets the state that the file was rendered with; may be empty
 };
 
 struct SRenderJob {
@@ -49,7 +50,7 @@ struct SRenderReport {
 /// Runs files through fresh instances of an effect. The library must outlive it.
 class CRenderer final {
 public:
-    CRenderer(const CEffectLibrary& library, std::vector<SSetting> settings, const SRenderOptions& options);
+    CRenderer(const CEffectLibrary& library, CPreparation preparation, const SRenderOptions& options);
 
     /// The job is one of PlanJobs(). Throws CFailure or CInterruption; there is no output file then.
     SRenderReport Render(const SRenderJob& job);
@@ -58,7 +59,7 @@ private:
     SDelay DelayFor(const SAudioFormat& format);
 
     const CEffectLibrary& _library;
-    std::vector<SSetting> _settings;
+    CPreparation _preparation;
     SRenderOptions _options;
     std::map<std::pair<int, int>, SDelay>
         _delays; ///< by rate and channels: all else is the same for all files
@@ -67,8 +68,9 @@ private:
 /// One job per input. `output` is the file for a single input; it is a folder, made when missing, when it
 /// ends like one, is one, or there are more inputs. Throws CUsageError when a name does not tell a container,
 /// or one that does not hold the sample format asked for, when two inputs would give the same file, or when
-/// an output would replace an input.
+/// an output would replace an input; or when a state is to be saved of more than one file, or in place of an
+/// input or the output.
 std::vector<SRenderJob> PlanJobs(const std::vector<std::filesystem::path>& inputs,
-    const std::filesystem::path& output, std::optional<ESampleFormat> samples);
+    const std::filesystem::path& output, const SRenderOptions& options);
 
 } // namespace KAV::Host

@@ -26,8 +26,23 @@ void MakeFolder(const fs::path& folder) {
     }
 }
 
-void CheckOutput(
-    const fs::path& output, const std::vector<fs::path>& inputs, std::optional<ESampleFormat> samples) {
+/// Two names of one file, whether it is there or not.
+bool AreSame(const fs::path& a, const fs::path& b) {
+    std::error_code error;
+    if (fs::equivalent(a, b, error)) return true;
+    const auto whole = fs::weakly_canonical(a, error);
+    return !error && whole == fs::weakly_canonical(b, error);
+}
+
+void CheckState(const fs::path& state, const std::vector<fs::path>& inputs) {
+    if (state.empty()) return;
+    // The state has the channels of the file that it was made for.
+    if (inputs.size() > 1) throw CUsageError("--save-state: there is more than one input");
+    if (AreSame(state, inputs.front())) throw CUsageError(Utf8(state) + ": would replace an input");
+}
+
+void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs, const SRenderOptions& options) {
+    const auto& samples = options.samples;
     const auto container = ContainerOf(output);
     if (!container) {
         throw CUsageError(
@@ -42,16 +57,20 @@ void CheckOutput(
         if (fs::equivalent(output, input, error))
             throw CUsageError(Utf8(output) + ": would replace an input");
     }
+    if (!options.state.empty() && AreSame(output, options.state)) {
+        throw CUsageError(Utf8(output) + ": cannot take both the audio and the state");
+    }
 }
 
 } // namespace
 
 std::vector<SRenderJob> PlanJobs(
-    const std::vector<fs::path>& inputs, const fs::path& output, std::optional<ESampleFormat> samples) {
+    const std::vector<fs::path>& inputs, const fs::path& output, const SRenderOptions& options) {
+    CheckState(options.state, inputs);
     std::error_code error;
     const bool isFolder = fs::is_directory(output, error);
     if (inputs.size() == 1 && !isFolder && output.has_filename()) {
-        CheckOutput(output, inputs, samples);
+        CheckOutput(output, inputs, options);
         return {{inputs.front(), output}};
     }
     if (fs::exists(output, error) && !isFolder) {
@@ -64,7 +83,7 @@ std::vector<SRenderJob> PlanJobs(
         if (!outputs.insert(jobs.back().output).second) {
             throw CUsageError(Utf8(jobs.back().output) + ": two inputs would give this file");
         }
-        CheckOutput(jobs.back().output, inputs, samples);
+        CheckOutput(jobs.back().output, inputs, options);
     }
     MakeFolder(output);
     return jobs;

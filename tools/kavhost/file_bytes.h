@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace KAV::Host {
+
+/// A file's bytes. Throws CFailure when the file is missing, no plain file, empty, unreadable, or larger than
+/// any state of an effect.
+std::string ReadFileBytes(const std::filesystem::path& file);
+
+} // namespace KAV::Host
