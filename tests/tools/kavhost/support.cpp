@@ -20,6 +20,24 @@ fs::path EffectFile(const std::string& name) {
     return fs::path(KAVHOST_TEST_EFFECTS) / (name + std::string(Platform::LibrarySuffix()));
 }
 
+fs::path PluginFile() {
+    return fs::path(KAVHOST_PLUGIN);
+}
+
+fs::path PluginProfile() {
+    return fs::path(KAVHOST_PROFILE);
+}
+
+std::string BytesOf(const fs::path& file) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    return std::move(bytes).str();
+}
+
+void WriteBytes(const fs::path& file, const std::string& bytes) {
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
 fs::path NewFolder() {
     static int count = 0;
     const auto folder = ScratchFolder() / ("folder" + std::to_string(++count));

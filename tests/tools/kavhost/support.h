@@ -12,6 +12,14 @@ namespace KAV::Tests {
 /// One of the effects of the tests, by the name of its source file.
 std::filesystem::path EffectFile(const std::string& name);
 
+/// The product's own library, as it was built, and its profile.
+std::filesystem::path PluginFile();
+std::filesystem::path PluginProfile();
+
+/// The whole file; and a file of these bytes.
+std::string BytesOf(const std::filesystem::path& file);
+void WriteBytes(const std::filesystem::path& file, const std::string& bytes);
+
 /// A new empty folder.
 std::filesystem::path NewFolder();
 

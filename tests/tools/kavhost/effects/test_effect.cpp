@@ -72,7 +72,7 @@ std::intptr_t CTestEffect::Dispatch(
         return 1;
     }
     default:
-        return 0;
+        return Answer(opcode, index, value, pointer);
     }
 }
 

@@ -28,6 +28,11 @@ protected:
     virtual bool TakesChannels(int) { return false; }
     virtual void SetRate(double) {}
     virtual void Activate() {}
+    /// Calls that no other operation here stands for.
+    virtual std::intptr_t Answer(
+        std::int32_t /*opcode*/, std::int32_t /*index*/, std::intptr_t /*value*/, void* /*pointer*/) {
+        return 0;
+    }
 
     std::intptr_t AskHost(std::int32_t opcode) const {
         return _host(const_cast<VST::AEffect*>(&_record), opcode, 0, 0, nullptr, 0);
