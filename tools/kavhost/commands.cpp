@@ -6,7 +6,9 @@
 #include "tools/kavhost/effect.h"
 #include "tools/kavhost/effect_library.h"
 #include "tools/kavhost/info.h"
+#include "tools/kavhost/inspect.h"
 #include "tools/kavhost/options.h"
+#include "tools/kavhost/patch_content.h"
 #include "tools/kavhost/preparation.h"
 #include "tools/kavhost/profile.h"
 #include "tools/kavhost/render.h"
@@ -94,6 +96,16 @@ EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& er
     return code;
 }
 
+void RunInspect(const SOptions& options, std::ostream& out) {
+    const auto content = ReadPatch(options.patch);
+    std::optional<SProfile> profile;
+    if (!options.profile.empty())
+        profile = ReadProfile(options.profile);
+    else if (content.uniqueId)
+        profile = FindProfile(OwnFolder(), *content.uniqueId);
+    (options.isJson ? PrintPatchAsJson : PrintPatch)(out, content, profile ? &*profile : nullptr);
+}
+
 void RunBench(const SOptions& options, std::ostream& out) {
     const auto& bench = options.bench;
     const CEffectLibrary library(PluginFile(options));
@@ -139,6 +151,9 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         break;
     case ECommand::Bench:
         RunBench(options, out);
+        break;
+    case ECommand::Inspect:
+        RunInspect(options, out);
         break;
     }
     out.flush();

@@ -18,6 +18,7 @@ constexpr const char* Footer = "Examples:\n"
                                "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
                                "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
                                "  kavhost bench --vs other.so\n"
+                               "  kavhost inspect loud.kvp\n"
                                "  kavhost render --help\n"
                                "\n"
                                "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
@@ -47,6 +48,14 @@ constexpr const char* RenderFooter =
     "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
     "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
+
+constexpr const char* InspectFooter =
+    "A patch keeps each value as the effect does; with a profile it is told as the quantity\n"
+    "that it stands for.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost inspect loud.kvp\n"
+    "  kavhost inspect --json film.state";
 
 constexpr const char* BenchFooter =
     "Time is that of the processor in this thread, as the median over the runs. With --vs\n"
@@ -81,19 +90,26 @@ struct STexts {
     std::string oversampling;
     std::string highQuality;
     std::string savedState;
+    std::string inspected;
     bool noDither = false;
     bool noPreroll = false;
     bool align = false;
     bool noAlign = false;
 };
 
-CLI::Option* AddChoice(CLI::App& command, const char* name, std::string& text,
+void AddProfile(CLI::App& command, STexts& texts) {
+    command
+        .add_option("--profile", texts.profile,
+            "Names and laws of the effect's parameters; by default the\n"
+            "*.json beside kavhost that has the effect's unique id")
+        ->type_name("FILE");
+}
+
+void AddChoice(CLI::App& command, const char* name, std::string& text,
     const std::vector<std::string>& choices, const char* help) {
     std::string type;
     for (const auto& choice : choices) type += (type.empty() ? "" : "|") + choice;
-    return command.add_option(name, text, help)
-        ->check(CLI::IsMember(choices).description(""))
-        ->type_name(type);
+    command.add_option(name, text, help)->check(CLI::IsMember(choices).description(""))->type_name(type);
 }
 
 void AddStateOptions(CLI::App& command, STexts& texts) {
@@ -119,11 +135,7 @@ void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
     command
         .add_option("-p,--plugin", texts.plugin, "The effect's library; the KAV Sorrel Limiter by default")
         ->type_name("FILE");
-    command
-        .add_option("--profile", texts.profile,
-            "Names and laws of the effect's parameters; by default the\n"
-            "*.json beside kavhost that has the effect's unique id")
-        ->type_name("FILE");
+    AddProfile(command, texts);
     AddStateOptions(command, texts);
     command.add_option("-s,--set", options.settings, SetHelp)->type_name("SETTING")->allow_extra_args(false);
 }
@@ -168,6 +180,16 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         "lies under the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Leave the effect's delay in")->excludes(align);
     command.add_flag("--json", options.isJson, "Report for programs");
+}
+
+void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("inspect", "Tell what a patch holds; no effect is loaded.");
+    command.footer(InspectFooter);
+    command.add_option("FILE", texts.inspected, "A patch, .kvp or .fxp, or a state")
+        ->required()
+        ->type_name("");
+    AddProfile(command, texts);
+    command.add_flag("--json", options.isJson, "Tell it for programs");
 }
 
 void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
@@ -221,6 +243,7 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     options.plugin = PathOf(texts.plugin);
     options.profile = PathOf(texts.profile);
     options.output = PathOf(texts.output);
+    options.patch = PathOf(texts.inspected);
     options.otherPlugin = PathOf(texts.otherPlugin);
     options.bench.input = PathOf(texts.benchInput);
     TakeStateTexts(options, texts);
@@ -248,6 +271,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     AddInfo(app, options, texts);
     AddRender(app, options, texts);
     AddBench(app, options, texts);
+    AddInspect(app, options, texts);
     std::ranges::reverse(arguments); // the parser takes them from the back
     try {
         app.parse(std::move(arguments));
@@ -261,9 +285,10 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
         throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
     }
     TakeTexts(options, texts);
-    options.command = app.got_subcommand("info")     ? ECommand::Info
-                      : app.got_subcommand("render") ? ECommand::Render
-                                                     : ECommand::Bench;
+    options.command = app.got_subcommand("info")      ? ECommand::Info
+                      : app.got_subcommand("render")  ? ECommand::Render
+                      : app.got_subcommand("inspect") ? ECommand::Inspect
+                                                      : ECommand::Bench;
     return options;
 }
 

@@ -11,7 +11,7 @@
 
 namespace KAV::Host {
 
-enum class ECommand { Print, Info, Render, Bench };
+enum class ECommand { Print, Info, Render, Bench, Inspect };
 
 /// A command line, read.
 struct SOptions {
@@ -24,6 +24,7 @@ struct SOptions {
     std::vector<std::string> settings;
     bool isJson = false;
 
+    std::filesystem::path patch;      ///< to inspect
     std::filesystem::path savedState; ///< gets the effect's state, of info; may be empty
 
     std::vector<std::filesystem::path> inputs;

@@ -93,7 +93,7 @@ void CPatchFile::Apply(CEffect& effect) const {
     if (_uniqueId != effect.UniqueId()) {
         throw CFailure("Patch \"" + _file + "\" was created for another plug-in");
     }
-    if (const auto* const chunk = std::get_if<std::string>(&_content)) {
+    if (const auto* const chunk = Chunk()) {
         if (!effect.SetChunk(*chunk, EChunk::Program)) {
             throw CFailure(_file + ": " + effect.Name() + " does not take this patch");
         }
@@ -107,16 +107,6 @@ void CPatchFile::Apply(CEffect& effect) const {
             effect.SetParameter(static_cast<std::int32_t>(i), values[i]);
     }
     if (!_name.empty()) effect.SetProgramName(_name);
-}
-
-std::string CPatchFile::Chunk() const {
-    const auto* const chunk = std::get_if<std::string>(&_content);
-    return chunk != nullptr ? *chunk : std::string();
-}
-
-std::vector<float> CPatchFile::Values() const {
-    const auto* const values = std::get_if<std::vector<float>>(&_content);
-    return values != nullptr ? *values : std::vector<float>();
 }
 
 } // namespace KAV::Host

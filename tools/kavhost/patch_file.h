@@ -25,11 +25,10 @@ public:
     /// Throws CFailure when the patch belongs to another effect, or the effect does not take it.
     void Apply(CEffect& effect) const;
 
-    /// The patch as an effect takes it; empty for one that is a list of values.
-    std::string Chunk() const;
-
-    /// The values of a patch that is such a list, in the order of the effect's parameters.
-    std::vector<float> Values() const;
+    /// What it is: the bytes that an effect takes, or a list of values in the order of the effect's
+    /// parameters; the other is null.
+    const std::string* Chunk() const noexcept { return std::get_if<std::string>(&_content); }
+    const std::vector<float>* Values() const noexcept { return std::get_if<std::vector<float>>(&_content); }
 
     /// What the program is called: a text patch like its file. Empty for a chunk in a record, which has its
     /// name inside.

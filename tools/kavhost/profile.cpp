@@ -215,4 +215,22 @@ float HostValue(const SParameterProfile& parameter, std::string_view quantity) {
     return static_cast<float>(*value);
 }
 
+std::string QuantityAt(const SParameterProfile& parameter, double value) {
+    const double x = value > 0 ? std::min(value, 1.0) : 0.0; // not-a-number is 0, too
+    const std::string unit = parameter.unit.empty() ? "" : " " + parameter.unit;
+    switch (parameter.law) {
+    case ELaw::Toggle:
+        return x >= 0.5 ? "on" : "off";
+    case ELaw::Choice: {
+        const double last = static_cast<double>(parameter.choices.size() - 1);
+        return parameter.choices[static_cast<std::size_t>(std::lround(x * last))];
+    }
+    case ELaw::Linear:
+        return Fixed(parameter.minimum + x * (parameter.maximum - parameter.minimum), 2) + unit;
+    case ELaw::Exponential:
+        return Fixed(parameter.minimum * std::pow(parameter.maximum / parameter.minimum, x), 2) + unit;
+    }
+    return {};
+}
+
 } // namespace KAV::Host

@@ -65,4 +65,8 @@ std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::in
 /// or its place from 0. Throws CUsageError for what has no place.
 float HostValue(const SParameterProfile& parameter, std::string_view quantity);
 
+/// The other way: the quantity at a host's value, with its unit, to two decimals; values outside 0 to 1 count
+/// as the nearest inside.
+std::string QuantityAt(const SParameterProfile& parameter, double value);
+
 } // namespace KAV::Host

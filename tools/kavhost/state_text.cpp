@@ -14,9 +14,7 @@ using Utils::CPieces;
 using Utils::ExtractTag;
 using Utils::FindMark;
 
-constexpr std::string_view Opening = "<patch_format>textual</patch_format>";
 constexpr std::string_view LineEnd = "\r\n";
-constexpr std::string_view ListSeparator = "|*|";
 constexpr std::string_view RoutingOpening = "<kav_input_routing>";
 constexpr std::string_view RoutingEnd = "</kav_input_routing>";
 
@@ -136,7 +134,7 @@ SRouting RoutingOfChannels(int channels) {
 }
 
 std::optional<CStateText> CStateText::Read(std::string bytes) {
-    if (!std::string_view(bytes).starts_with(Opening)) return std::nullopt;
+    if (!std::string_view(bytes).starts_with(StateOpening)) return std::nullopt;
     const auto length = UpToZero(bytes).size();
     auto rest = bytes.substr(length);
     bytes.resize(length);

@@ -10,6 +10,12 @@
 /// threads: any.
 namespace KAV::Host {
 
+/// How a state that is text begins; nothing else tells it from other bytes.
+inline constexpr std::string_view StateOpening = "<patch_format>textual</patch_format>";
+
+/// Between the names of a list.
+inline constexpr std::string_view ListSeparator = "|*|";
+
 /// Toggles of a group, each of which stands for one entry of its routing.
 inline constexpr std::size_t MostRoutingEntries = 16;
 

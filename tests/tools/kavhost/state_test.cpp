@@ -169,6 +169,17 @@ TEST_F(State, SavedIsTheOneThatWasHeard) {
     }
 }
 
+TEST_F(State, IsThatOfTheInstanceThatMeasuresTheDelayToo) {
+    WriteWav(_folder / "in.wav", Noise(3, 500, 0.1f));
+    WriteBytes(_folder / "s", Saved({"--os", "4", "--hq", "on"}));
+    const auto delay = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {"render", Path("in.wav"), "-o", Path("out.wav"), "--json"});
+        return nlohmann::json::parse(Run(more).out)[0]["delay"]["frames"].get<int>();
+    };
+    EXPECT_EQ(delay({"--state", Path("s")}), delay({"--os", "4", "--hq", "on"}));
+    EXPECT_NE(delay({"--state", Path("s")}), delay({}));
+}
+
 TEST_F(State, OfAPatchIsNamedLikeItsFile) {
     WriteBytes(_folder / "p.kvp", Patch({"--set", "Threshold (2)=-15 dB", "--os", "8"}));
     const std::string name = "\xC3\xA4\xE2\x82\xAC loud.kvp";

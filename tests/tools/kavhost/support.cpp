@@ -40,7 +40,7 @@ void WriteBytes(const fs::path& file, const std::string& bytes) {
 
 fs::path NewFolder() {
     static int count = 0;
-    const auto folder = ScratchFolder() / ("folder" + std::to_string(++count));
+    auto folder = ScratchFolder() / ("folder" + std::to_string(++count));
     fs::create_directories(folder);
     return folder;
 }
