@@ -18,6 +18,7 @@ struct SBenchOptions {
     int channels = 2;
     std::int32_t blockSize = 512;
     double seconds = 10; ///< of audio per run
+    double gainDb = 0;   ///< by which the sound is made louder; minus infinity is silence
     int runs = 7;
     std::filesystem::path input; ///< audio to measure with; empty: music-like sound
 };

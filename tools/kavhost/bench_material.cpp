@@ -54,6 +54,13 @@ void Normalise(CPlanarBuffer& audio) {
     }
 }
 
+void MakeLouder(CPlanarBuffer& audio, double gainDb) {
+    const auto gain = static_cast<float>(std::pow(10.0, gainDb / 20));
+    for (std::size_t c = 0; c < audio.Channels(); ++c) {
+        for (float& sample : audio.Channel(c)) sample *= gain;
+    }
+}
+
 std::size_t FramesOf(double seconds, int rateHz) {
     return std::max<std::size_t>(1, static_cast<std::size_t>(seconds * rateHz));
 }
@@ -77,6 +84,7 @@ SMaterial MakeMaterial(const SBenchOptions& options) {
     }
     for (std::size_t c = 0; c < audio.Channels(); ++c) AddBeats(audio.Channel(c), rate, performance);
     Normalise(audio);
+    MakeLouder(audio, options.gainDb);
     return material;
 }
 
@@ -88,6 +96,7 @@ SMaterial ReadMaterial(const SBenchOptions& options) {
     if (samples.empty()) throw CFailure(Utf8(options.input) + ": no audio to measure with");
     SMaterial material{reader.Format().rateHz, {channels, samples.size() / channels}};
     material.audio.TakeInterleaved(samples);
+    MakeLouder(material.audio, options.gainDb);
     return material;
 }
 

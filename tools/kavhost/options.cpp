@@ -215,6 +215,10 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
         ->capture_default_str()
         ->excludes(input);
     AddBlock(command, bench.blockSize);
+    command.add_option("--gain", bench.gainDb, "Makes the sound louder, or softer")
+        ->check(CLI::Range(-200.0, 60.0).description(""))
+        ->type_name("DB")
+        ->capture_default_str();
     command.add_option("--seconds", bench.seconds, "Audio of each run, from the front of a file")
         ->check(CLI::Range(0.01, 3600.0).description(""))
         ->type_name("S")

@@ -47,6 +47,15 @@ TEST(Material, PeaksAtMinus3dBAndIsTheSameEveryTime) {
     }
 }
 
+TEST(Material, IsLouderByTheGain) {
+    const auto plain = MakeMaterial({.seconds = 0.5, .input = {}});
+    const auto loud = MakeMaterial({.seconds = 0.5, .gainDb = 20, .input = {}});
+    for (std::size_t c = 0; c < plain.audio.Channels(); ++c) {
+        for (std::size_t i = 0; i < plain.audio.Frames(); ++i)
+            ASSERT_EQ(loud.audio.Channel(c)[i], plain.audio.Channel(c)[i] * 10.0f);
+    }
+}
+
 TEST(CheckClock, AsksForTwentySteps) {
     EXPECT_NO_THROW(CheckClock(20, 1, 10));
     EXPECT_THROW(CheckClock(19, 1, 10), CFailure);
