@@ -77,7 +77,7 @@ std::string NameAt(const std::vector<std::string>& names, std::size_t place) {
 }
 
 struct SSettingWords {
-    const char* element;
+    std::string_view element;
     const char* words;
     bool isSwitch;
 };
@@ -95,8 +95,7 @@ constexpr std::array SettingWords{SSettingWords{"host_bypass", "bypassed by the 
 void PrintSettings(std::ostream& out, const SPatchContent& content) {
     if (!content.settings.empty()) out << "settings\n";
     for (const auto& [name, value] : content.settings) {
-        const auto known = std::ranges::find_if(
-            SettingWords, [&name](const SSettingWords& words) { return name == words.element; });
+        const auto known = std::ranges::find(SettingWords, std::string_view(name), &SSettingWords::element);
         const bool isSwitch = known != SettingWords.end() && known->isSwitch;
         out << "  " << std::left << std::setw(33) << (known != SettingWords.end() ? known->words : name)
             << "  "
