@@ -1,72 +1,109 @@
-// The limiter's stages alone, per sample.
+// The engine's blocks alone, against the speed reference in the same run. Stereo, 48 kHz, blocks of 512,
+// 12 dB of limiting, 10 ms of release, the best path of this processor, unless a case tells otherwise: one
+// thing varies per case.
 
+#include "bench/against_reference.h"
 #include "bench/material.h"
-#include "dsp/box_average.h"
+#include "bench/speed_reference.h"
 #include "dsp/lookahead_limiter.h"
-#include "dsp/min_tree.h"
+#include "utils/cpu_features.h"
 
 #include <algorithm>
 #include <array>
-#include <benchmark/benchmark.h>
+#include <cmath>
+#include <string>
+#include <vector>
 
 using namespace KAV;
 
 namespace {
 
-constexpr std::size_t Block = 512;
+struct SLimiterCase {
+    std::string name;
+    std::size_t channels = 2;
+    std::size_t block = 512;
+    double rateHz = 48000.0;
+    double driveDb = 12.0;
+    double releaseSeconds = 0.01;
+    bool autoRelease = false;
+    std::uint64_t features = Utils::DetectFeatures();
+    bool plain = false;
+};
 
-/// Required gains of hard-driven material.
-std::vector<double> Gains() {
-    std::vector<double> gains;
-    for (const float x : Bench::Material(48000.0))
-        gains.push_back(std::min(1.0, 0.25 / std::fabs(static_cast<double>(x))));
-    return gains;
-}
-
-void WindowMinimum(benchmark::State& state) {
-    const auto gains = Gains();
-    DSP::MinTree window;
-    window.Reset(static_cast<std::size_t>(state.range(0)));
-    std::size_t i = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(window.Push(gains[i]));
-        if (++i == gains.size()) i = 0;
+/// The material's first second, over and over, in blocks; each channel a little later than the one before.
+class CBlocks final {
+public:
+    CBlocks(double rateHz, std::size_t channels, std::size_t block)
+        : _material(Bench::Material(rateHz)), _block(block), _work(channels, std::vector<float>(block)) {
+        for (auto& channel : _work) pointers.push_back(channel.data());
     }
-}
-BENCHMARK(WindowMinimum)->Arg(64)->Arg(576)->Arg(2176);
-
-void Average(benchmark::State& state) {
-    const auto gains = Gains();
-    DSP::BoxAverage average;
-    average.Reset(33);
-    std::size_t i = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(average.Push(gains[i]));
-        if (++i == gains.size()) i = 0;
+    template<typename TProcess>
+    void Run(const TProcess& process) {
+        for (std::size_t at = 0; at + _block <= Frames; at += _block) {
+            for (std::size_t c = 0; c < _work.size(); ++c) {
+                std::copy_n(
+                    _material.begin() + static_cast<std::ptrdiff_t>(at + 37 * c), _block, _work[c].begin());
+            }
+            process(pointers.data());
+            benchmark::ClobberMemory();
+        }
     }
-}
-BENCHMARK(Average);
 
-/// Nanoseconds per frame are the time divided by the items. Channels, then the release.
-void Limiter(benchmark::State& state) {
-    const auto channels = static_cast<std::size_t>(state.range(0));
-    const auto material = Bench::Material(48000.0);
+    static constexpr std::size_t Frames = 16384;
+    std::vector<float*> pointers;
+
+private:
+    std::vector<float> _material;
+    std::size_t _block;
+    std::vector<std::vector<float>> _work;
+};
+
+void Limiter(benchmark::State& state, const SLimiterCase& subject) {
+    CBlocks blocks(subject.rateHz, subject.channels, subject.block);
+    CBlocks referenceBlocks(subject.rateHz, subject.channels, subject.block);
     DSP::LookaheadLimiter limiter;
-    limiter.SetRate(48000.0);
-    limiter.SetParams(0.6f, 1.0f, 0.6f, state.range(1) != 0); // +12 dB of drive
-    std::array<std::array<float, Block>, 16> work{};
-    std::array<float*, 16> pointers{};
-    for (std::size_t c = 0; c < 16; ++c) pointers[c] = work[c].data();
-    std::size_t start = 0;
-    for (auto _ : state) {
-        for (std::size_t c = 0; c < channels; ++c)
-            std::copy_n(material.begin() + static_cast<std::ptrdiff_t>(start), Block, pointers[c]);
-        limiter.Process(std::span(pointers).first(channels), Block);
-        benchmark::ClobberMemory();
-        start = start + 2 * Block <= material.size() ? start + Block : 0;
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(Block));
+    limiter.SetRate(subject.rateHz);
+    limiter.SetParams(static_cast<float>(1.0 - subject.driveDb / 30.0), 1.0f,
+        static_cast<float>(1.0 + std::log10(subject.releaseSeconds) / 5.0), subject.autoRelease);
+    Bench::CReferenceLimiter reference(
+        subject.rateHz, subject.driveDb, subject.releaseSeconds, subject.autoRelease);
+    const auto path = subject.plain ? DSP::EProcessorPath::Plain : DSP::PathFor(subject.features);
+    Bench::Against(
+        state, CBlocks::Frames,
+        [&] {
+            blocks.Run([&](float* const* channels) {
+                limiter.Process(std::span(channels, subject.channels), subject.block, path);
+            });
+        },
+        [&] {
+            referenceBlocks.Run([&](float* const* channels) {
+                reference.Process(channels, subject.channels, subject.block);
+            });
+        });
 }
-BENCHMARK(Limiter)->ArgsProduct({{1, 2, 16}, {0, 1}})->ArgNames({"channels", "auto"});
+
+[[maybe_unused]] const bool Registered = [] {
+    for (const SLimiterCase& subject : {
+             SLimiterCase{.name = "stereo"},
+             SLimiterCase{.name = "narrow path", .features = 0},
+             SLimiterCase{.name = "plain path", .plain = true},
+             SLimiterCase{.name = "mono", .channels = 1},
+             SLimiterCase{.name = "16 channels", .channels = 16},
+             SLimiterCase{.name = "nothing to limit", .driveDb = -1.0},
+             SLimiterCase{.name = "auto release", .autoRelease = true},
+             SLimiterCase{.name = "auto release, 3 dB", .driveDb = 3.0, .autoRelease = true},
+             SLimiterCase{.name = "auto release, nothing to limit", .driveDb = -1.0, .autoRelease = true},
+             SLimiterCase{.name = "384 kHz", .rateHz = 384000.0},
+             SLimiterCase{.name = "block of 32", .block = 32},
+             SLimiterCase{.name = "block of 64", .block = 64},
+             SLimiterCase{.name = "block of 441", .block = 441},
+         }) {
+        benchmark::RegisterBenchmark(("Limiter/" + subject.name).c_str(),
+            [subject](benchmark::State& state) { Limiter(state, subject); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
+    }
+    return true;
+}();
 
 } // namespace

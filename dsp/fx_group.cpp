@@ -101,7 +101,7 @@ void FxGroup::Process(std::span<float* const> channels) noexcept {
 
 void FxGroup::Limit(std::span<float* const> channels) noexcept {
     AmplifyAndProbe(channels);
-    if (_limiterOn) _limiter.Process(channels, _block);
+    if (_limiterOn) _limiter.Process(channels, _block, PathFor(_features));
     ReadOutputs(channels);
 }
 
@@ -112,7 +112,7 @@ void FxGroup::LimitMidSide(std::span<float* const> channels) noexcept {
     const bool sideAlone = _midSide == EMidSide::Side || _midSide == EMidSide::SideSolo;
     const auto halves = channels.subspan(sideAlone ? 1 : 0, _midSide == EMidSide::Both ? 2 : 1);
     AmplifyAndProbe(halves);
-    if (_limiterOn) _limiter.Process(halves, _block);
+    if (_limiterOn) _limiter.Process(halves, _block, PathFor(_features));
     ReadOutputs(channels);
     DecodeMidSide(_midSide, {channels[0], _block}, channels[1]);
 }

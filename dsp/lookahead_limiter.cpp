@@ -1,6 +1,7 @@
 #include "dsp/lookahead_limiter.h"
 
 #include "dsp/level.h"
+#include "dsp/release_law.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,34 +15,56 @@ std::size_t LookaheadLength(double rateHz) noexcept {
                : static_cast<std::size_t>(steps) * 64; // below some 18 kHz: the shortest window there is
 }
 
-LookaheadLimiter::LookaheadLimiter() : _coefficientFloor(std::exp(-1.0)) {
+LookaheadLimiter::LookaheadLimiter() {
+    _law.coefficientFloor = std::exp(-1.0);
     Reserve(44100.0);
     SetRate(44100.0);
 }
 
 void LookaheadLimiter::Reserve(double rateHz) {
     const std::size_t lookahead = LookaheadLength(rateHz);
-    _window.Reserve(lookahead);
-    for (auto& average : _averages) average.Reserve(lookahead / 2 + 1);
-    for (auto& delay : _delays) delay.Reserve(lookahead);
+    _tree.Reserve(lookahead);
+    _peaks.Reserve(lookahead);
+    std::size_t window = ShortestMaximum;
+    for (auto& maxima : _maxima) {
+        if (window >= lookahead) break;
+        maxima.Reserve(window);
+        window *= 2;
+    }
+    for (auto* history : {&_released, &_averaged}) history->Reserve(lookahead / 2 + 1);
+    for (auto& driven : _driven) driven.Reserve(lookahead);
 }
 
 void LookaheadLimiter::SetRate(double rateHz) {
     _rateHz = rateHz;
     const std::size_t lookahead = LookaheadLength(rateHz);
-    _tau = rateHz / -std::log(0.1);
-    _envelopeFall = Coefficient(0.25);
-    _envelopeRise = Coefficient(0.5);
-    _curve = {Coefficient(0.281), Coefficient(0.057), Coefficient(0.00054)};
+    _law.tau = rateHz / -std::log(0.1);
+    _law.envelopeFall = CoefficientOf(0.25, _law.tau);
+    _law.envelopeRise = CoefficientOf(0.5, _law.tau);
+    _law.curve[0] = CoefficientOf(0.281, _law.tau);
+    _law.curve[1] = CoefficientOf(0.057, _law.tau);
+    _law.curve[2] = CoefficientOf(0.00054, _law.tau);
+    // (1 - g)^4 seconds of 1 / tau seconds give the floor; a little more than rounding keeps clear of it.
+    _law.floorGain = 1.0 - std::pow(_law.tau, -0.25) * (1.0 - 1e-9);
     _lookahead = static_cast<std::uint32_t>(lookahead);
 
-    _window.Reset(lookahead);
-    for (auto& average : _averages) average.Reset(lookahead / 2 + 1);
-    for (auto& delay : _delays) delay.Reset(lookahead);
+    const std::size_t size = lookahead / 2 + 1;
+    _tree.Reset(lookahead);
+    _peaks.Reset(lookahead, 0.0f);
+    std::size_t window = ShortestMaximum;
+    _maximaCount = 0;
+    for (; window < lookahead; window *= 2) _maxima[_maximaCount++].Reset(window, 0.0f);
+    _isTreeCurrent = _areMaximaCurrent = true;
+    for (auto* history : {&_released, &_averaged}) history->Reset(size, 1.0);
+    for (auto& driven : _driven) driven.Reset(lookahead, 0.0f);
 
-    _slowEnvelope = _manualState = _autoState = 1.0;
-    _autoCoefficient = Coefficient(0.001);
-    SetParams(_thresholdPos, _ceilingPos, _releasePos, _auto);
+    const double minimum = _state.minimum;
+    _state = SLimiterState{};
+    _state.minimum = minimum;
+    _state.sums[0] = _state.sums[1] = static_cast<double>(size);
+    _state.automaticCoefficient = CoefficientOf(0.001, _law.tau);
+    _state.isCoefficientKnown = true;
+    SetParams(_thresholdPos, _ceilingPos, _releasePos, _law.automatic);
 }
 
 void LookaheadLimiter::SetParams(
@@ -49,82 +72,164 @@ void LookaheadLimiter::SetParams(
     _thresholdPos = thresholdPos;
     _ceilingPos = ceilingPos;
     _releasePos = releasePos;
-    _auto = autoRelease;
+    if (autoRelease != _law.automatic) _state.steady = 0; // the averages get another gain
+    _law.automatic = autoRelease;
     _drive = 1.0 / GainOfDb(30.0 * static_cast<double>(thresholdPos) - 30.0);
     _ceiling = GainOfDb(30.0 * static_cast<double>(ceilingPos) - 30.0);
-    _manualCoefficient = Coefficient(std::pow(10.0, 5.0 * (static_cast<double>(releasePos) - 1.0)));
+    _law.fixedCoefficient =
+        CoefficientOf(std::pow(10.0, 5.0 * (static_cast<double>(releasePos) - 1.0)), _law.tau);
 }
 
-void LookaheadLimiter::Process(std::span<float* const> channels, std::size_t length) noexcept {
-    for (std::size_t i = 0; i < length; ++i) {
-        const double peak = Drive(channels, i);
-        const double required = _window.Push(peak < Limit ? 1.0 : Limit / peak);
-        const double released = _auto ? AutoRelease(required) : FixedRelease(required);
-        const double gain = _averages[1].Push(_averages[0].Push(released));
-        Output(channels, i, gain);
-        _minimumGain = std::min(_minimumGain, gain);
+void LookaheadLimiter::Process(
+    std::span<float* const> channels, std::size_t length, EProcessorPath path) noexcept {
+    // A buffer that comes twice is driven twice, and its second place delays what the first one has put out:
+    // only sample after sample, that is.
+    for (std::size_t c = 1; c < channels.size() && path != EProcessorPath::Plain; ++c) {
+        const auto earlier = channels.first(c);
+        if (std::find(earlier.begin(), earlier.end(), channels[c]) != earlier.end()) {
+            path = EProcessorPath::Plain;
+        }
+    }
+    for (std::size_t done = 0; done < length;) {
+        const std::size_t count = std::min(length - done, LongestRun);
+        Run(channels, done, count, path);
+        done += count;
     }
     if (_latch) {
-        _reportedGain = _minimumGain;
-        _minimumGain = 1.0;
+        _reportedGain = _state.minimum;
+        _state.minimum = 1.0;
         _latch = false;
     }
 }
 
-double LookaheadLimiter::Coefficient(double seconds) const noexcept {
-    return std::exp(-1.0 / (seconds * _tau));
+void LookaheadLimiter::Run(std::span<float* const> channels, std::size_t from, std::size_t length,
+    [[maybe_unused]] EProcessorPath path) noexcept {
+    SLimiterRun run;
+    run.channelCount = channels.size();
+    run.length = length;
+    run.drive = _drive;
+    run.ceiling = _ceiling;
+    run.lookahead = Lookahead();
+    run.size = run.lookahead / 2 + 1;
+    for (std::size_t c = 0; c < channels.size(); ++c) {
+        run.channels[c] = channels[c] + from;
+        run.driven[c] = _driven[c].Next(length);
+    }
+    run.peaks = _peaks.Next(length);
+    run.released = _released.Next(length);
+    run.averaged = _averaged.Next(length);
+
+    if (path == EProcessorPath::Plain) {
+        if (!_isTreeCurrent) RefillTree(run);
+        RunPlain(run);
+        _areMaximaCurrent = false;
+    }
+#if defined(__x86_64__)
+    if (path != EProcessorPath::Plain) {
+        for (std::size_t k = 0; k < _maximaCount; ++k) run.maxima[k] = _maxima[k].Next(length);
+        if (!_areMaximaCurrent) RefillMaxima(run);
+        if (path == EProcessorPath::Wide) {
+            RunLimiterWide(run, _law, _state);
+        } else {
+            RunLimiterNarrow(run, _law, _state);
+        }
+        for (std::size_t k = 0; k < _maximaCount; ++k) _maxima[k].Advance(length);
+        _isTreeCurrent = false;
+    }
+#endif
+    for (std::size_t c = 0; c < channels.size(); ++c) _driven[c].Advance(length);
+    _peaks.Advance(length);
+    _released.Advance(run.averagedCount);
+    _averaged.Advance(run.averagedCount);
+}
+
+/// The tree as if the plain path had run all along.
+void LookaheadLimiter::RefillTree(const SLimiterRun& run) noexcept {
+    for (std::size_t back = run.lookahead; back > 0; --back) _tree.Push(Required(*(run.peaks - back)));
+    _isTreeCurrent = true;
+}
+
+/// The maxima as if they had been kept all along. Each window of the last `window` ones crosses the place
+/// `window` back: its part before that place grows backwards, the rest forwards. Peaks beyond those held
+/// belong to windows that are never asked for again.
+void LookaheadLimiter::RefillMaxima(const SLimiterRun& run) noexcept {
+    std::size_t window = ShortestMaximum;
+    for (std::size_t k = 0; k < _maximaCount; ++k, window *= 2) {
+        float highest = 0.0f;
+        for (std::size_t back = 1; back <= window; ++back) {
+            *(run.maxima[k] - back) = highest;
+            const std::size_t next = back + window;
+            if (next <= run.lookahead) highest = std::max(highest, *(run.peaks - next));
+        }
+        highest = 0.0f;
+        for (std::size_t back = window; back > 0; --back) {
+            float& maximum = *(run.maxima[k] - back);
+            highest = std::max(highest, *(run.peaks - back));
+            maximum = std::max(maximum, highest);
+        }
+    }
+    _areMaximaCurrent = true;
+}
+
+/// The gain that brings a peak down to 1; 1 for one below.
+double LookaheadLimiter::Required(float peak) noexcept {
+    constexpr double limit = 1.0; // where the driven signal is held
+    return static_cast<double>(peak) < limit ? 1.0 : limit / static_cast<double>(peak);
+}
+
+void LookaheadLimiter::RunPlain(SLimiterRun& run) noexcept {
+    for (std::size_t i = 0; i < run.length; ++i) {
+        run.peaks[i] = Drive(run, i);
+        const double required = _tree.Push(Required(run.peaks[i]));
+        run.released[i] = _law.automatic ? AutoRelease(required) : FixedRelease(required);
+        const double size = static_cast<double>(run.size);
+        _state.sums[0] = _state.sums[0] - *(run.released + i - run.size) + run.released[i];
+        run.averaged[i] = _state.sums[0] / size;
+        _state.sums[1] = _state.sums[1] - *(run.averaged + i - run.size) + run.averaged[i];
+        const double gain = _state.sums[1] / size;
+        Output(run, i, gain);
+        _state.minimum = std::min(_state.minimum, gain);
+    }
+    run.averagedCount = run.length;
+    _state.steady = 0; // nobody has counted
 }
 
 /// Drives sample `i` of all channels in place and gives the largest magnitude; not-a-number never is the
 /// largest.
-double LookaheadLimiter::Drive(std::span<float* const> channels, std::size_t i) const noexcept {
-    double peak = 0.0;
-    for (float* const channel : channels) {
-        const float x = static_cast<float>(static_cast<double>(channel[i]) * _drive);
-        channel[i] = x;
-        peak = std::max(peak, std::fabs(static_cast<double>(x)));
+float LookaheadLimiter::Drive(const SLimiterRun& run, std::size_t i) noexcept {
+    float peak = 0.0f;
+    for (std::size_t c = 0; c < run.channelCount; ++c) {
+        const float x = static_cast<float>(static_cast<double>(run.channels[c][i]) * run.drive);
+        run.channels[c][i] = x;
+        peak = std::max(peak, std::fabs(x));
     }
     return peak;
 }
 
 double LookaheadLimiter::FixedRelease(double required) noexcept {
-    if (!(_manualState > required)) {
-        required = required + (_manualState - required) * _manualCoefficient;
+    if (!(_state.fixed > required)) {
+        required = required + (_state.fixed - required) * _law.fixedCoefficient;
     }
-    _manualState = required;
+    _state.fixed = required;
     return required;
 }
 
-// Symbols of the programme-dependent release, all gains and per sample:
-//   slow   an envelope of the required gain, falling to 10 % of the distance in 0.25 s and rising in 0.5 s
-//   g      the gain: never above the required one nor the slow envelope, recovering with the coefficient a x
-//   k a      coefficient of (1 - g)^4 seconds: the deeper the reduction, the slower the recovery u      a
-//   value near g in steady state, ahead of it while the slow envelope is above it k      weight of a over u,
-//   see ReleaseCurve()
 double LookaheadLimiter::AutoRelease(double required) noexcept {
-    const double distance = _slowEnvelope - required;
-    _slowEnvelope = required + distance * (_slowEnvelope > required ? _envelopeFall : _envelopeRise);
-    double g = std::min(required, _slowEnvelope);
-    if (!(_autoState > g)) g = g + (_autoState - g) * _autoCoefficient;
-    _autoState = g;
-    const double a = std::max(Coefficient(std::pow(1.0 - g, 4.0)), _coefficientFloor);
-    const double u = std::min(2.0 * _slowEnvelope - g, 1.0);
-    _autoCoefficient = ReleaseCurve(u) * a; // for the next sample
+    const double coefficient = KnownCoefficient(_law, _state);
+    const double distance = _state.slow - required;
+    _state.slow = required + distance * (_state.slow > required ? _law.envelopeFall : _law.envelopeRise);
+    double g = std::min(required, _state.slow);
+    if (!(_state.automatic > g)) g = g + (_state.automatic - g) * coefficient;
+    _state.automatic = g;
+    _state.isCoefficientKnown = false; // that for the next sample
     return g;
 }
 
-/// 1 below a gain of 0.25, then through the three curve points at 0.5, 0.71 and 1, linear between them.
-double LookaheadLimiter::ReleaseCurve(double gain) const noexcept {
-    if (gain < 0.25) return 1.0;
-    if (gain < 0.5) return (gain - 0.25) * 4.0 * (_curve[0] - 1.0) + 1.0;
-    if (gain < 0.71) return (_curve[1] - _curve[0]) * ((gain - 0.5) / 0.21) + _curve[0];
-    return (_curve[2] - _curve[1]) * ((gain - 0.71) / 0.29) + _curve[1];
-}
-
-void LookaheadLimiter::Output(std::span<float* const> channels, std::size_t i, double gain) noexcept {
-    for (std::size_t slot = 0; slot < channels.size(); ++slot) {
-        const double delayed = _delays[slot].Exchange(static_cast<double>(channels[slot][i]));
-        channels[slot][i] = static_cast<float>(delayed * gain * _ceiling);
+void LookaheadLimiter::Output(const SLimiterRun& run, std::size_t i, double gain) noexcept {
+    for (std::size_t c = 0; c < run.channelCount; ++c) {
+        run.driven[c][i] = run.channels[c][i];
+        const double delayed = static_cast<double>(*(run.driven[c] + i - run.lookahead));
+        run.channels[c][i] = static_cast<float>(delayed * gain * run.ceiling);
     }
 }
 

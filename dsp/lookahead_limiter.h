@@ -1,8 +1,9 @@
 #pragma once
 
-#include "dsp/box_average.h"
-#include "dsp/delay_line.h"
+#include "dsp/limiter_run.h"
 #include "dsp/min_tree.h"
+#include "dsp/processor_path.h"
+#include "dsp/sample_history.h"
 #include "utils/realtime.h"
 #include "utils/shared.h"
 
@@ -26,7 +27,7 @@ std::size_t LookaheadLength(double rateHz) noexcept;
 /// Lookahead() on any thread.
 class LookaheadLimiter final {
 public:
-    static constexpr std::size_t MaxChannels = 16;
+    static constexpr std::size_t MaxChannels = SLimiterRun::MaxChannels;
 
     LookaheadLimiter();
 
@@ -41,8 +42,10 @@ public:
         float thresholdPos, float ceilingPos, float releasePos, bool autoRelease) noexcept;
 
     /// Limits up to 16 channels of `length` samples in place, delayed by Lookahead(). Delay lines belong to
-    /// places in the list, not to host channels.
-    KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length) noexcept;
+    /// places in the list, not to host channels. All paths that the processor has give the same bits, and
+    /// one goes on where another left off.
+    KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length,
+        EProcessorPath path = EProcessorPath::Plain) noexcept;
 
     KAV_REALTIME double Rate() const noexcept { return _rateHz; }
 
@@ -54,44 +57,44 @@ public:
     double ReportedGain() const noexcept { return _reportedGain; }
 
 private:
-    /// exp(-1 / (t x tau)): what a one-pole keeps per sample to fall to 10 % in `seconds`.
-    double Coefficient(double seconds) const noexcept;
-    double Drive(std::span<float* const> channels, std::size_t i) const noexcept;
+    static constexpr std::size_t LongestRun = CSampleHistory<float>::LongestRun;
+    static constexpr std::size_t ShortestMaximum = 16; // of peaks
+
+    void Run(
+        std::span<float* const> channels, std::size_t from, std::size_t length, EProcessorPath path) noexcept;
+    void RefillTree(const SLimiterRun& run) noexcept;
+    void RefillMaxima(const SLimiterRun& run) noexcept;
+    static double Required(float peak) noexcept;
+
+    // The plain path.
+    void RunPlain(SLimiterRun& run) noexcept;
+    static float Drive(const SLimiterRun& run, std::size_t i) noexcept;
     double FixedRelease(double required) noexcept;
     double AutoRelease(double required) noexcept;
-    double ReleaseCurve(double gain) const noexcept;
-    void Output(std::span<float* const> channels, std::size_t i, double gain) noexcept;
+    static void Output(const SLimiterRun& run, std::size_t i, double gain) noexcept;
 
     // Settings
-    float _thresholdPos = 0.0f; // the four as last given
+    float _thresholdPos = 0.0f; // the three as last given
     float _ceilingPos = 0.0f;
     float _releasePos = 0.0f;
-    bool _auto = false;
     double _rateHz = 0.0;
-    double _tau = 0.0;   // samples per second of a fall to 10 %, rate / -ln 0.1
     double _drive = 1.0; // 1 / threshold, linear
     double _ceiling = 1.0;
-    static constexpr double Limit = 1.0; // where the driven signal is held
+    SReleaseLaw _law;
 
-    // Fixed release
-    double _manualCoefficient = 0.0;
-    double _manualState = 1.0; // gain
+    SLimiterState _state;
+    std::array<CSampleHistory<float>, MaxChannels> _driven; // one look-ahead long
+    CSampleHistory<float> _peaks;                           // one look-ahead long
+    CSampleHistory<double> _released;
+    CSampleHistory<double> _averaged;
 
-    // Programme-dependent release; see AutoRelease()
-    double _slowEnvelope = 1.0; // gain
-    double _autoState = 1.0;    // gain
-    double _autoCoefficient = 0.0;
-    double _envelopeFall = 0.0;
-    double _envelopeRise = 0.0;
-    std::array<double, 3> _curve{}; // coefficients at the corners of ReleaseCurve()
-    const double _coefficientFloor;
+    // The look-ahead's window, once for the plain path and once for the others; see SLimiterRun.
+    MinTree _tree;
+    std::array<CSampleHistory<float>, SLimiterRun::MaxMaxima> _maxima;
+    std::size_t _maximaCount = 0; // in use
+    bool _isTreeCurrent = true;   // or to be made anew from the peaks
+    bool _areMaximaCurrent = true;
 
-    // Stages
-    MinTree _window;
-    std::array<BoxAverage, 2> _averages;
-    std::array<DelayLine, MaxChannels> _delays;
-
-    double _minimumGain = 1.0; // since the last answered latch
     Utils::CShared<std::uint32_t> _lookahead{0};
     Utils::CShared<double> _reportedGain{1.0};
     Utils::CShared<bool> _latch{false};

@@ -1,5 +1,7 @@
 #include "dsp/lookahead_limiter.h"
 
+#include "tests/dsp/processor_paths.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -19,6 +21,15 @@ float ReleasePosition(double seconds) {
     return static_cast<float>(1.0 + std::log10(seconds) / 5.0);
 }
 
+/// Every promise holds on each path that this processor has.
+class LimiterOnPath : public testing::TestWithParam<EProcessorPath> {
+protected:
+    LimiterOnPath() { PathUnderTest = GetParam(); }
+
+public:
+    static inline EProcessorPath PathUnderTest = EProcessorPath::Plain;
+};
+
 class CLimiterOnAChannel {
 public:
     explicit CLimiterOnAChannel(double rateHz, double releaseSeconds = 0.001, bool autoRelease = false) {
@@ -28,7 +39,7 @@ public:
     }
     std::vector<float> Run(std::vector<float> samples) {
         std::array<float*, 1> channels{samples.data()};
-        limiter.Process(channels, samples.size());
+        limiter.Process(channels, samples.size(), LimiterOnPath::PathUnderTest);
         return samples;
     }
     LookaheadLimiter limiter;
@@ -59,7 +70,7 @@ TEST(LookaheadLength, NeverFallsBelowSixtyFour) {
     for (const double rate : {1.0, 8000.0, 18285.0, 18286.0}) EXPECT_EQ(LookaheadLength(rate), 64u);
 }
 
-TEST(LookaheadLimiter, DelaysByTheLookahead) {
+TEST_P(LimiterOnPath, DelaysByTheLookahead) {
     CLimiterOnAChannel channel(48000);
     std::vector<float> impulse(200, 0.0f);
     impulse[10] = 0.5f;
@@ -67,7 +78,7 @@ TEST(LookaheadLimiter, DelaysByTheLookahead) {
     for (std::size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i], i == 74 ? 0.5f : 0.0f) << i;
 }
 
-TEST(LookaheadLimiter, HoldsALastingStepAtTheCeiling) {
+TEST_P(LimiterOnPath, HoldsALastingStepAtTheCeiling) {
     for (const double rate : {44100.0, 96000.0, 384000.0}) {
         CLimiterOnAChannel channel(rate);
         const std::size_t n = LookaheadLength(rate);
@@ -75,7 +86,7 @@ TEST(LookaheadLimiter, HoldsALastingStepAtTheCeiling) {
     }
 }
 
-TEST(LookaheadLimiter, HoldsTheNegativeHalfAsThePositiveOne) {
+TEST_P(LimiterOnPath, HoldsTheNegativeHalfAsThePositiveOne) {
     CLimiterOnAChannel positive(48000);
     CLimiterOnAChannel negative(48000);
     const auto above = positive.Run(Step(64, 256, 2.0f));
@@ -83,7 +94,7 @@ TEST(LookaheadLimiter, HoldsTheNegativeHalfAsThePositiveOne) {
     for (std::size_t i = 0; i < above.size(); ++i) EXPECT_EQ(below[i], -above[i]) << i;
 }
 
-TEST(LookaheadLimiter, LonePeakPassesByTheOneTapThatComesLate) {
+TEST_P(LimiterOnPath, LonePeakPassesByTheOneTapThatComesLate) {
     // The triangle has N + 1 taps and the window N values: one tap, of weight 1 / size^2, sees the gain as it
     // is one sample after the peak has left the window, which a release of 0.01 ms has nearly brought back
     // to 1.
@@ -102,13 +113,13 @@ TEST(LookaheadLimiter, LonePeakPassesByTheOneTapThatComesLate) {
     }
 }
 
-TEST(LookaheadLimiter, GainHasReachedItsValueWhenTheStepLeavesTheDelay) {
+TEST_P(LimiterOnPath, GainHasReachedItsValueWhenTheStepLeavesTheDelay) {
     CLimiterOnAChannel channel(48000);
     const auto out = channel.Run(Step(64, 256, 2.0f));
     for (std::size_t i = 128; i < out.size(); ++i) EXPECT_NEAR(out[i] / 2.0f, 0.5f, 1e-6f) << i;
 }
 
-TEST(LookaheadLimiter, ThresholdDrivesAndCeilingScales) {
+TEST_P(LimiterOnPath, ThresholdDrivesAndCeilingScales) {
     CLimiterOnAChannel channel(48000);
     channel.limiter.SetParams(0.8f, 0.6f, 0.4f, false); // -6 dB and -12 dB
     const auto quiet = channel.Run(std::vector<float>(300, 0.1f));
@@ -117,7 +128,7 @@ TEST(LookaheadLimiter, ThresholdDrivesAndCeilingScales) {
     EXPECT_NEAR(20.0 * std::log10(static_cast<double>(loud[4999])), -12.0, 1e-4);
 }
 
-TEST(LookaheadLimiter, FixedReleaseRecoversNinetyPercentInItsTime) {
+TEST_P(LimiterOnPath, FixedReleaseRecoversNinetyPercentInItsTime) {
     for (const double seconds : {0.01, 0.1, 1.0}) {
         const double rate = 48000;
         CLimiterOnAChannel channel(rate, seconds);
@@ -130,7 +141,7 @@ TEST(LookaheadLimiter, FixedReleaseRecoversNinetyPercentInItsTime) {
     }
 }
 
-TEST(LookaheadLimiter, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSustainedReduction) {
+TEST_P(LimiterOnPath, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSustainedReduction) {
     const double rate = 48000;
     const auto samplesToRecover = [rate](std::size_t loudSamples, float level) {
         CLimiterOnAChannel channel(rate, 0.001, true);
@@ -146,18 +157,18 @@ TEST(LookaheadLimiter, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSusta
     EXPECT_GT(samplesToRecover(96000, 8.0f), 5000u);
 }
 
-TEST(LookaheadLimiter, LinkIsTotal) {
+TEST_P(LimiterOnPath, LinkIsTotal) {
     LookaheadLimiter limiter;
     limiter.SetParams(FullScale, FullScale, 0.4f, false);
     std::vector<float> loud(1000, 2.0f);
     std::vector<float> soft(1000, 0.5f);
     std::array<float*, 2> channels{loud.data(), soft.data()};
-    limiter.Process(channels, 1000);
+    limiter.Process(channels, 1000, GetParam());
     EXPECT_NEAR(loud[999], 1.0f, 1e-6f);
     EXPECT_NEAR(soft[999], 0.25f, 1e-6f);
 }
 
-TEST(LookaheadLimiter, SameOutputForBlocksOfAnyLength) {
+TEST_P(LimiterOnPath, SameOutputForBlocksOfAnyLength) {
     std::vector<float> input(4096);
     for (std::size_t i = 0; i < input.size(); ++i)
         input[i] = 1.8f * std::sin(static_cast<float>(i * i) * 0.0003f);
@@ -178,7 +189,7 @@ TEST(LookaheadLimiter, SameOutputForBlocksOfAnyLength) {
     }
 }
 
-TEST(LookaheadLimiter, SwitchingBackToAutoReleaseUsesItsOldCoefficientForTheFirstSample) {
+TEST_P(LimiterOnPath, SwitchingBackToAutoReleaseUsesItsOldCoefficientForTheFirstSample) {
     // Two limiters whose automatic release saw the same past. One of them spends a while in the fixed
     // release, during which the automatic one's state and coefficient must stand still.
     CLimiterOnAChannel steady(48000, 0.05, true);
@@ -195,7 +206,7 @@ TEST(LookaheadLimiter, SwitchingBackToAutoReleaseUsesItsOldCoefficientForTheFirs
     for (std::size_t i = 0; i < a.size(); ++i) ASSERT_NEAR(a[i], b[i], 1e-6f) << i;
 }
 
-TEST(LookaheadLimiter, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
+TEST_P(LimiterOnPath, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
     CLimiterOnAChannel channel(48000, 1.0);
     channel.Run(std::vector<float>(1000, 4.0f)); // fixed state at 0.25
     channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), true);
@@ -205,7 +216,7 @@ TEST(LookaheadLimiter, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
     EXPECT_NEAR(out[399] / 0.1f, 0.25f, 0.02f) << "the fixed release goes on from where it was left";
 }
 
-TEST(LookaheadLimiter, RateChangeRestartsWithSilence) {
+TEST_P(LimiterOnPath, RateChangeRestartsWithSilence) {
     CLimiterOnAChannel channel(48000);
     channel.Run(std::vector<float>(500, 4.0f));
     channel.limiter.Reserve(96000);
@@ -215,7 +226,7 @@ TEST(LookaheadLimiter, RateChangeRestartsWithSilence) {
     EXPECT_EQ(out[128], 0.5f) << "gain is back at unity";
 }
 
-TEST(LookaheadLimiter, LatchReportsTheLowestGainSinceTheLastOne) {
+TEST_P(LimiterOnPath, LatchReportsTheLowestGainSinceTheLastOne) {
     CLimiterOnAChannel channel(48000, 0.001);
     EXPECT_EQ(channel.limiter.ReportedGain(), 1.0);
     channel.Run(std::vector<float>(2000, 4.0f));
@@ -229,7 +240,7 @@ TEST(LookaheadLimiter, LatchReportsTheLowestGainSinceTheLastOne) {
     EXPECT_NEAR(channel.limiter.ReportedGain(), 1.0, 1e-6) << "the minimum began anew with the latch";
 }
 
-TEST(LookaheadLimiter, LatchIsAnsweredOnce) {
+TEST_P(LimiterOnPath, LatchIsAnsweredOnce) {
     CLimiterOnAChannel channel(48000, 0.001);
     channel.limiter.Latch();
     channel.Run(std::vector<float>(2000, 2.0f));
@@ -237,7 +248,7 @@ TEST(LookaheadLimiter, LatchIsAnsweredOnce) {
     EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
 }
 
-TEST(LookaheadLimiter, LatchIsAnsweredByACallOfNoLength) {
+TEST_P(LimiterOnPath, LatchIsAnsweredByACallOfNoLength) {
     CLimiterOnAChannel channel(48000, 0.001);
     channel.Run(std::vector<float>(2000, 2.0f));
     channel.limiter.Latch();
@@ -248,7 +259,7 @@ TEST(LookaheadLimiter, LatchIsAnsweredByACallOfNoLength) {
     EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "no sample since: nothing was reduced";
 }
 
-TEST(LookaheadLimiter, RateChangeDoesNotResetTheMinimum) {
+TEST_P(LimiterOnPath, RateChangeDoesNotResetTheMinimum) {
     CLimiterOnAChannel channel(48000);
     channel.Run(std::vector<float>(2000, 2.0f));
     channel.limiter.SetRate(44100);
@@ -257,7 +268,7 @@ TEST(LookaheadLimiter, RateChangeDoesNotResetTheMinimum) {
     EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
 }
 
-TEST(LookaheadLimiter, NotANumberMovesNoGainAndComesOutDelayed) {
+TEST_P(LimiterOnPath, NotANumberMovesNoGainAndComesOutDelayed) {
     // In the first channel that is looked at and in the last, and at every place of the window.
     for (const std::size_t spoilt : {0u, 1u}) {
         for (std::size_t place = 0; place < 64; ++place) {
@@ -267,7 +278,7 @@ TEST(LookaheadLimiter, NotANumberMovesNoGainAndComesOutDelayed) {
                 std::vector<float>(300, 0.5f), std::vector<float>(300, 0.5f)};
             audio[spoilt][place] = NotANumber;
             std::array<float*, 2> channels{audio[0].data(), audio[1].data()};
-            limiter.Process(channels, 300);
+            limiter.Process(channels, 300, GetParam());
             for (std::size_t i = 64; i < 300; ++i) {
                 ASSERT_EQ(audio[1 - spoilt][i], 0.5f) << place;
                 ASSERT_EQ(std::isnan(audio[spoilt][i]), i == place + 64) << place;
@@ -276,7 +287,7 @@ TEST(LookaheadLimiter, NotANumberMovesNoGainAndComesOutDelayed) {
     }
 }
 
-TEST(LookaheadLimiter, InfinityShutsTheGainAndPasses) {
+TEST_P(LimiterOnPath, InfinityShutsTheGainAndPasses) {
     CLimiterOnAChannel channel(48000, 0.001);
     std::vector<float> samples(20000, 0.5f);
     samples[100] = std::numeric_limits<float>::infinity();
@@ -285,7 +296,7 @@ TEST(LookaheadLimiter, InfinityShutsTheGainAndPasses) {
     EXPECT_NEAR(out[19999], 0.5f, 1e-5f);
 }
 
-TEST(LookaheadLimiter, SilenceIsLeftAtUnity) {
+TEST_P(LimiterOnPath, SilenceIsLeftAtUnity) {
     CLimiterOnAChannel channel(48000);
     for (const float y : channel.Run(std::vector<float>(500, 0.0f))) EXPECT_EQ(y, 0.0f);
     channel.limiter.Latch();
@@ -293,15 +304,18 @@ TEST(LookaheadLimiter, SilenceIsLeftAtUnity) {
     EXPECT_EQ(channel.limiter.ReportedGain(), 1.0);
 }
 
-TEST(LookaheadLimiter, DelayLinesBelongToPlacesInTheList) {
+TEST_P(LimiterOnPath, DelayLinesBelongToPlacesInTheList) {
     LookaheadLimiter limiter;
     limiter.SetParams(FullScale, FullScale, 0.4f, false);
     std::vector<float> first(64, 0.25f);
     std::vector<float> second(64, 0.5f);
     std::array<float*, 2> both{first.data(), second.data()};
-    limiter.Process(both, 64);
+    limiter.Process(both, 64, GetParam());
     std::vector<float> third(64, 0.0f);
     std::array<float*, 1> one{third.data()};
-    limiter.Process(one, 64);
+    limiter.Process(one, 64, GetParam());
     EXPECT_EQ(third[0], 0.25f) << "another channel at the same place finds what its predecessor left";
 }
+
+INSTANTIATE_TEST_SUITE_P(LookaheadLimiter, LimiterOnPath, testing::ValuesIn(KAV::Tests::ProcessorPaths()),
+    [](const auto& parameter) { return KAV::Tests::NameOf(parameter.param); });

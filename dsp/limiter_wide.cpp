@@ -1,0 +1,12 @@
+// Compiled for processors with AVX and fused multiply-add; nobody else may call what is in here.
+#include "dsp/limiter_passes.h"
+
+namespace KAV::DSP {
+
+#if defined(__x86_64__)
+void RunLimiterWide(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept {
+    RunLimiter(run, law, state);
+}
+#endif
+
+} // namespace KAV::DSP

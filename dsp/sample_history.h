@@ -1,0 +1,67 @@
+#pragma once
+
+#include "utils/realtime.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace KAV::DSP {
+
+/// The last `length` values of a sequence, at any time one behind the other in memory. Behind them is room
+/// for more, so that a run of new values is written and old ones are read at plain addresses; values move
+/// only once in a while.
+/// Threads: Reserve() while audio is stopped; the rest on the audio thread, allocates nothing within the
+/// reserve.
+template<typename T>
+class CSampleHistory final {
+public:
+    /// The longest run that Next() takes.
+    static constexpr std::size_t LongestRun = 512;
+    /// So many values behind a run may be overwritten; they mean nothing.
+    static constexpr std::size_t Overhang = 16;
+
+    /// Makes room for lengths up to `length`; what is held stays.
+    void Reserve(std::size_t length) {
+        const std::size_t size = length + Line + LongestRun + Overhang;
+        if (size > _values.size()) _values.resize(size);
+    }
+    /// Holds `length` values from now on, all of them `value`.
+    KAV_REALTIME void Reset(std::size_t length, T value) {
+        Reserve(length);
+        _length = length;
+        _next = Start();
+        std::fill_n(Held(), length, value);
+    }
+    /// Where the next `count` values (at most LongestRun) go; the ones held end right before. The address
+    /// holds until the next call. It lies at the beginning of a cache line as long as runs come in multiples
+    /// of one: values just stored as vectors can be read again only slowly where they cross lines.
+    KAV_REALTIME T* Next(std::size_t count) noexcept {
+        if (_next + count + Overhang > _values.size()) {
+            const auto held = Held();
+            _next = Start();
+            std::copy_n(held, _length, Held()); // they move down, so the order is right where they overlap
+        }
+        return _values.data() + _next;
+    }
+    /// The first `count` of them are there.
+    KAV_REALTIME void Advance(std::size_t count) noexcept { _next += count; }
+
+private:
+    static constexpr std::size_t LineBytes = 64;
+    static constexpr std::size_t Line = LineBytes / sizeof(T);
+
+    /// The first place for a next value: on a line's beginning, the values held before it.
+    std::size_t Start() const noexcept {
+        const auto address = reinterpret_cast<std::uintptr_t>(_values.data() + _length);
+        return _length + (LineBytes - address % LineBytes) % LineBytes / sizeof(T);
+    }
+    auto Held() noexcept { return _values.begin() + static_cast<std::ptrdiff_t>(_next - _length); }
+
+    std::vector<T> _values;  // at least _length + Line + LongestRun + Overhang, once there is a length
+    std::size_t _length = 0; // held
+    std::size_t _next = 0;   // where the next value goes; _length <= _next
+};
+
+} // namespace KAV::DSP
