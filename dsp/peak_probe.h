@@ -1,8 +1,8 @@
 #pragma once
 
+#include "dsp/peak_of.h"
 #include "utils/realtime.h"
 
-#include <cmath>
 #include <span>
 
 namespace KAV::DSP {
@@ -14,11 +14,7 @@ struct PeakProbe final {
     float peak = 0.0f; ///< linear, since the last Take()
 
     KAV_REALTIME void Read(std::span<const float> channel) noexcept {
-        if (off) return;
-        for (const float x : channel) {
-            const float magnitude = std::fabs(x);
-            if (magnitude > peak) peak = magnitude; // not-a-number compares false and so is no peak
-        }
+        if (!off) peak = PeakOf(channel, peak);
     }
 
     KAV_REALTIME float Take() noexcept {

@@ -22,15 +22,23 @@ struct SilenceGate final {
     /// sample at or above the threshold opens it, within this very block.
     KAV_REALTIME void Read(std::span<const float> channel) noexcept {
         if (off) return;
-        for (const float x : channel) {
-            if (std::fabs(x) < Threshold) {
-                if (!silent) silent = count++ == limit;
-            } else { // not-a-number comes here: it is no silence
-                count = 0;
-                silent = false;
-            }
+        // What was before the last sound does not count any more, so the way goes backwards, and mostly ends
+        // at once.
+        std::size_t quiet = 0;
+        while (quiet < channel.size() && IsTiny(channel[channel.size() - 1 - quiet])) ++quiet;
+        if (quiet < channel.size()) {
+            count = 0;
+            silent = false;
         }
+        if (silent) return;
+        const auto last = count + static_cast<std::int64_t>(quiet);
+        silent = count <= limit && limit < last; // a limit that has shrunk below the count is passed by
+        count = silent ? limit + 1 : last;
     }
+
+private:
+    /// Not-a-number is no silence.
+    static bool IsTiny(float x) noexcept { return std::fabs(x) < Threshold; }
 };
 
 } // namespace KAV::DSP
