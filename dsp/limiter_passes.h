@@ -29,7 +29,7 @@
 namespace KAV::DSP {
 namespace {
 
-constexpr std::size_t Chunk = 16;
+inline constexpr std::size_t Chunk = 16;
 
 /// The fixed release: down at once, up by the coefficient.
 class CFixedRelease final {
@@ -98,10 +98,10 @@ public:
     }
 
 private:
-    const SReleaseLaw& _law;
-    SLimiterState _state; // of the release alone
-    double _slow;         // at the end of the chunk
-    double _slows[Chunk]; // behind each sample of the chunk
+    SReleaseLaw _law;
+    SLimiterState _state;      // of the release alone
+    double _slow;              // at the end of the chunk
+    double _slows[Chunk] = {}; // behind each sample of the chunk
     std::size_t _next = 0;
 };
 
@@ -216,7 +216,7 @@ private:
     const double* _averagedBefore;
     double* _gains;
     double _divisor;
-    double _reciprocal;
+    [[maybe_unused]] double _reciprocal; // of use to fused arithmetic alone
     double _firstSum;
     double _secondSum;
     V::Doubles _lowest;
@@ -231,28 +231,27 @@ public:
 
     template<typename TRelease>
     void Process(const SReleaseLaw& law, SLimiterState& state) noexcept {
-        TRelease release(law, state);
-        CAverages averages(_run, state, _gains);
-        std::size_t steady = state.steady;
+        SGainPath<TRelease> path{{law, state}, {_run, state, _gains}, state.steady};
         const std::size_t full = _run.length / Chunk;
         for (std::size_t step = 0; step < full + 2; ++step) {
-            if (step >= 2) Release(release, averages, steady, (step - 2) * Chunk, Chunk);
+            if (step >= 2) Release(path, (step - 2) * Chunk, Chunk);
             if (step >= 3) Amplify(_run.channels, (step - 3) * Chunk);
             if (step < full) Prepare(_run.channels, step * Chunk);
         }
-        averages.Drain();
+        path.averages.Drain();
         if (full > 0) Amplify(_run.channels, (full - 1) * Chunk);
         const std::size_t rest = _run.length % Chunk;
-        if (rest != 0) ProcessRest(release, averages, steady, full * Chunk, rest);
-        release.Finish(state);
-        averages.Finish(_run, state);
-        state.steady = steady;
+        if (rest != 0) path = ProcessRest(path, full * Chunk, rest);
+        path.release.Finish(state);
+        path.averages.Finish(_run, state);
+        state.steady = path.steady;
     }
 
 private:
     using V = SLanes;
     static constexpr std::size_t FloatVectors = Chunk / V::FloatCount;
-    /// One value per sample of a chunk.
+    /// One value per sample of a chunk. Never cleared before it is filled: that would keep it in memory
+    /// instead of registers.
     struct SFloats {
         V::Floats of[FloatVectors];
     };
@@ -263,11 +262,19 @@ private:
     };
     SRequired& RequiredAt(std::size_t at) noexcept { return _required[at / Chunk % 3]; }
 
+    /// What leads from required gains to those that are applied.
+    template<typename TRelease>
+    struct SGainPath {
+        TRelease release;
+        CAverages averages;
+        std::size_t steady = 0; // see SLimiterState
+    };
+
     /// A last chunk that is not full works on copies. What it writes to the histories behind the run is
     /// overwritten by what comes next.
     template<typename TRelease>
-    [[gnu::noinline]] void ProcessRest(TRelease& release, CAverages& averages, std::size_t& steady,
-        std::size_t at, std::size_t count) noexcept {
+    [[gnu::noinline]] SGainPath<TRelease> ProcessRest(
+        SGainPath<TRelease> path, std::size_t at, std::size_t count) noexcept {
         float copies[SLimiterRun::MaxChannels][Chunk];
         float* channels[SLimiterRun::MaxChannels];
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
@@ -276,12 +283,13 @@ private:
             channels[c] = copies[c] - at;
         }
         Prepare(channels, at);
-        Release(release, averages, steady, at, count);
-        averages.Drain();
+        Release(path, at, count);
+        path.averages.Drain();
         Amplify(channels, at);
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
             for (std::size_t i = 0; i < count; ++i) _run.channels[c][at + i] = copies[c][i];
         }
+        return path;
     }
 
     /// All that needs nothing of the gains before.
@@ -293,8 +301,8 @@ private:
     }
 
     template<typename TRelease>
-    void Release(TRelease& release, CAverages& averages, std::size_t& steady, std::size_t at,
-        std::size_t count) noexcept {
+    void Release(SGainPath<TRelease>& path, std::size_t at, std::size_t count) noexcept {
+        auto& [release, averages, steady] = path;
         SRequired& required = RequiredAt(at);
         if (required.isQuiet && release.IsAtRest()) {
             if (steady >= 2 * _run.size) {
@@ -327,7 +335,7 @@ private:
     /// Drives the channels into their histories and gives the highest magnitude of each sample over all of
     /// them; not-a-number is never the highest.
     SFloats DriveAndPeak(float* const* channels, std::size_t at) const noexcept {
-        SFloats peaks;
+        SFloats peaks; // NOLINT(cppcoreguidelines-pro-type-member-init)
         for (V::Floats& peak : peaks.of) peak = V::Same(0.0f);
         const V::Doubles drive = V::Same(_run.drive);
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
@@ -373,7 +381,7 @@ private:
     /// this one.
     template<std::size_t BY>
     static SFloats TakeIn(SFloats& before, const SFloats& x) noexcept {
-        SFloats higher;
+        SFloats higher; // NOLINT(cppcoreguidelines-pro-type-member-init)
         for (std::size_t v = 0; v < FloatVectors; ++v) {
             constexpr std::size_t whole = BY / V::FloatCount;
             const auto earlier = [&](std::size_t vectors) {
@@ -392,10 +400,7 @@ private:
     /// Brings what WindowMaximum() keeps in registers to where the peaks before the run have left it. Its
     /// windows of up to 16 reach no further back than one chunk.
     void RecallMaxima() noexcept {
-        for (SFloats& before : _before) {
-            for (V::Floats& x : before.of) x = V::Same(0.0f);
-        }
-        SFloats x;
+        SFloats x; // NOLINT(cppcoreguidelines-pro-type-member-init)
         for (std::size_t v = 0; v < FloatVectors; ++v) {
             x.of[v] = V::Load(_run.peaks - Chunk + v * V::FloatCount);
         }
@@ -441,8 +446,8 @@ private:
     }
 
     SLimiterRun& _run;
-    SFloats _before[4]; // TakeIn()'s: the chunk before, in windows of 1, 2, 4 and 8
-    SRequired _required[3];
+    SFloats _before[4] = {}; // TakeIn()'s: the chunk before, in windows of 1, 2, 4 and 8
+    SRequired _required[3] = {};
     alignas(64) double _gains[CAverages::GainCount] = {};
 };
 

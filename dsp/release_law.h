@@ -2,6 +2,7 @@
 
 // In an unnamed namespace, because sources with compiler flags of their own include it; see lanes.h.
 
+#include "dsp/close_functions.h"
 #include "dsp/limiter_run.h"
 
 #include <cmath>
@@ -35,7 +36,11 @@ inline double AutomaticCoefficient(const SReleaseLaw& law, double g, double slow
     const double u = 1.0 < ahead ? 1.0 : ahead;
     double a = law.coefficientFloor;
     if (g < law.floorGain) {
+#if defined(KAV_CLOSE_FUNCTIONS)
+        const double longer = Exponential(-1.0 / (FourthPower(1.0 - g) * law.tau));
+#else
         const double longer = CoefficientOf(std::pow(1.0 - g, 4.0), law.tau);
+#endif
         if (longer > a) a = longer;
     }
     return ReleaseWeight(law, u) * a;
