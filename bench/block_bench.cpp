@@ -5,6 +5,7 @@
 #include "bench/against_reference.h"
 #include "bench/material.h"
 #include "bench/speed_reference.h"
+#include "dsp/biquad_cascade.h"
 #include "dsp/lookahead_limiter.h"
 #include "utils/cpu_features.h"
 
@@ -82,7 +83,63 @@ void Limiter(benchmark::State& state, const SLimiterCase& subject) {
         });
 }
 
-[[maybe_unused]] const bool Registered = [] {
+struct SCascadeCase {
+    std::string name;
+    std::size_t order = 32;
+    std::size_t channels = 2;
+    std::size_t block = 4096;
+    std::uint64_t features = Utils::DetectFeatures();
+    bool plain = false;
+};
+
+/// At eight times the rate, one way.
+void Cascade(benchmark::State& state, const SCascadeCase& subject) {
+    CBlocks blocks(48000.0, subject.channels, subject.block);
+    CBlocks referenceBlocks(48000.0, subject.channels, subject.block);
+    const double cutoff = (subject.order == 32 ? 0.99 : 0.9) * 0.5 / 8.0;
+    DSP::BiquadCascade cascade(subject.order);
+    cascade.Design(cutoff);
+    std::vector<Bench::CReferenceCascade> reference(
+        subject.channels, Bench::CReferenceCascade(subject.order, cutoff));
+    const auto path = subject.plain ? DSP::EProcessorPath::Plain : DSP::PathFor(subject.features);
+    Bench::Against(
+        state, CBlocks::Frames,
+        [&] {
+            blocks.Run([&](float* const* channels) {
+                cascade.Process(std::span(channels, subject.channels), subject.block, subject.features, path);
+            });
+        },
+        [&] {
+            referenceBlocks.Run([&](float* const* channels) {
+                for (std::size_t c = 0; c < subject.channels; ++c) {
+                    reference[c].Process(channels[c], subject.block);
+                }
+            });
+        });
+}
+
+[[maybe_unused]] const bool CascadesRegistered = [] {
+    for (const SCascadeCase& subject : {
+             SCascadeCase{.name = "order 32"},
+             SCascadeCase{.name = "order 32, narrow path", .features = 0},
+             SCascadeCase{.name = "order 32, plain path", .features = 0, .plain = true},
+             SCascadeCase{.name = "order 32, mono", .channels = 1},
+             SCascadeCase{.name = "order 32, 16 channels", .channels = 16},
+             SCascadeCase{.name = "order 32, block of 256", .block = 256},
+             SCascadeCase{.name = "order 4", .order = 4},
+             SCascadeCase{.name = "order 4, narrow path", .order = 4, .features = 0},
+             SCascadeCase{.name = "order 4, 16 channels", .order = 4, .channels = 16},
+             SCascadeCase{.name = "order 4, block of 256", .order = 4, .block = 256},
+         }) {
+        benchmark::RegisterBenchmark(("Cascade/" + subject.name).c_str(),
+            [subject](benchmark::State& state) { Cascade(state, subject); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
+    }
+    return true;
+}();
+
+[[maybe_unused]] const bool LimitersRegistered = [] {
     for (const SLimiterCase& subject : {
              SLimiterCase{.name = "stereo"},
              SLimiterCase{.name = "narrow path", .features = 0},

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dsp/cascade_run.h"
+#include "dsp/processor_path.h"
 #include "utils/realtime.h"
 
 #include <array>
@@ -17,7 +19,7 @@ namespace KAV::DSP {
 class BiquadCascade final {
 public:
     static constexpr std::size_t MaxChannels = 16;
-    static constexpr std::size_t MaxStages = 16;
+    static constexpr std::size_t MaxStages = SCascadeLaw::MaxStages;
 
     /// `order`: even, 2..32.
     explicit BiquadCascade(std::size_t order) noexcept;
@@ -34,22 +36,21 @@ public:
     /// infinity has got into is emptied at the end, or it would never give sound again.
     KAV_REALTIME void Process(
         std::span<float* const> channels, std::size_t length, std::uint64_t features = 0) noexcept;
+    /// The same on a path of one's own choice, which gives the same bits.
+    KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length, std::uint64_t features,
+        EProcessorPath path) noexcept;
 
 private:
-    struct SStage {
-        double a1 = 0.0, a2 = 0.0;           // a0 = 1
-        double b0 = 1.0, b1 = 0.0, b2 = 0.0; // zeros
-        std::array<double, MaxChannels> w1{}, w2{};
-    };
-    struct SFused; // the passes with fused multiply-add
-
-    void ProcessOne(float* channel, std::size_t slot, std::size_t length) noexcept;
-    void Recover(std::size_t slot) noexcept;
+    void Run(const SCascadeRun& run, bool fused, EProcessorPath path) const noexcept;
+    void RunPlain(const SCascadeRun& run, std::size_t c) const noexcept;
+    void RunPlainFused(const SCascadeRun& run, std::size_t c) const noexcept;
+    void Recover(SCascadeDelays& delays) const noexcept;
 
     std::size_t _count; // stages: half the order
     std::array<std::complex<double>, MaxStages>
-        _prototype;                        // analogue poles of the upper half plane, unit radius
-    std::array<SStage, MaxStages> _stages; // the first _count
+        _prototype;   // analogue poles of the upper half plane, unit radius
+    SCascadeLaw _law; // the first _count
+    std::array<SCascadeDelays, MaxChannels> _delays{};
     double _antiDenormal = 1e-8; // flips its sign with each sample, so that it leaves no offset behind
 };
 

@@ -27,6 +27,25 @@ struct SLanes {
     static Floats Same(float x) noexcept { return _mm256_set1_ps(x); }
     static Doubles Same(double x) noexcept { return _mm256_set1_pd(x); }
     static Doubles Add(Doubles a, Doubles b) noexcept { return _mm256_add_pd(a, b); }
+    static Doubles Subtract(Doubles a, Doubles b) noexcept { return _mm256_sub_pd(a, b); }
+    static Doubles Xor(Doubles a, Doubles b) noexcept { return _mm256_xor_pd(a, b); }
+    /// Lanes of `a` where `which` is negative, else of `b`.
+    static Doubles Choose(Doubles which, Doubles a, Doubles b) noexcept {
+        return _mm256_blendv_pd(b, a, which);
+    }
+    /// All lanes of `x` one down, the first of `in` in the uppermost.
+    static Doubles Turn(Doubles x, Doubles in) noexcept {
+        return _mm256_shuffle_pd(x, _mm256_permute2f128_pd(x, in, 0x21), 5);
+    }
+    /// A sample in the first lane.
+    static Doubles WidenFirst(const float* from) noexcept {
+        return _mm256_castpd128_pd256(_mm_cvtps_pd(_mm_load_ss(from)));
+    }
+    /// The first lane as a sample, zero always positive.
+    static void StoreFirst(float* to, Doubles x) noexcept {
+        const __m128d first = _mm_add_sd(_mm256_castpd256_pd128(x), _mm_setzero_pd());
+        _mm_store_ss(to, _mm_cvtpd_ps(first));
+    }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm256_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm256_div_pd(a, b); }
     /// The second one if either is not a number.
@@ -77,6 +96,22 @@ struct SLanes {
     static Floats Same(float x) noexcept { return _mm_set1_ps(x); }
     static Doubles Same(double x) noexcept { return _mm_set1_pd(x); }
     static Doubles Add(Doubles a, Doubles b) noexcept { return _mm_add_pd(a, b); }
+    static Doubles Subtract(Doubles a, Doubles b) noexcept { return _mm_sub_pd(a, b); }
+    static Doubles Xor(Doubles a, Doubles b) noexcept { return _mm_xor_pd(a, b); }
+    /// Lanes of `a` where `which` is negative, else of `b`.
+    static Doubles Choose(Doubles which, Doubles a, Doubles b) noexcept {
+        const __m128d negative = _mm_cmplt_pd(which, _mm_setzero_pd());
+        return _mm_or_pd(_mm_and_pd(negative, a), _mm_andnot_pd(negative, b));
+    }
+    /// All lanes of `x` one down, the first of `in` in the uppermost.
+    static Doubles Turn(Doubles x, Doubles in) noexcept { return _mm_shuffle_pd(x, in, 1); }
+    /// A sample in the first lane.
+    static Doubles WidenFirst(const float* from) noexcept { return _mm_cvtps_pd(_mm_load_ss(from)); }
+    /// The first lane as a sample, zero always positive.
+    static void StoreFirst(float* to, Doubles x) noexcept {
+        const __m128d first = _mm_add_sd(x, _mm_setzero_pd());
+        _mm_store_ss(to, _mm_cvtpd_ps(first));
+    }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm_div_pd(a, b); }
     /// The second one if either is not a number.

@@ -1,16 +1,20 @@
 #include "dsp/biquad_cascade.h"
 
+#include "dsp/flush_denormals.h"
+#include "tests/dsp/processor_paths.h"
 #include "tests/support/peak_difference.h"
 #include "utils/cpu_features.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cfenv>
 #include <cmath>
 #include <complex>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numbers>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -210,6 +214,97 @@ TEST(BiquadCascade, PlaceWithANonFiniteStateIsEmptiedAtTheEndAndNoOther) {
             EXPECT_GT(std::fabs(silence[0][0]), 0.5f);
             EXPECT_LT(std::fabs(silence[1][0]), 1e-6f);
             EXPECT_GT(std::fabs(silence[2][0]), 0.5f);
+        }
+    }
+}
+
+namespace {
+
+/// The same blocks through two cascades, one on the plain path and one on another that changes; all bits.
+void ExpectPathsAgree(std::size_t order, std::uint64_t features, unsigned seed) {
+    const auto paths = KAV::Tests::ProcessorPaths();
+    std::mt19937 random(seed);
+    BiquadCascade plain(order);
+    BiquadCascade subject(order);
+    const double cutoff = std::array{0.05625, 0.1125, 0.225, 0.061875, 0.12375, 0.2475}[random() % 6];
+    plain.Design(cutoff);
+    subject.Design(cutoff);
+    for (int block = 0; block < 12; ++block) {
+        const std::size_t count = 1 + random() % 16;
+        const std::size_t length = random() % 3 == 0 ? 8 * (1 + random() % 60) : 1 + random() % 130;
+        const auto path = paths[random() % paths.size()];
+        Channels expected(count, std::vector<float>(length));
+        for (auto& channel : expected) {
+            const unsigned kind = random() % 8;
+            for (float& x : channel) {
+                x = static_cast<float>(random() % 65536) / 32768.0f - 1.0f;
+                if (kind < 2) x = 0.0f;
+                if (kind == 2) x *= 1e-37f;
+                if (kind == 3 && random() % 100 == 0) x = std::numeric_limits<float>::infinity();
+                if (kind == 4 && random() % 100 == 0) x = std::numeric_limits<float>::quiet_NaN();
+                if (kind == 5) x *= 1e38f;
+            }
+        }
+        Channels actual = expected;
+        std::vector<float*> a;
+        std::vector<float*> b;
+        for (auto& channel : expected) a.push_back(channel.data());
+        for (auto& channel : actual) b.push_back(channel.data());
+        {
+            const KAV::DSP::CFlushDenormals flushing;
+            plain.Process(a, length, features, KAV::DSP::EProcessorPath::Plain);
+            subject.Process(b, length, features, path);
+        }
+        for (std::size_t c = 0; c < count; ++c) {
+            for (std::size_t i = 0; i < length; ++i) {
+                if (std::isnan(expected[c][i]) && std::isnan(actual[c][i])) continue;
+                ASSERT_EQ(
+                    std::bit_cast<std::uint32_t>(expected[c][i]), std::bit_cast<std::uint32_t>(actual[c][i]))
+                    << KAV::Tests::NameOf(path) << ", order " << order << ", channel " << c << " of " << count
+                    << ", sample " << i << " of " << length << ", block " << block;
+            }
+        }
+    }
+}
+
+} // namespace
+
+TEST(BiquadCascade, PathsGiveTheSameBitsHoweverTheyTakeTurns) {
+    for (unsigned seed = 1; seed <= 120; ++seed) {
+        for (const std::size_t order : {4u, 8u, 32u}) {
+            SCOPED_TRACE(seed);
+            ASSERT_NO_FATAL_FAILURE(ExpectPathsAgree(order, 0, seed));
+            if (!HasFused()) continue;
+            ASSERT_NO_FATAL_FAILURE(ExpectPathsAgree(order, FourFeatures, seed));
+        }
+    }
+}
+
+TEST(BiquadCascade, LongSilenceEndsInTheSameBitsOnAnyPath) {
+    // A sound's end decays until nothing but the value against denormals is left.
+    for (const std::uint64_t features : {std::uint64_t{0}, DetectFeatures()}) {
+        for (const std::size_t order : {4u, 32u}) {
+            for (const double cutoff : {0.05625, 0.061875, 0.2475}) {
+                Channels expected;
+                for (const auto path : KAV::Tests::ProcessorPaths()) {
+                    const KAV::DSP::CFlushDenormals flushing;
+                    BiquadCascade cascade(order);
+                    cascade.Design(cutoff);
+                    Channels channels(2, std::vector<float>(100000, 0.0f));
+                    channels[0][0] = 1.0f;
+                    channels[1][7] = -1.0f;
+                    std::array<float*, 2> pointers{channels[0].data(), channels[1].data()};
+                    cascade.Process(pointers, channels[0].size(), features, path);
+                    if (expected.empty()) expected = channels;
+                    for (std::size_t c = 0; c < 2; ++c) {
+                        for (std::size_t i = 0; i < channels[c].size(); ++i) {
+                            ASSERT_EQ(std::bit_cast<std::uint32_t>(channels[c][i]),
+                                std::bit_cast<std::uint32_t>(expected[c][i]))
+                                << KAV::Tests::NameOf(path) << ", order " << order << ", sample " << i;
+                        }
+                    }
+                }
+            }
         }
     }
 }

@@ -1,0 +1,503 @@
+#pragma once
+
+// Cascades of biquads in vector registers: the text of cascade_narrow.cpp and cascade_wide.cpp, which compile
+// it for their processors. The plain path in biquad_cascade.cpp does the same stage after stage.
+//
+// A stage needs the sample that the stage before has made of it, so the stages of one sample can't run side
+// by side; but those of different samples can. Each lane is a part of the cascade, and each part is a few
+// samples behind the one before it. Eight stages in two registers of four lanes:
+//
+//             lane  3   2   1   0
+//   sample in ->    0   2   4   6     first register      hands over to the second one at once, whose lanes
+//                   1   3   5   7     second register     turn by one place and some samples later are what
+//                   |_<-|_<-|_<-|--> sample out           the first one takes in
+//
+// Two registers of stages and two channels are what a processor's sixteen registers can hold, delays and
+// coefficients; their four chains of arithmetic keep it busy. A long cascade runs as several such sections
+// over short strips of samples. At both ends of a block some lanes have no sample yet or none any more: there
+// their delays are kept as they are.
+
+#include "dsp/cascade_run.h"
+#include "dsp/lanes.h"
+
+#if defined(__x86_64__)
+
+namespace KAV::DSP {
+namespace {
+
+/// The arithmetic of one stage, in plain steps or fused.
+template<bool FUSED>
+struct SArithmetic {
+    using V = SLanes;
+
+    /// a - b x c
+    static V::Doubles Less(V::Doubles a, V::Doubles b, V::Doubles c) noexcept {
+#if defined(__FMA__)
+        if constexpr (FUSED) return _mm256_fnmadd_pd(b, c, a);
+#endif
+        return V::Subtract(a, V::Multiply(b, c));
+    }
+    /// a + b x c
+    static V::Doubles More(V::Doubles a, V::Doubles b, V::Doubles c) noexcept {
+#if defined(__FMA__)
+        if constexpr (FUSED) return _mm256_fmadd_pd(b, c, a);
+#endif
+        return V::Add(a, V::Multiply(b, c));
+    }
+    /// a + 2 x b, where the product is exact and so needs no rounding of its own.
+    static V::Doubles MoreTwice(V::Doubles a, V::Doubles b) noexcept {
+#if defined(__FMA__)
+        return _mm256_fmadd_pd(V::Same(2.0), b, a);
+#else
+        return V::Add(a, V::Add(b, b));
+#endif
+    }
+};
+
+/// Stages of two channels in two registers each; see above. Ticks count the samples that the first lane takes
+/// in, from the block's first one.
+template<bool FUSED, bool FIRST>
+class CSection final {
+public:
+    using V = SLanes;
+    static constexpr std::size_t Registers = 2;
+    static constexpr std::size_t Stages = Registers * V::DoubleCount;
+    /// From one lane to the next: long enough that the next one never waits for what it takes in.
+    static constexpr std::size_t Turn = 5;
+    static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of what comes out
+    static constexpr std::size_t Strip = 32;                        // ticks at a time
+    static constexpr std::size_t Kept = 64; // ticks; at least Strip + Lag, and a power of 2
+
+    void Load(const SCascadeRun& run, const SCascadeLaw& law, std::size_t firstStage) noexcept {
+        _length = run.length;
+        _stage = firstStage;
+        _law.scale = First(law.scale, 1.0);
+        _law.twice = First(2.0 * law.scale, 2.0);
+        _flip = First(-0.0, 0.0);
+        for (std::size_t j = 0; j < Registers; ++j) {
+            _law.a1[j] = Gather(law.a1, j);
+            _law.a2[j] = Gather(law.a2, j);
+        }
+        for (std::size_t c = 0; c < 2; ++c) {
+            SChannel& channel = _channels[c];
+            channel.extra = First(run.extra[c], 0.0);
+            channel.first = {Gather(run.delays[c]->w1, 0), Gather(run.delays[c]->w2, 0)};
+            channel.second = {Gather(run.delays[c]->w1, 1), Gather(run.delays[c]->w2, 1)};
+        }
+    }
+    void Keep(const SCascadeRun& run) const noexcept {
+        for (std::size_t c = 0; c < run.channelCount; ++c) {
+            Scatter(_channels[c].first.w1, run.delays[c]->w1, 0);
+            Scatter(_channels[c].first.w2, run.delays[c]->w2, 0);
+            Scatter(_channels[c].second.w1, run.delays[c]->w1, 1);
+            Scatter(_channels[c].second.w2, run.delays[c]->w2, 1);
+        }
+    }
+
+    /// Where the samples come from: the channels themselves, or what the section before gave, Lag ticks on.
+    struct SIn {
+        const float* samples;
+        const V::Doubles* before;
+
+        V::Doubles At(std::size_t t) const noexcept {
+            if constexpr (FIRST) return V::WidenFirst(samples + t);
+            return before[(t + Lag) % Kept];
+        }
+    };
+    /// Ticks `from` to `to`, a strip at most.
+    void Run(std::size_t from, std::size_t to, const SIn& left, const SIn& right) noexcept {
+        const std::size_t start = Cut(Lag, from, to);
+        const std::size_t stop = Cut(_length, start, to);
+        for (std::size_t t = from; t < start; ++t) RunAtAnEnd(t, left, right);
+        RunSteadily(start, stop, left, right);
+        for (std::size_t t = stop; t < to; ++t) RunAtAnEnd(t, left, right);
+    }
+    /// What tick `t` gave in lane 0: sample t - Lag.
+    const V::Doubles& Out(std::size_t c, std::size_t t) const noexcept { return _out[c][t % Kept]; }
+    const V::Doubles* OutOf(std::size_t c) const noexcept { return _out[c]; }
+
+private:
+    using A = SArithmetic<FUSED>;
+
+    struct SLaw {
+        V::Doubles a1[Registers];
+        V::Doubles a2[Registers];
+        V::Doubles scale; // the first register's numerators
+        V::Doubles twice;
+    };
+    /// The delays of one register's stages. Not arrays: compilers keep what has no index in registers.
+    struct SDelays {
+        V::Doubles w1;
+        V::Doubles w2;
+    };
+    struct SChannel {
+        SDelays first;
+        SDelays second;
+        V::Doubles extra; // in the first stage's lane
+    };
+
+    std::size_t StageOf(std::size_t j, std::size_t lane) const noexcept {
+        return _stage + (V::DoubleCount - 1 - lane) * Registers + j;
+    }
+    /// `first` in the first stage's lane, `rest` in the others of its register.
+    static V::Doubles First(double first, double rest) noexcept {
+        double values[V::DoubleCount];
+        for (double& value : values) value = rest;
+        values[V::DoubleCount - 1] = first;
+        return V::Load(values);
+    }
+    V::Doubles Gather(const double* stages, std::size_t j) const noexcept {
+        double values[V::DoubleCount];
+        for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) values[lane] = stages[StageOf(j, lane)];
+        return V::Load(values);
+    }
+    void Scatter(V::Doubles x, double (&stages)[SCascadeLaw::MaxStages], std::size_t j) const noexcept {
+        double values[V::DoubleCount];
+        V::Store(values, x);
+        for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) stages[StageOf(j, lane)] = values[lane];
+    }
+
+    /// A tick takes the older ones' places for its own values, so that nothing has to move.
+    static void Tick(const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles* out,
+        std::size_t t, V::Doubles in) noexcept {
+        V::Doubles x = V::Turn(out[(t - Turn) % Kept], in);
+        if constexpr (FIRST) {
+            x = FirstStep(law, first.w1, first.w2, x, extra);
+        } else {
+            x = Step(law.a1[0], law.a2[0], first.w1, first.w2, x);
+        }
+        out[t % Kept] = Step(law.a1[1], law.a2[1], second.w1, second.w2, x);
+    }
+    static void TickSwapped(const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra,
+        V::Doubles* out, std::size_t t, V::Doubles in) noexcept {
+        V::Doubles x = V::Turn(out[(t - Turn) % Kept], in);
+        if constexpr (FIRST) {
+            x = FirstStep(law, first.w2, first.w1, x, extra);
+        } else {
+            x = Step(law.a1[0], law.a2[0], first.w2, first.w1, x);
+        }
+        out[t % Kept] = Step(law.a1[1], law.a2[1], second.w2, second.w1, x);
+    }
+
+    // But for the first stage nothing is added against denormals. Adding 0 would only turn a negative zero
+    // into a positive one, which makes no difference before StoreFirst() does just that.
+    static V::Doubles Step(
+        V::Doubles a1, V::Doubles a2, V::Doubles recent, V::Doubles& oldest, V::Doubles x) noexcept {
+        const V::Doubles w = A::Less(A::Less(x, a1, recent), a2, oldest);
+        const V::Doubles y = V::Add(A::MoreTwice(w, recent), oldest);
+        oldest = w;
+        return y;
+    }
+    static V::Doubles FirstStep(
+        const SLaw& law, V::Doubles recent, V::Doubles& oldest, V::Doubles x, V::Doubles extra) noexcept {
+        const V::Doubles w = V::Add(A::Less(A::Less(x, law.a1[0], recent), law.a2[0], oldest), extra);
+        const V::Doubles y =
+            A::More(A::More(V::Multiply(law.scale, w), law.twice, recent), law.scale, oldest);
+        oldest = w;
+        return y;
+    }
+
+    static SDelays Choose(V::Doubles which, const SDelays& a, const SDelays& b) noexcept {
+        return {V::Choose(which, a.w1, b.w1), V::Choose(which, a.w2, b.w2)};
+    }
+    static std::size_t Cut(std::size_t t, std::size_t from, std::size_t to) noexcept {
+        if (t < from) return from;
+        return t < to ? t : to;
+    }
+
+    /// Ticks where all lanes have a sample. A function of its own, so that nothing else wants its registers.
+    [[gnu::noinline]] void RunSteadily(
+        std::size_t from, std::size_t to, const SIn leftIn, const SIn rightIn) noexcept {
+        const SLaw law = _law; // copies that no store can touch
+        SDelays leftFirst = _channels[0].first;
+        SDelays leftSecond = _channels[0].second;
+        SDelays rightFirst = _channels[1].first;
+        SDelays rightSecond = _channels[1].second;
+        V::Doubles leftExtra = _channels[0].extra;
+        V::Doubles rightExtra = _channels[1].extra;
+        const V::Doubles flippedLeft = V::Xor(leftExtra, _flip);
+        const V::Doubles flippedRight = V::Xor(rightExtra, _flip);
+        std::size_t t = from;
+        for (; t + 2 <= to; t += 2) {
+            Tick(law, leftFirst, leftSecond, flippedLeft, _out[0], t, leftIn.At(t));
+            Tick(law, rightFirst, rightSecond, flippedRight, _out[1], t, rightIn.At(t));
+            TickSwapped(law, leftFirst, leftSecond, leftExtra, _out[0], t + 1, leftIn.At(t + 1));
+            TickSwapped(law, rightFirst, rightSecond, rightExtra, _out[1], t + 1, rightIn.At(t + 1));
+        }
+        _channels[0] = {leftFirst, leftSecond, leftExtra};
+        _channels[1] = {rightFirst, rightSecond, rightExtra};
+        if (t < to) {
+            for (std::size_t c = 0; c < 2; ++c)
+                TickOnce(_channels[c], _out[c], t, (c == 0 ? leftIn : rightIn).At(t));
+        }
+    }
+    void TickOnce(SChannel& channel, V::Doubles* out, std::size_t t, V::Doubles in) const noexcept {
+        channel.extra = V::Xor(channel.extra, _flip);
+        Tick(_law, channel.first, channel.second, channel.extra, out, t, in);
+        channel.first = {channel.first.w2, channel.first.w1};
+        channel.second = {channel.second.w2, channel.second.w1};
+    }
+
+    /// A tick where some lanes have no sample: their delays stay.
+    void RunAtAnEnd(std::size_t t, const SIn& left, const SIn& right) noexcept {
+        double active[V::DoubleCount];
+        for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) {
+            const std::size_t lag = (V::DoubleCount - 1 - lane) * Turn;
+            active[lane] = t >= lag && t - lag < _length ? -1.0 : 1.0; // the sign tells
+        }
+        for (std::size_t c = 0; c < 2; ++c) {
+            SChannel& channel = _channels[c];
+            const SChannel before = channel;
+            TickOnce(channel, _out[c], t, t < _length ? (c == 0 ? left : right).At(t) : V::Same(0.0));
+            const V::Doubles which = V::Load(active);
+            channel.first = Choose(which, channel.first, before.first);
+            channel.second = Choose(which, channel.second, before.second);
+        }
+    }
+
+    std::size_t _length = 0; // of the block
+    std::size_t _stage = 0;  // the first one
+    SLaw _law{};
+    V::Doubles _flip{};
+    SChannel _channels[2] = {};
+    V::Doubles _out[2][Kept] = {};
+};
+
+/// Sixteen stages of two channels.
+template<bool FUSED>
+class CLongCascade final {
+public:
+    explicit CLongCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept : _run(run) {
+        _first.Load(run, law, 0);
+        for (std::size_t k = 0; k < Others; ++k) _others[k].Load(run, law, (k + 1) * CFirst::Stages);
+    }
+
+    void Process() noexcept {
+        const std::size_t end = _run.length + CFirst::Lag; // of each section's ticks
+        for (std::size_t start = 0; start < end + Others * CFirst::Lag; start += CFirst::Strip) {
+            const std::size_t stop = start + CFirst::Strip;
+            _first.Run(
+                Cut(start, end), Cut(stop, end), {_run.channels[0], nullptr}, {_run.channels[1], nullptr});
+            std::size_t behind = 0;
+            for (std::size_t k = 0; k < Others; ++k) {
+                behind += CFirst::Lag;
+                const std::size_t from = start < behind ? 0 : Cut(start - behind, end);
+                const std::size_t to = stop < behind ? 0 : Cut(stop - behind, end);
+                const V::Doubles* left = k == 0 ? _first.OutOf(0) : _others[k - 1].OutOf(0);
+                const V::Doubles* right = k == 0 ? _first.OutOf(1) : _others[k - 1].OutOf(1);
+                _others[k].Run(from, to, {nullptr, left}, {nullptr, right});
+            }
+            PutOut(
+                start < behind ? 0 : Cut(start - behind, end), stop < behind ? 0 : Cut(stop - behind, end));
+        }
+        _first.Keep(_run);
+        for (const auto& section : _others) section.Keep(_run);
+    }
+
+private:
+    using V = SLanes;
+    using CFirst = CSection<FUSED, true>;
+    using COther = CSection<FUSED, false>;
+    static constexpr std::size_t Others = SCascadeLaw::MaxStages / CFirst::Stages - 1;
+
+    static std::size_t Cut(std::size_t t, std::size_t end) noexcept { return t < end ? t : end; }
+
+    /// What the last section gave in these of its ticks.
+    void PutOut(std::size_t from, std::size_t to) noexcept {
+        for (std::size_t t = from < CFirst::Lag ? CFirst::Lag : from; t < to; ++t) {
+            for (std::size_t c = 0; c < _run.channelCount; ++c) {
+                V::StoreFirst(_run.channels[c] + t - CFirst::Lag, _others[Others - 1].Out(c, t));
+            }
+        }
+    }
+
+    SCascadeRun _run;
+    CFirst _first;
+    COther _others[Others];
+};
+
+/// Both stages of two channels in four lanes, in one register or in two: the second stage's, four samples
+/// behind, and then the first stage's.
+struct SQuad {
+    using V = SLanes;
+    static constexpr std::size_t Count = 4 / V::DoubleCount;
+    V::Doubles of[Count];
+
+    static SQuad Of(double a, double b, double c, double d) noexcept {
+        const double values[4] = {a, b, c, d};
+        SQuad quad{};
+        for (std::size_t i = 0; i < Count; ++i) quad.of[i] = V::Load(values + i * V::DoubleCount);
+        return quad;
+    }
+    void Store(double* to) const noexcept {
+        for (std::size_t i = 0; i < Count; ++i) V::Store(to + i * V::DoubleCount, of[i]);
+    }
+    /// The upper half of `before`, and above it one half of two samples of each channel.
+    template<std::size_t HALF>
+    static SQuad HandOver(const SQuad& before, const SQuad& in) noexcept {
+        SQuad quad{};
+#if defined(__AVX__)
+        quad.of[0] = _mm256_permute2f128_pd(before.of[0], in.of[0], HALF == 0 ? 0x21 : 0x31);
+#else
+        quad.of[0] = before.of[1];
+        quad.of[1] = in.of[HALF];
+#endif
+        return quad;
+    }
+    /// Two samples in turn of each channel.
+    static SQuad Widen(const float* pairs) noexcept {
+        SQuad quad{};
+        for (std::size_t i = 0; i < Count; ++i) quad.of[i] = V::Widen(pairs + i * V::DoubleCount);
+        return quad;
+    }
+    /// The lower halves, which hold what comes out, in turn.
+    static __m128 NarrowLow(const SQuad& first, const SQuad& second) noexcept {
+#if defined(__AVX__)
+        return _mm256_cvtpd_ps(_mm256_permute2f128_pd(first.of[0], second.of[0], 0x20));
+#else
+        return V::Narrow(first.of[0], second.of[0]);
+#endif
+    }
+};
+
+/// Two stages of two channels. The second stage is so far behind the first that waiting for it never takes
+/// longer than a stage's own delays do.
+template<bool FUSED>
+class CShortCascade final {
+public:
+    CShortCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept
+        : _run(run), _a1(SQuad::Of(law.a1[1], law.a1[1], law.a1[0], law.a1[0])),
+          _a2(SQuad::Of(law.a2[1], law.a2[1], law.a2[0], law.a2[0])),
+          _scale(SQuad::Of(1.0, 1.0, law.scale, law.scale)),
+          _twice(SQuad::Of(2.0, 2.0, 2.0 * law.scale, 2.0 * law.scale)),
+          _flip(SQuad::Of(0.0, 0.0, -0.0, -0.0)) {
+        const SCascadeDelays& a = *run.delays[0];
+        const SCascadeDelays& b = *run.delays[1];
+        _state.w1 = SQuad::Of(a.w1[1], b.w1[1], a.w1[0], b.w1[0]);
+        _state.w2 = SQuad::Of(a.w2[1], b.w2[1], a.w2[0], b.w2[0]);
+        _state.extra = SQuad::Of(0.0, 0.0, run.extra[0], run.extra[1]);
+    }
+
+    void Process() noexcept {
+        float* const a = _run.channels[0];
+        float* const b = _run.channels[1];
+        const std::size_t end = _run.length + Lag;
+        std::size_t t = 0;
+        for (; t < Lag; ++t) TickAtAnEnd(t, a, b);
+        SState state = _state; // a copy that the compiler knows to be its own
+        for (; t + 4 <= _run.length; t += 4) {
+            const __m128 left = _mm_loadu_ps(a + t);
+            const __m128 right = _mm_loadu_ps(b + t);
+            float pairs[8];
+            _mm_storeu_ps(pairs, _mm_unpacklo_ps(left, right));
+            _mm_storeu_ps(pairs + 4, _mm_unpackhi_ps(left, right));
+            const SQuad early = SQuad::Widen(pairs);
+            const SQuad late = SQuad::Widen(pairs + 4);
+            state.y[0] = Step(state, SQuad::HandOver<0>(state.y[0], early));
+            state.y[1] = Step(state, SQuad::HandOver<1>(state.y[1], early));
+            state.y[2] = Step(state, SQuad::HandOver<0>(state.y[2], late));
+            state.y[3] = Step(state, SQuad::HandOver<1>(state.y[3], late));
+            const __m128 first = SQuad::NarrowLow(state.y[0], state.y[1]);
+            const __m128 second = SQuad::NarrowLow(state.y[2], state.y[3]);
+            _mm_storeu_ps(a + t - Lag, _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0)));
+            _mm_storeu_ps(b + t - Lag, _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1)));
+        }
+        _state = state;
+        for (; t < end; ++t) TickAtAnEnd(t, a, b);
+        Keep();
+    }
+
+private:
+    using V = SLanes;
+    using A = SArithmetic<FUSED>;
+    static constexpr std::size_t Lag = 4;
+
+    struct SState {
+        SQuad w1;
+        SQuad w2;
+        SQuad y[Lag]; // of sample t in y[t % Lag]
+        SQuad extra;
+    };
+
+    SQuad Step(SState& state, const SQuad& x) const noexcept {
+        SQuad y{};
+        for (std::size_t i = 0; i < SQuad::Count; ++i) {
+            const V::Doubles w1 = state.w1.of[i];
+            const V::Doubles w2 = state.w2.of[i];
+            state.extra.of[i] = V::Xor(state.extra.of[i], _flip.of[i]);
+            const V::Doubles w =
+                V::Add(A::Less(A::Less(x.of[i], _a1.of[i], w1), _a2.of[i], w2), state.extra.of[i]);
+            state.w1.of[i] = w;
+            state.w2.of[i] = w1;
+            y.of[i] = A::More(A::More(V::Multiply(_scale.of[i], w), _twice.of[i], w1), _scale.of[i], w2);
+        }
+        return y;
+    }
+
+    /// A step where a stage has no sample: its delays stay.
+    void TickAtAnEnd(std::size_t t, float* a, float* b) noexcept {
+        const bool isFirstActive = t < _run.length;
+        const bool isSecondActive = t >= Lag;
+        const float pairs[4] = {isFirstActive ? a[t] : 0.0f, isFirstActive ? b[t] : 0.0f, 0.0f, 0.0f};
+        const SState before = _state;
+        SQuad& y = _state.y[t % Lag];
+        y = Step(_state, SQuad::HandOver<0>(y, SQuad::Widen(pairs)));
+        const double first = isFirstActive ? -1.0 : 1.0; // the sign tells
+        const double second = isSecondActive ? -1.0 : 1.0;
+        const SQuad active = SQuad::Of(second, second, first, first);
+        for (std::size_t i = 0; i < SQuad::Count; ++i) {
+            _state.w1.of[i] = V::Choose(active.of[i], _state.w1.of[i], before.w1.of[i]);
+            _state.w2.of[i] = V::Choose(active.of[i], _state.w2.of[i], before.w2.of[i]);
+        }
+        if (!isSecondActive) return;
+        const __m128 out = SQuad::NarrowLow(y, y);
+        a[t - Lag] = _mm_cvtss_f32(out);
+        b[t - Lag] = _mm_cvtss_f32(_mm_shuffle_ps(out, out, 1));
+    }
+
+    void Keep() const noexcept {
+        double w1[4];
+        double w2[4];
+        _state.w1.Store(w1);
+        _state.w2.Store(w2);
+        for (std::size_t c = 0; c < _run.channelCount; ++c) {
+            for (std::size_t stage = 0; stage < 2; ++stage) {
+                _run.delays[c]->w1[stage] = w1[2 * (1 - stage) + c];
+                _run.delays[c]->w2[stage] = w2[2 * (1 - stage) + c];
+            }
+        }
+    }
+
+    SCascadeRun _run;
+    SQuad _a1;
+    SQuad _a2;
+    SQuad _scale; // the numerators
+    SQuad _twice;
+    SQuad _flip;
+    SState _state{};
+};
+
+/// A channel alone takes both places.
+inline SCascadeRun WithTwoChannels(SCascadeRun run) noexcept {
+    if (run.channelCount == 1) {
+        run.channels[1] = run.channels[0];
+        run.delays[1] = run.delays[0];
+        run.extra[1] = run.extra[0];
+    }
+    return run;
+}
+
+template<bool FUSED>
+void RunShortCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
+    CShortCascade<FUSED>(WithTwoChannels(run), law).Process();
+}
+
+template<bool FUSED>
+void RunLongCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
+    CLongCascade<FUSED>(WithTwoChannels(run), law).Process();
+}
+
+} // namespace
+} // namespace KAV::DSP
+
+#endif

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "utils/realtime.h"
+
+#include <cstddef>
+
+// What the cascade hands to the code for one kind of processor. Plain records without operations: sources
+// with compiler flags of their own include this; see lanes.h.
+
+namespace KAV::DSP {
+
+/// Coefficients of a low-pass in biquads with all zeros at -1: the numerators are 1, 2, 1, and the first
+/// one's is scaled.
+struct SCascadeLaw {
+    static constexpr std::size_t MaxStages = 16;
+
+    double a1[MaxStages] = {}; ///< a0 = 1
+    double a2[MaxStages] = {};
+    double scale = 1.0; ///< of the first stage's numerator
+};
+
+/// What one channel's filter keeps, of each stage.
+struct SCascadeDelays {
+    double w1[SCascadeLaw::MaxStages] = {};
+    double w2[SCascadeLaw::MaxStages] = {};
+};
+
+/// One or two channels through a cascade, in place.
+struct SCascadeRun {
+    std::size_t channelCount = 0;
+    std::size_t length = 0;
+    float* channels[2] = {};
+    SCascadeDelays* delays[2] = {};
+    /// Changes its sign with each sample and is then added in each channel's first stage.
+    double extra[2] = {};
+};
+
+// Of two stages and of sixteen, in plain arithmetic or fused.
+KAV_REALTIME void RunShortCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept;
+KAV_REALTIME void RunLongCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept;
+KAV_REALTIME void RunShortCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept;
+KAV_REALTIME void RunLongCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept;
+
+} // namespace KAV::DSP
