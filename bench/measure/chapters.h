@@ -14,5 +14,6 @@ void FilterResponses(std::ostream& out);
 void Delays(std::ostream& out);
 /// `music`: a real piece at `rateHz`.
 void Peaks(std::ostream& out, const Audio& music, float rateHz);
+void Speed(std::ostream& out);
 
 } // namespace KAV::Measure

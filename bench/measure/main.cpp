@@ -51,6 +51,7 @@ int main(int argc, char** argv) {
         FilterResponses(out);
         Delays(out);
         Peaks(out, music, static_cast<float>(file.Format().rateHz));
+        Speed(out);
         out.close();
         if (!out) throw std::runtime_error("the output can't be written");
         return 0;
