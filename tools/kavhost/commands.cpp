@@ -5,6 +5,7 @@
 #include "tools/kavhost/bench.h"
 #include "tools/kavhost/effect.h"
 #include "tools/kavhost/effect_library.h"
+#include "tools/kavhost/factory_content.h"
 #include "tools/kavhost/info.h"
 #include "tools/kavhost/inspect.h"
 #include "tools/kavhost/options.h"
@@ -16,6 +17,7 @@
 #include "tools/kavhost/settings.h"
 #include "tools/kavhost/state_file.h"
 #include "tools/kavhost/text.h"
+#include "utils/path.h"
 
 #include <algorithm>
 #include <exception>
@@ -137,6 +139,19 @@ void RunBench(const SOptions& options, std::ostream& out) {
         PrintBench(out, report);
 }
 
+std::filesystem::path DocumentsFolder() {
+    return Utils::ToSystemPath(Utils::GetDocumentsFolder());
+}
+
+std::filesystem::path ContentFolder(const SOptions& options) {
+    return options.content.empty() ? OwnFolder() / "content" : options.content;
+}
+
+EExitCode PrintFates(std::ostream& out, const ContentReport& report) {
+    PrintChanges(out, report);
+    return HasFailed(report) ? EExitCode::Failure : EExitCode::Done;
+}
+
 EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) {
     auto code = EExitCode::Done;
     switch (options.command) {
@@ -154,6 +169,15 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         break;
     case ECommand::Inspect:
         RunInspect(options, out);
+        break;
+    case ECommand::InstallContent:
+        code = PrintFates(out, InstallContent(ContentFolder(options), DocumentsFolder()));
+        break;
+    case ECommand::UninstallContent:
+        code = PrintFates(out, UninstallContent(DocumentsFolder()));
+        break;
+    case ECommand::ListContent:
+        PrintContent(out, ListContent(ContentFolder(options), DocumentsFolder()));
         break;
     }
     out.flush();

@@ -11,7 +11,8 @@ namespace KAV::Host {
 namespace {
 
 constexpr const char* About =
-    "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost.";
+    "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost;\n"
+    "installs the patches and routings that come with the KAV Sorrel Limiter.";
 
 constexpr const char* Footer = "Examples:\n"
                                "  kavhost info\n"
@@ -19,6 +20,7 @@ constexpr const char* Footer = "Examples:\n"
                                "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
                                "  kavhost bench --vs other.so\n"
                                "  kavhost inspect loud.kvp\n"
+                               "  kavhost content install\n"
                                "  kavhost render --help\n"
                                "\n"
                                "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
@@ -69,6 +71,14 @@ constexpr const char* BenchFooter =
     "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
     "  kavhost bench --set 100=1 --set2 100=0";
 
+constexpr const char* ContentFooter =
+    "Patches go to \"Kavelin/KAV Sorrel Limiter\", routings to \"Kavelin/Routings\". A file of\n"
+    "yours is neither overwritten nor removed, and neither is one that you have changed.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost content install\n"
+    "  kavhost content uninstall";
+
 constexpr const char* SetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
                                 "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
                                 "what the effect's own display shall show. For each setting\n"
@@ -83,6 +93,7 @@ struct STexts {
     std::string format;
     std::string otherPlugin;
     std::string benchInput;
+    std::string content;
     std::string state;
     std::string patch;
     std::string routing;
@@ -230,6 +241,22 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_flag("--json", options.isJson, "Report for programs");
 }
 
+void AddContent(CLI::App& app, STexts& texts) {
+    auto& command =
+        *app.add_subcommand("content", "Install, remove or list the patches and routings that come along.");
+    command.footer(ContentFooter);
+    command.require_subcommand(1);
+    const auto add = [&](const char* name, const char* help) { return command.add_subcommand(name, help); };
+    for (auto* const action : {add("install", "Copy them into your documents folder"),
+             add("list", "Tell which of them are there")}) {
+        action
+            ->add_option(
+                "--from", texts.content, "Patches and Routings; by default in content, beside kavhost")
+            ->type_name("FOLDER");
+    }
+    add("uninstall", "Remove those that were installed and are unchanged");
+}
+
 void TakeStateTexts(SOptions& options, const STexts& texts) {
     options.state = {.state = PathOf(texts.state),
         .patch = PathOf(texts.patch),
@@ -250,6 +277,7 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     options.patch = PathOf(texts.inspected);
     options.otherPlugin = PathOf(texts.otherPlugin);
     options.bench.input = PathOf(texts.benchInput);
+    options.content = PathOf(texts.content);
     TakeStateTexts(options, texts);
     for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
     options.render.dithers = !texts.noDither;
@@ -260,6 +288,16 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     if (!options.render.samples) {
         throw CUsageError("--format: \"" + texts.format + "\" is none of 8, 16, 24, 32, float, double");
     }
+}
+
+ECommand CommandOf(const CLI::App& app) {
+    if (app.got_subcommand("info")) return ECommand::Info;
+    if (app.got_subcommand("render")) return ECommand::Render;
+    if (app.got_subcommand("bench")) return ECommand::Bench;
+    if (app.got_subcommand("inspect")) return ECommand::Inspect;
+    const auto& content = *app.get_subcommand("content");
+    if (content.got_subcommand("install")) return ECommand::InstallContent;
+    return content.got_subcommand("list") ? ECommand::ListContent : ECommand::UninstallContent;
 }
 
 } // namespace
@@ -276,6 +314,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     AddRender(app, options, texts);
     AddBench(app, options, texts);
     AddInspect(app, options, texts);
+    AddContent(app, texts);
     std::ranges::reverse(arguments); // the parser takes them from the back
     try {
         app.parse(std::move(arguments));
@@ -289,10 +328,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
         throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
     }
     TakeTexts(options, texts);
-    options.command = app.got_subcommand("info")      ? ECommand::Info
-                      : app.got_subcommand("render")  ? ECommand::Render
-                      : app.got_subcommand("inspect") ? ECommand::Inspect
-                                                      : ECommand::Bench;
+    options.command = CommandOf(app);
     return options;
 }
 

@@ -11,7 +11,7 @@
 
 namespace KAV::Host {
 
-enum class ECommand { Print, Info, Render, Bench, Inspect };
+enum class ECommand { Print, Info, Render, Bench, Inspect, InstallContent, UninstallContent, ListContent };
 
 /// A command line, read.
 struct SOptions {
@@ -34,6 +34,8 @@ struct SOptions {
     std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings
     std::vector<std::string> otherSettings;
     SBenchOptions bench;
+
+    std::filesystem::path content; ///< patches and routings to install; empty: those beside kavhost
 };
 
 /// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.
