@@ -66,9 +66,9 @@ std::u16string FileTitle(std::u16string_view path) {
 }
 
 std::u16string WithExtension(std::u16string_view path, std::u16string_view extension) {
-    std::u16string result(path);
-    if (Utils::GetExtension(Utils::GetFileName(path)).empty()) result.append(u".").append(extension);
-    return result;
+    const bool hasIt = Utils::GetExtension(Utils::GetFileName(path)) == extension;
+    auto result = hasIt ? Utils::StripExtension(path) : std::u16string(path);
+    return result.append(u".").append(extension);
 }
 
 void WriteUserFile(std::u16string_view path, std::string_view content) noexcept {

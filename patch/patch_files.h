@@ -35,7 +35,8 @@ std::u16string ForeignPatchMessage(std::u16string_view path);
 /// The file's name without its folder and extension.
 std::u16string FileTitle(std::u16string_view path);
 
-/// The path with `extension` behind, if the file's name has none.
+/// The path with `extension` behind, in lower case, as the lists look for it. A file's name may end with it
+/// already; "5.1 (User)" has a dot and no extension.
 std::u16string WithExtension(std::u16string_view path, std::u16string_view extension);
 
 /// Replaces the file whole and makes its folder if that is missing. Nobody is told of a failure: the file is

@@ -165,6 +165,15 @@ TEST_F(Routings, SavingWritesTheChannelsThatAreOnAndSelectsTheFile) {
     EXPECT_EQ(Shown(), u"My \u00E4 3");
 }
 
+TEST_F(Routings, ANameWithADotIsNoExtension) {
+    for (const auto* const name : {"5.1 (User)", "5.1 (User).kvt", "6.0.KVT"}) {
+        dialogs.answer = Utils::FromSystemPath(documents.Routing(name));
+        Gui().SaveRouting({});
+    }
+    EXPECT_EQ(Widget<CRouting>().Items(), (std::vector<std::u16string>{u"5.1 (User)", u"6.0", u"Not found"}));
+    EXPECT_EQ(Shown(), u"6.0");
+}
+
 TEST_F(Routings, ACancelledSaveWritesNothing) {
     Gui().SaveRouting({});
     EXPECT_EQ(dialogs.questions.size(), 1u);
