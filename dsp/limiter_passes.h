@@ -5,12 +5,13 @@
 //
 // A run goes through in chunks of sixteen samples, and only its middle is serial:
 //
-//   channels -> drive and peak -> window maximum -> required gain     chunk k + 2   vectors
-//                    |                                    |
-//                    |                                 release        chunk k       one sample after the
-//                    other, |                              first average     a group later    each in a chain
-//                    of its |                              second average    three later      own | |
-//              look-ahead ago ------------------------> amplify       chunk k - 1   vectors
+//   channels -> drive and peak -> window maximum -> required gain    chunk k + 2, in vectors
+//                    |                                   |
+//                    |                                release          chunk k, sample by sample;
+//                    |                             first average       a group later;
+//                    |                             second average      three groups later
+//                    | a look-ahead ago                  |
+//                    +------------------------------> amplify          chunk k - 1, in vectors
 //
 // Each released gain needs the one before, nine cycles later on current processors. What is not on that
 // chain comes in this order so that its operands are there when the processor gets to it: instructions that
