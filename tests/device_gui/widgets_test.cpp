@@ -84,6 +84,7 @@ TEST_F(Widgets, LatencyIsRefreshedInSilenceWheneverTheHostSetsAChunk) {
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 0u);
 }
 
+#if !defined(_WIN32) // there a test shares the registry with all others
 TEST_F(Widgets, TheEditorBeginsWithTheUsersWidth) {
     const std::int32_t width = 1000;
     ASSERT_NE(Utils::WriteUniversal(
@@ -92,10 +93,8 @@ TEST_F(Widgets, TheEditorBeginsWithTheUsersWidth) {
     Renew();
     EXPECT_EQ(Gui().Width(), 1000);
     EXPECT_EQ(Gui().Height(), 733);
-    const std::int32_t none = 754;
-    Utils::WriteUniversal(
-        u"HKEY_CURRENT_USER/Software/Kavelin/KAV Sorrel Limiter/Width", &none, sizeof(none));
 }
+#endif
 
 TEST_F(Widgets, AListMayBeEmptyOrOfOne) {
     GUI::SWidgetInfo info;

@@ -1,6 +1,7 @@
 // What real hosts have been seen to do, each as a test: the order and the threads of their calls are theirs
 // to choose.
 
+#include "device_gui/xxx_gui.h"
 #include "tests/support/recording_host.h"
 
 #include <cmath>
@@ -162,8 +163,8 @@ TEST_F(HostHabits, EditorCallsFromAThreadOfTheirOwnAndInAnyOrder) {
         EXPECT_EQ(effect.Dispatch(effEditOpen, 0, 0, &host), 0); // there's no window to open
         EXPECT_EQ(effect.Dispatch(effEditGetRect, 0, 0, nullptr), 0);
         EXPECT_EQ(effect.Dispatch(effEditGetRect, 0, 0, &rectangle), 1);
-        EXPECT_EQ(static_cast<ERect*>(rectangle)->right, 754);
-        EXPECT_EQ(static_cast<ERect*>(rectangle)->bottom, 553);
+        EXPECT_EQ(static_cast<ERect*>(rectangle)->right, effect.Device().GUI().Width());
+        EXPECT_EQ(static_cast<ERect*>(rectangle)->bottom, effect.Device().GUI().Height());
         for (int i = 0; i < 25; ++i) effect.Dispatch(effEditIdle);
         EXPECT_EQ(effect.Dispatch(effEditClose), 0);
     });
