@@ -236,11 +236,11 @@ public:
         const std::size_t full = _run.length / Chunk;
         for (std::size_t step = 0; step < full + 2; ++step) {
             if (step >= 2) Release(path, (step - 2) * Chunk, Chunk);
-            if (step >= 3) Amplify(_run.channels, (step - 3) * Chunk);
-            if (step < full) Prepare(_run.channels, step * Chunk);
+            if (step >= 3) Amplify(_run.channels, (step - 3) * Chunk, (step - 3) * Chunk);
+            if (step < full) Prepare(_run.channels, step * Chunk, step * Chunk);
         }
         path.averages.Drain();
-        if (full > 0) Amplify(_run.channels, (full - 1) * Chunk);
+        if (full > 0) Amplify(_run.channels, (full - 1) * Chunk, (full - 1) * Chunk);
         const std::size_t rest = _run.length % Chunk;
         if (rest != 0) path = ProcessRest(path, full * Chunk, rest);
         path.release.Finish(state);
@@ -281,21 +281,22 @@ private:
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
             for (std::size_t i = 0; i < Chunk; ++i)
                 copies[c][i] = i < count ? _run.channels[c][at + i] : 0.0f;
-            channels[c] = copies[c] - at;
+            channels[c] = copies[c];
         }
-        Prepare(channels, at);
+        Prepare(channels, 0, at);
         Release(path, at, count);
         path.averages.Drain();
-        Amplify(channels, at);
+        Amplify(channels, 0, at);
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
             for (std::size_t i = 0; i < count; ++i) _run.channels[c][at + i] = copies[c][i];
         }
         return path;
     }
 
-    /// All that needs nothing of the gains before.
-    void Prepare(float* const* channels, std::size_t at) noexcept {
-        const SFloats highest = WindowMaximum(DriveAndPeak(channels, at), at);
+    /// All that needs nothing of the gains before. The chunk lies at `place` in its channels and at `at` in
+    /// the run.
+    void Prepare(float* const* channels, std::size_t place, std::size_t at) noexcept {
+        const SFloats highest = WindowMaximum(DriveAndPeak(channels, place, at), at);
         SRequired& required = RequiredAt(at);
         required.isQuiet = !IsAboveUnity(highest);
         Require(highest, required.gains);
@@ -335,12 +336,12 @@ private:
 
     /// Drives the channels into their histories and gives the highest magnitude of each sample over all of
     /// them; not-a-number is never the highest.
-    SFloats DriveAndPeak(float* const* channels, std::size_t at) const noexcept {
+    SFloats DriveAndPeak(float* const* channels, std::size_t place, std::size_t at) const noexcept {
         SFloats peaks; // NOLINT(cppcoreguidelines-pro-type-member-init)
         for (V::Floats& peak : peaks.of) peak = V::Same(0.0f);
         const V::Doubles drive = V::Same(_run.drive);
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
-            const float* from = channels[c] + at;
+            const float* from = channels[c] + place;
             float* to = _run.driven[c] + at;
             for (std::size_t v = 0; v < FloatVectors; ++v) {
                 const V::Floats x = V::Narrow(V::Multiply(V::Widen(from + v * V::FloatCount), drive),
@@ -429,12 +430,12 @@ private:
         }
     }
 
-    void Amplify(float* const* channels, std::size_t at) const noexcept {
+    void Amplify(float* const* channels, std::size_t place, std::size_t at) const noexcept {
         const V::Doubles ceiling = V::Same(_run.ceiling);
         const double* gains = _gains + at % CAverages::GainCount;
         for (std::size_t c = 0; c < _run.channelCount; ++c) {
             const float* delayed = _run.driven[c] + at - _run.lookahead;
-            float* to = channels[c] + at;
+            float* to = channels[c] + place;
             for (std::size_t v = 0; v < FloatVectors; ++v) {
                 V::Doubles y[2];
                 for (std::size_t half = 0; half < 2; ++half) {
