@@ -50,9 +50,7 @@ void FxGroup::SetBlock(std::size_t length) noexcept {
     _parameterSmoother.SetRate(blockRate);
 }
 
-void FxGroup::Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
-    std::int32_t factor) noexcept {
-    _features = features;
+void FxGroup::Move(const SGroupSettings& settings, std::size_t length, std::int32_t factor) noexcept {
     SetBlock(length);
     if (factor != _factor) {
         _factor = factor;
@@ -60,21 +58,20 @@ void FxGroup::Prepare(const SGroupSettings& settings, std::uint64_t features, st
         if (_limiter.Rate() != limiterRate) _limiter.SetRate(limiterRate);
     }
 
-    _bypass = settings.bypass;
-    _midSide = settings.midSide;
-    _mixPosition = _mixSmoother.Step(_mixPosition, _bypass ? 1.0f : 0.0f);
-
-    _limiterOn = settings.limiter;
+    const float mix = settings.bypass ? 1.0f : 0.0f;
+    _mixPosition = _mixSmoother.Step(_mixPosition, mix);
     if (Move(_inputGain, settings.inputGain)) {
         _gain.gain = static_cast<float>(GainOfDb(20.0 * static_cast<double>(_inputGain) - 20.0));
     }
     bool moved = Move(_threshold, settings.threshold);
     moved |= Move(_ceiling, settings.ceiling);
     moved |= Move(_release, settings.release);
-    moved |= _auto != settings.autoRelease;
-    _auto = settings.autoRelease;
-    if (moved) _limiter.SetParams(_threshold, _ceiling, _release, _auto);
+    moved |= _settings.autoRelease != settings.autoRelease;
+    if (moved) _limiter.SetParams(_threshold, _ceiling, _release, settings.autoRelease);
 
+    _settings = settings;
+    _settled = _mixPosition == mix && _inputGain == settings.inputGain && _threshold == settings.threshold &&
+               _ceiling == settings.ceiling && _release == settings.release;
     // From here on a value counts as computed; a group without channels must not run its first block again
     // later.
     _firstBlock = false;
@@ -91,7 +88,7 @@ void FxGroup::Process(std::span<float* const> channels) noexcept {
     if (channels.empty() || _mixPosition == 1.0f) return;
     const bool crossfading = _mixPosition != 0.0f;
     if (crossfading) KeepDry(channels);
-    if (_midSide == EMidSide::Off || channels.size() < 2) {
+    if (_settings.midSide == EMidSide::Off || channels.size() < 2) {
         Limit(channels);
     } else {
         LimitMidSide(channels);
@@ -101,7 +98,7 @@ void FxGroup::Process(std::span<float* const> channels) noexcept {
 
 void FxGroup::Limit(std::span<float* const> channels) noexcept {
     AmplifyAndProbe(channels);
-    if (_limiterOn) _limiter.Process(channels, _block, PathFor(_features));
+    if (_settings.limiter) _limiter.Process(channels, _block, PathFor(_features));
     ReadOutputs(channels);
 }
 
@@ -109,12 +106,13 @@ void FxGroup::Limit(std::span<float* const> channels) noexcept {
 /// delayed. The output probes see the halves, not left and right.
 void FxGroup::LimitMidSide(std::span<float* const> channels) noexcept {
     EncodeMidSide({channels[0], _block}, channels[1]);
-    const bool sideAlone = _midSide == EMidSide::Side || _midSide == EMidSide::SideSolo;
-    const auto halves = channels.subspan(sideAlone ? 1 : 0, _midSide == EMidSide::Both ? 2 : 1);
+    const EMidSide mode = _settings.midSide;
+    const bool sideAlone = mode == EMidSide::Side || mode == EMidSide::SideSolo;
+    const auto halves = channels.subspan(sideAlone ? 1 : 0, mode == EMidSide::Both ? 2 : 1);
     AmplifyAndProbe(halves);
-    if (_limiterOn) _limiter.Process(halves, _block, PathFor(_features));
+    if (_settings.limiter) _limiter.Process(halves, _block, PathFor(_features));
     ReadOutputs(channels);
-    DecodeMidSide(_midSide, {channels[0], _block}, channels[1]);
+    DecodeMidSide(mode, {channels[0], _block}, channels[1]);
 }
 
 /// One after the other, because a list may hold a buffer twice.

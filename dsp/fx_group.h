@@ -28,6 +28,8 @@ struct SGroupSettings {
     bool limiter = false;
     bool bypass = false; ///< the host's bypass
     EMidSide midSide = EMidSide::Off;
+
+    bool operator==(const SGroupSettings&) const noexcept = default;
 };
 
 /// One effect group: gain, limiter, probes, and the crossfade to and from bypass, on the channels that it is
@@ -53,7 +55,12 @@ public:
     /// the base rate, and moves all smoothed values one step. To be called for every block, also when the
     /// group gets no channel.
     KAV_REALTIME void Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
-        std::int32_t factor) noexcept;
+        std::int32_t factor) noexcept {
+        _features = features;
+        if (!_settled || length != _block || factor != _factor || settings != _settings) {
+            Move(settings, length, factor);
+        }
+    }
 
     /// Runs the group on up to 16 channels in place. An empty list is a group without channels. In mid/side
     /// the first two of the list are left and right, and the rest stays as it is; a single channel runs
@@ -69,6 +76,7 @@ public:
 
 private:
     void SetBlock(std::size_t length) noexcept;
+    void Move(const SGroupSettings& settings, std::size_t length, std::int32_t factor) noexcept;
     bool Move(float& position, float target) noexcept;
     void Limit(std::span<float* const> channels) noexcept;
     void LimitMidSide(std::span<float* const> channels) noexcept;
@@ -81,19 +89,17 @@ private:
     std::uint64_t _features = 0; // processor features that the block may use
     float _rateHz = 44100.0f;    // base rate
     std::size_t _block = 0;      // oversampled samples per block; at most the dry buffers' length
-    bool _bypass = false;
-    EMidSide _midSide = EMidSide::Off;
+    SGroupSettings _settings;    // as last taken
+    bool _settled = false;       // all positions have arrived, and another block of the same moves nothing
     Smoother _mixSmoother;       // steps once per block
     float _mixPosition = 0.0f;   // 0 processed .. 1 bypassed
     Smoother _parameterSmoother; // steps once per block
     CChannelBuffers _dry;        // the inputs, while crossfading
     GainStage _gain;
-    bool _limiterOn = false;
     float _inputGain = 0.0f; // smoothed positions
     float _threshold = 0.0f;
     float _ceiling = 0.0f;
     float _release = 0.0f;
-    bool _auto = false;
     std::int32_t _factor = 1; // oversampling factor last seen
     LookaheadLimiter _limiter;
 };

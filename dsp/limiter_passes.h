@@ -228,6 +228,8 @@ private:
 
 class CLimiterPasses final {
 public:
+    /// The arrays are written before they are read; clearing them costs as much as limiting ten samples.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
     explicit CLimiterPasses(SLimiterRun& run) noexcept : _run(run) { RecallMaxima(); }
 
     template<typename TRelease>
@@ -283,6 +285,7 @@ private:
                 copies[c][i] = i < count ? _run.channels[c][at + i] : 0.0f;
             channels[c] = copies[c];
         }
+        for (std::size_t i = 0; i < Chunk; ++i) _gains[at % CAverages::GainCount + i] = 0.0;
         Prepare(channels, 0, at);
         Release(path, at, count);
         path.averages.Drain();
@@ -406,10 +409,16 @@ private:
         for (std::size_t v = 0; v < FloatVectors; ++v) {
             x.of[v] = V::Load(_run.peaks - Chunk + v * V::FloatCount);
         }
-        x = TakeIn<1>(_before[0], x);
-        x = TakeIn<2>(_before[1], x);
-        x = TakeIn<4>(_before[2], x);
-        TakeIn<8>(_before[3], x);
+        x = Recall<1>(_before[0], x);
+        x = Recall<2>(_before[1], x);
+        x = Recall<4>(_before[2], x);
+        Recall<8>(_before[3], x);
+    }
+    /// What a chunk leaves, whatever was before it.
+    template<std::size_t BY>
+    static SFloats Recall(SFloats& before, const SFloats& x) noexcept {
+        before = x;
+        return TakeIn<BY>(before, x);
     }
 
     static bool IsAboveUnity(const SFloats& x) noexcept {
@@ -448,9 +457,9 @@ private:
     }
 
     SLimiterRun& _run;
-    SFloats _before[4] = {}; // TakeIn()'s: the chunk before, in windows of 1, 2, 4 and 8
-    SRequired _required[3] = {};
-    alignas(64) double _gains[CAverages::GainCount] = {};
+    SFloats _before[4]; // TakeIn()'s: the chunk before, in windows of 1, 2, 4 and 8
+    SRequired _required[3];
+    alignas(64) double _gains[CAverages::GainCount];
 };
 
 inline void RunLimiter(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept {

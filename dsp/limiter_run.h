@@ -33,25 +33,25 @@ struct SLimiterState {
     std::size_t steady = 0;            ///< so many samples of one and the same released gain came last
 };
 
-/// A run of samples through the limiter. Histories point to the place of the run's first value; what was
-/// before lies before, and may be overwritten up to a chunk's length behind the run. No two channels share
-/// a buffer, but on the plain path.
+/// A run of samples through the limiter. Of the lists only as many places are filled as are used. Histories
+/// point to the place of the run's first value; what was before lies before, and may be overwritten up to a
+/// chunk's length behind the run. No two channels share a buffer, but on the plain path.
 struct SLimiterRun {
     static constexpr std::size_t MaxChannels = 16;
     static constexpr std::size_t MaxMaxima = 12; ///< enough for a look-ahead of 65536 samples
 
     std::size_t channelCount = 0;
     std::size_t length = 0;
-    float* channels[MaxChannels] = {}; ///< in place
+    float* channels[MaxChannels]; ///< in place
     double drive = 1.0;
     double ceiling = 1.0;
     std::size_t lookahead = 0; ///< a multiple of 64
     std::size_t size = 0;      ///< of each average: lookahead / 2 + 1, so odd
 
-    float* driven[MaxChannels] = {}; ///< `lookahead` driven samples back
-    float* peaks = nullptr;          ///< `lookahead` of the highest magnitudes over all channels back
+    float* driven[MaxChannels]; ///< `lookahead` driven samples back
+    float* peaks = nullptr;     ///< `lookahead` of the highest magnitudes over all channels back
     /// maxima[k]: as many back as each looks at, the highest of the 16 x 2^k peaks up to its own place.
-    float* maxima[MaxMaxima] = {};
+    float* maxima[MaxMaxima];
     double* released = nullptr; ///< `size` released gains back
     double* averaged = nullptr; ///< `size` of their averages back
     /// Out: values written to the two above. Fewer than `length` where they would have been the same again.

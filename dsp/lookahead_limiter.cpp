@@ -104,7 +104,7 @@ void LookaheadLimiter::Process(
 
 void LookaheadLimiter::Run(std::span<float* const> channels, std::size_t from, std::size_t length,
     [[maybe_unused]] EProcessorPath path) noexcept {
-    SLimiterRun run;
+    SLimiterRun run; // NOLINT(cppcoreguidelines-pro-type-member-init): see there
     run.channelCount = channels.size();
     run.length = length;
     run.drive = _drive;

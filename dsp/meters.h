@@ -6,13 +6,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 namespace KAV::DSP {
-
-/// Places of a linear peak (0 or more) on the meters' scales, 0..1: seven segments of equal height from
-/// -192 dB, or four from -48 dB. A peak of 0 is far below both.
-float SevenPointScale(float peak) noexcept;
-float FivePointScale(float peak) noexcept;
 
 /// What the editor's meters show, 0..1 each: they rise at once and fall in their time. Threads:
 /// SetBlockRate() and the Step operations on the audio thread; the published values on any thread.
@@ -24,10 +20,16 @@ public:
     /// Blocks per second, so that meters fall in the same time whatever the block's length is.
     KAV_REALTIME void SetBlockRate(float rateHz) noexcept;
 
-    /// One step towards the block's linear peaks.
-    KAV_REALTIME void StepSource(std::size_t entry, float peak) noexcept;
-    KAV_REALTIME void StepGroup(std::size_t group, float peak) noexcept;
-    KAV_REALTIME void StepEntry(std::size_t entry, float inputPeak, float outputPeak) noexcept;
+    using Peaks = std::array<float, Entries>;
+
+    /// One step of all entries towards the block's linear peaks. Only those with a bit in `heard` have a
+    /// peak; for the others it is 0, whatever the array holds there.
+    KAV_REALTIME void StepSources(std::uint32_t heard, const Peaks& peaks) noexcept;
+    KAV_REALTIME void StepEntries(
+        std::uint32_t heard, const Peaks& inputPeaks, const Peaks& outputPeaks) noexcept;
+    KAV_REALTIME void StepGroup(std::size_t group, float peak) noexcept {
+        if (peak != 0.0f || _group.state[group] != 0.0f) MoveGroup(group, peak);
+    }
 
     float Source(std::size_t entry) const noexcept { return _source.shown[entry]; } ///< before any processing
     float Group(std::size_t group) const noexcept { return _group.shown[group]; }
@@ -39,12 +41,17 @@ private:
     struct SFamily {
         std::array<float, COUNT> state{};
         std::array<Utils::CShared<float>, COUNT> shown;
+        std::uint32_t up = 0; // bit n: place n is above 0; the others stay there while nothing is heard
 
         void Step(const Smoother& smoother, std::size_t place, float target) noexcept {
+            const std::uint32_t bit = std::uint32_t{1} << place;
             state[place] = smoother.Step(state[place], target);
             shown[place] = state[place];
+            up = state[place] == 0.0f ? up & ~bit : up | bit;
         }
     };
+
+    void MoveGroup(std::size_t group, float peak) noexcept;
 
     Smoother _levelSmoother{0.0f, 500.0f, 44100.0f};
     Smoother _entrySmoother{0.0f, 2000.0f, 172.0f};

@@ -3,6 +3,7 @@
 #include "utils/realtime.h"
 
 #include <cmath>
+#include <cstddef>
 #include <span>
 
 #if defined(__SSE2__)
@@ -19,9 +20,12 @@ KAV_REALTIME inline float PeakOf(std::span<const float> channel, float peak) noe
     const __m128 sign = _mm_set1_ps(-0.0f);
     __m128 first = _mm_set1_ps(peak);
     __m128 second = first;
-    for (; i + 8 <= channel.size(); i += 8) { // the second operand stays if either is not a number
-        first = _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(channel.data() + i)), first);
-        second = _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(channel.data() + i + 4)), second);
+    const auto higher = [&](std::size_t place, __m128 highest) { // which stays if a sample is not a number
+        return _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(channel.data() + place)), highest);
+    };
+    for (; i + 16 <= channel.size(); i += 16) {
+        first = higher(i + 8, higher(i, first));
+        second = higher(i + 12, higher(i + 4, second));
     }
     first = _mm_max_ps(first, second);
     first = _mm_max_ps(first, _mm_movehl_ps(first, first));
@@ -32,6 +36,26 @@ KAV_REALTIME inline float PeakOf(std::span<const float> channel, float peak) noe
         if (magnitude > peak) peak = magnitude;
     }
     return peak;
+}
+
+/// How many samples at the end of a channel are smaller than `limit`; not-a-number is not. Where the last one
+/// is not, this ends at once.
+KAV_REALTIME inline std::size_t QuietEnd(std::span<const float> channel, float limit) noexcept {
+    std::size_t end = channel.size();
+#if defined(__SSE2__)
+    const __m128 sign = _mm_set1_ps(-0.0f);
+    const __m128 limits = _mm_set1_ps(limit);
+    const auto areQuiet = [&](const float* four) {
+        return _mm_cmplt_ps(_mm_andnot_ps(sign, _mm_loadu_ps(four)), limits);
+    };
+    while (end >= 8) {
+        const float* eight = channel.data() + end - 8;
+        if (_mm_movemask_ps(_mm_and_ps(areQuiet(eight), areQuiet(eight + 4))) != 15) break;
+        end -= 8;
+    }
+#endif
+    while (end > 0 && std::fabs(channel[end - 1]) < limit) --end;
+    return channel.size() - end;
 }
 
 } // namespace KAV::DSP

@@ -2,6 +2,8 @@
 
 #include "dsp/flush_denormals.h"
 #include "dsp/level.h"
+#include "dsp/peak_of.h"
+#include "utils/bits.h"
 #include "utils/cpu_features.h"
 
 #include <algorithm>
@@ -71,15 +73,16 @@ int CPluginMC<TSample, TValue>::Latency() const noexcept {
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::ProcessBlock(
     std::span<TSample* const> channels, std::size_t frames) noexcept {
-    _gainSmoother.SetRate(float{_rateHz} / static_cast<float>(frames));
-    _meters.SetBlockRate(float{_rateHz} / static_cast<float>(frames));
+    const float blockRate = float{_rateHz} / static_cast<float>(frames);
+    _gainSmoother.SetRate(blockRate);
+    _meters.SetBlockRate(blockRate);
     const SBlock block = Snapshot(channels.size(), frames);
     const CFlushDenormals flushing;
 
     MeterSources(channels, block);
     ListenForSilence(channels, block);
     _input.Move(_gainSmoother, block.bypass ? 0.5f : float{this->parameters.mainInputGain.final});
-    ApplyMainGain(_input, frames);
+    ApplyMainGain(_input, block);
     if (autoGainLinks.enable) PrepareAutoGain(block);
 
     _oversampler.SetFactor(block.factor);
@@ -105,21 +108,29 @@ auto CPluginMC<TSample, TValue>::Snapshot(std::size_t channels, std::size_t fram
     block.features = simd ? Utils::DetectFeatures() : 0;
     block.bypass = hostBypass;
     block.parallel = groupsParallel;
-    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
-        for (std::size_t group = 0; group < GroupCount; ++group) {
-            block.channelInGroup[entry][group] = this->parameters.channelInGroup[entry][group];
-        }
-    }
-    for (std::size_t group = 0; group < GroupCount; ++group) {
-        block.solo[group] = this->parameters.solo[group];
-        block.mute[group] = this->parameters.mute[group];
-        block.anySolo |= block.solo[group];
-        const bool midSide = this->routing[group].type == ERoutingType::MidSide;
-        block.midSide[group] = MidSideMode(midSide && block.channelInGroup[0][group],
-            midSide && block.channelInGroup[1][group], block.solo[group]);
-    }
+    for (std::size_t group = 0; group < GroupCount; ++group) SnapshotGroup(group, block);
     block.shownGroup = std::min<std::size_t>(std::uint32_t{currentGroup}, GroupCount - 1);
     return block;
+}
+
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::SnapshotGroup(std::size_t group, SBlock& block) const noexcept {
+    const auto isOn = [&](std::size_t entry) { return bool{this->parameters.channelInGroup[entry][group]}; };
+    const SRoutingRecord& record = this->routing[group];
+    block.solo[group] = this->parameters.solo[group];
+    block.mute[group] = this->parameters.mute[group];
+    block.anySolo |= block.solo[group];
+    if (record.type == ERoutingType::MidSide) {
+        block.midSide[group] = MidSideMode(isOn(0), isOn(1), block.solo[group]);
+    }
+    const std::uint32_t named = record.named;
+    if (block.midSide[group] != EMidSide::Off) {
+        // A half that is switched off still belongs to the pair that the other half is made of.
+        block.entries[group] = named;
+        return;
+    }
+    Utils::ForEachBit(
+        named, [&](std::size_t entry) { block.entries[group] |= std::uint32_t{isOn(entry)} << entry; });
 }
 
 template<typename TSample, typename TValue>
@@ -160,83 +171,99 @@ void CPluginMC<TSample, TValue>::ListenForSilence(
 }
 
 template<typename TSample, typename TValue>
-void CPluginMC<TSample, TValue>::ApplyMainGain(const SMainGain& gain, std::size_t frames) noexcept {
-    for (TSample* const channel : _active) {
-        if (channel != nullptr) gain.stage.Process({channel, frames});
+void CPluginMC<TSample, TValue>::ApplyMainGain(const SMainGain& gain, const SBlock& block) noexcept {
+    for (TSample* const channel : std::span(_active).first(block.channels)) {
+        if (channel != nullptr) gain.stage.Process({channel, block.frames});
     }
 }
 
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::RunGroup(std::size_t group, const SBlock& block) noexcept {
-    FxGroup& fx = _groups[group];
-    fx.Prepare(GroupSettings(group, block), block.features, block.length, block.factor);
-    const SGroupList list = Gather(group, block);
-    fx.Process(std::span(list.buffers).first(list.count));
+    _groups[group].Prepare(GroupSettings(group, block), block.features, block.length, block.factor);
+    const bool runs = block.anySolo ? block.solo[group] : !block.mute[group];
+    const bool shown = group == block.shownGroup;
+    if (runs && block.entries[group] != 0) {
+        LimitGroup(group, block, shown);
+    } else {
+        _meters.StepGroup(group, 0.0f);
+        if (shown) _meters.StepEntries(0, {}, {});
+    }
+}
+
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::LimitGroup(std::size_t group, const SBlock& block, bool shown) noexcept {
+    SGroupList list; // NOLINT(cppcoreguidelines-pro-type-member-init): most of it is never used
+    Gather(group, block, list);
+    _groups[group].Process(std::span(list.buffers).first(list.count));
     if (block.parallel) AddToSums(list, block.length);
-    MeterGroup(group, list, group == block.shownGroup);
+    MeterGroup(group, list, shown);
 }
 
 /// What the host sends to the shown group's entries, silent channels included.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::MeterSources(
     std::span<TSample* const> channels, const SBlock& block) noexcept {
-    const auto& map = this->routing[block.shownGroup].map;
-    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
+    const SRoutingRecord& record = this->routing[block.shownGroup];
+    const std::uint32_t named = record.named;
+    CMeters::Peaks peaks; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    Utils::ForEachBit(named, [&](std::size_t entry) {
+        const SRoutingPair& pair = record.map[entry];
         float peak = 0.0f;
-        for (const std::int32_t number : {std::int32_t{map[entry].first}, std::int32_t{map[entry].second}}) {
+        for (const std::int32_t number : {std::int32_t{pair.first}, std::int32_t{pair.second}}) {
             if (number < 0 || static_cast<std::size_t>(number) >= block.channels) continue;
-            _sourceProbe.Read({channels[static_cast<std::size_t>(number)], block.frames});
-            peak = std::max(peak, _sourceProbe.Take());
+            peak = PeakOf({channels[static_cast<std::size_t>(number)], block.frames}, peak);
         }
-        _meters.StepSource(entry, peak);
-    }
+        peaks[entry] = peak;
+    });
+    _meters.StepSources(named, peaks);
 }
 
 /// Of an entry with two channels the second one shows. Input probes of the groups that aren't shown go on
 /// collecting.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::MeterGroup(std::size_t group, const SGroupList& list, bool shown) noexcept {
-    std::array<float, ChannelCount> in{};
-    std::array<float, ChannelCount> out{};
+    CMeters::Peaks in;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    CMeters::Peaks out; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::uint32_t heard = 0;
     float highest = 0.0f;
     for (std::size_t place = 0; place < list.count; ++place) {
         const float peak = _groups[group].outputProbes[place].Take();
         highest = std::max(highest, peak);
-        out[list.entries[place]] = peak;
-        if (shown) in[list.entries[place]] = _groups[group].inputProbes[place].Take();
+        const std::size_t entry = list.entries[place];
+        heard |= std::uint32_t{1} << entry;
+        out[entry] = peak;
+        if (shown) in[entry] = _groups[group].inputProbes[place].Take();
     }
     _meters.StepGroup(group, highest);
-    if (!shown) return;
-    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
-        _meters.StepEntry(entry, in[entry], out[entry]);
-    }
+    if (shown) _meters.StepEntries(heard, in, out);
 }
 
 template<typename TSample, typename TValue>
-auto CPluginMC<TSample, TValue>::Gather(std::size_t group, const SBlock& block) noexcept -> SGroupList {
-    SGroupList list;
-    const bool runs = block.anySolo ? block.solo[group] : !block.mute[group];
-    if (!runs) return list;
-    for (std::size_t entry = 0; entry < ChannelCount; ++entry) {
-        // A half that is switched off still belongs to the pair that the other half is made of.
-        if (!block.channelInGroup[entry][group] && block.midSide[group] == EMidSide::Off) continue;
+void CPluginMC<TSample, TValue>::Gather(std::size_t group, const SBlock& block, SGroupList& list) noexcept {
+    Utils::ForEachBit(block.entries[group], [&](std::size_t entry) {
         const SRoutingPair& pair = this->routing[group].map[entry];
-        for (const std::int32_t number : {std::int32_t{pair.first}, std::int32_t{pair.second}}) {
-            if (number < 0 || static_cast<std::size_t>(number) >= block.channels) continue;
-            const auto channel = static_cast<std::size_t>(number);
-            if (_active[channel] == nullptr) continue;
-            if (list.count == ChannelCount) return list; // a map may name more channels than a group can hold
-            list.buffers[list.count] = _active[channel];
-            if (block.parallel) {
-                list.buffers[list.count] = _scratch[list.count];
-                std::copy_n(_active[channel], block.length, _scratch[list.count]);
-            }
-            list.entries[list.count] = entry;
-            list.channels[list.count++] = channel;
-            _used[channel] = true;
-        }
+        Take(entry, pair.first, block, list);
+        Take(entry, pair.second, block, list);
+    });
+}
+
+/// Adds host channel `number`, if there is such a one and it isn't silent, to a group's list.
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::Take(
+    std::size_t entry, std::int32_t number, const SBlock& block, SGroupList& list) noexcept {
+    if (number < 0 || static_cast<std::size_t>(number) >= block.channels) return;
+    const auto channel = static_cast<std::size_t>(number);
+    if (_active[channel] == nullptr) return;
+    if (list.count == ChannelCount) return; // a map may name more channels than a group can hold
+    TSample* buffer = _active[channel];
+    if (block.parallel) {
+        buffer = _scratch[list.count];
+        std::copy_n(_active[channel], block.length, buffer);
     }
-    return list;
+    list.buffers[list.count] = buffer;
+    list.entries[list.count] = entry;
+    list.channels[list.count++] = channel;
+    _used[channel] = true;
 }
 
 template<typename TSample, typename TValue>
@@ -269,7 +296,7 @@ void CPluginMC<TSample, TValue>::ApplyOutput(const SBlock& block) noexcept {
     const bool enabled = autoGainLinks.enable;
     _output.Move(_gainSmoother, block.bypass ? 0.5f : float{final}, enabled && _autoGain.TakeRefresh());
     if (!enabled || _autoGain.IsDisabled()) {
-        ApplyMainGain(_output, block.frames);
+        ApplyMainGain(_output, block);
     } else if (_autoGain.Run(autoGain, std::span<TSample* const>(_active).first(block.channels),
                    std::span<const bool>(_used).first(block.channels), block.frames, _output.position)) {
         final = _output.position; // the knob moves

@@ -7,7 +7,6 @@
 #include "dsp/meters.h"
 #include "dsp/mid_side.h"
 #include "dsp/oversampler.h"
-#include "dsp/peak_probe.h"
 #include "dsp/plugin_dsp_base.h"
 #include "dsp/silence_gate.h"
 #include "dsp/smoother.h"
@@ -90,28 +89,31 @@ private:
         bool bypass = false;
         bool parallel = false;
         bool anySolo = false;
-        std::size_t shownGroup = 0; // the group whose entries are metered
-        std::array<std::array<bool, GroupCount>, ChannelCount> channelInGroup{};
+        std::size_t shownGroup = 0;                      // the group whose entries are metered
+        std::array<std::uint32_t, GroupCount> entries{}; // bit k: the group takes the channels of entry k
         std::array<bool, GroupCount> solo{};
         std::array<bool, GroupCount> mute{};
         std::array<EMidSide, GroupCount> midSide{};
     };
-    /// The channels that one group takes in one block.
+    /// The channels that one group takes in one block: `count` places.
     struct SGroupList {
-        std::array<TSample*, ChannelCount> buffers{};
-        std::array<std::size_t, ChannelCount> channels{}; // host channel of each place
-        std::array<std::size_t, ChannelCount> entries{};  // routing entry of each place
         std::size_t count = 0;
+        std::array<TSample*, ChannelCount> buffers;
+        std::array<std::size_t, ChannelCount> channels; // host channel of each place
+        std::array<std::size_t, ChannelCount> entries;  // routing entry of each place
     };
 
     SBlock Snapshot(std::size_t channels, std::size_t frames) const noexcept;
+    void SnapshotGroup(std::size_t group, SBlock& block) const noexcept;
     SGroupSettings GroupSettings(std::size_t group, const SBlock& block) const noexcept;
     void ListenForSilence(std::span<TSample* const> channels, const SBlock& block) noexcept;
     void MeterSources(std::span<TSample* const> channels, const SBlock& block) noexcept;
     void MeterGroup(std::size_t group, const SGroupList& list, bool shown) noexcept;
-    void ApplyMainGain(const SMainGain& gain, std::size_t frames) noexcept;
-    SGroupList Gather(std::size_t group, const SBlock& block) noexcept;
+    void ApplyMainGain(const SMainGain& gain, const SBlock& block) noexcept;
+    void Gather(std::size_t group, const SBlock& block, SGroupList& list) noexcept;
+    void Take(std::size_t entry, std::int32_t number, const SBlock& block, SGroupList& list) noexcept;
     void RunGroup(std::size_t group, const SBlock& block) noexcept;
+    void LimitGroup(std::size_t group, const SBlock& block, bool shown) noexcept;
     void AddToSums(const SGroupList& list, std::size_t length) noexcept;
     void TakeSums(const SBlock& block) noexcept;
     void PrepareAutoGain(const SBlock& block) noexcept;
@@ -130,7 +132,6 @@ private:
     SMainGain _output;
     Smoother _gainSmoother; // steps once per block
     std::array<FxGroup, GroupCount> _groups;
-    PeakProbe _sourceProbe;
     CMeters _meters;
     AutoGain _autoGain;
 };

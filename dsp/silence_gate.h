@@ -1,8 +1,8 @@
 #pragma once
 
+#include "dsp/peak_of.h"
 #include "utils/realtime.h"
 
-#include <cmath>
 #include <cstdint>
 #include <span>
 
@@ -24,8 +24,7 @@ struct SilenceGate final {
         if (off) return;
         // What was before the last sound does not count any more, so the way goes backwards, and mostly ends
         // at once.
-        std::size_t quiet = 0;
-        while (quiet < channel.size() && IsTiny(channel[channel.size() - 1 - quiet])) ++quiet;
+        const std::size_t quiet = QuietEnd(channel, Threshold);
         if (quiet < channel.size()) {
             count = 0;
             silent = false;
@@ -35,10 +34,6 @@ struct SilenceGate final {
         silent = count <= limit && limit < last; // a limit that has shrunk below the count is passed by
         count = silent ? limit + 1 : last;
     }
-
-private:
-    /// Not-a-number is no silence.
-    static bool IsTiny(float x) noexcept { return std::fabs(x) < Threshold; }
 };
 
 } // namespace KAV::DSP

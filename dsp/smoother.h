@@ -2,6 +2,8 @@
 
 #include "utils/realtime.h"
 
+#include <cmath>
+
 namespace KAV::DSP {
 
 /// A one-pole ramp for a value that is updated once per block or sample, with its own times for rising and
@@ -14,29 +16,48 @@ public:
     Smoother(float riseMs, float fallMs, float rateHz) noexcept;
 
     /// Sets the updates per second of both halves; costs two exponentials only when the rate is another one.
-    KAV_REALTIME void SetRate(float rateHz) noexcept;
+    KAV_REALTIME void SetRate(float rateHz) noexcept {
+        _rise.SetRate(rateHz);
+        _fall.SetRate(rateHz);
+    }
 
     /// Sets the ramp's times, as at the beginning.
-    KAV_REALTIME void SetTimes(float riseMs, float fallMs) noexcept;
+    KAV_REALTIME void SetTimes(float riseMs, float fallMs) noexcept {
+        _rise.SetTime(riseMs);
+        _fall.SetTime(fallMs);
+    }
 
     /// What one step keeps of the distance, 0..1.
     KAV_REALTIME float RiseCoefficient() const noexcept { return _rise.coefficient; }
     KAV_REALTIME float FallCoefficient() const noexcept { return _fall.coefficient; }
 
     /// One step from `state` towards `target`. Arrives exactly once the distance is at most 0.01.
-    KAV_REALTIME float Step(float state, float target) const noexcept;
+    KAV_REALTIME float Step(float state, float target) const noexcept {
+        // By choice instead of branches: whether a meter rises or falls can't be guessed.
+        const float kept = target > state ? _rise.coefficient : _fall.coefficient;
+        const float next = (1.0f - kept) * target + kept * state;
+        return std::fabs(state - target) <= 1.0f - Fraction ? target : next;
+    }
 
 private:
+    static constexpr float Fraction = 0.99f; // of a step that is covered within the time
+
     struct SHalf {
         float rateHz;
-        float fraction; // of a step that is covered within the time; always 0.99
         float timeMs;
-        float coefficient; // what is left of the distance after one step, 0..1
+        float coefficient = 0.0f; // what is left of the distance after one step, 0..1
 
-        void SetRate(float newRateHz) noexcept;
-        void SetTime(float newTimeMs) noexcept;
+        void SetRate(float newRateHz) noexcept {
+            if (newRateHz == rateHz) return;
+            rateHz = newRateHz;
+            Compute();
+        }
+        void SetTime(float newTimeMs) noexcept {
+            if (newTimeMs == timeMs) return;
+            timeMs = newTimeMs;
+            Compute();
+        }
         void Compute() noexcept;
-        float Step(float state, float target) const noexcept;
     };
 
     SHalf _rise;

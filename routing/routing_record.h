@@ -28,6 +28,9 @@ struct SRoutingRecord {
     std::string text; ///< UTF-8
     Utils::CShared<ERoutingType> type{ERoutingType::None};
     std::array<SRoutingPair, RoutingEntries> map;
+    /// Bit k: entry k may name a channel. Where it is clear the entry names none, which spares the audio
+    /// thread to look at most of the map.
+    Utils::CShared<std::uint32_t> named{0};
 
     /// The routing of a new instance: two entries of one channel each.
     SRoutingRecord();

@@ -33,6 +33,18 @@ TEST(RoutingRecord, NumbersBelowZeroMeanNoChannel) {
     ExpectPair(record, 15, 2, -1);
 }
 
+TEST(RoutingRecord, TellsWhichEntriesNameAChannel) {
+    SRoutingRecord record;
+    EXPECT_EQ(std::uint32_t{record.named}, 0b11u);
+    record.SetPair(0, -1, -1);
+    record.SetPair(15, -1, 3);
+    EXPECT_EQ(std::uint32_t{record.named}, 0x8002u);
+    record.Set("<map>-1,-1|*|-1,2|*|5,-1</map>");
+    EXPECT_EQ(std::uint32_t{record.named}, 0b110u);
+    record.Set("");
+    EXPECT_EQ(std::uint32_t{record.named}, 0u);
+}
+
 TEST(RoutingRecord, DefaultDocumentEndsItsLinesWithBothCharacters) {
     const auto text = DefaultRoutingText();
     for (std::size_t i = 0; i < text.size(); ++i) {
