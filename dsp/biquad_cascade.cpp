@@ -139,8 +139,9 @@ void BiquadCascade::RunPlainFused(const SCascadeRun& run, std::size_t c) const n
         for (std::size_t s = 0; s < _count; ++s) {
             double& w1 = delays.w1[s];
             double& w2 = delays.w2[s];
-            const double w = __builtin_fma(-_law.a2[s], w2, __builtin_fma(-_law.a1[s], w1, x)) + extra;
-            x = __builtin_fma(scale, w2, __builtin_fma(2.0 * scale, w1, scale * w));
+            // The newest value comes last, so that the one behind it waits for as little as possible.
+            const double w = __builtin_fma(-_law.a1[s], w1, __builtin_fma(-_law.a2[s], w2, x + extra));
+            x = __builtin_fma(scale, w, __builtin_fma(2.0 * scale, w1, scale * w2));
             w2 = w1;
             w1 = w;
             extra = 0.0;

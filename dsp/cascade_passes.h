@@ -65,10 +65,10 @@ public:
     /// From one lane to the next: long enough that the next one never waits for what it takes in.
     static constexpr std::size_t Turn = 5;
     static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of what comes out
-    static constexpr std::size_t Strip = 32;                        // ticks at a time
-    static constexpr std::size_t Kept = 64; // ticks; at least Strip + Lag, and a power of 2
+    static constexpr std::size_t Strip = 64;                        // ticks at a time
 
     void Load(const SCascadeRun& run, const SCascadeLaw& law, std::size_t firstStage) noexcept {
+        for (std::size_t i = 0; i < 2 * Turn; ++i) _out[i] = V::Same(0.0);
         _length = run.length;
         _stage = firstStage;
         _law.scale = First(law.scale, 1.0);
@@ -94,27 +94,34 @@ public:
         }
     }
 
-    /// Where the samples come from: the channels themselves, or what the section before gave, Lag ticks on.
+    /// Where the samples of some ticks come from: the channels themselves, or what the section before gave
+    /// Lag ticks later, of both channels in turn.
     struct SIn {
-        const float* samples;
+        const float* left;
+        const float* right;
         const V::Doubles* before;
 
-        V::Doubles At(std::size_t t) const noexcept {
-            if constexpr (FIRST) return V::WidenFirst(samples + t);
-            return before[(t + Lag) % Kept];
+        SIn operator+(std::size_t ticks) const noexcept {
+            if constexpr (FIRST) return {left + ticks, right + ticks, nullptr};
+            return {nullptr, nullptr, before + 2 * ticks};
         }
+        V::Doubles Left() const noexcept { return FIRST ? V::WidenFirst(left) : before[0]; }
+        V::Doubles Right() const noexcept { return FIRST ? V::WidenFirst(right) : before[1]; }
     };
-    /// Ticks `from` to `to`, a strip at most.
-    void Run(std::size_t from, std::size_t to, const SIn& left, const SIn& right) noexcept {
+    /// Ticks `from` to `to`, a strip at most, which follow those of the call before. What it gives stays
+    /// until the next call.
+    void Run(std::size_t from, std::size_t to, const SIn& in) noexcept {
+        for (std::size_t i = 0; i < 2 * Turn; ++i) _out[i] = _out[2 * _ticks + i];
+        _from = from;
+        _ticks = to - from;
         const std::size_t start = Cut(Lag, from, to);
         const std::size_t stop = Cut(_length, start, to);
-        for (std::size_t t = from; t < start; ++t) RunAtAnEnd(t, left, right);
-        RunSteadily(start, stop, left, right);
-        for (std::size_t t = stop; t < to; ++t) RunAtAnEnd(t, left, right);
+        for (std::size_t t = from; t < start; ++t) RunAtAnEnd(t, in + (t - from));
+        RunSteadily(start, stop, in + (start - from));
+        for (std::size_t t = stop; t < to; ++t) RunAtAnEnd(t, in + (t - from));
     }
-    /// What tick `t` gave in lane 0: sample t - Lag.
-    const V::Doubles& Out(std::size_t c, std::size_t t) const noexcept { return _out[c][t % Kept]; }
-    const V::Doubles* OutOf(std::size_t c) const noexcept { return _out[c]; }
+    /// What tick `t` of the last call gave in lane 0, of both channels: sample t - Lag.
+    const V::Doubles* Out(std::size_t t) const noexcept { return _out + 2 * (Turn + t - _from); }
 
 private:
     using A = SArithmetic<FUSED>;
@@ -157,44 +164,58 @@ private:
         for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) stages[StageOf(j, lane)] = values[lane];
     }
 
-    /// A tick takes the older ones' places for its own values, so that nothing has to move.
-    static void Tick(const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles* out,
-        std::size_t t, V::Doubles in) noexcept {
-        V::Doubles x = V::Turn(out[(t - Turn) % Kept], in);
+    /// A tick takes the older ones' places for its own values, so that nothing has to move. `x` is what the
+    /// lanes take in.
+    static V::Doubles Tick(
+        const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles x) noexcept {
         if constexpr (FIRST) {
             x = FirstStep(law, first.w1, first.w2, x, extra);
         } else {
             x = Step(law.a1[0], law.a2[0], first.w1, first.w2, x);
         }
-        out[t % Kept] = Step(law.a1[1], law.a2[1], second.w1, second.w2, x);
+        return Step(law.a1[1], law.a2[1], second.w1, second.w2, x);
     }
-    static void TickSwapped(const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra,
-        V::Doubles* out, std::size_t t, V::Doubles in) noexcept {
-        V::Doubles x = V::Turn(out[(t - Turn) % Kept], in);
+    static V::Doubles TickSwapped(
+        const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles x) noexcept {
         if constexpr (FIRST) {
             x = FirstStep(law, first.w2, first.w1, x, extra);
         } else {
             x = Step(law.a1[0], law.a2[0], first.w2, first.w1, x);
         }
-        out[t % Kept] = Step(law.a1[1], law.a2[1], second.w2, second.w1, x);
+        return Step(law.a1[1], law.a2[1], second.w2, second.w1, x);
     }
 
     // But for the first stage nothing is added against denormals. Adding 0 would only turn a negative zero
     // into a positive one, which makes no difference before StoreFirst() does just that.
     static V::Doubles Step(
         V::Doubles a1, V::Doubles a2, V::Doubles recent, V::Doubles& oldest, V::Doubles x) noexcept {
-        const V::Doubles w = A::Less(A::Less(x, a1, recent), a2, oldest);
-        const V::Doubles y = V::Add(A::MoreTwice(w, recent), oldest);
-        oldest = w;
-        return y;
+        if constexpr (FUSED) {
+            const V::Doubles w = A::Less(A::Less(x, a2, oldest), a1, recent);
+            const V::Doubles y = V::Add(w, A::MoreTwice(oldest, recent));
+            oldest = w;
+            return y;
+        } else {
+            const V::Doubles w = A::Less(A::Less(x, a1, recent), a2, oldest);
+            const V::Doubles y = V::Add(A::MoreTwice(w, recent), oldest);
+            oldest = w;
+            return y;
+        }
     }
     static V::Doubles FirstStep(
         const SLaw& law, V::Doubles recent, V::Doubles& oldest, V::Doubles x, V::Doubles extra) noexcept {
-        const V::Doubles w = V::Add(A::Less(A::Less(x, law.a1[0], recent), law.a2[0], oldest), extra);
-        const V::Doubles y =
-            A::More(A::More(V::Multiply(law.scale, w), law.twice, recent), law.scale, oldest);
-        oldest = w;
-        return y;
+        if constexpr (FUSED) {
+            const V::Doubles w = A::Less(A::Less(V::Add(x, extra), law.a2[0], oldest), law.a1[0], recent);
+            const V::Doubles y =
+                A::More(A::More(V::Multiply(law.scale, oldest), law.twice, recent), law.scale, w);
+            oldest = w;
+            return y;
+        } else {
+            const V::Doubles w = V::Add(A::Less(A::Less(x, law.a1[0], recent), law.a2[0], oldest), extra);
+            const V::Doubles y =
+                A::More(A::More(V::Multiply(law.scale, w), law.twice, recent), law.scale, oldest);
+            oldest = w;
+            return y;
+        }
     }
 
     static SDelays Choose(V::Doubles which, const SDelays& a, const SDelays& b) noexcept {
@@ -206,8 +227,7 @@ private:
     }
 
     /// Ticks where all lanes have a sample. A function of its own, so that nothing else wants its registers.
-    [[gnu::noinline]] void RunSteadily(
-        std::size_t from, std::size_t to, const SIn leftIn, const SIn rightIn) noexcept {
+    [[gnu::noinline]] void RunSteadily(std::size_t from, std::size_t to, SIn in) noexcept {
         const SLaw law = _law; // copies that no store can touch
         SDelays leftFirst = _channels[0].first;
         SDelays leftSecond = _channels[0].second;
@@ -217,41 +237,49 @@ private:
         V::Doubles rightExtra = _channels[1].extra;
         const V::Doubles flippedLeft = V::Xor(leftExtra, _flip);
         const V::Doubles flippedRight = V::Xor(rightExtra, _flip);
+        V::Doubles* out = OutOf(from);
         std::size_t t = from;
         for (; t + 2 <= to; t += 2) {
-            Tick(law, leftFirst, leftSecond, flippedLeft, _out[0], t, leftIn.At(t));
-            Tick(law, rightFirst, rightSecond, flippedRight, _out[1], t, rightIn.At(t));
-            TickSwapped(law, leftFirst, leftSecond, leftExtra, _out[0], t + 1, leftIn.At(t + 1));
-            TickSwapped(law, rightFirst, rightSecond, rightExtra, _out[1], t + 1, rightIn.At(t + 1));
+            const V::Doubles* turned = out - 2 * Turn;
+            out[0] = Tick(law, leftFirst, leftSecond, flippedLeft, V::Turn(turned[0], in.Left()));
+            out[1] = Tick(law, rightFirst, rightSecond, flippedRight, V::Turn(turned[1], in.Right()));
+            in = in + 1;
+            out[2] = TickSwapped(law, leftFirst, leftSecond, leftExtra, V::Turn(turned[2], in.Left()));
+            out[3] = TickSwapped(law, rightFirst, rightSecond, rightExtra, V::Turn(turned[3], in.Right()));
+            in = in + 1;
+            out += 4;
         }
         _channels[0] = {leftFirst, leftSecond, leftExtra};
         _channels[1] = {rightFirst, rightSecond, rightExtra};
-        if (t < to) {
-            for (std::size_t c = 0; c < 2; ++c)
-                TickOnce(_channels[c], _out[c], t, (c == 0 ? leftIn : rightIn).At(t));
-        }
+        if (t < to) TickOnce(t, in.Left(), in.Right());
     }
-    void TickOnce(SChannel& channel, V::Doubles* out, std::size_t t, V::Doubles in) const noexcept {
-        channel.extra = V::Xor(channel.extra, _flip);
-        Tick(_law, channel.first, channel.second, channel.extra, out, t, in);
-        channel.first = {channel.first.w2, channel.first.w1};
-        channel.second = {channel.second.w2, channel.second.w1};
+    V::Doubles* OutOf(std::size_t t) noexcept { return _out + 2 * (Turn + t - _from); }
+    void TickOnce(std::size_t t, V::Doubles left, V::Doubles right) noexcept {
+        V::Doubles* out = OutOf(t);
+        for (std::size_t c = 0; c < 2; ++c, ++out) {
+            SChannel& channel = _channels[c];
+            channel.extra = V::Xor(channel.extra, _flip);
+            *out = Tick(_law, channel.first, channel.second, channel.extra,
+                V::Turn(*(out - 2 * Turn), c == 0 ? left : right));
+            channel.first = {channel.first.w2, channel.first.w1};
+            channel.second = {channel.second.w2, channel.second.w1};
+        }
     }
 
     /// A tick where some lanes have no sample: their delays stay.
-    void RunAtAnEnd(std::size_t t, const SIn& left, const SIn& right) noexcept {
+    void RunAtAnEnd(std::size_t t, const SIn& in) noexcept {
         double active[V::DoubleCount];
         for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) {
             const std::size_t lag = (V::DoubleCount - 1 - lane) * Turn;
             active[lane] = t >= lag && t - lag < _length ? -1.0 : 1.0; // the sign tells
         }
+        const V::Doubles which = V::Load(active);
+        const SChannel before[2] = {_channels[0], _channels[1]};
+        const bool isOver = t >= _length;
+        TickOnce(t, isOver ? V::Same(0.0) : in.Left(), isOver ? V::Same(0.0) : in.Right());
         for (std::size_t c = 0; c < 2; ++c) {
-            SChannel& channel = _channels[c];
-            const SChannel before = channel;
-            TickOnce(channel, _out[c], t, t < _length ? (c == 0 ? left : right).At(t) : V::Same(0.0));
-            const V::Doubles which = V::Load(active);
-            channel.first = Choose(which, channel.first, before.first);
-            channel.second = Choose(which, channel.second, before.second);
+            _channels[c].first = Choose(which, _channels[c].first, before[c].first);
+            _channels[c].second = Choose(which, _channels[c].second, before[c].second);
         }
     }
 
@@ -260,7 +288,10 @@ private:
     SLaw _law{};
     V::Doubles _flip{};
     SChannel _channels[2] = {};
-    V::Doubles _out[2][Kept] = {};
+    std::size_t _from = 0;  // first tick of the last call
+    std::size_t _ticks = 0; // in the last call
+    V::Doubles
+        _out[2 * (Turn + Strip)]; // of both channels in turn: the last ones of the call before, and its
 };
 
 /// Sixteen stages of two channels.
@@ -275,20 +306,16 @@ public:
     void Process() noexcept {
         const std::size_t end = _run.length + CFirst::Lag; // of each section's ticks
         for (std::size_t start = 0; start < end + Others * CFirst::Lag; start += CFirst::Strip) {
-            const std::size_t stop = start + CFirst::Strip;
-            _first.Run(
-                Cut(start, end), Cut(stop, end), {_run.channels[0], nullptr}, {_run.channels[1], nullptr});
-            std::size_t behind = 0;
+            const SRange ticks = Ticks(start, 0, end);
+            _first.Run(ticks.from, ticks.to,
+                {_run.channels[0] + ticks.from, _run.channels[1] + ticks.from, nullptr});
             for (std::size_t k = 0; k < Others; ++k) {
-                behind += CFirst::Lag;
-                const std::size_t from = start < behind ? 0 : Cut(start - behind, end);
-                const std::size_t to = stop < behind ? 0 : Cut(stop - behind, end);
-                const V::Doubles* left = k == 0 ? _first.OutOf(0) : _others[k - 1].OutOf(0);
-                const V::Doubles* right = k == 0 ? _first.OutOf(1) : _others[k - 1].OutOf(1);
-                _others[k].Run(from, to, {nullptr, left}, {nullptr, right});
+                const SRange its = Ticks(start, (k + 1) * CFirst::Lag, end);
+                const std::size_t taken = its.from + CFirst::Lag; // tick of the section before
+                const V::Doubles* before = k == 0 ? _first.Out(taken) : _others[k - 1].Out(taken);
+                _others[k].Run(its.from, its.to, {nullptr, nullptr, before});
             }
-            PutOut(
-                start < behind ? 0 : Cut(start - behind, end), stop < behind ? 0 : Cut(stop - behind, end));
+            PutOut(Ticks(start, Others * CFirst::Lag, end));
         }
         _first.Keep(_run);
         for (const auto& section : _others) section.Keep(_run);
@@ -300,13 +327,22 @@ private:
     using COther = CSection<FUSED, false>;
     static constexpr std::size_t Others = SCascadeLaw::MaxStages / CFirst::Stages - 1;
 
-    static std::size_t Cut(std::size_t t, std::size_t end) noexcept { return t < end ? t : end; }
+    struct SRange {
+        std::size_t from;
+        std::size_t to;
+    };
+    /// The ticks of a strip for a section that is `behind` the first one.
+    static SRange Ticks(std::size_t start, std::size_t behind, std::size_t end) noexcept {
+        const auto cut = [&](std::size_t t) { return t < behind ? 0 : t - behind < end ? t - behind : end; };
+        return {cut(start), cut(start + CFirst::Strip)};
+    }
 
     /// What the last section gave in these of its ticks.
-    void PutOut(std::size_t from, std::size_t to) noexcept {
-        for (std::size_t t = from < CFirst::Lag ? CFirst::Lag : from; t < to; ++t) {
+    void PutOut(SRange ticks) noexcept {
+        for (std::size_t t = ticks.from < CFirst::Lag ? CFirst::Lag : ticks.from; t < ticks.to; ++t) {
+            const V::Doubles* out = _others[Others - 1].Out(t);
             for (std::size_t c = 0; c < _run.channelCount; ++c) {
-                V::StoreFirst(_run.channels[c] + t - CFirst::Lag, _others[Others - 1].Out(c, t));
+                V::StoreFirst(_run.channels[c] + t - CFirst::Lag, out[c]);
             }
         }
     }
@@ -425,11 +461,19 @@ private:
             const V::Doubles w1 = state.w1.of[i];
             const V::Doubles w2 = state.w2.of[i];
             state.extra.of[i] = V::Xor(state.extra.of[i], _flip.of[i]);
-            const V::Doubles w =
-                V::Add(A::Less(A::Less(x.of[i], _a1.of[i], w1), _a2.of[i], w2), state.extra.of[i]);
-            state.w1.of[i] = w;
-            state.w2.of[i] = w1;
-            y.of[i] = A::More(A::More(V::Multiply(_scale.of[i], w), _twice.of[i], w1), _scale.of[i], w2);
+            if constexpr (FUSED) {
+                const V::Doubles in = V::Add(x.of[i], state.extra.of[i]);
+                const V::Doubles w = A::Less(A::Less(in, _a2.of[i], w2), _a1.of[i], w1);
+                state.w1.of[i] = w;
+                state.w2.of[i] = w1;
+                y.of[i] = A::More(A::More(V::Multiply(_scale.of[i], w2), _twice.of[i], w1), _scale.of[i], w);
+            } else {
+                const V::Doubles w =
+                    V::Add(A::Less(A::Less(x.of[i], _a1.of[i], w1), _a2.of[i], w2), state.extra.of[i]);
+                state.w1.of[i] = w;
+                state.w2.of[i] = w1;
+                y.of[i] = A::More(A::More(V::Multiply(_scale.of[i], w), _twice.of[i], w1), _scale.of[i], w2);
+            }
         }
         return y;
     }

@@ -39,8 +39,8 @@ float CLowPass::Sample(float sample, std::size_t slot, bool fused) {
         const double w2 = s.w2[slot];
         double w = 0.0;
         if (fused) {
-            w = std::fma(-s.a2, w2, std::fma(-s.a1, w1, x)) + e;
-            x = std::fma(s.b2, w2, std::fma(s.b1, w1, s.b0 * w));
+            w = std::fma(-s.a1, w1, std::fma(-s.a2, w2, x + e));
+            x = std::fma(s.b0, w, std::fma(s.b1, w1, s.b2 * w2));
         } else {
             w = x - s.a1 * w1 - s.a2 * w2 + e;
             x = s.b0 * w + s.b1 * w1 + s.b2 * w2;
