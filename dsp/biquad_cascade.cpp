@@ -141,7 +141,7 @@ void BiquadCascade::RunPlainFused(const SCascadeRun& run, std::size_t c) const n
             double& w2 = delays.w2[s];
             // The newest value comes last, so that the one behind it waits for as little as possible.
             const double w = __builtin_fma(-_law.a1[s], w1, __builtin_fma(-_law.a2[s], w2, x + extra));
-            x = __builtin_fma(scale, w, __builtin_fma(2.0 * scale, w1, scale * w2));
+            x = scale * (w + __builtin_fma(2.0, w1, w2));
             w2 = w1;
             w1 = w;
             extra = 0.0;

@@ -63,7 +63,7 @@ public:
     static constexpr std::size_t Registers = 2;
     static constexpr std::size_t Stages = Registers * V::DoubleCount;
     /// From one lane to the next: long enough that the next one never waits for what it takes in.
-    static constexpr std::size_t Turn = 5;
+    static constexpr std::size_t Turn = 6;
     static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of what comes out
     static constexpr std::size_t Strip = 64;                        // ticks at a time
 
@@ -204,11 +204,7 @@ private:
     static V::Doubles FirstStep(
         const SLaw& law, V::Doubles recent, V::Doubles& oldest, V::Doubles x, V::Doubles extra) noexcept {
         if constexpr (FUSED) {
-            const V::Doubles w = A::Less(A::Less(V::Add(x, extra), law.a2[0], oldest), law.a1[0], recent);
-            const V::Doubles y =
-                A::More(A::More(V::Multiply(law.scale, oldest), law.twice, recent), law.scale, w);
-            oldest = w;
-            return y;
+            return V::Multiply(law.scale, Step(law.a1[0], law.a2[0], recent, oldest, V::Add(x, extra)));
         } else {
             const V::Doubles w = V::Add(A::Less(A::Less(x, law.a1[0], recent), law.a2[0], oldest), extra);
             const V::Doubles y =
@@ -268,19 +264,30 @@ private:
 
     /// A tick where some lanes have no sample: their delays stay.
     void RunAtAnEnd(std::size_t t, const SIn& in) noexcept {
-        double active[V::DoubleCount];
-        for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) {
-            const std::size_t lag = (V::DoubleCount - 1 - lane) * Turn;
-            active[lane] = t >= lag && t - lag < _length ? -1.0 : 1.0; // the sign tells
-        }
-        const V::Doubles which = V::Load(active);
+        const V::Doubles isActive = Active(t);
         const SChannel before[2] = {_channels[0], _channels[1]};
         const bool isOver = t >= _length;
         TickOnce(t, isOver ? V::Same(0.0) : in.Left(), isOver ? V::Same(0.0) : in.Right());
         for (std::size_t c = 0; c < 2; ++c) {
-            _channels[c].first = Choose(which, _channels[c].first, before[c].first);
-            _channels[c].second = Choose(which, _channels[c].second, before[c].second);
+            _channels[c].first = Choose(isActive, _channels[c].first, before[c].first);
+            _channels[c].second = Choose(isActive, _channels[c].second, before[c].second);
         }
+    }
+    /// Negative in the lanes that have a sample at tick `t`.
+    V::Doubles Active(std::size_t t) const noexcept {
+        const V::Doubles begun = Uppermost(LanesAt(t, 0));
+        const V::Doubles over = Uppermost(LanesAt(t, _length));
+        return V::Choose(over, V::Same(1.0), begun);
+    }
+    /// So many lanes have got by tick `t` what the uppermost one gets at tick `first`.
+    static std::size_t LanesAt(std::size_t t, std::size_t first) noexcept {
+        if (t < first) return 0;
+        return t - first < Lag ? (t - first) / Turn + 1 : V::DoubleCount;
+    }
+    /// Negative in the `count` uppermost lanes.
+    static V::Doubles Uppermost(std::size_t count) noexcept {
+        static constexpr double signs[8] = {1.0, 1.0, 1.0, 1.0, -1.0, -1.0, -1.0, -1.0};
+        return V::Load(signs + (4 - V::DoubleCount) + count);
     }
 
     std::size_t _length = 0; // of the block
@@ -339,11 +346,20 @@ private:
 
     /// What the last section gave in these of its ticks.
     void PutOut(SRange ticks) noexcept {
-        for (std::size_t t = ticks.from < CFirst::Lag ? CFirst::Lag : ticks.from; t < ticks.to; ++t) {
+        std::size_t t = ticks.from < CFirst::Lag ? CFirst::Lag : ticks.from;
+        for (; t + 4 <= ticks.to; t += 4) {
             const V::Doubles* out = _others[Others - 1].Out(t);
-            for (std::size_t c = 0; c < _run.channelCount; ++c) {
-                V::StoreFirst(_run.channels[c] + t - CFirst::Lag, out[c]);
-            }
+            const __m128 early = _mm_movelh_ps(V::NarrowFirst(out), V::NarrowFirst(out + 2));
+            const __m128 late = _mm_movelh_ps(V::NarrowFirst(out + 4), V::NarrowFirst(out + 6));
+            _mm_storeu_ps(
+                _run.channels[0] + t - CFirst::Lag, _mm_shuffle_ps(early, late, _MM_SHUFFLE(2, 0, 2, 0)));
+            _mm_storeu_ps(
+                _run.channels[1] + t - CFirst::Lag, _mm_shuffle_ps(early, late, _MM_SHUFFLE(3, 1, 3, 1)));
+        }
+        for (; t < ticks.to; ++t) {
+            const __m128 both = V::NarrowFirst(_others[Others - 1].Out(t));
+            _run.channels[0][t - CFirst::Lag] = _mm_cvtss_f32(both);
+            _run.channels[1][t - CFirst::Lag] = _mm_cvtss_f32(_mm_shuffle_ps(both, both, 1));
         }
     }
 
@@ -466,7 +482,7 @@ private:
                 const V::Doubles w = A::Less(A::Less(in, _a2.of[i], w2), _a1.of[i], w1);
                 state.w1.of[i] = w;
                 state.w2.of[i] = w1;
-                y.of[i] = A::More(A::More(V::Multiply(_scale.of[i], w2), _twice.of[i], w1), _scale.of[i], w);
+                y.of[i] = V::Multiply(_scale.of[i], V::Add(w, A::MoreTwice(w2, w1)));
             } else {
                 const V::Doubles w =
                     V::Add(A::Less(A::Less(x.of[i], _a1.of[i], w1), _a2.of[i], w2), state.extra.of[i]);

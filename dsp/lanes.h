@@ -41,10 +41,10 @@ struct SLanes {
     static Doubles WidenFirst(const float* from) noexcept {
         return _mm256_castpd128_pd256(_mm_cvtps_pd(_mm_load_ss(from)));
     }
-    /// The first lane as a sample, zero always positive.
-    static void StoreFirst(float* to, Doubles x) noexcept {
-        const __m128d first = _mm_add_sd(_mm256_castpd256_pd128(x), _mm_setzero_pd());
-        _mm_store_ss(to, _mm_cvtpd_ps(first));
+    /// The first lanes of two registers as samples, zero always positive.
+    static __m128 NarrowFirst(const Doubles* two) noexcept {
+        const __m128d first = _mm_unpacklo_pd(_mm256_castpd256_pd128(two[0]), _mm256_castpd256_pd128(two[1]));
+        return _mm_cvtpd_ps(_mm_add_pd(first, _mm_setzero_pd()));
     }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm256_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm256_div_pd(a, b); }
@@ -107,10 +107,9 @@ struct SLanes {
     static Doubles Turn(Doubles x, Doubles in) noexcept { return _mm_shuffle_pd(x, in, 1); }
     /// A sample in the first lane.
     static Doubles WidenFirst(const float* from) noexcept { return _mm_cvtps_pd(_mm_load_ss(from)); }
-    /// The first lane as a sample, zero always positive.
-    static void StoreFirst(float* to, Doubles x) noexcept {
-        const __m128d first = _mm_add_sd(x, _mm_setzero_pd());
-        _mm_store_ss(to, _mm_cvtpd_ps(first));
+    /// The first lanes of two registers as samples, zero always positive.
+    static __m128 NarrowFirst(const Doubles* two) noexcept {
+        return _mm_cvtpd_ps(_mm_add_pd(_mm_unpacklo_pd(two[0], two[1]), _mm_setzero_pd()));
     }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm_div_pd(a, b); }

@@ -40,7 +40,7 @@ float CLowPass::Sample(float sample, std::size_t slot, bool fused) {
         double w = 0.0;
         if (fused) {
             w = std::fma(-s.a1, w1, std::fma(-s.a2, w2, x + e));
-            x = std::fma(s.b0, w, std::fma(s.b1, w1, s.b2 * w2));
+            x = s.b0 * (w + std::fma(2.0, w1, w2));
         } else {
             w = x - s.a1 * w1 - s.a2 * w2 + e;
             x = s.b0 * w + s.b1 * w1 + s.b2 * w2;
