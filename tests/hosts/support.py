@@ -1,0 +1,153 @@
+"""What the tests with real hosts share: the build, scratch homes, programs with a time-out, sound files."""
+
+import array
+import math
+import os
+import pathlib
+import random
+import struct
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+HERE = ROOT / "tests" / "hosts"
+BUILD = ROOT / "build" / "release"
+LIBRARY = pathlib.Path(os.environ.get("KAV_HOSTS_LIBRARY", BUILD / "KAVSorrelLimiter.so"))
+KAVHOST = BUILD / "kavhost"
+NAME = "KAV Sorrel Limiter"
+UNIQUE_ID = 1936683628
+PARAMETERS = 109
+RATE = 48000
+
+
+class HostTest(unittest.TestCase):
+    """A test in a folder of its own that is gone afterwards: home of every program it starts, and place of its files.
+
+    All tests of a class share the folder and what `set_up_once` leaves there.
+    """
+
+    longMessage = True
+
+    @classmethod
+    def setUpClass(cls):
+        scratch = tempfile.TemporaryDirectory(prefix="sorrel-hosts-")
+        cls.addClassCleanup(scratch.cleanup)
+        cls.folder = pathlib.Path(scratch.name)
+        cls.home = cls.folder / "home"
+        for name in ("home", "tmp", "run"):
+            (cls.folder / name).mkdir(mode=0o700)
+        cls.set_up_once()
+
+    @classmethod
+    def set_up_once(cls):
+        pass
+
+    @classmethod
+    def environment(cls, **more):
+        """Nothing of the user's own but the path; no display, no sound server."""
+        own = {"HOME": cls.home, "TMPDIR": cls.folder / "tmp", "XDG_RUNTIME_DIR": cls.folder / "run"}
+        kept = {key: os.environ[key] for key in ("PATH", "USER", "LOGNAME") if key in os.environ}
+        return kept | {"LANG": "C.UTF-8"} | {key: str(value) for key, value in (own | more).items()}
+
+    @classmethod
+    def run_program(cls, *command, timeout=30, stdin="", attempts=1, accept=None, **environment):
+        """What the program said, both outputs as one text.
+
+        `accept(said)` judges an attempt: hosts end with any status, and now and then they hang. The last one's text
+        is handed back, accepted or not.
+        """
+        said = ""
+        for _ in range(attempts):
+            # A session of its own: what hangs is ended with all that it started.
+            process = subprocess.Popen([str(word) for word in command], env=cls.environment(**environment),
+                                       cwd=cls.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                       stderr=subprocess.STDOUT, start_new_session=True)
+            try:
+                output, _ = process.communicate(stdin.encode(), timeout=timeout)
+                said = output.decode(errors="replace")
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, 9)
+                output, _ = process.communicate()
+                said = output.decode(errors="replace") + f"\n(ended after {timeout} s)"
+            if accept is None or accept(said):
+                break
+        return said
+
+    @classmethod
+    def kavhost(cls, *arguments):
+        """What kavhost said; unlike a host it has to end well."""
+        result = subprocess.run([str(word) for word in (KAVHOST, *arguments)], env=cls.environment(), cwd=cls.folder,
+                                stdin=subprocess.DEVNULL, capture_output=True, timeout=120, check=False)
+        if result.returncode != 0:
+            raise AssertionError(f"kavhost {arguments}: {result.returncode}\n{result.stderr.decode()}")
+        return result.stdout.decode()
+
+
+class Sound:
+    """A sound in memory: one array of floats per channel."""
+
+    def __init__(self, channels):
+        self.channels = channels
+
+    @property
+    def frames(self):
+        return len(self.channels[0])
+
+    def peak(self):
+        return max(max(map(abs, channel)) for channel in self.channels)
+
+    def rms(self):
+        return math.sqrt(sum(x * x for channel in self.channels for x in channel) /
+                         (self.frames * len(self.channels)))
+
+    def difference(self, other):
+        """The largest distance of two samples at the same place."""
+        return max(abs(x - y) for mine, theirs in zip(self.channels, other.channels) for x, y in zip(mine, theirs))
+
+
+def read_wav(file):
+    """32-bit float, as every host here is asked to write it."""
+    data = pathlib.Path(file).read_bytes()
+    if data[:4] != b"RIFF" or data[8:12] != b"WAVE":
+        raise AssertionError(f"{file} is no WAV file")
+    at, channels, samples = 12, 0, None
+    while at + 8 <= len(data):
+        kind, size = struct.unpack_from("<4sI", data, at)
+        if kind == b"fmt ":
+            coding, channels, rate, _, _, bits = struct.unpack_from("<HHIIHH", data, at + 8)
+            if coding == 0xFFFE:  # the real coding stands in the extension
+                coding = struct.unpack_from("<H", data, at + 8 + 24)[0]
+            if (coding, rate, bits) != (3, RATE, 32):
+                raise AssertionError(f"{file}: coding {coding}, rate {rate}, {bits} bits")
+        elif kind == b"data":
+            samples = array.array("f", data[at + 8:at + 8 + min(size, len(data) - at - 8) // 4 * 4])
+        at += 8 + size + size % 2
+    if not channels or samples is None:
+        raise AssertionError(f"{file} has no sound")
+    return Sound([samples[c::channels] for c in range(channels)])
+
+
+def write_wav(file, sound):
+    count = len(sound.channels)
+    mixed = array.array("f", bytes(4 * count * sound.frames))
+    for c, channel in enumerate(sound.channels):
+        mixed[c::count] = channel
+    data = mixed.tobytes()
+    head = struct.pack("<HHIIHH", 3, count, RATE, RATE * 4 * count, 4 * count, 32)
+    body = b"WAVEfmt " + struct.pack("<I", len(head)) + head + b"data" + struct.pack("<I", len(data)) + data
+    pathlib.Path(file).write_bytes(b"RIFF" + struct.pack("<I", len(body)) + body)
+
+
+def limited_material(seconds=3.0):
+    """Two different channels between silences: tones, bursts far above any threshold, and noise from a fixed seed."""
+    noise = random.Random(1936683628)
+    channels = []
+    for c, pitch in enumerate((997.0, 440.0)):
+        channel = array.array("f", bytes(4 * int(seconds * RATE)))
+        for i in range(RATE // 2, len(channel) - RATE // 2):
+            t = i / RATE
+            burst = 1.0 if int(t * 7 + c) % 3 == 0 else 0.15
+            channel[i] = burst * (0.7 * math.sin(2 * math.pi * pitch * t) + 0.3 * noise.uniform(-1.0, 1.0))
+        channels.append(channel)
+    return Sound(channels)
