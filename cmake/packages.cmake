@@ -1,0 +1,79 @@
+# What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb of the preset "release", a .zip
+# of the preset "mingw".
+#
+# kavhost looks beside itself for the plug-in, its profile and the factory content. On Linux all of that is one folder
+# of its own, with links: from the command in bin, and to the library where hosts look for it.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # tests and benchmarks are part of "all", and of no package
+
+set(content_folders "${CMAKE_BINARY_DIR}/content/Patches" "${CMAKE_BINARY_DIR}/content/Routings")
+set(name kav-sorrel-limiter)
+
+if(WIN32)
+    install(TARGETS KAVSorrelLimiter DESTINATION .)
+    install(FILES README.md CHANGELOG.md LICENSE DESTINATION .)
+    install(DIRECTORY docs DESTINATION .)
+    if(KAV_BUILD_TOOLS)
+        install(TARGETS kavhost DESTINATION .)
+        install(FILES "${CMAKE_BINARY_DIR}/KAVSorrelLimiter.json" DESTINATION .)
+        install(DIRECTORY ${content_folders} DESTINATION content)
+    endif()
+else()
+    set(documents share/doc/${name})
+    install(TARGETS KAVSorrelLimiter DESTINATION lib/vst)
+    install(FILES README.md DESTINATION ${documents})
+    install(FILES LICENSE DESTINATION ${documents} RENAME copyright)
+    install(DIRECTORY docs DESTINATION ${documents})
+
+    # install_compressed(<file> <place>): without name and date inside, so that equal sources give equal packages.
+    function(install_compressed file place)
+        get_filename_component(folder ${place} DIRECTORY)
+        install(CODE "
+            set(place \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${place}\")
+            file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}\")
+            execute_process(COMMAND gzip -9nc \"${file}\" OUTPUT_FILE \"\${place}\" COMMAND_ERROR_IS_FATAL ANY)")
+    endfunction()
+    install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" ${documents}/changelog.gz)
+
+    if(KAV_BUILD_TOOLS)
+        set(own lib/${name})
+        install(TARGETS kavhost DESTINATION ${own})
+        install(FILES "${CMAKE_BINARY_DIR}/KAVSorrelLimiter.json" DESTINATION ${own})
+        install(DIRECTORY ${content_folders} DESTINATION ${own}/content)
+        install(CODE "
+            set(prefix \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
+            file(MAKE_DIRECTORY \"\${prefix}/bin\")
+            file(CREATE_LINK ../${own}/kavhost \"\${prefix}/bin/kavhost\" SYMBOLIC)
+            file(CREATE_LINK ../vst/KAVSorrelLimiter.so \"\${prefix}/${own}/KAVSorrelLimiter.so\" SYMBOLIC)")
+        if(EXISTS "${PROJECT_SOURCE_DIR}/docs/kavhost.1")
+            install_compressed("${PROJECT_SOURCE_DIR}/docs/kavhost.1" share/man/man1/kavhost.1.gz)
+        endif()
+    endif()
+endif()
+
+set(CPACK_PACKAGE_NAME ${name})
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_VENDOR "Kavelin")
+set(CPACK_PACKAGE_CONTACT "Kavelin <support@kavelin.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look-ahead brick-wall limiter as a VST 2.4 plug-in")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+    "A limiter for up to 16 channels in four groups, with patches, routings and\n\
+macros, for hosts that load VST 2.4 plug-ins. With it comes kavhost, which runs\n\
+sound files through the plug-in and measures what it does.")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+if(WIN32)
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_FILE_NAME "${name}-${PROJECT_VERSION}-windows")
+else()
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_SECTION sound)
+    set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    # Loaded when they are there: the clipboard and the description of the screen.
+    set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libxcb1, libxcb-randr0")
+endif()
+include(CPack)

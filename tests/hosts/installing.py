@@ -1,0 +1,186 @@
+"""What is installed, by ./run and as a package, is found by a host, works from there, and goes again."""
+
+import os
+import shutil
+import subprocess
+
+from scanners import qtractor_scan
+from support import BUILD, NAME, ROOT, HostTest, limited_material, read_wav, write_wav
+
+FILE = "KAVSorrelLimiter.so"
+LIST = ".KAVSorrelLimiter.installed"
+
+
+def files_in(folder):
+    """Everything below a folder but folders."""
+    return sorted(str(file.relative_to(folder)) for file in folder.rglob("*") if file.is_symlink() or not file.is_dir())
+
+
+class RunInstall(HostTest):
+    """./run install and uninstall, each test with a home of its own."""
+
+    def setUp(self):
+        self.own_home = self.folder / self.id().rsplit(".", 1)[1]
+        self.own_home.mkdir()
+        self.plugins = self.own_home / ".vst"
+
+    def run_script(self, *arguments, status=0, **environment):
+        done = subprocess.run([ROOT / "run", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, timeout=300, check=False, cwd=self.folder,
+                              env=self.environment(HOME=self.own_home, **environment))
+        said = done.stdout.decode()
+        self.assertEqual(done.returncode, status, said)
+        return said
+
+    def test_installs_where_a_host_finds_it_and_removes_all_of_it(self):
+        self.run_script("install")
+        self.assertEqual(files_in(self.own_home), [f".vst/{LIST}", f".vst/{FILE}"])
+        self.assertEqual((self.plugins / FILE).read_bytes(), (BUILD / FILE).read_bytes())
+        self.assertEqual(qtractor_scan(self, self.plugins / FILE)[1], NAME)
+        self.run_script("uninstall")
+        self.assertEqual(list(self.own_home.iterdir()), [])
+
+    def test_installs_for_the_machine_below_usr_local(self):
+        root = self.own_home / "root"
+        self.run_script("install", "--system", DESTDIR=root)
+        self.assertEqual(files_in(root), [f"usr/local/lib/vst/{LIST}", f"usr/local/lib/vst/{FILE}"])
+        self.run_script("uninstall", "--system", DESTDIR=root)
+        self.assertEqual(files_in(root), [])
+
+    def test_replaces_an_older_library_of_its_own(self):
+        self.run_script("install")
+        old = b"an older build"
+        (self.plugins / FILE).write_bytes(old)
+        sums = subprocess.run(["sha256sum"], input=old, capture_output=True, check=True).stdout.decode().split()[0]
+        (self.plugins / LIST).write_text(f"{sums}  {FILE}\n")
+        self.run_script("install")
+        self.assertEqual((self.plugins / FILE).read_bytes(), (BUILD / FILE).read_bytes())
+        self.run_script("uninstall")
+        self.assertEqual(files_in(self.own_home), [])
+
+    def test_keeps_other_plugins_and_a_folder_that_was_there(self):
+        self.plugins.mkdir()
+        (self.plugins / "other.so").write_text("another's")
+        self.run_script("install")
+        self.run_script("uninstall")
+        self.assertEqual(files_in(self.own_home), [".vst/other.so"])
+        (self.plugins / "other.so").unlink()
+        self.run_script("install")
+        self.run_script("uninstall")
+        self.assertTrue(self.plugins.is_dir())
+
+    def test_keeps_a_foreign_file_of_the_name_and_tells(self):
+        self.plugins.mkdir()
+        (self.plugins / FILE).write_text("somebody's own")
+        for command in ("install", "uninstall"):
+            said = self.run_script(command, status=1)
+            self.assertIn(f"kept: {self.plugins / FILE}", said)
+            self.assertEqual((self.plugins / FILE).read_text(), "somebody's own")
+        self.assertEqual(files_in(self.own_home), [f".vst/{FILE}"])
+
+    def test_keeps_what_was_changed_since(self):
+        self.run_script("install")
+        (self.plugins / FILE).write_text("changed since")
+        self.assertIn("kept:", self.run_script("uninstall", status=1))
+        self.assertEqual((self.plugins / FILE).read_text(), "changed since")
+
+    def test_a_link_to_nothing_is_foreign(self):
+        self.plugins.mkdir()
+        (self.plugins / FILE).symlink_to("nowhere")
+        self.assertIn("kept:", self.run_script("install", status=1))
+        self.assertEqual(os.readlink(self.plugins / FILE), "nowhere")
+
+    def test_uninstalling_what_is_not_there_is_no_failure(self):
+        self.assertIn("not installed", self.run_script("uninstall"))
+        self.assertEqual(files_in(self.own_home), [])
+
+    def test_refuses_other_options(self):
+        self.run_script("install", "--everywhere", status=2)
+        self.assertEqual(files_in(self.own_home), [])
+
+
+class Package(HostTest):
+    """The Debian package, unpacked into a root of its own."""
+
+    @classmethod
+    def set_up_once(cls):
+        packages = cls.folder / "packages"
+        said = cls.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=120)
+        made = list(packages.glob("*.deb"))
+        if len(made) != 1:
+            raise AssertionError(said)
+        cls.package = made[0]
+        cls.root = cls.folder / "root"
+        subprocess.run(["dpkg-deb", "-x", cls.package, cls.root], check=True)
+        cls.library = cls.root / "usr/lib/vst" / FILE
+        cls.command = cls.root / "usr/bin/kavhost"
+
+    def field(self, name):
+        return subprocess.run(["dpkg-deb", "-f", self.package, name], check=True, capture_output=True,
+                              text=True).stdout.strip()
+
+    def run_command(self, *arguments):
+        """kavhost, as it lies in the root."""
+        done = subprocess.run([self.command, *arguments], env=self.environment(), cwd=self.folder, timeout=120,
+                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stderr.decode())
+        return done.stdout.decode()
+
+    def test_names_the_libraries_that_it_needs_and_no_more(self):
+        needed = {word.split()[0] for word in self.field("Depends").split(",")}
+        self.assertEqual(needed, {"libc6", "libebur128-1", "libgcc-s1", "libsndfile1", "libstdc++6"})
+
+    def test_holds_no_error_that_lintian_knows(self):
+        done = subprocess.run(["lintian", "--allow-root", "--fail-on", "error", self.package], env=self.environment(),
+                              capture_output=True, timeout=120, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout.decode() + done.stderr.decode())
+
+    def test_holds_only_what_runs_and_its_documents(self):
+        known = ("usr/bin/kavhost", "usr/lib/kav-sorrel-limiter/", "usr/lib/vst/", "usr/share/doc/kav-sorrel-limiter/",
+                 "usr/share/man/man1/kavhost.1.gz")
+        self.assertEqual([file for file in files_in(self.root) if not file.startswith(known)], [])
+        for document in ("copyright", "README.md", "changelog.gz"):
+            self.assertTrue((self.root / "usr/share/doc/kav-sorrel-limiter" / document).is_file(), document)
+        for link in (file for file in self.root.rglob("*") if file.is_symlink()):
+            self.assertTrue(link.resolve().is_relative_to(self.root.resolve()) and link.exists(), link)
+
+    def test_nothing_in_it_names_the_folders_of_its_making(self):
+        for file in (self.library, self.command):
+            self.assertNotIn(str(ROOT).encode(), file.read_bytes(), file.name)
+
+    def test_qtractor_finds_the_effect(self):
+        self.assertEqual(qtractor_scan(self, self.library)[1], NAME)
+
+    def test_ardour_finds_the_effect(self):
+        said = self.run_program("/usr/lib/ardour7/ardour-vst-scanner", "-f", "-v", self.library,
+                                LD_LIBRARY_PATH="/usr/lib/ardour7")
+        self.assertIn(f'name="{NAME}"', said)
+
+    def test_kavhost_finds_plugin_profile_and_content(self):
+        self.assertIn("Threshold (1)", self.run_command("info"), "full names come from the profile")
+        self.run_command("content", "install")
+        self.assertEqual(len(list(self.home.rglob("*.kvp"))), len(list((ROOT / "content/Patches").rglob("*.kvp"))))
+
+    def test_kavhost_renders_as_the_build_does(self):
+        write_wav(self.folder / "in.wav", limited_material())
+        settings = ("--set", "Threshold (1)=-12", "--format", "float")
+        self.run_command("render", "in.wav", "-o", "packaged.wav", *settings)
+        self.kavhost("render", "in.wav", "-o", "built.wav", *settings)
+        packaged, built = read_wav(self.folder / "packaged.wav"), read_wav(self.folder / "built.wav")
+        self.assertGreater(built.difference(read_wav(self.folder / "in.wav")), 0.1)
+        self.assertEqual(packaged.difference(built), 0.0)
+
+
+class Prefix(HostTest):
+    """cmake --install below a folder of a user's choice."""
+
+    def test_works_from_there_after_it_was_moved(self):
+        first, moved = self.folder / "first", self.folder / "moved – 移動"
+        said = self.run_program("cmake", "--install", BUILD, "--prefix", first, timeout=60)
+        self.assertTrue((first / "lib/vst" / FILE).is_file(), said)
+        shutil.move(first, moved)
+        done = subprocess.run([moved / "bin/kavhost", "info"], env=self.environment(), capture_output=True, timeout=60,
+                              check=False)
+        self.assertEqual(done.returncode, 0, done.stderr.decode())
+        self.assertIn("Threshold (1)", done.stdout.decode())
+        self.assertIn(str(moved), done.stdout.decode())
