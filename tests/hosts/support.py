@@ -94,15 +94,11 @@ class Sound:
     def frames(self):
         return len(self.channels[0])
 
-    def peak(self):
-        return max(max(map(abs, channel)) for channel in self.channels)
-
-    def rms(self):
-        return math.sqrt(sum(x * x for channel in self.channels for x in channel) /
-                         (self.frames * len(self.channels)))
+    def from_frame(self, first):
+        return Sound([channel[first:] for channel in self.channels])
 
     def difference(self, other):
-        """The largest distance of two samples at the same place."""
+        """The largest distance of two samples at the same place, as far as both go."""
         return max(abs(x - y) for mine, theirs in zip(self.channels, other.channels) for x, y in zip(mine, theirs))
 
 
