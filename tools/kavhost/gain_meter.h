@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -17,13 +18,19 @@ struct SGainRange {
     std::int64_t highestFrame = 0;
 };
 
+/// Frames of a window of the gain meter.
+std::size_t GainWindowFrames(int rateHz) noexcept;
+
 /// Estimates an effect's gain from outside. The gain of a channel in a window of 10 ms is the ratio of the
 /// output's RMS to that of the input, so it is the mean over the window, weighted by the signal's power.
-/// Windows with an input below -60 dBFS are left out: there the noise of dither would pass for gain. Input
-/// and output must be aligned; the output may come later.
+/// Windows with an input below -60 dBFS are left out: there the noise of dither would pass for gain. So are
+/// those with a sample that is no finite number. Input and output must be aligned; the output may come later.
 class CGainMeter final {
 public:
-    CGainMeter(int channels, int rateHz);
+    /// Gets the gains of each window, channel by channel; not-a-number for those that are left out.
+    using WindowSink = std::function<void(std::span<const double> gains)>;
+
+    CGainMeter(int channels, int rateHz, WindowSink onWindow = {});
 
     void AddInput(std::span<const float> interleaved);
     void AddOutput(std::span<const float> interleaved);
@@ -41,12 +48,15 @@ private:
     template<typename FULL>
     void Add(SWindow& window, std::span<const float> interleaved, FULL onFull);
     void Compare(std::span<const double> outputs);
+    void Note(double gain, std::int64_t frame);
 
+    WindowSink _onWindow;
     std::size_t _windowFrames;
     SWindow _input;
     SWindow _output;
     std::deque<double>
         _waiting; ///< the input's full windows that the output has not reached, channel by channel
+    std::vector<double> _gains; ///< of one window
     std::int64_t _compared = 0; ///< windows
     std::optional<SGainRange> _range;
 };

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace KAV::Host {
 
@@ -18,7 +19,9 @@ struct SLevels {
 
 class CLevelMeter final {
 public:
-    CLevelMeter(int channels, int rateHz) : _loudness(channels, rateHz) {}
+    /// `onTenth` as CLoudness has it.
+    CLevelMeter(int channels, int rateHz, CLoudness::TenthSink onTenth = {})
+        : _loudness(channels, rateHz, std::move(onTenth)) {}
 
     void Add(std::span<const float> interleaved);
     SLevels Levels() const;

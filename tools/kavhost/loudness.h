@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -9,7 +11,11 @@ namespace KAV::Host {
 /// True peak and loudness after ITU-R BS.1770 and EBU R 128, where this build has the library for it.
 class CLoudness final {
 public:
-    CLoudness(int channels, int rateHz);
+    /// Gets the loudness of each tenth of a second, ungated; minus infinity for silence.
+    using TenthSink = std::function<void(double lufs)>;
+
+    /// Without the library `onTenth` is never called.
+    CLoudness(int channels, int rateHz, TenthSink onTenth = {});
     ~CLoudness();
 
     void Add(std::span<const float> interleaved);

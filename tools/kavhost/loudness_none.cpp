@@ -4,7 +4,7 @@ namespace KAV::Host {
 
 struct CLoudness::SNative {};
 
-CLoudness::CLoudness(int, int) {}
+CLoudness::CLoudness(int, int, TenthSink) {}
 
 CLoudness::~CLoudness() = default;
 

@@ -67,3 +67,23 @@ TEST(GainMeter, LeavesQuietWindowsOut) {
     meter.AddOutput(Noise(1, 10 * WindowFrames, 0.5f).samples);
     EXPECT_FALSE(meter.Range());
 }
+
+TEST(GainMeter, LeavesWindowsOutThatHoldNoFiniteNumber) {
+    auto audio = Noise(2, 4 * WindowFrames, 0.5f);
+    auto output = Scaled(audio.samples, -6);
+    audio.samples[0] = std::nanf("");
+    output[2 * WindowFrames + 1] = INFINITY;
+    std::vector<std::vector<double>> windows;
+    CGainMeter meter(
+        2, 48000, [&](std::span<const double> gains) { windows.emplace_back(gains.begin(), gains.end()); });
+    meter.AddInput(audio.samples);
+    meter.AddOutput(output);
+    ASSERT_TRUE(meter.Range());
+    EXPECT_NEAR(meter.Range()->lowest, -6, 1e-4);
+    EXPECT_NEAR(meter.Range()->highest, -6, 1e-4);
+    ASSERT_EQ(windows.size(), 4u);
+    EXPECT_TRUE(std::isnan(windows[0][0]));
+    EXPECT_NEAR(windows[0][1], -6, 1e-4);
+    EXPECT_NEAR(windows[1][0], -6, 1e-4);
+    EXPECT_TRUE(std::isnan(windows[1][1]));
+}
