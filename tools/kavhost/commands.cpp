@@ -13,6 +13,7 @@
 #include "tools/kavhost/preparation.h"
 #include "tools/kavhost/profile.h"
 #include "tools/kavhost/render.h"
+#include "tools/kavhost/render_batch.h"
 #include "tools/kavhost/report.h"
 #include "tools/kavhost/settings.h"
 #include "tools/kavhost/state_file.h"
@@ -68,32 +69,61 @@ void RunInfo(const SOptions& options, std::ostream& out) {
     if (state) state->Commit();
 }
 
+/// Each parameter that is not as in `fresh`, in words.
+std::vector<std::string> ChangesFrom(
+    std::span<const float> fresh, const CEffect& effect, const SProfile* profile) {
+    std::vector<std::string> changes;
+    for (std::int32_t i = 0; i < effect.Parameters(); ++i) {
+        const float value = effect.Parameter(i);
+        if (value == fresh[static_cast<std::size_t>(i)]) continue;
+        const auto* const law = profile != nullptr ? profile->Find(i) : nullptr;
+        if (law != nullptr) {
+            changes.push_back(law->name + " " + QuantityAt(*law, static_cast<double>(value)));
+        } else {
+            const auto label = effect.ParameterLabel(i);
+            changes.push_back(std::string(Trim(effect.ParameterName(i))) + " " +
+                              std::string(Trim(effect.ParameterDisplay(i) + " " + label)));
+        }
+    }
+    return changes;
+}
+
+/// `changes`, which may be null, gets what will be other than in a fresh effect.
 CPreparation PreparationFor(const CEffectLibrary& library, const SStateOptions& state,
-    std::span<const std::string> settings, const std::filesystem::path& wantedProfile) {
+    std::span<const std::string> settings, const std::filesystem::path& wantedProfile,
+    std::vector<std::string>* changes = nullptr) {
     CPreparation preparation(state);
     CEffect effect(library, UsualStream); // of its own: finding a value may move the parameter about
     const auto profile = ProfileFor(effect, wantedProfile);
+    const auto* const known = profile ? &*profile : nullptr;
+    std::vector<float> fresh;
+    fresh.reserve(static_cast<std::size_t>(std::max(effect.Parameters(), 0)));
+    for (std::int32_t i = 0; i < effect.Parameters(); ++i) fresh.push_back(effect.Parameter(i));
     preparation.Apply(effect); // what a parameter displays may depend on the state
-    preparation.Set(ResolveSettings(settings, effect, profile ? &*profile : nullptr));
+    preparation.Set(ResolveSettings(settings, effect, known));
+    if (changes != nullptr) *changes = ChangesFrom(fresh, effect, known);
     return preparation;
 }
 
 /// A file that fails does not keep the others from being done.
 EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& errors) {
     const CEffectLibrary library(PluginFile(options));
-    CRenderer renderer(
-        library, PreparationFor(library, options.state, options.settings, options.profile), options.render);
+    auto render = options.render;
+    auto preparation =
+        PreparationFor(library, options.state, options.settings, options.profile, &render.changes);
+    CRenderer renderer(library, std::move(preparation), render);
     std::vector<SRenderReport> reports;
     auto code = EExitCode::Done;
-    for (const auto& job : PlanJobs(options.inputs, options.output, options.render)) {
-        try {
-            reports.push_back(renderer.Render(job));
-            if (!options.isJson) PrintReport(out, reports.back());
-        } catch (const CFailure& failure) {
-            PrintError(errors, failure.what());
+    const auto jobs = PlanJobs(options.inputs, options.output, render);
+    RenderAll(renderer, jobs, options.jobs, [&](SOutcome outcome) {
+        if (!outcome.report) {
+            PrintError(errors, outcome.failure);
             code = EExitCode::Failure;
+            return;
         }
-    }
+        if (!options.isJson) PrintReport(out, *outcome.report);
+        reports.push_back(*std::move(outcome.report));
+    });
     if (options.isJson) out << ReportsAsJson(reports) << "\n";
     return code;
 }

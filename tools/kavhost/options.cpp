@@ -10,6 +10,8 @@ namespace KAV::Host {
 
 namespace {
 
+constexpr int MostJobs = 256;
+
 constexpr const char* About =
     "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost;\n"
     "installs the patches and routings that come with the KAV Sorrel Limiter.";
@@ -41,11 +43,18 @@ constexpr const char* RenderFooter =
     "\n"
     "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
     "10 ms, per channel, where the input is above -60 dBFS. The real-time factor is the\n"
-    "seconds of audio per second that the effect ran.\n"
+    "seconds of audio per second that the effect ran; with --jobs the files share the\n"
+    "processor.\n"
+    "\n"
+    "The picture has the input's and the output's waveform, their short-term loudness and\n"
+    "peaks, and the gain reduction: that same gain against the effect's gain for noise\n"
+    "below -60 dBFS, which it has no cause to limit. A file and its picture are there both, or\n"
+    "neither is.\n"
     "\n"
     "Examples:\n"
     "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
     "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost render *.wav -o limited --jobs 4 --plot limited\n"
     "  kavhost render song.wav -o out.wav --patch loud.kvp --os 4 --hq on\n"
     "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
     "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
@@ -102,6 +111,9 @@ struct STexts {
     std::string highQuality;
     std::string savedState;
     std::string inspected;
+    std::string plot;
+    std::string plotData;
+    std::string report;
     bool noDither = false;
     bool noPreroll = false;
     bool align = false;
@@ -116,11 +128,13 @@ void AddProfile(CLI::App& command, STexts& texts) {
         ->type_name("FILE");
 }
 
-void AddChoice(CLI::App& command, const char* name, std::string& text,
+CLI::Option& AddChoice(CLI::App& command, const char* name, std::string& text,
     const std::vector<std::string>& choices, const char* help) {
     std::string type;
     for (const auto& choice : choices) type += (type.empty() ? "" : "|") + choice;
-    command.add_option(name, text, help)->check(CLI::IsMember(choices).description(""))->type_name(type);
+    auto& option = *command.add_option(name, text, help);
+    option.check(CLI::IsMember(choices).description(""))->type_name(type);
+    return option;
 }
 
 void AddStateOptions(CLI::App& command, STexts& texts) {
@@ -166,6 +180,27 @@ void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_flag("--json", options.isJson, "Tell it for programs");
 }
 
+/// What render gives beside the audio.
+void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
+    command
+        .add_option("--plot", texts.plot,
+            "Gets a picture of what became of the file, as .png; a folder\n"
+            "for several inputs")
+        ->type_name("OUT|DIR");
+    command
+        .add_option("--plot-data", texts.plotData,
+            "Gets the numbers behind the picture, as .csv or .json; a\n"
+            "folder, for .csv, for several inputs")
+        ->type_name("OUT|DIR");
+    command.add_option("-j,--jobs", options.jobs, "Files at a time")
+        ->check(CLI::Range(1, MostJobs).description(""))
+        ->type_name("1.." + std::to_string(MostJobs))
+        ->capture_default_str();
+    auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
+    AddChoice(command, "--report", texts.report, {"text", "json"}, "Report for people or for programs")
+        .excludes(json);
+}
+
 void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
     command.footer(RenderFooter);
@@ -190,7 +225,7 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         "Take out the effect's delay, as measured, so that the output\n"
         "lies under the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Leave the effect's delay in")->excludes(align);
-    command.add_flag("--json", options.isJson, "Report for programs");
+    AddRenderOutputs(command, options, texts);
 }
 
 void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
@@ -283,6 +318,9 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     options.render.dithers = !texts.noDither;
     options.render.settles = !texts.noPreroll;
     options.render.aligns = !texts.noAlign;
+    options.render.plot = PathOf(texts.plot);
+    options.render.plotData = PathOf(texts.plotData);
+    if (texts.report == "json") options.isJson = true;
     if (texts.format.empty()) return;
     options.render.samples = FormatOf(texts.format);
     if (!options.render.samples) {

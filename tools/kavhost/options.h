@@ -30,6 +30,7 @@ struct SOptions {
     std::vector<std::filesystem::path> inputs;
     std::filesystem::path output;
     SRenderOptions render;
+    int jobs = 1; ///< files at a time
 
     std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings
     std::vector<std::string> otherSettings;

@@ -29,10 +29,21 @@ CProgress::~CProgress() {
 
 void CProgress::Advance(std::uint64_t amount) {
     if (!_bar) return;
+    const std::lock_guard lock(_mutex);
     _bar->done = std::min(_bar->done + amount, _bar->total); // the total may be an estimate
     const double share = static_cast<double>(_bar->done) / static_cast<double>(_bar->total);
     const auto steps = static_cast<unsigned long>(share * SBar::Steps);
     if (steps > _bar->display.count()) _bar->display += steps - _bar->display.count();
+}
+
+void CProgressPart::Advance(std::uint64_t steps) {
+    if (_steps == 0) return;
+    _done = std::min(_done + steps, _steps); // the number of steps may be an estimate
+    const double done = static_cast<double>(_done) / static_cast<double>(_steps);
+    const auto reached = std::min(static_cast<std::uint64_t>(done * static_cast<double>(_share)), _share);
+    if (reached <= _told) return;
+    _bar.Advance(reached - _told);
+    _told = reached;
 }
 
 } // namespace KAV::Host

@@ -4,8 +4,12 @@
 #include "tools/kavhost/blocks.h"
 #include "tools/kavhost/effect.h"
 #include "tools/kavhost/errors.h"
+#include "tools/kavhost/history.h"
+#include "tools/kavhost/pending_file.h"
 #include "tools/kavhost/planar_buffer.h"
+#include "tools/kavhost/plot.h"
 #include "tools/kavhost/progress.h"
+#include "tools/kavhost/rest_gain.h"
 #include "tools/kavhost/state_file.h"
 #include "tools/kavhost/text.h"
 
@@ -19,13 +23,15 @@ namespace {
 /// One file on its way through a started effect.
 class CPass final {
 public:
-    CPass(CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay)
+    /// `history` may be null.
+    CPass(CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay, SHistory* history)
         : _reader(reader), _effect(effect), _writer(writer), _toDrop(delay), _toFlush(delay),
           _channels(static_cast<std::size_t>(reader.Format().channels)),
           _in(_channels, static_cast<std::size_t>(effect.Stream().blockSize)), _out(_channels, _in.Frames()),
-          _interleaved(_channels * _in.Frames()), _before(reader.Format().channels, reader.Format().rateHz),
-          _after(reader.Format().channels, reader.Format().rateHz),
-          _gain(reader.Format().channels, reader.Format().rateHz) {}
+          _interleaved(_channels * _in.Frames()), _history(history),
+          _before(reader.Format().channels, reader.Format().rateHz, TenthsTo(&SHistory::before)),
+          _after(reader.Format().channels, reader.Format().rateHz, TenthsTo(&SHistory::after)),
+          _gain(reader.Format().channels, reader.Format().rateHz, GainsToHistory()) {}
 
     /// Works on one block; false when the file and its tail have gone through.
     bool Step() {
@@ -56,6 +62,16 @@ public:
     }
 
 private:
+    CLoudness::TenthSink TenthsTo(CSignalHistory SHistory::*signal) const {
+        if (_history == nullptr) return {};
+        return [&to = _history->*signal](double lufs) { to.AddTenth(lufs); };
+    }
+
+    CGainMeter::WindowSink GainsToHistory() const {
+        if (_history == nullptr) return {};
+        return [&to = *_history](std::span<const double> gains) { to.AddGains(gains); };
+    }
+
     /// Fills the block's front with the file's next frames.
     std::size_t Read() {
         if (_atEnd) return 0;
@@ -64,6 +80,7 @@ private:
         const auto samples = std::span(_interleaved).first(read * _channels);
         _before.Add(samples);
         _gain.AddInput(samples);
+        if (_history != nullptr) _history->before.AddSamples(samples);
         _in.TakeInterleaved(samples);
         _frames += read;
         return read;
@@ -77,6 +94,7 @@ private:
         _writer.Write(samples);
         _after.Add(samples);
         _gain.AddOutput(samples);
+        if (_history != nullptr) _history->after.AddSamples(samples);
     }
 
     CAudioReader& _reader;
@@ -90,6 +108,7 @@ private:
     CPlanarBuffer _in;
     CPlanarBuffer _out;
     std::vector<float> _interleaved;
+    SHistory* _history;
     CLevelMeter _before;
     CLevelMeter _after;
     CGainMeter _gain;
@@ -102,12 +121,45 @@ void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file
                    ", at most " + std::to_string(MostRenderChannels) + " are possible");
 }
 
+/// The picture of a file and its data, on their way.
+class CPlotFiles final {
+public:
+    explicit CPlotFiles(const SRenderJob& job) {
+        if (!job.plot.empty()) _picture.emplace(job.plot);
+        if (!job.plotData.empty()) _data.emplace(job.plotData);
+        _isJson = EqualIgnoringCase(Utf8(job.plotData.extension()), ".json");
+    }
+
+    bool AreWanted() const noexcept { return _picture || _data; }
+
+    void Write(const SPlot& plot) {
+        if (_picture) {
+            DrawPlot(plot, _picture->Stream());
+            _picture->Check();
+        }
+        if (_data) {
+            _data->Stream() << (_isJson ? PlotAsJson(plot) : PlotAsCsv(plot)) << std::flush;
+            _data->Check();
+        }
+    }
+
+    void Commit() {
+        if (_picture) _picture->Commit();
+        if (_data) _data->Commit();
+    }
+
+private:
+    std::optional<CPendingFile> _picture;
+    std::optional<CPendingFile> _data;
+    bool _isJson = false;
+};
+
 } // namespace
 
 CRenderer::CRenderer(const CEffectLibrary& library, CPreparation preparation, const SRenderOptions& options)
     : _library(library), _preparation(std::move(preparation)), _options(options) {}
 
-SRenderReport CRenderer::Render(const SRenderJob& job) {
+SRenderReport CRenderer::Render(const SRenderJob& job, CProgressPart& progress) {
     CAudioReader reader(job.input);
     CheckChannels(reader.Format(), job.input);
     SRenderReport report;
@@ -117,41 +169,69 @@ SRenderReport CRenderer::Render(const SRenderJob& job) {
     report.format.samples = _options.samples.value_or(KeptFormat(container, report.format.samples));
 
     const std::string name = Utf8(job.input);
-    CEffect effect(_library, {static_cast<double>(report.format.rateHz), _options.blockSize});
-    Naming(name, [&] { effect.SetChannels(report.format.channels); });
-    _preparation.Apply(effect);
+    const auto effect = MakeEffect(report.format, name);
     std::optional<CStateFile> state;
-    if (!_options.state.empty()) state.emplace(_options.state, effect);
-    effect.Start();
+    if (!_options.state.empty()) state.emplace(_options.state, *effect);
+    Start(*effect);
     report.isAligned = _options.aligns;
-    if (report.isAligned) report.delay = DelayFor(report.format);
+    SAnswer answer;
+    answer.restGainsDb.resize(static_cast<std::size_t>(report.format.channels));
+    if (report.isAligned) answer = AnswerFor(report.format, name);
+    report.delay = answer.delay;
+    CPlotFiles plotFiles(job);
+    std::optional<SHistory> history;
+    if (plotFiles.AreWanted()) history.emplace(report.format.channels, answer.restGainsDb);
     CAudioWriter writer(job.output, container, report.format, _options.dithers, reader.Frames());
-    if (_options.settles) SettleFadeIn(effect);
+    if (_options.settles) SettleFadeIn(*effect);
 
-    CPass pass(reader, effect, writer, report.delay.frames);
-    CProgress progress(name, reader.Frames());
+    CPass pass(reader, *effect, writer, report.delay.frames, history ? &*history : nullptr);
+    progress.Begin(reader.Frames());
     while (pass.Step()) {
         CheckInterrupt();
         progress.Advance(static_cast<std::uint64_t>(_options.blockSize));
     }
-    writer.Commit();
-    if (state) state->Commit();
     pass.Report(report);
     if (!report.isAligned) report.gain.reset();
-    report.reportedDelay = effect.ReportedDelay();
+    report.reportedDelay = effect->ReportedDelay();
+    if (history) plotFiles.Write(MakePlot(report, *history, _options.changes));
+    writer.Commit();
+    if (state) state->Commit();
+    plotFiles.Commit();
     return report;
 }
 
-SDelay CRenderer::DelayFor(const SAudioFormat& format) {
-    const auto key = std::pair{format.rateHz, format.channels};
-    if (const auto known = _delays.find(key); known != _delays.end()) return known->second;
-    // An instance of its own: the noise must leave no trace in the file.
-    CEffect effect(_library, {static_cast<double>(format.rateHz), _options.blockSize});
-    effect.SetChannels(format.channels);
-    _preparation.Apply(effect);
+void CRenderer::SEnd::operator()(CEffect* effect) const {
+    const std::lock_guard lock(*turn);
+    delete effect;
+}
+
+CRenderer::EffectPtr CRenderer::MakeEffect(const SAudioFormat& format, const std::string& name) {
+    const std::lock_guard lock(_turn);
+    auto effect =
+        std::make_unique<CEffect>(_library, SStream{static_cast<double>(format.rateHz), _options.blockSize});
+    Naming(name, [&] { effect->SetChannels(format.channels); });
+    _preparation.Apply(*effect);
+    return {effect.release(), SEnd{&_turn}};
+}
+
+void CRenderer::Start(CEffect& effect) {
+    const std::lock_guard lock(_turn);
     effect.Start();
-    SettleFadeIn(effect);
-    return _delays.emplace(key, MeasureDelay(effect)).first->second;
+}
+
+CRenderer::SAnswer CRenderer::AnswerFor(const SAudioFormat& format, const std::string& name) {
+    const std::lock_guard lock(_answering); // who wants the same answer had better wait for it
+    const auto key = std::pair{format.rateHz, format.channels};
+    if (const auto known = _answers.find(key); known != _answers.end()) return known->second;
+    // An instance of its own: the noise must leave no trace in the file.
+    const auto effect = MakeEffect(format, name);
+    Start(*effect);
+    SettleFadeIn(*effect);
+    SAnswer answer;
+    // First the noise that leaves a limiter alone.
+    if (!_options.plot.empty() || !_options.plotData.empty()) answer.restGainsDb = MeasureRestGains(*effect);
+    answer.delay = MeasureDelay(*effect);
+    return _answers.emplace(key, std::move(answer)).first->second;
 }
 
 } // namespace KAV::Host

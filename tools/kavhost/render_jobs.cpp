@@ -1,7 +1,9 @@
 #include "tools/kavhost/errors.h"
+#include "tools/kavhost/plot.h"
 #include "tools/kavhost/render.h"
 #include "tools/kavhost/text.h"
 
+#include <algorithm>
 #include <set>
 #include <system_error>
 
@@ -34,6 +36,71 @@ bool AreSame(const fs::path& a, const fs::path& b) {
     return !error && whole == fs::weakly_canonical(b, error);
 }
 
+/// A name that the user has given for something beside the audio.
+struct SExtra {
+    const char* option;
+    const fs::path& wanted;
+    std::vector<std::string> extensions; ///< that a file may have; those in a folder get the first
+};
+
+bool IsFolder(const fs::path& path, std::size_t inputs) {
+    std::error_code error;
+    return inputs > 1 || fs::is_directory(path, error) || !path.has_filename();
+}
+
+/// Where the extra of a job goes.
+fs::path ExtraFor(const SExtra& extra, const SRenderJob& job, std::size_t inputs) {
+    if (extra.wanted.empty()) return {};
+    if (!IsFolder(extra.wanted, inputs)) {
+        const auto extension = Utf8(extra.wanted.extension());
+        const auto has = [&](const std::string& other) { return EqualIgnoringCase(extension, other); };
+        if (std::ranges::any_of(extra.extensions, has)) return extra.wanted;
+        std::string possible;
+        for (const auto& one : extra.extensions) possible += (possible.empty() ? "" : " and ") + one;
+        throw CUsageError(std::string(extra.option) + ": " + Utf8(extra.wanted) + ": only " + possible +
+                          (extra.extensions.size() == 1 ? " is possible" : " are possible"));
+    }
+    auto name = extra.wanted / job.output.filename();
+    return name.replace_extension(extra.extensions.front());
+}
+
+void MakeExtraFolder(const SExtra& extra, std::size_t inputs) {
+    if (extra.wanted.empty() || !IsFolder(extra.wanted, inputs)) return;
+    std::error_code error;
+    if (fs::exists(extra.wanted, error) && !fs::is_directory(extra.wanted, error)) {
+        throw CUsageError(Utf8(extra.wanted) + ": not a folder, and there is more than one input");
+    }
+    MakeFolder(extra.wanted);
+}
+
+/// Gives jobs their pictures and the data; no file may be meant twice.
+void PlanExtras(
+    std::vector<SRenderJob>& jobs, const std::vector<fs::path>& inputs, const SRenderOptions& options) {
+    if (!options.plot.empty() && !CanDrawPlots()) {
+        throw CUsageError("--plot: this build draws no pictures; --plot-data gives the numbers");
+    }
+    const SExtra plot{"--plot", options.plot, {".png"}};
+    const SExtra data{"--plot-data", options.plotData, {".csv", ".json"}};
+    std::set<fs::path> taken;
+    for (auto& job : jobs) {
+        job.plot = ExtraFor(plot, job, jobs.size());
+        job.plotData = ExtraFor(data, job, jobs.size());
+        for (const auto& file : {job.plot, job.plotData}) {
+            if (file.empty()) continue;
+            if (!taken.insert(file).second) {
+                throw CUsageError(Utf8(file) + ": two inputs would give this file");
+            }
+            for (const auto& input : inputs) {
+                if (AreSame(file, input)) throw CUsageError(Utf8(file) + ": would replace an input");
+            }
+            if (AreSame(file, job.output) || (!options.state.empty() && AreSame(file, options.state))) {
+                throw CUsageError(Utf8(file) + ": cannot take two things");
+            }
+        }
+    }
+    for (const auto& extra : {plot, data}) MakeExtraFolder(extra, jobs.size());
+}
+
 void CheckState(const fs::path& state, const std::vector<fs::path>& inputs) {
     if (state.empty()) return;
     // The state has the channels of the file that it was made for.
@@ -62,18 +129,14 @@ void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs, co
     }
 }
 
-} // namespace
-
-std::vector<SRenderJob> PlanJobs(
+std::vector<SRenderJob> PlanOutputs(
     const std::vector<fs::path>& inputs, const fs::path& output, const SRenderOptions& options) {
-    CheckState(options.state, inputs);
     std::error_code error;
-    const bool isFolder = fs::is_directory(output, error);
-    if (inputs.size() == 1 && !isFolder && output.has_filename()) {
+    if (!IsFolder(output, inputs.size())) {
         CheckOutput(output, inputs, options);
         return {{inputs.front(), output}};
     }
-    if (fs::exists(output, error) && !isFolder) {
+    if (fs::exists(output, error) && !fs::is_directory(output, error)) {
         throw CUsageError(Utf8(output) + ": not a folder, and there is more than one input");
     }
     std::vector<SRenderJob> jobs;
@@ -85,7 +148,17 @@ std::vector<SRenderJob> PlanJobs(
         }
         CheckOutput(jobs.back().output, inputs, options);
     }
-    MakeFolder(output);
+    return jobs;
+}
+
+} // namespace
+
+std::vector<SRenderJob> PlanJobs(
+    const std::vector<fs::path>& inputs, const fs::path& output, const SRenderOptions& options) {
+    CheckState(options.state, inputs);
+    auto jobs = PlanOutputs(inputs, output, options);
+    PlanExtras(jobs, inputs, options);
+    if (IsFolder(output, inputs.size())) MakeFolder(output);
     return jobs;
 }
 

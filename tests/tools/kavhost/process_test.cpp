@@ -77,6 +77,37 @@ TEST_F(Process, LeavesNoFileWhenItIsInterrupted) {
     }
 }
 
+TEST_F(Process, ShowsOneBarForAllFiles) {
+    WriteWav(_folder / "in.wav", Noise(2, 100000, 0.5f));
+    WriteWav(_folder / "in2.wav", Noise(2, 3000, 0.5f));
+    const auto run = CChild(RenderTo("out", {_folder / "in2.wav", _folder / "none.wav", "--jobs", "2"}),
+        {.errorsToTerminal = true})
+                         .Wait();
+    EXPECT_EQ(run.code, 1);
+    EXPECT_NE(run.errors.find("3 files"), std::string::npos) << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '*'), 51) << run.errors; // full, once
+    EXPECT_NE(run.errors.rfind("none.wav: no such file"), std::string::npos);
+    EXPECT_GT(run.errors.rfind("none.wav: no such file"), run.errors.rfind('*')) << run.errors;
+    EXPECT_EQ(FilesIn(_folder / "out"), (std::vector<std::string>{"in.wav", "in2.wav"}));
+}
+
+TEST_F(Process, LeavesNoFileWhenItIsInterruptedInSeveralJobs) {
+    WriteWav(_folder / "in.wav", Noise(2, 48000 * 20, 0.5f));
+    WriteWav(_folder / "in2.wav", Noise(2, 48000 * 20, 0.5f));
+    CChild child(RenderTo("out", {_folder / "in2.wav", "--set", "4:on", "--no-align", "--no-preroll",
+                                     "--jobs", "2", "--plot", _folder / "out"}));
+    const auto start = std::chrono::steady_clock::now();
+    while (!fs::exists(_folder / "out") || FilesIn(_folder / "out").size() < 4) {
+        ASSERT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    child.Signal(SIGINT);
+    const auto run = child.Wait();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(run.errors, "kavhost: interrupted\n");
+    EXPECT_TRUE(FilesIn(_folder / "out").empty());
+}
+
 TEST_F(Process, LeavesNoFileWhenTheDiskIsFullWhereverThatHappens) {
     WriteWav(_folder / "in.wav", Noise(2, 10000, 0.5f, ESampleFormat::Int24));
     for (const char* output : {"out.wav", "out.flac", "out.aiff", "out.ogg"}) {

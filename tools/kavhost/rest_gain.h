@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+namespace KAV::Host {
+
+class CEffect;
+
+/// A started effect's gain of each channel in decibels while it has nothing to limit, told by what it makes
+/// of dull noise more than 60 dB below full scale. 0 dB for a channel that does not answer. The effect should
+/// have settled; its state is changed.
+std::vector<double> MeasureRestGains(CEffect& effect);
+
+} // namespace KAV::Host
