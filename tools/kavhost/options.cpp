@@ -1,6 +1,7 @@
 #include "tools/kavhost/options.h"
 
 #include "tools/kavhost/errors.h"
+#include "tools/kavhost/man_page.h"
 #include "tools/kavhost/text.h"
 
 #include <CLI/CLI.hpp>
@@ -338,12 +339,8 @@ ECommand CommandOf(const CLI::App& app) {
     return content.got_subcommand("list") ? ECommand::ListContent : ECommand::UninstallContent;
 }
 
-} // namespace
-
-SOptions ReadOptions(std::vector<std::string> arguments) {
-    SOptions options;
-    STexts texts;
-    CLI::App app(About, "kavhost");
+/// What takes the program's arguments apart, into `options` and `texts`.
+void Build(CLI::App& app, SOptions& options, STexts& texts) {
     app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
@@ -353,6 +350,15 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     AddBench(app, options, texts);
     AddInspect(app, options, texts);
     AddContent(app, texts);
+}
+
+} // namespace
+
+SOptions ReadOptions(std::vector<std::string> arguments) {
+    SOptions options;
+    STexts texts;
+    CLI::App app(About, "kavhost");
+    Build(app, options, texts);
     std::ranges::reverse(arguments); // the parser takes them from the back
     try {
         app.parse(std::move(arguments));
@@ -368,6 +374,14 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     TakeTexts(options, texts);
     options.command = CommandOf(app);
     return options;
+}
+
+std::string ManPage() {
+    SOptions options;
+    STexts texts;
+    CLI::App app(About, "kavhost");
+    Build(app, options, texts);
+    return ManPageOf(app);
 }
 
 } // namespace KAV::Host

@@ -42,4 +42,7 @@ struct SOptions {
 /// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.
 SOptions ReadOptions(std::vector<std::string> arguments);
 
+/// The manual page, for man(1): made of the same as the help, so that neither lacks what the other has.
+std::string ManPage();
+
 } // namespace KAV::Host
