@@ -135,6 +135,9 @@ void RunInspect(const SOptions& options, std::ostream& out) {
         profile = ReadProfile(options.profile);
     else if (content.uniqueId)
         profile = FindProfile(OwnFolder(), *content.uniqueId);
+    else if (const auto own = OwnFolder() / "KAVSorrelLimiter.json";
+             content.form == "binary" && std::filesystem::exists(own))
+        profile = ReadProfile(own); // no other effect has that form
     (options.isJson ? PrintPatchAsJson : PrintPatch)(out, content, profile ? &*profile : nullptr);
 }
 

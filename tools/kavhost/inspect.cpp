@@ -47,14 +47,25 @@ double HostValueOf(const SPatchParameter& parameter, const SParameterProfile& pr
     return parameter.value / static_cast<double>(profile.choices.size() - 1);
 }
 
-SKnown Know(const SPatchParameter& parameter, const SProfile* profile) {
-    const SParameterProfile* law = nullptr;
-    if (profile != nullptr) {
-        law = parameter.index ? profile->Find(*parameter.index)
-                              : profile->Find(std::string_view(parameter.name));
-    }
+const SParameterProfile* LawOf(const SPatchParameter& parameter, const SProfile* profile) {
+    if (profile == nullptr) return nullptr;
+    if (parameter.index) return profile->Find(*parameter.index);
+    const auto* const named = profile->Find(std::string_view(parameter.name));
+    return named == nullptr && parameter.tag ? profile->FindByTag(*parameter.tag) : named;
+}
+
+/// Numbers of the first group stand for whichever is current in a patch that is relative: its name goes.
+void MakeRelative(SKnown& known) {
+    if (known.group != 1) return;
+    known.name.resize(known.name.size() - std::string_view(" (1)").size());
+    known.group = 0;
+}
+
+SKnown Know(const SPatchParameter& parameter, const SPatchContent& content, const SProfile* profile) {
+    const auto* const law = LawOf(parameter, profile);
     SKnown known{law != nullptr ? law->name : parameter.name, 0, {}};
     known.group = GroupOf(known.name);
+    if (content.isRelative) MakeRelative(known);
     if (known.name.empty()) {
         known.name = parameter.index ? "parameter " + std::to_string(*parameter.index)
                                      : "tag " + std::to_string(parameter.tag.value_or(0));
@@ -63,11 +74,15 @@ SKnown Know(const SPatchParameter& parameter, const SProfile* profile) {
     return known;
 }
 
-/// Names by the numbers that macros use.
+/// Names by the numbers that macros use; a macro may move what the patch does not set.
 std::map<std::int32_t, std::string> NamesByTag(const SPatchContent& content, const SProfile* profile) {
     std::map<std::int32_t, std::string> names;
     for (const auto& parameter : content.parameters) {
-        if (parameter.tag) names.emplace(*parameter.tag, Know(parameter, profile).name);
+        if (parameter.tag) names.emplace(*parameter.tag, Know(parameter, content, profile).name);
+    }
+    if (profile == nullptr) return names;
+    for (const auto& parameter : profile->parameters) {
+        if (parameter.tag) names.emplace(*parameter.tag, parameter.name);
     }
     return names;
 }
@@ -114,7 +129,7 @@ void PrintParameters(std::ostream& out, const SPatchContent& content, const SPro
     std::map<int, std::vector<std::pair<SKnown, double>>> groups;
     std::size_t width = 0;
     for (const auto& parameter : content.parameters) {
-        auto known = Know(parameter, profile);
+        auto known = Know(parameter, content, profile);
         width = std::max(width, std::min<std::size_t>(known.name.size(), 40));
         groups[known.group].emplace_back(std::move(known), parameter.value);
     }
@@ -190,7 +205,7 @@ void PrintPatchAsJson(std::ostream& out, const SPatchContent& content, const SPr
     json["relative"] = content.isRelative;
     json["parameters"] = Json::array();
     for (const auto& parameter : content.parameters) {
-        const auto known = Know(parameter, profile);
+        const auto known = Know(parameter, content, profile);
         json["parameters"].push_back({{"tag", parameter.tag ? Json(*parameter.tag) : Json()},
             {"index", parameter.index ? Json(*parameter.index) : Json()}, {"name", known.name},
             {"group", known.group > 0 ? Json(known.group) : Json()}, {"value", parameter.value},

@@ -58,6 +58,7 @@ SParameterProfile ParseParameter(const Json& object, const std::string& where) {
     if (!object.is_object()) Fail(where, "not an object");
     SParameterProfile parameter;
     parameter.index = IntegerMember(object, "index", where);
+    if (object.contains("tag")) parameter.tag = IntegerMember(object, "tag", where);
     parameter.name = TextMember(object, "name", where);
     parameter.unit = object.contains("unit") ? TextMember(object, "unit", where) : std::string{};
     parameter.law = LawOf(TextMember(object, "law", where), where);
@@ -158,6 +159,11 @@ std::optional<double> Choice(const SParameterProfile& parameter, std::string_vie
 const SParameterProfile* SProfile::Find(std::int32_t index) const noexcept {
     const auto found = std::ranges::find(parameters, index, &SParameterProfile::index);
     return found == parameters.end() ? nullptr : &*found;
+}
+
+const SParameterProfile* SProfile::FindByTag(std::int32_t tag) const noexcept {
+    const auto found = std::ranges::find(parameters, std::optional(tag), &SParameterProfile::tag);
+    return found != parameters.end() ? &*found : nullptr;
 }
 
 const SParameterProfile* SProfile::Find(std::string_view wanted) const noexcept {

@@ -26,13 +26,15 @@
 ///
 /// With x for the host's value: linear is minimum + x (maximum - minimum); exponential is
 /// minimum (maximum / minimum)^x; a toggle is off at 0 and on at 1; choice k of n stands at x = k / (n - 1).
-/// "unique_id" is the number by which an effect tells itself from others. Unknown members are ignored.
+/// "unique_id" is the number by which an effect tells itself from others. A parameter may have a "tag", the
+/// number by which the effect's patches know it. Unknown members are ignored.
 namespace KAV::Host {
 
 enum class ELaw { Linear, Exponential, Toggle, Choice };
 
 struct SParameterProfile {
     std::int32_t index = 0;
+    std::optional<std::int32_t> tag; ///< the number that the effect's patches have for it
     std::string name;
     std::string unit;
     ELaw law = ELaw::Linear;
@@ -46,7 +48,8 @@ struct SProfile {
     std::int32_t uniqueId = 0;
     std::vector<SParameterProfile> parameters;
 
-    const SParameterProfile* Find(std::int32_t index) const noexcept;    ///< null when not in the profile
+    const SParameterProfile* Find(std::int32_t index) const noexcept; ///< null when not in the profile
+    const SParameterProfile* FindByTag(std::int32_t tag) const noexcept;
     const SParameterProfile* Find(std::string_view name) const noexcept; ///< case aside
 };
 

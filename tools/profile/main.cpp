@@ -1,4 +1,5 @@
-// Writes the parameter table as JSON: unique id, and per host index the full name, the unit and the true law.
+// Writes the parameter table as JSON: unique id, and per host index the tag, the full name, the unit and the
+// true law.
 //     kav_profile FILE
 
 #include "device/parameter_table.h"
@@ -44,8 +45,8 @@ void WriteProfile(std::ostream& out) {
         const SParameter parameter = FindParameter(tag);
         std::array<char, TagNameCapacity> name{};
         WriteParameterName(parameter, name); // names and units hold nothing that JSON would have to escape
-        out << (index == 0 ? "" : ",") << "\n    {\"index\": " << index << ", \"name\": \"" << name.data()
-            << "\", \"unit\": \"" << parameter.row->unit << "\", ";
+        out << (index == 0 ? "" : ",") << "\n    {\"index\": " << index << ", \"tag\": " << tag
+            << ", \"name\": \"" << name.data() << "\", \"unit\": \"" << parameter.row->unit << "\", ";
         WriteLaw(out, *parameter.row);
         out << '}';
         ++index;

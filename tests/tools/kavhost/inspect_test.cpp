@@ -41,9 +41,12 @@ const std::string Text =
 const std::string Profile = R"json({"name": "Test Fader", "unique_id": 1952866660, "parameters": [
     {"index": 0, "name": "Gain (1)", "unit": "dB", "law": "linear", "minimum": -20, "maximum": 0},
     {"index": 1, "name": "Gain (2)", "unit": "dB", "law": "linear", "minimum": -20, "maximum": 0},
-    {"index": 2, "name": "Fall (1)", "unit": "ms", "law": "exponential", "minimum": 0.01, "maximum": 1000},
+    {"index": 2, "tag": 36, "name": "Fall (1)", "unit": "ms", "law": "exponential", "minimum": 0.01, "maximum": 1000},
     {"index": 3, "name": "Mode", "law": "choice", "choices": ["x1", "x2", "x4", "x8"]},
-    {"index": 4, "name": "Fine", "law": "toggle"}]})json";
+    {"index": 4, "name": "Fine", "law": "toggle"},
+    {"index": 6, "tag": 33, "name": "Level (1)", "unit": "dB", "law": "linear", "minimum": -20, "maximum": 0},
+    {"index": 7, "tag": 133, "name": "Level (2)", "unit": "dB", "law": "linear", "minimum": -20, "maximum": 0}
+    ]})json";
 
 class Inspect : public testing::Test {
 protected:
@@ -147,6 +150,27 @@ TEST_F(Inspect, ReadsEveryFormOfAPatch) {
     EXPECT_EQ(values["parameters"][3]["quantity"], "x8"); // a host's value of a choice goes from 0 to 1
     EXPECT_EQ(values["parameters"][5]["name"], "parameter 5");
     EXPECT_EQ(values["parameters"][5]["quantity"], nullptr);
+}
+
+TEST_F(Inspect, NamesWhatABinaryPatchHasByNumberAloneForTheCurrentGroup) {
+    const auto run = Run(Binary() + Little(36) + Little(0x3ECCCCCD) + Little(40) + Little(0x3F000000), "old");
+    ASSERT_EQ(run.code, 0) << run.errors;
+    // The linear law: -20 + 0.25 x 20. The exponential one: 0.01 (1000 / 0.01)^0.4.
+    EXPECT_EQ(run.out, "patch       H\xC3\xA9\n"
+                       "form        binary\n"
+                       "parameters of the current group\n"
+                       "  Level   -15.00 dB\n"
+                       "  Fall    1.00 ms\n"
+                       "  tag 40  0.5\n");
+    const auto fall = Json(Binary() + Little(36) + Little(0), "old")["parameters"][1];
+    EXPECT_EQ(fall["name"], "Fall");
+    EXPECT_EQ(fall["group"], nullptr);
+}
+
+TEST_F(Inspect, NamesWhatAMacroMovesThoughThePatchDoesNotSetIt) {
+    const auto run = Run(Text + "<macro group=\"2\">36;0.5||133;0.25</macro>\r\n", "p.kvp");
+    EXPECT_NE(run.out.find("  Level (2), sensitivity 0.25\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("  Fall (1), sensitivity 0.5\n"), std::string::npos) << run.out;
 }
 
 TEST_F(Inspect, FailsForWhatIsNoPatch) {
