@@ -1,0 +1,87 @@
+// What a limit of time does, by limits that a test can wait for.
+
+#include "platform/http.h"
+
+#include "tests/support/local_server.h"
+
+#include <gtest/gtest.h>
+
+using namespace KAV::Platform;
+using namespace KAV::Tests;
+
+namespace {
+
+struct SReceiver final : IHttpReceiver {
+    bool GoesOn() noexcept override { return true; }
+    bool Begin(const SHttpHead& begun) noexcept override {
+        head = begun;
+        ++begins;
+        return true;
+    }
+    bool Take(const char* data, std::size_t size) noexcept override {
+        bytes.append(data, size);
+        return true;
+    }
+    SHttpHead head;
+    int begins = 0;
+    std::string bytes;
+};
+
+SHttpRequest Request(const CLocalServer& server, std::uint32_t limitMs) {
+    SHttpRequest request;
+    request.host = "127.0.0.1";
+    request.port = server.Port();
+    request.path = "/";
+    request.timeLimitMs = limitMs;
+    return request;
+}
+
+} // namespace
+
+TEST(ExchangeHttp, HandsOverTheHeadOnceAndThenTheBytes) {
+    const CLocalServer server([](CConnection& connection, const std::string&) {
+        connection.Answer(418, "bytes", "content-encoding:  GZip \r\nLOCATION: /there\r\n");
+    });
+    SReceiver receiver;
+    const auto result = ExchangeHttp(Request(server, 10000), receiver);
+    EXPECT_EQ(result.end, EHttpEnd::Whole);
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(receiver.begins, 1);
+    EXPECT_EQ(receiver.head.status, 418);
+    EXPECT_EQ(receiver.head.encoding, "GZip");
+    EXPECT_EQ(receiver.head.location, "/there");
+    EXPECT_EQ(receiver.bytes, "bytes");
+}
+
+TEST(ExchangeHttp, EndsASilentServer) {
+    const CLocalServer server([](CConnection& connection, const std::string&) { connection.AwaitItsEnd(); });
+    SReceiver receiver;
+    const auto result = ExchangeHttp(Request(server, 300), receiver);
+    EXPECT_EQ(result.end, EHttpEnd::Failed);
+    EXPECT_NE(result.error, 0);
+    EXPECT_EQ(receiver.begins, 0);
+}
+
+TEST(ExchangeHttp, EndsASlowDripOfBytes) {
+    const CLocalServer server([](CConnection& connection, const std::string&) {
+        connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
+        while (connection.Send("x")) connection.Pause(20);
+    });
+    SReceiver receiver;
+    const auto result = ExchangeHttp(Request(server, 500), receiver);
+    EXPECT_EQ(result.end, EHttpEnd::Failed);
+    EXPECT_NE(result.error, 0);
+    EXPECT_EQ(receiver.begins, 1);
+}
+
+#if !defined(_WIN32) // whose library knows only limits on each wait before it has a head
+TEST(ExchangeHttp, EndsASlowDripOfAHead) {
+    const CLocalServer server([](CConnection& connection, const std::string&) {
+        connection.Send("HTTP/1.1 200 OK\r\nX: ");
+        while (connection.Send("x")) connection.Pause(20);
+    });
+    SReceiver receiver;
+    EXPECT_EQ(ExchangeHttp(Request(server, 500), receiver).end, EHttpEnd::Failed);
+    EXPECT_EQ(receiver.begins, 0);
+}
+#endif
