@@ -4,6 +4,7 @@
 #include "platform/file_system.h"
 #include "platform/settings_store.h"
 #include "platform/whole_file.h"
+#include "utils/http.h"
 #include "utils/path.h"
 #include "utils/text.h"
 
@@ -22,7 +23,13 @@ constexpr std::u16string_view WebPrefix = u"http";
 constexpr std::u16string_view SettingsPrefix = u"HKEY_";
 constexpr std::u16string_view ClipboardPrefix = u"clipboard:";
 
-std::atomic<WebReader> webReader{nullptr};
+std::unique_ptr<char[]> ReadWeb(std::u16string_view url, std::size_t& size, std::u16string_view postData) {
+    HttpOptions options;
+    options.body = postData;
+    return HttpGet(url, size, &options);
+}
+
+std::atomic<WebReader> webReader{&ReadWeb};
 
 struct SRoot {
     std::u16string_view name;

@@ -15,7 +15,7 @@ namespace KAV::Utils {
 
 /// The content, with two zero bytes behind its `size` bytes, so that text in it ends in either width. Null,
 /// with a size of 0, when there is nothing to read, which is so for a file of 0 bytes as well. `postData`
-/// goes with the request for a web resource and means nothing elsewhere.
+/// goes with the request for a web resource (utils/http.h) and means nothing elsewhere.
 std::unique_ptr<char[]> ReadUniversal(
     std::u16string_view location, std::size_t& size, std::u16string_view postData = {}) noexcept;
 
@@ -30,8 +30,8 @@ bool ExistsUniversal(std::u16string_view location) noexcept;
 using WebReader = std::unique_ptr<char[]> (*)(
     std::u16string_view url, std::size_t& size, std::u16string_view postData);
 
-/// From now on `reader` fetches what begins with "http"; null, as at the start, means that nothing can be
-/// fetched. Any thread.
+/// From now on `reader` fetches what begins with "http", HttpGet() does so at the start; null means that
+/// nothing can be fetched. Any thread.
 void SetWebReader(WebReader reader) noexcept;
 
 } // namespace KAV::Utils

@@ -8,12 +8,19 @@ namespace KAV::Utils {
 
 bool ShellOpen(std::u16string_view path, std::u16string_view arguments) noexcept {
     try {
-        if (path.find(u'\0') != std::u16string_view::npos) return false; // the system would see half of it
-        const auto target = ToUtf8(path);
-        if (target.empty()) return false;
-        const bool program = GetExtension(path) == u"exe";
+        return OpenUrlOrFile(path, arguments, GetExtension(path) == u"exe");
+    } catch (...) { // no memory
+        return false;
+    }
+}
+
+bool OpenUrlOrFile(std::u16string_view target, std::u16string_view arguments, bool asAdministrator) noexcept {
+    try {
+        if (target.find(u'\0') != std::u16string_view::npos) return false; // the system would see half of it
+        const auto text = ToUtf8(target);
+        if (text.empty()) return false;
         return Platform::OpenWithDesktop(
-            target, ToUtf8(arguments), program ? Platform::EOpen::Elevated : Platform::EOpen::Ordinary);
+            text, ToUtf8(arguments), asAdministrator ? Platform::EOpen::Elevated : Platform::EOpen::Ordinary);
     } catch (...) { // no memory
         return false;
     }

@@ -10,4 +10,8 @@ namespace KAV::Utils {
 /// Any thread but the audio thread.
 bool ShellOpen(std::u16string_view path, std::u16string_view arguments = {}) noexcept;
 
+/// The same for a target of any kind, as administrator only when `asAdministrator` says so.
+bool OpenUrlOrFile(
+    std::u16string_view target, std::u16string_view arguments = {}, bool asAdministrator = false) noexcept;
+
 } // namespace KAV::Utils

@@ -133,6 +133,7 @@ TEST(Universal, TheWebIsNoPlaceToWrite) {
 }
 
 TEST(Universal, TheWebIsReadByWhoeverOffers) {
+    SetWebReader(nullptr);
     EXPECT_EQ(Read(u"http://localhost/x"), "(nothing)");
     static std::u16string asked;
     SetWebReader([](std::u16string_view url, std::size_t& size, std::u16string_view postData) {

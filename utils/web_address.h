@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Addresses of web resources. Any thread.
+namespace KAV::Utils {
+
+struct SWebAddress {
+    bool secure = false; ///< HTTPS
+    std::string host;
+    std::uint16_t port = 0;
+    std::string path; ///< begins with '/', with the query; visible ASCII
+};
+
+/// An address that a browser may be given: it begins with "http://" or "https://".
+bool IsWebAddress(std::u16string_view text) noexcept;
+
+/// The parts of an address in UTF-8. The port is 443 for https and 80 for http unless it is told, the path
+/// the root. What a path can't hold as it stands is percent-encoded, and what follows a '#' is dropped.
+/// Nothing for any other scheme, an impossible port, a control character, and a host of anything but letters,
+/// digits, '.', '-' and '_': no names and passwords of users.
+std::optional<SWebAddress> ParseWebAddress(std::string_view text);
+
+/// Where a redirect leads: `location` may be a whole address, or leave out all but its end. Nothing when it
+/// leads from https to http.
+std::optional<SWebAddress> FollowRedirect(const SWebAddress& from, std::string_view location);
+
+/// Letters, digits and ~ ! ( ) ' as they are, every other byte as '%' and two digits of 0-9a-f.
+std::string PercentEncoded(std::string_view bytes);
+
+} // namespace KAV::Utils
