@@ -28,12 +28,13 @@ constexpr std::u16string_view StoredWidth = u"HKEY_CURRENT_USER/Software/Kavelin
 
 } // namespace
 
-CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls)
-    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls), _iRouting(*this),
+CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
+    const Utils::SMakerService& a_psService)
+    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_psService), _iRouting(*this),
       _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<16>())),
       _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
       _iOversampling(*this, OversamplingInfo()),
-      _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())) {
+      _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())), _iNewVersion(*this) {
     std::size_t size = 0;
     const auto stored = Utils::ReadUniversal(StoredWidth, size);
     std::int32_t width = 0;

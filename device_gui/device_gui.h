@@ -3,6 +3,7 @@
 #include "device_gui/channel_button.h"
 #include "device_gui/fx_button.h"
 #include "device_gui/macro_button.h"
+#include "device_gui/new_version_led.h"
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
 #include "device_gui/vst_gui_v2.h"
@@ -16,7 +17,8 @@ namespace KAV {
 class CDeviceGUI final : public CVSTGUIv2 {
 public:
     /// As CVSTGUIv2. Begins with the width that the user last gave an editor.
-    CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls);
+    CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
+        const Utils::SMakerService& a_psService);
 
 private:
     CRouting _iRouting;
@@ -26,6 +28,7 @@ private:
     CPatch _iPatch;
     CPluginValueDisplay _iOversampling;
     std::array<CMacroBtn, 5> _aiMacros;
+    CNewVersionLED _iNewVersion;
 };
 
 } // namespace KAV

@@ -2,8 +2,9 @@
 
 namespace KAV {
 
-CVSTGUIv2::CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls)
-    : CXXXGUI(a_piDSP, a_piControls), _piEffect(a_piEffect) {}
+CVSTGUIv2::CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
+    const Utils::SMakerService& a_psService)
+    : CXXXGUI(a_piDSP, a_piControls, a_psService), _piEffect(a_piEffect) {}
 
 bool CVSTGUIv2::getRect(VST::ERect** a_psRect) {
     _sRect.bottom = static_cast<std::int16_t>(Height());

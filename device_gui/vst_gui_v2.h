@@ -11,7 +11,8 @@ namespace KAV {
 class CVSTGUIv2 : public AEffEditor, public CXXXGUI {
 public:
     /// All three are parts of the instance that owns this object.
-    CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls);
+    CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
+        const Utils::SMakerService& a_psService);
 
     // AEffEditor
     bool hasWindow() const noexcept override { return false; }

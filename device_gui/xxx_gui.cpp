@@ -2,6 +2,7 @@
 
 #include "device/parameter_table.h"
 #include "device/value_flags.h"
+#include "device_gui/new_version_led.h"
 #include "device_gui/patch_display.h"
 
 #include <algorithm>
@@ -30,8 +31,15 @@ CXXXGUI::CChange::~CChange() {
     for (const auto& notice : notices) _piGUI._piDSP.SetParameterAutomated(notice.nTag, notice.fNormal);
 }
 
-CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls)
-    : _piDSP(a_piDSP), _piControls(a_piControls) {}
+CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, const Utils::SMakerService& a_psService)
+    : CGUI(a_psService), _piDSP(a_piDSP), _piControls(a_piControls), _sService(a_psService),
+      _iVersion(*this, a_psService) {
+    _iVersion.Start();
+}
+
+CXXXGUI::~CXXXGUI() {
+    _iVersion.Stop();
+}
 
 void CXXXGUI::SetParam(std::int32_t a_nTag, float a_fValue, std::uint32_t a_nFlags) {
     _piDSP.SetParam(a_nTag, a_fValue, a_nFlags);
@@ -63,7 +71,9 @@ void CXXXGUI::EndEdit(std::int32_t a_nId) {
     _piDSP.EndEdit(a_nId);
 }
 
-void CXXXGUI::OnFrame(std::uint32_t) {
+void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
+    DeliverMessages();
+    if (auto* const lamp = Find<CNewVersionLED>()) lamp->Tick(a_nElapsedMs);
     _piDSP.OnValueChanged();
     for (auto* const widget : Widgets())
         widget->SetFromHost(_piDSP.GetParam(widget->Id(), Normalized | GroupRelative));

@@ -2,8 +2,10 @@
 
 #include "device/device_controls.h"
 #include "device/xxx_dsp.h"
+#include "device_gui/version_check.h"
 #include "gui/gui.h"
 #include "patch/patch_save_load.h"
+#include "utils/maker_service.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,10 +24,14 @@ namespace KAV {
 /// told to the host at its end, when no lock is held, in the order of the changes.
 class CXXXGUI : public GUI::CGUI, public CPatchSaveLoad {
 public:
+    /// A newer version is known.
+    static constexpr std::uint32_t NewVersionMessage = 1028;
+
     /// Both live as long as this object; their operations aren't called before the widgets are complete, nor
-    /// by the destructor.
-    CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls);
-    ~CXXXGUI() override = default;
+    /// by the destructor. With a server in `a_psService` the version check begins here.
+    CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, const Utils::SMakerService& a_psService);
+    /// Waits for the version check without limit.
+    ~CXXXGUI() override;
 
     // CPatchSaveLoad
     bool ApplyPatchData(const void* a_pData, std::size_t a_nSize, std::uint32_t a_nFlags) override;
@@ -76,7 +82,20 @@ public:
     /// As ResizeTo(), with the height that belongs to the width.
     void ResizeToWidth(std::int32_t a_nWidth);
 
+    // Entries of the menu; empty: there is none.
+    std::u16string NewVersionText() const; ///< a newer version is known
+    std::u16string WhatsNewText() const;   ///< any version is known
+    // The maker's pages, in the user's browser. False when there is no such page, or nothing could be
+    // started; the address of the download has to be one of the web.
+    bool OpenDownload() const;
+    bool OpenWhatsNew() const;
+    bool OpenUserManual() const;
+    bool OpenMakersSite() const;
+    const CVersionCheck& Version() const noexcept { return _iVersion; }
+
     // CGUI
+    void CreateGUIWindow() override;
+    bool OnUserMessage(std::uint32_t a_nMessage) override;
     void Undo() override;
     void Redo() override;
     void SetParameter(std::int32_t a_nId, float a_fNormal) override;
@@ -119,6 +138,7 @@ private:
     void WriteSettings(std::string& a_rsText, std::uint32_t a_nFlags);
     void WriteMacros(std::string& a_rsText);
 
+    void ShowLamp();
     std::string LoadPatchFile(std::u16string_view a_sPath);
     std::vector<std::u16string> Patches() const;
 
@@ -134,6 +154,9 @@ private:
     std::string _sOtherSide;         // the state of the side that isn't live; empty: none yet
     std::uint8_t _nSide = 1;         // the side that is live
     std::int32_t _nPatch = -1;       // place in the list
+
+    Utils::SMakerService _sService;
+    CVersionCheck _iVersion; // last: its thread ends before anything above goes
 };
 
 } // namespace KAV

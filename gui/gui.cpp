@@ -6,12 +6,14 @@
 
 namespace KAV::GUI {
 
-CGUI::CGUI() {
-    Utils::LogSessionStart();
+CGUI::CGUI(const Utils::SMakerService& a_psService) : _iReport(a_psService) {
+    Utils::LogSessionStart(); // which takes the log of the session before
+    _iReport.Start();
 }
 
 CGUI::~CGUI() {
-    Utils::LogSessionEnd();
+    Utils::LogSessionEnd(); // first, so that a host that doesn't wait looks like no crash
+    _iReport.Stop();
 }
 
 void CGUI::Leave(const CWidget& a_piWidget) noexcept {
@@ -72,6 +74,35 @@ void CGUI::Resize(std::int32_t a_nWidth, std::int32_t a_nHeight) {
     const CLock lock(*this);
     _nWidth = a_nWidth;
     _nHeight = a_nHeight;
+}
+
+void CGUI::CreateGUIWindow() {
+    const CLock lock(*this);
+    _bWindow = true;
+}
+
+void CGUI::DestroyGUIWindow() {
+    const CLock lock(*this);
+    _bWindow = false;
+    _vnMessages.clear();
+}
+
+void CGUI::PostUserMessage(std::uint32_t a_nMessage) {
+    const CLock lock(*this);
+    if (_bWindow) _vnMessages.push_back(a_nMessage);
+}
+
+bool CGUI::OnUserMessage(std::uint32_t) {
+    return false;
+}
+
+void CGUI::DeliverMessages() {
+    std::vector<std::uint32_t> messages;
+    {
+        const CLock lock(*this);
+        messages.swap(_vnMessages);
+    }
+    for (const auto message : messages) OnUserMessage(message);
 }
 
 void CGUI::SetParameter(std::int32_t, float) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gui/error_report.h"
 #include "gui/history.h"
 #include "gui/widget.h"
 
@@ -13,13 +14,15 @@ namespace KAV::GUI {
 
 /// The root of an editor: its widgets, its history, its size. It lives as long as the instance, with or
 /// without a window, because widgets hold state that patches read and write. It tells the session log of its
-/// beginning and end.
+/// beginning and end, and sends the log of the session before to the maker.
 ///
 /// Threads: the window's; what patches read and write (texts, visibility, lists, the size, the history) under
 /// CLock on any thread but the audio thread.
 class CGUI : private CHistory {
 public:
-    CGUI();
+    /// `a_psService`: whom to send to.
+    explicit CGUI(const Utils::SMakerService& a_psService);
+    /// Waits for its helper thread without limit.
     virtual ~CGUI();
 
     // The history, in the place of the other threads.
@@ -61,7 +64,18 @@ public:
     /// Once per frame of the window, and whenever a test wants: the exchange with the device.
     virtual void OnFrame(std::uint32_t a_nElapsedMs);
 
+    // The window. Messages to it are numbers from 1025 to 2046. There is none to be seen yet: between these
+    // two calls messages are kept, and the frame hands them out.
+    virtual void CreateGUIWindow();
+    virtual void DestroyGUIWindow();
+    /// Any thread. Dropped without a window, and when the window goes before it has come.
+    void PostUserMessage(std::uint32_t a_nMessage);
+    /// On the window's thread. False when nobody knows the message.
+    virtual bool OnUserMessage(std::uint32_t a_nMessage);
+
 protected:
+    /// Hands the messages to OnUserMessage(), in the order in which they were posted.
+    void DeliverMessages();
     /// The size to use from now on, in pixels.
     void Resize(std::int32_t a_nWidth, std::int32_t a_nHeight);
 
@@ -76,6 +90,9 @@ private:
         _vpiWidgets; // theirs are the widgets; only the editor's construction and end change it
     std::int32_t _nWidth = 754;
     std::int32_t _nHeight = 553;
+    bool _bWindow = false;
+    std::vector<std::uint32_t> _vnMessages; // to the window, oldest first
+    CErrorReport _iReport;
 };
 
 /// Holds what patches read and write in the place of the other threads. Nested ones do no harm. The host is

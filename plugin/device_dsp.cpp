@@ -25,9 +25,10 @@ std::int32_t SelectorIndex(float value) noexcept {
 
 } // namespace
 
-CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster) : CVSTDSPv2(audioMaster) {
+CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService& service)
+    : CVSTDSPv2(audioMaster) {
     InitialiseParameters(parameters);
-    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this);
+    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this, service);
     gui = editor.get();
     setEditor(std::move(editor));
     // A patch may speak of the current group alone; from the last group to the first each gets its defaults,

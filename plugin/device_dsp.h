@@ -3,6 +3,7 @@
 #include "device/device_controls.h"
 #include "dsp/plugin_dsp.h"
 #include "plugin/vst_dsp_v2.h"
+#include "utils/maker_service.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,8 +27,10 @@ public:
 
     /// Asks the host about itself, builds the editor's half, which needs no window, and takes what new
     /// instances start with: the first patch and the first routing of the user's lists. `audioMaster` may be
-    /// null.
-    explicit CDeviceDSP(VST::HostCallback audioMaster);
+    /// null. With a server in `service` two helper threads ask it for news and send it the last session's
+    /// log; the end of the instance waits for them.
+    explicit CDeviceDSP(
+        VST::HostCallback audioMaster, const Utils::SMakerService& service = Utils::ConfiguredService());
     ~CDeviceDSP() override = default;
 
     // CXXXDSP

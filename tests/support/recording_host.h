@@ -48,6 +48,8 @@ class CHostedEffect final {
 public:
     explicit CHostedEffect(VST::HostCallback callback)
         : _device(new CDeviceDSP(callback)), _record(_device->Record()) {}
+    CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service)
+        : _device(new CDeviceDSP(callback, service)), _record(_device->Record()) {}
     ~CHostedEffect() { Dispatch(VST::effClose); }
     CHostedEffect(const CHostedEffect&) = delete;
     CHostedEffect& operator=(const CHostedEffect&) = delete;

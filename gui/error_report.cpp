@@ -1,0 +1,50 @@
+#include "gui/error_report.h"
+
+#include "utils/http.h"
+#include "utils/product.h"
+#include "utils/session_log.h"
+#include "utils/system_description.h"
+#include "utils/text.h"
+#include "utils/web_address.h"
+
+#include <atomic>
+
+namespace KAV::GUI {
+
+namespace {
+
+std::atomic<bool> sent{false}; // by any instance of this process, or at least tried
+
+std::u16string Body(std::u16string_view a_sLog) {
+    return u"app=" + std::u16string(Utils::ProductName) + u" " + Utils::MachineId() + u"&content=" +
+           Utils::ToUtf16(Utils::PercentEncoded(Utils::ToUtf8(a_sLog)));
+}
+
+} // namespace
+
+CErrorReport::CErrorReport(const Utils::SMakerService& a_psService) : _sService(a_psService) {}
+
+void CErrorReport::Start() noexcept {
+    if (!_sService.origin.empty()) _iThread.Start();
+}
+
+void CErrorReport::Stop() noexcept {
+    _iThread.Stop();
+}
+
+void CErrorReport::OnThread(Utils::CThread* a_piThread) {
+    if (a_piThread != &_iThread || sent || !_iThread.running) return;
+    const auto log = Utils::PreviousLog();
+    const auto address = Utils::LogAddress(_sService);
+    if (log.empty() || address.empty()) return;
+    Utils::HttpOptions options;
+    options.body = Body(log);
+    options.agent = u"KAV GUI";
+    options.authorities = _sService.authorities;
+    options.goesOn = &_iThread.running;
+    if (sent.exchange(true)) return; // another instance was as far at the same time
+    std::size_t size = 0;
+    Utils::HttpGet(address, size, &options);
+}
+
+} // namespace KAV::GUI

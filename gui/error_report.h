@@ -1,0 +1,32 @@
+#pragma once
+
+#include "utils/maker_service.h"
+#include "utils/thread.h"
+
+namespace KAV::GUI {
+
+/// Sends the log of the session before to the maker, once per process, on a thread of its own: the only way
+/// in which he learns of what failed. It is a part of the root and not the root itself because the thread
+/// begins while the classes on top of the root are still being built.
+///
+/// Threads: the owner's, but OnThread().
+class CErrorReport final : private Utils::CThread::IOnThread {
+public:
+    explicit CErrorReport(const Utils::SMakerService& a_psService);
+    CErrorReport(const CErrorReport&) = delete;
+    CErrorReport& operator=(const CErrorReport&) = delete;
+
+    /// Begins, once the log of this session has. Without a server there is nothing to begin.
+    void Start() noexcept;
+    /// Lets a running request end, which Windows does in its own time, and waits for the thread without
+    /// limit.
+    void Stop() noexcept;
+
+private:
+    void OnThread(Utils::CThread* a_piThread) override;
+
+    Utils::SMakerService _sService;
+    Utils::CThread _iThread{*this};
+};
+
+} // namespace KAV::GUI
