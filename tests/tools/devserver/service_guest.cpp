@@ -1,0 +1,68 @@
+// An instance against a running service: started by service_test, which has seen to the server and to the log
+// of the session before. Ends with 0 when the instance knows what KAV_EXPECT says; "nothing" stands for no
+// version at all.
+
+#include "device_gui/new_version_led.h"
+#include "device_gui/xxx_gui.h"
+#include "tests/support/recording_host.h"
+#include "utils/text.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+using namespace KAV;
+using namespace KAV::Tests;
+
+namespace {
+
+std::u16string Variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? Utils::ToUtf16(value) : std::u16string();
+}
+
+/// Where the log lies. The other system's emulation has folders of its own whatever its caller says.
+void UseTemporaryFolder(const char* folder) {
+#if defined(_WIN32)
+    for (const char* const name : {"TEMP", "TMP"}) _putenv_s(name, folder);
+#else
+    setenv("TMPDIR", folder, 1);
+#endif
+}
+
+void Wait(int ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+} // namespace
+
+int main() {
+    if (const char* const folder = std::getenv("KAV_TEMPORARY")) UseTemporaryFolder(folder);
+    const auto expected = Variable("KAV_EXPECT");
+    const Utils::SMakerService service{
+        Variable("KAV_ORIGIN"), {}, u"0123abcd", u"vst24_test", Variable("KAV_AUTHORITIES")};
+    std::u16string told;
+    bool lampIsLit = false;
+    {
+        CHostedEffect first(nullptr, service);
+        auto& gui = first.Device().GUI();
+        for (int i = 0; i < 500 && gui.Version().LatestVersion().empty(); ++i) {
+            if (expected == u"nothing" && i == 200) break;
+            Wait(20);
+        }
+        Wait(500); // for the report, which has its own thread
+        gui.CreateGUIWindow();
+        told = gui.NewVersionText() + u"|" + gui.WhatsNewText() + u"|" + gui.Version().DownloadAddress();
+        lampIsLit = gui.Find<CNewVersionLED>()->IsVisible();
+        const CHostedEffect second(nullptr, service);
+        Wait(500);
+    }
+    const std::u16string wanted = expected == u"nothing" ? u"||"
+                                                         : u"New version " + expected +
+                                                               u" is available...|What's new in version " +
+                                                               expected + u"...|https://example.invalid/";
+    std::printf("%s, the lamp is %s\n", Utils::ToUtf8(told).c_str(), lampIsLit ? "lit" : "dark");
+    return told == wanted && lampIsLit == (expected != u"nothing") ? 0 : 1;
+}
