@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <csignal>
+#endif
+
 using namespace KAV::Platform;
 using namespace KAV::Tests;
 
@@ -73,6 +77,28 @@ TEST(ExchangeHttp, EndsASlowDripOfBytes) {
     EXPECT_NE(result.error, 0);
     EXPECT_EQ(receiver.begins, 1);
 }
+
+#if !defined(_WIN32)
+TEST(ExchangeHttp, LeavesTheHostsSignalsAsTheyAre) {
+    const auto signals = [] {
+        sigset_t mask;
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        std::vector<std::uintptr_t> state;
+        for (int number = 1; number < 32; ++number) {
+            struct sigaction action {};
+            sigaction(number, nullptr, &action);
+            state.push_back(reinterpret_cast<std::uintptr_t>(action.sa_handler));
+            state.push_back(static_cast<std::uintptr_t>(sigismember(&mask, number)));
+        }
+        return state;
+    };
+    const auto before = signals();
+    const CLocalServer server([](CConnection& connection, const std::string&) { connection.Reset(); });
+    SReceiver receiver;
+    ExchangeHttp(Request(server, 10000), receiver);
+    EXPECT_EQ(signals(), before);
+}
+#endif
 
 #if !defined(_WIN32) // whose library knows only limits on each wait before it has a head
 TEST(ExchangeHttp, EndsASlowDripOfAHead) {
