@@ -46,9 +46,8 @@ public:
 /// An instance as the entry makes it, driven through its record like a host does.
 class CHostedEffect final {
 public:
-    explicit CHostedEffect(VST::HostCallback callback)
-        : _device(new CDeviceDSP(callback)), _record(_device->Record()) {}
-    CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service)
+    /// Asks no server but the test's own, whatever the build has been given.
+    explicit CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service = {})
         : _device(new CDeviceDSP(callback, service)), _record(_device->Record()) {}
     ~CHostedEffect() { Dispatch(VST::effClose); }
     CHostedEffect(const CHostedEffect&) = delete;

@@ -199,6 +199,17 @@ TEST(HttpGet, RefusesAnEndlessAnswer) {
     }
 }
 
+TEST(HttpGet, WaitsForNothingBehindTheHeadOfAnError) {
+    const CLocalServer server([](CConnection& connection, const std::string&) {
+        connection.Send("HTTP/1.1 404 Not Found\r\n\r\n");
+        connection.AwaitItsEnd();
+    });
+    HttpOptions options;
+    EXPECT_EQ(Get(server.Origin(), &options), Nothing);
+    EXPECT_EQ(options.status, 404);
+    EXPECT_EQ(options.error, 0); // the limit of time would be one
+}
+
 TEST(HttpGet, EndsAnEndlessErrorAtItsHead) {
     const std::string block(1u << 16, 'x');
     const CLocalServer server([&](CConnection& connection, const std::string&) {
