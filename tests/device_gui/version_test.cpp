@@ -180,12 +180,16 @@ TEST(VersionCheck, TheEndOfTheInstanceEndsTheRequestAndWaitsForTheThread) {
     const CLocalServer server(
         [&](CConnection& connection, const std::string&) { wentAway = connection.AwaitItsEnd(); });
     const auto before = Threads();
+    auto asked = std::chrono::steady_clock::now();
     {
         CInstance instance(server);
         server.AwaitRequests(1);
+        asked = std::chrono::steady_clock::now();
         EXPECT_GT(Threads(), before);
     }
     EXPECT_EQ(Threads(), before);
+    // Half of the time after which it would have ended by itself.
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
     for (int i = 0; i < 100 && !wentAway; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(wentAway);
 }

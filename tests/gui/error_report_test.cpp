@@ -103,10 +103,14 @@ TEST(ErrorReport, TheEndOfTheEditorEndsTheRequest) {
     std::atomic<bool> wentAway{false};
     const CLocalServer server(
         [&](CConnection& connection, const std::string&) { wentAway = connection.AwaitItsEnd(); });
+    auto asked = std::chrono::steady_clock::now();
     {
         const GUI::CGUI gui(Service(server.Origin()));
         server.AwaitRequests(1);
+        asked = std::chrono::steady_clock::now();
     }
+    // Half of the time after which it would have ended by itself.
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
     for (int i = 0; i < 100 && !wentAway; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(wentAway);
 }
