@@ -112,7 +112,8 @@ TEST_F(PatchWriter, KnowsNoLocaleAndNorDoesTheReader) {
 }
 
 TEST_F(PatchWriter, WithoutADisplayForPatchesTheStateHasAName) {
-    CXXXGUI bare(Device(), Device());
+    const Utils::SMakerService nobody;
+    CXXXGUI bare(Device(), Device(), nobody);
     EXPECT_NE(bare.PatchText(0).find("<patch_name>KAV Sorrel Limiter State</patch_name>"), std::string::npos);
     EXPECT_EQ(bare.PatchName(), u"");
     EXPECT_EQ(bare.PatchNameAt(0), u"");
