@@ -21,7 +21,7 @@ CBenchSubject::CBenchSubject(const CEffectLibrary& library, const CPreparation& 
     const SMaterial& material, std::int32_t blockSize)
     : _material(material), _effect(library, {static_cast<double>(material.rateHz), blockSize}),
       _in(material.audio.Channels(), material.audio.Frames()),
-      _out(material.audio.Channels(), material.audio.Frames()) {
+      _out(material.audio.Channels(), static_cast<std::size_t>(blockSize)) {
     _effect.SetChannels(static_cast<int>(material.audio.Channels()));
     preparation.Apply(_effect);
     _effect.Start();
@@ -30,14 +30,28 @@ CBenchSubject::CBenchSubject(const CEffectLibrary& library, const CPreparation& 
 void CBenchSubject::WarmUp() {
     for (double seconds = 0; seconds < WarmUpSeconds; seconds += Seconds()) {
         _in.CopyFrom(_material.audio);
-        ProcessBlocks(_effect, _in, _out);
+        Process();
+    }
+}
+
+/// What comes out goes to the same block again and again, as in a host: an output as long as the sound would
+/// measure the memory more than the effect.
+void CBenchSubject::Process() {
+    std::vector<float*> in(_in.Pointers(), _in.Pointers() + _in.Channels());
+    const std::size_t blockSize = _out.Frames();
+    for (std::size_t done = 0; done < _in.Frames();) {
+        CheckInterrupt();
+        const auto frames = std::min(blockSize, _in.Frames() - done);
+        _effect.Process(in.data(), _out.Pointers(), static_cast<std::int32_t>(frames));
+        for (float*& channel : in) channel += frames;
+        done += frames;
     }
 }
 
 double CBenchSubject::Run() {
     _in.CopyFrom(_material.audio);
     const auto start = Platform::ThreadTimeNs();
-    ProcessBlocks(_effect, _in, _out);
+    Process();
     const auto time = static_cast<double>(Platform::ThreadTimeNs() - start);
     CheckClock(time, static_cast<double>(Platform::ThreadTimeStepNs()), Seconds());
     return time / static_cast<double>(_in.Frames());

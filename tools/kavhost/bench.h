@@ -56,11 +56,12 @@ public:
 
 private:
     double Seconds() const noexcept; ///< of audio in a run
+    void Process();
 
     const SMaterial& _material;
     CEffect _effect;
-    CPlanarBuffer _in;
-    CPlanarBuffer _out;
+    CPlanarBuffer _in;  // as long as the material
+    CPlanarBuffer _out; // one block
 };
 
 /// Throws CFailure when a time that was measured is so few steps of the clock that it says little; the text
