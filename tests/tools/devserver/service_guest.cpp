@@ -1,11 +1,17 @@
 // An instance against a running service: started by service_test, which has seen to the server and to the log
 // of the session before. Ends with 0 when the instance knows what KAV_EXPECT says; "nothing" stands for no
-// version at all.
+// version at all. KAV_AUTHORITIES is a PEM file of whom to trust; NotPossible where that can't be done.
 
 #include "device_gui/new_version_led.h"
 #include "device_gui/xxx_gui.h"
 #include "tests/support/recording_host.h"
 #include "utils/text.h"
+
+#if defined(_WIN32)
+#include "tests/tools/devserver/private_authority.h"
+
+#include <optional>
+#endif
 
 #include <chrono>
 #include <cstdio>
@@ -17,6 +23,8 @@ using namespace KAV;
 using namespace KAV::Tests;
 
 namespace {
+
+constexpr int NotPossible = 77;
 
 std::u16string Variable(const char* name) {
     const char* const value = std::getenv(name);
@@ -41,15 +49,30 @@ void Wait(int ms) {
 int main() {
     if (const char* const folder = std::getenv("KAV_TEMPORARY")) UseTemporaryFolder(folder);
     const auto expected = Variable("KAV_EXPECT");
-    const Utils::SMakerService service{
-        Variable("KAV_ORIGIN"), {}, u"0123abcd", u"vst24_test", Variable("KAV_AUTHORITIES")};
+    const auto authorities = Variable("KAV_AUTHORITIES");
+#if defined(_WIN32) // whose list of authorities is the system's alone
+    std::optional<CPrivateAuthority> authority;
+    if (!authorities.empty()) {
+        if (!CPrivateAuthority::IsPossible()) {
+            std::puts("the user's own list of authorities stays as it is");
+            return NotPossible;
+        }
+        if (!authority.emplace(authorities).IsTrusted()) {
+            std::puts("the authority can't be added");
+            return 1;
+        }
+    }
+#endif
+    const auto origin = Variable("KAV_ORIGIN");
+    const int triesForNothing = origin.empty() ? 0 : 200;
+    const Utils::SMakerService service{origin, {}, u"0123abcd", u"vst24_test", authorities};
     std::u16string told;
     bool lampIsLit = false;
     {
         CHostedEffect first(nullptr, service);
         auto& gui = first.Device().GUI();
         for (int i = 0; i < 500 && gui.Version().LatestVersion().empty(); ++i) {
-            if (expected == u"nothing" && i == 200) break;
+            if (expected == u"nothing" && i == triesForNothing) break;
             Wait(20);
         }
         Wait(500); // for the report, which has its own thread
