@@ -22,6 +22,7 @@ else()
     install(TARGETS KAVSorrelLimiter DESTINATION lib/vst)
     install(FILES README.md DESTINATION ${documents})
     install(FILES LICENSE DESTINATION ${documents} RENAME copyright)
+    install(FILES packaging/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
     install(DIRECTORY docs DESTINATION ${documents})
 
     # install_compressed(<file> <place>): without name and date inside, so that equal sources give equal packages.
@@ -44,9 +45,7 @@ else()
             file(MAKE_DIRECTORY \"\${prefix}/bin\")
             file(CREATE_LINK ../${own}/kavhost \"\${prefix}/bin/kavhost\" SYMBOLIC)
             file(CREATE_LINK ../vst/KAVSorrelLimiter.so \"\${prefix}/${own}/KAVSorrelLimiter.so\" SYMBOLIC)")
-        if(EXISTS "${PROJECT_SOURCE_DIR}/docs/kavhost.1")
-            install_compressed("${PROJECT_SOURCE_DIR}/docs/kavhost.1" share/man/man1/kavhost.1.gz)
-        endif()
+        install_compressed("${CMAKE_BINARY_DIR}/kavhost.1" share/man/man1/kavhost.1.gz)
     endif()
 endif()
 

@@ -76,13 +76,15 @@ uninstall_plugin() {
 
 # make_packages: a .deb, and a .zip for Windows, in out/.
 make_packages() {
-    local preset made
+    local preset made targets
     mkdir -p "$root/out"
     for preset in release mingw; do
         say "making the package of the preset $preset"
         made=$root/build/$preset/packages
         rm -rf "$made"
-        build "$preset" KAVSorrelLimiter kav_profile_file kavhost &&
+        targets=(KAVSorrelLimiter kav_profile_file kavhost)
+        if [ "$preset" = release ]; then targets+=(kavhost_man_page); fi
+        build "$preset" "${targets[@]}" &&
             with_log "$preset-package" cpack --config "$root/build/$preset/CPackConfig.cmake" -B "$made" &&
             find "$made" -maxdepth 1 -type f -exec cp {} "$root/out/" \; -printf "$root/out/%f\n" || return 1
     done
