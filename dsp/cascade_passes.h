@@ -57,7 +57,7 @@ struct SArithmetic {
 /// Stages of two channels in two registers each; see above. Ticks count the samples that the first lane takes
 /// in, from the block's first one.
 template<bool FUSED, bool FIRST>
-class CSection final {
+class CSection final { // NOLINT(cppcoreguidelines-pro-type-member-init): a strip is written before it is read
 public:
     using V = SLanes;
     static constexpr std::size_t Registers = 2;
@@ -186,7 +186,7 @@ private:
     }
 
     // But for the first stage nothing is added against denormals. Adding 0 would only turn a negative zero
-    // into a positive one, which makes no difference before StoreFirst() does just that.
+    // into a positive one, which makes no difference before NarrowFirst() does just that.
     static V::Doubles Step(
         V::Doubles a1, V::Doubles a2, V::Doubles recent, V::Doubles& oldest, V::Doubles x) noexcept {
         if constexpr (FUSED) {

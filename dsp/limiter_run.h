@@ -36,7 +36,7 @@ struct SLimiterState {
 /// A run of samples through the limiter. Of the lists only as many places are filled as are used. Histories
 /// point to the place of the run's first value; what was before lies before, and may be overwritten up to a
 /// chunk's length behind the run. No two channels share a buffer, but on the plain path.
-struct SLimiterRun {
+struct SLimiterRun { // NOLINT(cppcoreguidelines-pro-type-member-init)
     static constexpr std::size_t MaxChannels = 16;
     static constexpr std::size_t MaxMaxima = 12; ///< enough for a look-ahead of 65536 samples
 

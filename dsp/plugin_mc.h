@@ -96,7 +96,7 @@ private:
         std::array<EMidSide, GroupCount> midSide{};
     };
     /// The channels that one group takes in one block: `count` places.
-    struct SGroupList {
+    struct SGroupList { // NOLINT(cppcoreguidelines-pro-type-member-init)
         std::size_t count = 0;
         std::array<TSample*, ChannelCount> buffers;
         std::array<std::size_t, ChannelCount> channels; // host channel of each place

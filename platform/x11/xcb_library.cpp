@@ -1,5 +1,7 @@
 #include "platform/x11/xcb_library.h"
 
+#include "platform/dl/symbol.h"
+
 #include <dlfcn.h>
 #include <optional>
 
@@ -7,42 +9,38 @@ namespace KAV::Platform {
 
 namespace {
 
-template<typename Function>
-bool Find(void* library, const char* name, Function& function) noexcept {
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    return function != nullptr;
-}
-
 bool FindCore(void* library, SXcb& xcb) noexcept {
-    return Find(library, "xcb_connect", xcb.connect) &&
-           Find(library, "xcb_connection_has_error", xcb.connection_has_error) &&
-           Find(library, "xcb_disconnect", xcb.disconnect) && Find(library, "xcb_get_setup", xcb.get_setup) &&
-           Find(library, "xcb_setup_roots_iterator", xcb.setup_roots_iterator) &&
-           Find(library, "xcb_get_maximum_request_length", xcb.get_maximum_request_length) &&
-           Find(library, "xcb_get_file_descriptor", xcb.get_file_descriptor) &&
-           Find(library, "xcb_generate_id", xcb.generate_id) && Find(library, "xcb_flush", xcb.flush) &&
-           Find(library, "xcb_poll_for_event", xcb.poll_for_event) &&
-           Find(library, "xcb_create_window", xcb.create_window) &&
-           Find(library, "xcb_intern_atom", xcb.intern_atom) &&
-           Find(library, "xcb_intern_atom_reply", xcb.intern_atom_reply) &&
-           Find(library, "xcb_set_selection_owner", xcb.set_selection_owner) &&
-           Find(library, "xcb_get_selection_owner", xcb.get_selection_owner) &&
-           Find(library, "xcb_get_selection_owner_reply", xcb.get_selection_owner_reply) &&
-           Find(library, "xcb_convert_selection", xcb.convert_selection) &&
-           Find(library, "xcb_change_property", xcb.change_property) &&
-           Find(library, "xcb_get_property", xcb.get_property) &&
-           Find(library, "xcb_get_property_reply", xcb.get_property_reply) &&
-           Find(library, "xcb_get_property_value", xcb.get_property_value) &&
-           Find(library, "xcb_get_property_value_length", xcb.get_property_value_length) &&
-           Find(library, "xcb_send_event", xcb.send_event);
+    return FindSymbol(library, "xcb_connect", xcb.connect) &&
+           FindSymbol(library, "xcb_connection_has_error", xcb.connection_has_error) &&
+           FindSymbol(library, "xcb_disconnect", xcb.disconnect) &&
+           FindSymbol(library, "xcb_get_setup", xcb.get_setup) &&
+           FindSymbol(library, "xcb_setup_roots_iterator", xcb.setup_roots_iterator) &&
+           FindSymbol(library, "xcb_get_maximum_request_length", xcb.get_maximum_request_length) &&
+           FindSymbol(library, "xcb_get_file_descriptor", xcb.get_file_descriptor) &&
+           FindSymbol(library, "xcb_generate_id", xcb.generate_id) &&
+           FindSymbol(library, "xcb_flush", xcb.flush) &&
+           FindSymbol(library, "xcb_poll_for_event", xcb.poll_for_event) &&
+           FindSymbol(library, "xcb_create_window", xcb.create_window) &&
+           FindSymbol(library, "xcb_intern_atom", xcb.intern_atom) &&
+           FindSymbol(library, "xcb_intern_atom_reply", xcb.intern_atom_reply) &&
+           FindSymbol(library, "xcb_set_selection_owner", xcb.set_selection_owner) &&
+           FindSymbol(library, "xcb_get_selection_owner", xcb.get_selection_owner) &&
+           FindSymbol(library, "xcb_get_selection_owner_reply", xcb.get_selection_owner_reply) &&
+           FindSymbol(library, "xcb_convert_selection", xcb.convert_selection) &&
+           FindSymbol(library, "xcb_change_property", xcb.change_property) &&
+           FindSymbol(library, "xcb_get_property", xcb.get_property) &&
+           FindSymbol(library, "xcb_get_property_reply", xcb.get_property_reply) &&
+           FindSymbol(library, "xcb_get_property_value", xcb.get_property_value) &&
+           FindSymbol(library, "xcb_get_property_value_length", xcb.get_property_value_length) &&
+           FindSymbol(library, "xcb_send_event", xcb.send_event);
 }
 
 void FindMonitors(void* library, SXcb& xcb) noexcept {
     if (library == nullptr ||
-        !Find(library, "xcb_randr_get_screen_info_reply", xcb.randr_get_screen_info_reply) ||
-        !Find(library, "xcb_randr_get_monitors", xcb.randr_get_monitors) ||
-        !Find(library, "xcb_randr_get_monitors_reply", xcb.randr_get_monitors_reply) ||
-        !Find(library, "xcb_randr_get_screen_info", xcb.randr_get_screen_info)) {
+        !FindSymbol(library, "xcb_randr_get_screen_info_reply", xcb.randr_get_screen_info_reply) ||
+        !FindSymbol(library, "xcb_randr_get_monitors", xcb.randr_get_monitors) ||
+        !FindSymbol(library, "xcb_randr_get_monitors_reply", xcb.randr_get_monitors_reply) ||
+        !FindSymbol(library, "xcb_randr_get_screen_info", xcb.randr_get_screen_info)) {
         xcb.randr_get_screen_info = nullptr;
     }
 }
