@@ -141,6 +141,7 @@ SHttpResult Exchange(const SHttpRequest& request, IHttpReceiver& receiver) {
     }
     SHttpHead head;
     if (!ReadHead(asked.Get(), head)) return LastFailure();
+    if (head.status == 0) return {EHttpEnd::Failed, ERROR_HTTP_INVALID_SERVER_RESPONSE}; // broken off in it
     if (HeadIsTooLong(asked.Get())) return {EHttpEnd::Failed, ERROR_HTTP_INVALID_SERVER_RESPONSE};
     if (!receiver.Begin(head)) return {EHttpEnd::Refused, 0};
     return ReadBytes(asked.Get(), BodyLength(asked.Get()), endTick, receiver);

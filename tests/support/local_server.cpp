@@ -131,7 +131,8 @@ bool CConnection::Send(std::string_view bytes) {
 }
 
 void CConnection::Answer(int status, std::string_view body, std::string_view head) {
-    Send("HTTP/1.1 " + std::to_string(status) + " As the test says\r\nContent-Length: " +
+    // It closes, and so says so: a client that keeps connections would run into the next one's end.
+    Send("HTTP/1.1 " + std::to_string(status) + " As the test says\r\nConnection: close\r\nContent-Length: " +
          std::to_string(body.size()) + "\r\n" + std::string(head) + "\r\n" + std::string(body));
 }
 
