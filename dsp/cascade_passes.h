@@ -95,18 +95,23 @@ public:
     }
 
     /// Where the samples of some ticks come from: the channels themselves, or what the section before gave
-    /// Lag ticks later, of both channels in turn.
+    /// Lag ticks later, of both channels in turn. An address is made only of what is read: the last ticks
+    /// lie past the end of the block.
     struct SIn {
         const float* left;
         const float* right;
         const V::Doubles* before;
+        std::size_t at; // ticks from there
 
-        SIn operator+(std::size_t ticks) const noexcept {
-            if constexpr (FIRST) return {left + ticks, right + ticks, nullptr};
-            return {nullptr, nullptr, before + 2 * ticks};
+        SIn operator+(std::size_t ticks) const noexcept { return {left, right, before, at + ticks}; }
+        V::Doubles Left() const noexcept {
+            if constexpr (FIRST) return V::WidenFirst(left + at);
+            return before[2 * at];
         }
-        V::Doubles Left() const noexcept { return FIRST ? V::WidenFirst(left) : before[0]; }
-        V::Doubles Right() const noexcept { return FIRST ? V::WidenFirst(right) : before[1]; }
+        V::Doubles Right() const noexcept {
+            if constexpr (FIRST) return V::WidenFirst(right + at);
+            return before[2 * at + 1];
+        }
     };
     /// Ticks `from` to `to`, a strip at most, which follow those of the call before. What it gives stays
     /// until the next call.
@@ -314,13 +319,12 @@ public:
         const std::size_t end = _run.length + CFirst::Lag; // of each section's ticks
         for (std::size_t start = 0; start < end + Others * CFirst::Lag; start += CFirst::Strip) {
             const SRange ticks = Ticks(start, 0, end);
-            _first.Run(ticks.from, ticks.to,
-                {_run.channels[0] + ticks.from, _run.channels[1] + ticks.from, nullptr});
+            _first.Run(ticks.from, ticks.to, {_run.channels[0], _run.channels[1], nullptr, ticks.from});
             for (std::size_t k = 0; k < Others; ++k) {
                 const SRange its = Ticks(start, (k + 1) * CFirst::Lag, end);
                 const std::size_t taken = its.from + CFirst::Lag; // tick of the section before
                 const V::Doubles* before = k == 0 ? _first.Out(taken) : _others[k - 1].Out(taken);
-                _others[k].Run(its.from, its.to, {nullptr, nullptr, before});
+                _others[k].Run(its.from, its.to, {nullptr, nullptr, before, 0});
             }
             PutOut(Ticks(start, Others * CFirst::Lag, end));
         }
@@ -352,9 +356,9 @@ private:
             const __m128 early = _mm_movelh_ps(V::NarrowFirst(out), V::NarrowFirst(out + 2));
             const __m128 late = _mm_movelh_ps(V::NarrowFirst(out + 4), V::NarrowFirst(out + 6));
             _mm_storeu_ps(
-                _run.channels[0] + t - CFirst::Lag, _mm_shuffle_ps(early, late, _MM_SHUFFLE(2, 0, 2, 0)));
+                _run.channels[0] + (t - CFirst::Lag), _mm_shuffle_ps(early, late, _MM_SHUFFLE(2, 0, 2, 0)));
             _mm_storeu_ps(
-                _run.channels[1] + t - CFirst::Lag, _mm_shuffle_ps(early, late, _MM_SHUFFLE(3, 1, 3, 1)));
+                _run.channels[1] + (t - CFirst::Lag), _mm_shuffle_ps(early, late, _MM_SHUFFLE(3, 1, 3, 1)));
         }
         for (; t < ticks.to; ++t) {
             const __m128 both = V::NarrowFirst(_others[Others - 1].Out(t));
@@ -451,8 +455,8 @@ public:
             state.y[3] = Step(state, SQuad::HandOver<1>(state.y[3], late));
             const __m128 first = SQuad::NarrowLow(state.y[0], state.y[1]);
             const __m128 second = SQuad::NarrowLow(state.y[2], state.y[3]);
-            _mm_storeu_ps(a + t - Lag, _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0)));
-            _mm_storeu_ps(b + t - Lag, _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1)));
+            _mm_storeu_ps(a + (t - Lag), _mm_shuffle_ps(first, second, _MM_SHUFFLE(2, 0, 2, 0)));
+            _mm_storeu_ps(b + (t - Lag), _mm_shuffle_ps(first, second, _MM_SHUFFLE(3, 1, 3, 1)));
         }
         _state = state;
         for (; t < end; ++t) TickAtAnEnd(t, a, b);
