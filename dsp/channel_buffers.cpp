@@ -1,5 +1,6 @@
 #include "dsp/channel_buffers.h"
 
+#include <algorithm>
 #include <new>
 
 namespace KAV::DSP {
@@ -7,6 +8,7 @@ namespace KAV::DSP {
 namespace {
 
 constexpr std::size_t CacheLine = 64;
+constexpr std::size_t SmallestPage = 4096 / sizeof(float); // samples
 
 } // namespace
 
@@ -19,6 +21,19 @@ void CChannelBuffers::Resize(std::size_t length) {
     _memory = std::move(memory);
     _first = static_cast<float*>(first);
     _length = length;
+    Touch();
+}
+
+/// The system finds memory for a page when it is first written to, which takes it longer than a short block
+/// may take. So that happens here, not on the audio thread.
+void CChannelBuffers::Touch() noexcept {
+    const std::size_t resident = std::min(_length, ResidentLength);
+    if (resident == 0) return;
+    for (std::size_t channel = 0; channel < Count; ++channel) {
+        volatile float* const samples = (*this)[channel]; // volatile, or the zeros would be left out
+        for (std::size_t i = 0; i < resident; i += SmallestPage) samples[i] = 0.0f;
+        samples[resident - 1] = 0.0f;
+    }
 }
 
 std::array<float*, CChannelBuffers::Count> CChannelBuffers::All() const noexcept {

@@ -7,12 +7,15 @@
 
 namespace KAV::DSP {
 
-/// Sixteen float buffers of one length in one piece of memory. The pages come zeroed from the system and cost
-/// memory only once they are touched, so that room for the largest block and factor is cheap. Threads:
-/// Resize() while audio is stopped; then any one thread.
+/// Sixteen float buffers of one length in one piece of memory. Threads: Resize() while audio is stopped; then
+/// any one thread.
 class CChannelBuffers final {
 public:
     static constexpr std::size_t Count = 16;
+    /// This many samples of each buffer are in memory from the start: 8192 frames at the highest
+    /// oversampling factor. What lies past them costs memory only once it is touched, so that a host that
+    /// announces very long blocks and never sends them pays little.
+    static constexpr std::size_t ResidentLength = std::size_t{8192} * 8;
 
     /// Frees what was held and makes all buffers `length` samples of 0. Throws std::bad_alloc, and then the
     /// buffers are as they were.
@@ -24,6 +27,8 @@ public:
     std::array<float*, Count> All() const noexcept;
 
 private:
+    void Touch() noexcept;
+
     struct SFree {
         void operator()(void* memory) const noexcept { std::free(memory); }
     };

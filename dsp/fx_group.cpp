@@ -37,11 +37,6 @@ void FxGroup::SetSampleRate(float rateHz) {
     if (_limiter.Rate() != limiterRate) _limiter.SetRate(limiterRate);
 }
 
-void FxGroup::Reserve(std::size_t length) {
-    if (length > _dry.Length()) _dry.Resize(length);
-    SetBlock(length);
-}
-
 void FxGroup::SetBlock(std::size_t length) noexcept {
     if (length == _block) return;
     _block = length;
@@ -84,16 +79,16 @@ bool FxGroup::Move(float& position, float target) noexcept {
     return true;
 }
 
-void FxGroup::Process(std::span<float* const> channels) noexcept {
+void FxGroup::Process(std::span<float* const> channels, const CChannelBuffers& dry) noexcept {
     if (channels.empty() || _mixPosition == 1.0f) return;
     const bool crossfading = _mixPosition != 0.0f;
-    if (crossfading) KeepDry(channels);
+    if (crossfading) KeepDry(channels, dry);
     if (_settings.midSide == EMidSide::Off || channels.size() < 2) {
         Limit(channels);
     } else {
         LimitMidSide(channels);
     }
-    if (crossfading) MixDry(channels);
+    if (crossfading) MixDry(channels, dry);
 }
 
 void FxGroup::Limit(std::span<float* const> channels) noexcept {
@@ -129,20 +124,20 @@ void FxGroup::ReadOutputs(std::span<float* const> channels) noexcept {
     }
 }
 
-void FxGroup::KeepDry(std::span<float* const> channels) noexcept {
+void FxGroup::KeepDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept {
     for (std::size_t place = 0; place < channels.size(); ++place) {
-        std::copy_n(channels[place], _block, _dry[place]);
+        std::copy_n(channels[place], _block, dry[place]);
     }
 }
 
 /// The dry signal is not delayed by the look-ahead: the crossfade is heard only while bypass is being
 /// switched.
-void FxGroup::MixDry(std::span<float* const> channels) noexcept {
+void FxGroup::MixDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept {
     for (std::size_t place = 0; place < channels.size(); ++place) {
-        const float* dry = _dry[place];
+        const float* unprocessed = dry[place];
         float* processed = channels[place];
         for (std::size_t i = 0; i < _block; ++i) {
-            processed[i] = _mixPosition * dry[i] + (1.0f - _mixPosition) * processed[i];
+            processed[i] = _mixPosition * unprocessed[i] + (1.0f - _mixPosition) * processed[i];
         }
     }
 }

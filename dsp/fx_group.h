@@ -36,8 +36,7 @@ struct SGroupSettings {
 /// handed. All positions start at 0 and run up to their values, so a new instance fades in; nothing sets them
 /// back.
 ///
-/// Threads: ReserveRate(), SetSampleRate() and Reserve() while audio is stopped; Prepare() and Process() on
-/// the audio thread.
+/// Threads: ReserveRate() and SetSampleRate() while audio is stopped; the rest on the audio thread.
 class FxGroup final {
 public:
     static constexpr std::size_t MaxChannels = LookaheadLimiter::MaxChannels;
@@ -48,12 +47,11 @@ public:
     void ReserveRate(float rateHz);
     /// Base rate in Hz, not oversampled. Another rate starts the limiter anew.
     void SetSampleRate(float rateHz);
-    /// Makes room for blocks of `length` oversampled samples and takes that as the block length.
-    void Reserve(std::size_t length);
+    /// Takes `length` oversampled samples as the block length until a block has another one.
+    KAV_REALTIME void SetBlock(std::size_t length) noexcept;
 
-    /// Takes the settings for a block of `length` oversampled samples (within the reserve) at `factor` times
-    /// the base rate, and moves all smoothed values one step. To be called for every block, also when the
-    /// group gets no channel.
+    /// Takes the settings for a block of `length` oversampled samples at `factor` times the base rate, and
+    /// moves all smoothed values one step. To be called for every block, also when the group gets no channel.
     KAV_REALTIME void Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
         std::int32_t factor) noexcept {
         _features = features;
@@ -64,8 +62,9 @@ public:
 
     /// Runs the group on up to 16 channels in place. An empty list is a group without channels. In mid/side
     /// the first two of the list are left and right, and the rest stays as it is; a single channel runs
-    /// plain.
-    KAV_REALTIME void Process(std::span<float* const> channels) noexcept;
+    /// plain. `dry` has room for the block and keeps the inputs while crossfading; nothing of it is needed
+    /// afterwards.
+    KAV_REALTIME void Process(std::span<float* const> channels, const CChannelBuffers& dry) noexcept;
 
     /// Highest sample of list place `place` since it was last taken, before and behind the limiter.
     std::array<PeakProbe, MaxChannels> inputProbes;
@@ -75,26 +74,24 @@ public:
     const LookaheadLimiter& Limiter() const noexcept { return _limiter; }
 
 private:
-    void SetBlock(std::size_t length) noexcept;
     void Move(const SGroupSettings& settings, std::size_t length, std::int32_t factor) noexcept;
     bool Move(float& position, float target) noexcept;
     void Limit(std::span<float* const> channels) noexcept;
     void LimitMidSide(std::span<float* const> channels) noexcept;
     void AmplifyAndProbe(std::span<float* const> channels) noexcept;
     void ReadOutputs(std::span<float* const> channels) noexcept;
-    void KeepDry(std::span<float* const> channels) noexcept;
-    void MixDry(std::span<float* const> channels) noexcept;
+    void KeepDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept;
+    void MixDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept;
 
     bool _firstBlock = true;     // all derived values are computed anew
     std::uint64_t _features = 0; // processor features that the block may use
     float _rateHz = 44100.0f;    // base rate
-    std::size_t _block = 0;      // oversampled samples per block; at most the dry buffers' length
+    std::size_t _block = 0;      // oversampled samples per block
     SGroupSettings _settings;    // as last taken
     bool _settled = false;       // all positions have arrived, and another block of the same moves nothing
     Smoother _mixSmoother;       // steps once per block
     float _mixPosition = 0.0f;   // 0 processed .. 1 bypassed
     Smoother _parameterSmoother; // steps once per block
-    CChannelBuffers _dry;        // the inputs, while crossfading
     GainStage _gain;
     float _inputGain = 0.0f; // smoothed positions
     float _threshold = 0.0f;

@@ -24,14 +24,13 @@ std::int64_t SilenceLimit(float rateHz) noexcept {
 template<typename TSample, typename TValue>
 CPluginMC<TSample, TValue>::CPluginMC() : _gainSmoother(100.0f, 100.0f, 44100.0f) {
     for (auto& gate : _gates) gate.limit = SilenceLimit(_rateHz);
-    _autoGain.SetRate(_rateHz);
 }
 
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SetSampleRate(float rateHz) {
     for (auto& group : _groups)
         group.ReserveRate(rateHz); // this and the next can fail, and then nothing has changed
-    _autoGain.SetRate(rateHz);
+    if (_autoGainLinks.enable) _autoGain.SetRate(rateHz);
     for (auto& group : _groups) group.SetSampleRate(rateHz);
     _rateHz = rateHz;
     _oversampler.SetSampleRate(rateHz);
@@ -44,14 +43,25 @@ void CPluginMC<TSample, TValue>::SetBlockSize(std::size_t frames) {
     // What only grows goes first, then all at once what may shrink: a failure in between leaves room for the
     // old size.
     _oversampler.Reserve(frames);
-    for (auto& group : _groups) group.Reserve(length);
+    if (length > _dry.Length()) _dry.Resize(length);
     CChannelBuffers scratch;
     CChannelBuffers sums;
     scratch.Resize(length);
     sums.Resize(length);
-    _autoGain.Reserve(frames);
+    if (_autoGainLinks.enable) _autoGain.Reserve(frames);
     _scratch = std::move(scratch);
     _sums = std::move(sums);
+    _frames = frames;
+    for (auto& group : _groups) group.SetBlock(length);
+}
+
+template<typename TSample, typename TValue>
+void CPluginMC<TSample, TValue>::SetAutoGainLinks(const SAutoGainLinks& links) {
+    if (links.enable) {
+        _autoGain.Reserve(_frames);
+        _autoGain.SetRate(_rateHz);
+    }
+    _autoGainLinks = links;
 }
 
 template<typename TSample, typename TValue>
@@ -83,7 +93,7 @@ void CPluginMC<TSample, TValue>::ProcessBlock(
     ListenForSilence(channels, block);
     _input.Move(_gainSmoother, block.bypass ? 0.5f : float{this->parameters.mainInputGain.final});
     ApplyMainGain(_input, block);
-    if (autoGainLinks.enable) PrepareAutoGain(block);
+    if (_autoGainLinks.enable) PrepareAutoGain(block);
 
     _oversampler.SetFactor(block.factor);
     _oversampler.SetHighQuality(this->parameters.highQuality);
@@ -194,7 +204,7 @@ template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::LimitGroup(std::size_t group, const SBlock& block, bool shown) noexcept {
     SGroupList list; // NOLINT(cppcoreguidelines-pro-type-member-init): most of it is never used
     Gather(group, block, list);
-    _groups[group].Process(std::span(list.buffers).first(list.count));
+    _groups[group].Process(std::span(list.buffers).first(list.count), _dry);
     if (block.parallel) AddToSums(list, block.length);
     MeterGroup(group, list, shown);
 }
@@ -284,8 +294,8 @@ void CPluginMC<TSample, TValue>::TakeSums(const SBlock& block) noexcept {
 
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::PrepareAutoGain(const SBlock& block) noexcept {
-    const bool on = autoGainLinks.on != nullptr && *autoGainLinks.on;
-    const bool automatic = autoGainLinks.automatic != nullptr && *autoGainLinks.automatic;
+    const bool on = _autoGainLinks.on != nullptr && *_autoGainLinks.on;
+    const bool automatic = _autoGainLinks.automatic != nullptr && *_autoGainLinks.automatic;
     _autoGain.Prepare(autoGain, block.bypass || !on, automatic,
         std::span<TSample* const>(_active).first(block.channels), block.frames);
 }
@@ -293,7 +303,7 @@ void CPluginMC<TSample, TValue>::PrepareAutoGain(const SBlock& block) noexcept {
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::ApplyOutput(const SBlock& block) noexcept {
     auto& final = this->parameters.mainOutputGain.final;
-    const bool enabled = autoGainLinks.enable;
+    const bool enabled = _autoGainLinks.enable;
     _output.Move(_gainSmoother, block.bypass ? 0.5f : float{final}, enabled && _autoGain.TakeRefresh());
     if (!enabled || _autoGain.IsDisabled()) {
         ApplyMainGain(_output, block);
@@ -301,8 +311,8 @@ void CPluginMC<TSample, TValue>::ApplyOutput(const SBlock& block) noexcept {
                    std::span<const bool>(_used).first(block.channels), block.frames, _output.position)) {
         final = _output.position; // the knob moves
     }
-    if (enabled && autoGainLinks.adjusting != nullptr) {
-        *autoGainLinks.adjusting = _autoGain.IsAdjusting() ? 1.0f : 0.0f;
+    if (enabled && _autoGainLinks.adjusting != nullptr) {
+        *_autoGainLinks.adjusting = _autoGain.IsAdjusting() ? 1.0f : 0.0f;
     }
 }
 

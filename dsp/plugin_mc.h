@@ -23,8 +23,8 @@ namespace KAV::DSP {
 /// The frame around the effect groups: main gains, oversampling, which channels go through which group, solo,
 /// mute, serial or parallel connection, bypass.
 ///
-/// Threads: SetSampleRate() and SetBlockSize() while audio is stopped; ProcessBlock() on the audio thread;
-/// the public words on any thread; Latency() on any thread.
+/// Threads: SetSampleRate(), SetBlockSize() and SetAutoGainLinks() while audio is stopped; ProcessBlock() on
+/// the audio thread; the public words on any thread; Latency() on any thread.
 template<typename TSample, typename TValue>
 class CPluginMC : public CPluginDSP_base<TSample, TValue, 16, 4> {
 public:
@@ -38,14 +38,16 @@ public:
     Utils::CShared<bool> groupsParallel{false}; ///< connection of the groups: serial or parallel
     AutoGainSettings autoGain;
 
-    /// What switches the automatic gain stage. Nothing in this device does; it stays off.
+    /// What switches the automatic gain stage.
     struct SAutoGainLinks {
         bool enable = false;
         const Utils::CShared<bool>* on = nullptr;        ///< disabled without one
         const Utils::CShared<bool>* automatic = nullptr; ///< auto mode off without one
         Utils::CShared<float>* adjusting = nullptr;      ///< gets 1 while the gain moves
     };
-    SAutoGainLinks autoGainLinks; ///< set while audio is stopped
+    /// Nothing in this device calls this; the stage stays off. Its windows, which hold ten seconds, are made
+    /// by the first links that enable it, and stay. Throws std::bad_alloc, and then the old links stay.
+    void SetAutoGainLinks(const SAutoGainLinks& links);
 
     /// Delay in samples of the oversampled rate, as reported to the host: the first used group's look-ahead
     /// in parallel, the sum over all used groups in series. A group is used when one of its channel toggles
@@ -126,6 +128,7 @@ private:
     std::array<bool, ChannelCount> _used{}; // some group took this channel in this block
     CChannelBuffers _scratch;               // parallel: the groups' own copies
     CChannelBuffers _sums;                  // parallel: what the groups gave
+    CChannelBuffers _dry;                   // of the group that runs, while it crossfades to or from bypass
     Oversampler _oversampler;
     std::array<SilenceGate, ChannelCount> _gates;
     SMainGain _input;
@@ -133,7 +136,9 @@ private:
     Smoother _gainSmoother; // steps once per block
     std::array<FxGroup, GroupCount> _groups;
     CMeters _meters;
-    AutoGain _autoGain;
+    SAutoGainLinks _autoGainLinks;
+    AutoGain _autoGain;      // has room once it has been enabled
+    std::size_t _frames = 0; // longest block announced
 };
 
 extern template class CPluginMC<float, float>;

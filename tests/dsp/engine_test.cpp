@@ -504,10 +504,10 @@ TEST_F(Engine, AutomaticGainIsOffUntilItIsLinkedAndThenMovesTheOutputKnob) {
     Utils::CShared<bool> on{false};
     Utils::CShared<bool> automatic{true};
     Utils::CShared<float> adjusting{-1.0f};
-    engine.autoGainLinks.enable = true;
+    engine.SetAutoGainLinks({.enable = true});
     Settle({0.5f, 0.5f}, 2); // no switch: disabled
     EXPECT_EQ(float{engine.parameters.mainOutputGain.final}, 0.5f);
-    engine.autoGainLinks = {true, &on, &automatic, &adjusting};
+    engine.SetAutoGainLinks({true, &on, &automatic, &adjusting});
     Settle({0.5f, 0.5f}, 2);
     EXPECT_EQ(float{adjusting}, 0.0f);
     on = true;
@@ -519,6 +519,33 @@ TEST_F(Engine, AutomaticGainIsOffUntilItIsLinkedAndThenMovesTheOutputKnob) {
     engine.hostBypass = true; // disabled: the gain goes back to the frame's own ramp
     EXPECT_NEAR(Settle({0.5f, 0.5f}, 1000)[0], 0.5f, 1e-6f);
     EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
+}
+
+TEST_F(Engine, AutomaticGainIsTheSameEnabledBeforeOrAfterRateAndBlockSize) {
+    const Utils::CShared<bool> on{true};
+    std::vector<std::vector<float>> results;
+    for (const bool before : {false, true}) {
+        CPluginDSP<float, float, DSP::CPluginMC<float, float>> subject;
+        subject.autoGain.rmsTime = 200.0;
+        subject.parameters.mainInputGain.SetBase(0.5f);
+        subject.parameters.mainOutputGain.SetBase(0.5f);
+        if (before) subject.SetAutoGainLinks({.enable = true, .on = &on, .automatic = &on});
+        subject.SetSampleRate(96000.0f);
+        subject.SetBlockSize(4096);
+        if (!before) subject.SetAutoGainLinks({.enable = true, .on = &on, .automatic = &on});
+        subject.parameters.channelInGroup[0][0] = true;
+        subject.parameters.inputGain[0].SetBase(0.6f);
+        auto& result = results.emplace_back();
+        for (int block = 0; block < 12; ++block) {
+            std::vector<float> samples(4096);
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                samples[i] = std::sin(0.1f * static_cast<float>(i % 200));
+            std::vector<float*> channels{samples.data()};
+            subject.Process(channels.data(), nullptr, 1, 4096);
+            result.insert(result.end(), samples.begin(), samples.end());
+        }
+    }
+    EXPECT_EQ(results[0], results[1]);
 }
 
 TEST_F(Engine, AnyRateThatIsTakenGivesFiniteSoundAtEveryFactor) {

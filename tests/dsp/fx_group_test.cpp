@@ -14,12 +14,14 @@ constexpr std::size_t Block = 512;
 class Group : public testing::Test {
 protected:
     FxGroup group;
+    CChannelBuffers dry;
     SGroupSettings settings{
         .inputGain = 1.0f, .threshold = 1.0f, .ceiling = 1.0f, .release = 0.4f, .limiter = true};
 
     void SetUp() override {
         group.SetSampleRate(48000.0f);
-        group.Reserve(Block);
+        group.SetBlock(Block);
+        dry.Resize(Block);
     }
     float Run(float level, int blocks = 1) {
         std::vector<float> samples(Block);
@@ -27,7 +29,7 @@ protected:
             std::fill(samples.begin(), samples.end(), level);
             std::array<float*, 1> channels{samples.data()};
             group.Prepare(settings, 0, Block, 1);
-            group.Process(channels);
+            group.Process(channels, dry);
         }
         return samples.back();
     }
@@ -47,7 +49,7 @@ TEST_F(Group, FadesInFromItsLowestGainAndCeiling) {
 TEST_F(Group, WithoutChannelsItsValuesMoveAllTheSame) {
     for (int i = 0; i < 100; ++i) {
         group.Prepare(settings, 0, Block, 1);
-        group.Process({});
+        group.Process({}, dry);
     }
     // The positions have arrived; a channel that comes now finds no fade-in.
     EXPECT_NEAR(Run(0.5f), 0.5f, 1e-6f);
@@ -75,7 +77,7 @@ TEST_F(Group, LimiterOffKeepsItsDelayLinesForLater) {
     std::vector<float> samples(Block, 0.0f);
     std::array<float*, 1> channels{samples.data()};
     group.Prepare(settings, 0, Block, 1);
-    group.Process(channels);
+    group.Process(channels, dry);
     EXPECT_EQ(samples[0], 0.5f) << "what the delay line held when the limiter was switched off";
 }
 

@@ -45,7 +45,7 @@ TEST(RealTime, ProcessTakesNoMemoryAndNoLockHoweverItIsSet) {
     std::vector<std::vector<float>> audio(16, std::vector<float>(5000));
     Utils::CShared<bool> on{true};
     Utils::CShared<float> adjusting{0.0f};
-    engine.autoGainLinks = {true, &on, &on, &adjusting};
+    engine.SetAutoGainLinks({true, &on, &on, &adjusting});
     for (const float rate : {8000.0f, 44100.0f, 48000.0f, 96000.0f, 384000.0f}) {
         engine.SetSampleRate(rate);
         engine.SetBlockSize(512);

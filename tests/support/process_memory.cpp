@@ -6,24 +6,59 @@
 #include <psapi.h>
 #else
 #include <fstream>
+#include <sys/resource.h>
 #include <unistd.h>
 #endif
 
 namespace KAV::Tests {
 
 #if defined(_WIN32)
-std::size_t ResidentBytes() {
+namespace {
+
+PROCESS_MEMORY_COUNTERS Counters() {
     PROCESS_MEMORY_COUNTERS counters{};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
-    return counters.WorkingSetSize;
+    return counters;
+}
+
+} // namespace
+
+std::size_t ResidentBytes() {
+    return Counters().WorkingSetSize;
+}
+
+std::size_t ReservedBytes() {
+    return Counters().PagefileUsage;
+}
+
+std::optional<std::size_t> PageFaultsOfThisThread() {
+    return std::nullopt;
 }
 #else
-std::size_t ResidentBytes() {
+namespace {
+
+/// A number of pages from the system's account of this process, as bytes.
+std::size_t Bytes(std::size_t place) {
     std::ifstream file("/proc/self/statm");
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    file >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    std::size_t pages = 0;
+    for (std::size_t i = 0; i <= place; ++i) file >> pages;
+    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+} // namespace
+
+std::size_t ResidentBytes() {
+    return Bytes(1);
+}
+
+std::size_t ReservedBytes() {
+    return Bytes(0);
+}
+
+std::optional<std::size_t> PageFaultsOfThisThread() {
+    rusage usage{};
+    if (getrusage(RUSAGE_THREAD, &usage) != 0) return std::nullopt;
+    return static_cast<std::size_t>(usage.ru_minflt + usage.ru_majflt);
 }
 #endif
 
