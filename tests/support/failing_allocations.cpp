@@ -1,0 +1,90 @@
+#include "tests/support/failing_allocations.h"
+
+#include <cstdlib>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define KAV_SANITIZED 1 // the sanitizer has taken the C library's functions for itself
+#else
+#define KAV_SANITIZED 0
+#endif
+
+#if defined(__linux__) && !KAV_SANITIZED
+#define KAV_INTERPOSE 1
+#include <cerrno>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#else
+#define KAV_INTERPOSE 0
+#endif
+
+namespace {
+
+thread_local std::size_t untilFailure = 0; // 0: none fails
+
+bool Fails() noexcept {
+    return untilFailure != 0 && --untilFailure == 0;
+}
+
+} // namespace
+
+namespace KAV::Tests {
+
+CFailingAllocation::CFailingAllocation(std::size_t nth) noexcept {
+    untilFailure = nth;
+}
+
+CFailingAllocation::~CFailingAllocation() {
+    untilFailure = 0;
+}
+
+bool CFailingAllocation::ReachesAll() noexcept {
+    return KAV_INTERPOSE != 0;
+}
+
+} // namespace KAV::Tests
+
+#if KAV_INTERPOSE
+
+// The C library's inner names do the work; the public ones, ours here, fail.
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+
+void* malloc(std::size_t size) {
+    return Fails() ? nullptr : __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size) {
+    return Fails() ? nullptr : __libc_calloc(count, size);
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    return Fails() ? nullptr : __libc_memalign(alignment, size);
+}
+void* mmap(void* address, std::size_t length, int protection, int flags, int file, off_t offset) {
+    if (Fails()) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return reinterpret_cast<void*>(syscall(SYS_mmap, address, length, protection, flags, file, offset));
+}
+}
+
+#else
+
+void* operator new(std::size_t size) {
+    if (!Fails()) {
+        if (void* memory = std::malloc(size)) return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+#endif
