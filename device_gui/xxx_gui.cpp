@@ -14,7 +14,7 @@ namespace KAV {
 namespace {
 
 constexpr std::int32_t LeastWidth = 500;
-constexpr double Aspect = static_cast<double>(1.363472f); // the panel's 754 by 553 pixels
+constexpr float Aspect = 1.363472f; // the panel's 754 by 553 pixels
 constexpr std::int32_t LargestWidth =
     std::numeric_limits<std::int16_t>::max(); // the host's record has 16 bits
 
@@ -91,7 +91,8 @@ void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
 }
 
 void CXXXGUI::ResizeToWidth(std::int32_t a_nWidth) {
-    ResizeTo(a_nWidth, static_cast<std::int32_t>(static_cast<double>(a_nWidth) / Aspect));
+    // In single precision, which rounds: 754 has to give 553, though the aspect is a little above 754 / 553.
+    ResizeTo(a_nWidth, static_cast<std::int32_t>(static_cast<float>(a_nWidth) / Aspect));
 }
 
 std::size_t CXXXGUI::WritePatch(const char** a_psData, std::uint32_t a_nFlags) {

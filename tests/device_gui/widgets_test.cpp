@@ -96,6 +96,51 @@ TEST_F(Widgets, TheEditorBeginsWithTheUsersWidth) {
 }
 #endif
 
+TEST_F(Widgets, AWidthHasTheHeightThatSinglePrecisionGivesIt) {
+    // The aspect 1.363472 is the float 11437632 / 2^23. The quotient is rounded to 24 bits, ties to even, and
+    // then truncated. Integers do all of that here.
+    constexpr std::uint64_t AspectBits = 11437632;
+    const auto heightOf = [](std::uint64_t widthAsked) {
+        int bits = 23; // behind the point
+        std::uint64_t dividend = widthAsked << bits;
+        while (dividend / AspectBits < (1u << 23)) {
+            dividend <<= 1;
+            ++bits;
+        }
+        std::uint64_t quotient = dividend / AspectBits;
+        const std::uint64_t twice = 2 * (dividend % AspectBits);
+        if (twice > AspectBits || (twice == AspectBits && quotient % 2 == 1)) ++quotient;
+        return static_cast<std::int32_t>(quotient >> (bits - 23));
+    };
+    for (std::int32_t width = 500; width <= 32767; ++width) {
+        Gui().ResizeToWidth(width);
+        ASSERT_EQ(Gui().Width(), width);
+        ASSERT_EQ(Gui().Height(), heightOf(static_cast<std::uint64_t>(width))) << width;
+    }
+    for (std::int32_t width = 2; width < 500; ++width) { // the least width, with the height of the one asked
+        Gui().ResizeToWidth(width);
+        ASSERT_EQ(Gui().Width(), 500);
+        ASSERT_EQ(Gui().Height(), heightOf(static_cast<std::uint64_t>(width))) << width;
+    }
+    for (const std::int32_t times : {1, 2, 3}) { // the panel as it is drawn, and whole multiples of it
+        Gui().ResizeToWidth(754 * times);
+        EXPECT_EQ(Gui().Height(), 553 * times);
+    }
+}
+
+TEST_F(Widgets, AProjectThatIsReloadedKeepsTheEditorsSize) {
+    for (const std::int32_t width : {754, 1508, 2262}) {
+        Gui().ResizeToWidth(width);
+        const std::int32_t height = Gui().Height();
+        const auto project = Chunk(false);
+        Renew();
+        ASSERT_TRUE(SetChunk(project, false));
+        EXPECT_EQ(Gui().Width(), width);
+        EXPECT_EQ(Gui().Height(), height);
+        EXPECT_EQ(Gui().Height(), width / 754 * 553);
+    }
+}
+
 TEST_F(Widgets, AListMayBeEmptyOrOfOne) {
     GUI::SWidgetInfo info;
     GUI::CValueDisplay display(Gui(), info);
