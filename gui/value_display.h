@@ -20,7 +20,8 @@ public:
     void SetItems(std::vector<std::u16string> a_vsItems) override; ///< the text follows
     void SetFromHost(float a_fNormal) override;
     bool HasHistory() const noexcept override { return Id() >= 0; }
-    /// Shows the text, and makes the entry of that name, if there is one, the present one. Nobody is told.
+    /// Shows the text, and makes the first entry of that name, if there is one, the present one. No one is
+    /// notified. Nothing happens if the text is already shown.
     void SetText(std::u16string_view a_sText) override;
     virtual bool IsItemEnabled(std::int32_t a_nItem);
 

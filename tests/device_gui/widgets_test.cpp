@@ -179,3 +179,33 @@ TEST_F(Widgets, ATextOutsideTheListLeavesThePlaceInIt) {
     display.ShowItem(2);
     EXPECT_EQ(display.Text(), u"c");
 }
+
+TEST_F(Widgets, TheTextThatIsShownAlreadyLeavesThePlaceInTheList) {
+    GUI::SWidgetInfo info;
+    info.sList = u"a||b||a||b";
+    GUI::CValueDisplay display(Gui(), info);
+    display.SetItem(2, false);
+    display.SetText(u"a");
+    EXPECT_EQ(display.Item(), 2);
+    EXPECT_EQ(display.Value(), 2.0f / 3.0f);
+    display.ShowItem(3);
+    display.SetText(u"b");
+    EXPECT_EQ(display.Item(), 3);
+    EXPECT_EQ(display.Value(), 1.0f);
+    display.SetText(u"a");
+    EXPECT_EQ(display.Item(), 0) << "a new text is looked for from the beginning";
+}
+
+TEST_F(Widgets, ANameTheHostSetsAgainLeavesThePatchsPlace) {
+    auto& patch = Widget<CPatch>();
+    patch.SetItems({u"x", u"y", u"x"});
+    patch.ShowItem(2);
+    std::string name = "x";
+    effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
+    EXPECT_EQ(patch.Item(), 2);
+    EXPECT_EQ(Gui().CurrentPatch(), 2);
+    name = "y";
+    effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
+    EXPECT_EQ(patch.Item(), 1);
+    EXPECT_EQ(Gui().CurrentPatch(), 1);
+}
