@@ -20,13 +20,14 @@ std::span<char> ParameterText(char* text) noexcept {
     return {text, kVstMaxParamStrLen};
 }
 
-/// Copies the header and the speakers that count; behind them the host's record may end.
+/// A copy of the header and of `channels` speakers; the host's record may end after them.
 template<typename TRecord>
-void CopyArrangement(const VstSpeakerArrangement& from, TRecord& to) noexcept {
-    to = TRecord{};
-    const std::size_t size = offsetof(TRecord, speakers) +
-                             static_cast<std::size_t>(from.numChannels) * sizeof(VstSpeakerProperties);
-    std::memcpy(&to, &from, size);
+TRecord CopyArrangement(const VstSpeakerArrangement& from, std::int32_t channels) noexcept {
+    TRecord copy{};
+    const std::size_t size =
+        offsetof(TRecord, speakers) + static_cast<std::size_t>(channels) * sizeof(VstSpeakerProperties);
+    std::memcpy(&copy, &from, size);
+    return copy;
 }
 
 } // namespace
@@ -129,8 +130,12 @@ bool CVSTDSPv2::setSpeakerArrangement(
     const VstSpeakerArrangement* input, const VstSpeakerArrangement* output) {
     const std::int32_t channels = input->numChannels;
     if (channels != output->numChannels || channels < 0 || channels > GetMaxChannels()) return false;
-    CopyArrangement(*input, _inputArrangement);
-    CopyArrangement(*output, _outputArrangement);
+    // Both are copied before either is stored: hosts pass back the records that they got from here, and may
+    // swap them.
+    const auto newInput = CopyArrangement<Arrangement>(*input, channels);
+    const auto newOutput = CopyArrangement<Arrangement>(*output, channels);
+    _inputArrangement = newInput;
+    _outputArrangement = newOutput;
     dspChannels = channels;
     _arrangementsValid = true;
     setNumInputs(channels + _sideChannels);

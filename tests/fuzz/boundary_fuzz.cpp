@@ -4,9 +4,11 @@
 #include "plugin/device_dsp.h"
 #include "vst/vst2.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 using namespace KAV;
@@ -62,17 +64,59 @@ void Process(AEffect* effect, CBytes& bytes) {
     effect->processReplacing(effect, pointers.data(), pointers.data(), frames);
 }
 
+using Arrangement = SpeakerArrangement<64>;
+
+/// The bytes of a record that count.
+std::string Content(const VstSpeakerArrangement& record) {
+    const auto channels = static_cast<std::size_t>(std::clamp(record.numChannels, 0, 64));
+    const auto size = offsetof(Arrangement, speakers) + channels * sizeof(VstSpeakerProperties);
+    return {reinterpret_cast<const char*>(&record), size};
+}
+
+struct SArrangements {
+    VstSpeakerArrangement* input = nullptr;
+    VstSpeakerArrangement* output = nullptr;
+};
+
+SArrangements HandedOut(AEffect* effect) {
+    SArrangements records;
+    effect->dispatcher(effect, effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&records.input),
+        &records.output, 0.0f);
+    return records;
+}
+
+/// Each side is a record of the host's or one that the effect has handed out, its own or that of the other
+/// side. What is accepted must come back unchanged.
 void Arrange(AEffect* effect, CBytes& bytes) {
-    const auto in = bytes.Take<std::int8_t>();
-    const auto out = bytes.Take<std::int8_t>();
-    SpeakerArrangement<64> input{};
-    SpeakerArrangement<64> output{};
-    input.numChannels = in;
-    output.numChannels = out;
-    effect->dispatcher(
-        effect, effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&input), &output, 0.0f);
+    Arrangement ownInput{};
+    Arrangement ownOutput{};
+    ownInput.numChannels = bytes.Take<std::int8_t>();
+    ownOutput.numChannels = bytes.Take<std::int8_t>();
+    const auto choice = bytes.Take<std::uint8_t>();
+    ownInput.type = choice;
+    ownOutput.type = -choice;
+    for (std::size_t n = 0; n < 64; ++n) {
+        ownInput.speakers[n].type = static_cast<std::int32_t>(n) + choice;
+        ownOutput.speakers[n].type = -static_cast<std::int32_t>(n) - choice;
+    }
+    const SArrangements handed = HandedOut(effect);
+    const auto pick = [&handed](unsigned which, Arrangement& own) {
+        auto* const record = reinterpret_cast<VstSpeakerArrangement*>(&own);
+        if (handed.input == nullptr || which % 3 == 0) return record;
+        return which % 3 == 1 ? handed.input : handed.output;
+    };
+    VstSpeakerArrangement* const input = pick(choice, ownInput);
+    VstSpeakerArrangement* const output = pick(choice / 3u, ownOutput);
+    const std::string wantedInput = Content(*input);
+    const std::string wantedOutput = Content(*output);
+    const bool taken = effect->dispatcher(effect, effSetSpeakerArrangement, 0,
+                           reinterpret_cast<std::intptr_t>(input), output, 0.0f) != 0;
     if (effect->numInputs < 0 || effect->numInputs > 16 || effect->numInputs != effect->numOutputs)
         std::abort();
+    if (!taken) return;
+    const SArrangements now = HandedOut(effect);
+    if (Content(*now.input) != wantedInput || Content(*now.output) != wantedOutput) std::abort();
+    if (now.input->numChannels != effect->numInputs) std::abort();
 }
 
 /// Opcodes whose pointer and value mean memory get memory; all others get what comes.
@@ -89,7 +133,16 @@ void Dispatch(AEffect* effect, CBytes& bytes) {
         return;
     case effGetSpeakerArrangement:
         effect->dispatcher(effect, opcode, index, 0, nullptr, option);
+        HandedOut(effect);
         return;
+    case effSetChunk: { // the very bytes that the effect has handed out, or their beginning
+        void* chunk = nullptr;
+        const std::intptr_t size = effect->dispatcher(effect, effGetChunk, index & 1, 0, &chunk, 0.0f);
+        if (chunk == nullptr || size <= 0) std::abort();
+        const auto part = value < 0 ? size : 1 + value % size;
+        effect->dispatcher(effect, effSetChunk, index, part, chunk, option);
+        break;
+    }
     case effSetBlockSize:
         effect->dispatcher(effect, opcode, index, value % 8192, nullptr, option);
         return;

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -60,6 +61,80 @@ TEST_F(HostCalls, SpeakerArrangementsComeBackAsTheyWereSet) {
     EXPECT_EQ(answer->speakers[2].azimuth, 0.5f);
     EXPECT_EQ(effect.Dispatch(effGetSpeakerArrangement, 0, 0, &answer), 1);
     EXPECT_EQ(answer->speakers[0].name[0], 'L');
+}
+
+TEST_F(HostCalls, ArrangementsThatWereHandedOutCanBeSetAgainAlsoSwapped) {
+    SpeakerArrangement<64> in{};
+    SpeakerArrangement<64> out{};
+    in.type = 7;
+    out.type = 9;
+    in.numChannels = out.numChannels = 16;
+    for (std::size_t n = 0; n < 16; ++n) {
+        in.speakers[n].azimuth = static_cast<float>(n) + 0.25f;
+        out.speakers[n].azimuth = static_cast<float>(n) + 0.5f;
+    }
+    const auto set = [this](const VstSpeakerArrangement* input, VstSpeakerArrangement* output) {
+        return effect.Dispatch(effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(input), output);
+    };
+    ASSERT_EQ(effect.Dispatch(effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out), 1);
+    VstSpeakerArrangement* input = nullptr;
+    VstSpeakerArrangement* output = nullptr;
+    const auto get = [&] {
+        return effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&input), &output);
+    };
+    const auto expect = [&](const SpeakerArrangement<64>& wantedInput,
+                            const SpeakerArrangement<64>& wantedOutput) {
+        ASSERT_EQ(get(), 1);
+        EXPECT_EQ(effect.Record().numInputs, 16);
+        EXPECT_EQ(effect.Record().numOutputs, 16);
+        EXPECT_EQ(std::memcmp(input, &wantedInput, sizeof(in)), 0);
+        EXPECT_EQ(std::memcmp(output, &wantedOutput, sizeof(out)), 0);
+    };
+    expect(in, out);
+    EXPECT_EQ(set(input, output), 1);
+    expect(in, out);
+    EXPECT_EQ(set(output, input), 1);
+    expect(out, in);
+    EXPECT_EQ(set(input, input), 1);
+    expect(out, out);
+    EXPECT_EQ(set(reinterpret_cast<const VstSpeakerArrangement*>(&in), output), 1);
+    expect(in, out);
+    EXPECT_EQ(set(output, output), 1);
+    expect(out, out);
+}
+
+TEST_F(HostCalls, FewerSpeakersLeaveNothingOfTheOnesBefore) {
+    SpeakerArrangement<64> in{};
+    in.numChannels = 6;
+    for (auto& speaker : in.speakers) speaker.azimuth = 0.5f;
+    ASSERT_EQ(effect.Dispatch(effSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &in), 1);
+    ASSERT_TRUE(effect.SetChannels(2, 2));
+    VstSpeakerArrangement* input = nullptr;
+    ASSERT_EQ(
+        effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&input), nullptr), 1);
+    for (const auto& speaker : input->speakers) EXPECT_EQ(speaker.azimuth, 0.0f);
+}
+
+TEST_F(HostCalls, ArrangementOfNoChannelsIsTakenAndSilencesTheEntry) {
+    EXPECT_TRUE(effect.SetChannels(0, 0));
+    EXPECT_EQ(effect.Record().numInputs, 0);
+    EXPECT_EQ(effect.Record().numOutputs, 0);
+    EXPECT_EQ(effect.Device().Channels(), 0);
+    EXPECT_EQ(host.Count(audioMasterIOChanged), 1u);
+    VstSpeakerArrangement* in = nullptr;
+    VstSpeakerArrangement* out = nullptr;
+    EXPECT_EQ(effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out), 1);
+    ASSERT_NE(in, nullptr);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(in->numChannels, 0);
+    EXPECT_EQ(out->numChannels, 0);
+    std::vector<std::vector<float>> channels{{3.0f, 3.0f}, {3.0f, 3.0f}};
+    effect.Process(channels); // more pointers than channels
+    effect.Record().processReplacing(&effect.Record(), nullptr, nullptr, 2);
+    for (const auto& channel : channels) EXPECT_EQ(channel, (std::vector{3.0f, 3.0f}));
+    EXPECT_TRUE(effect.SetChannels(2, 2));
+    effect.Process(channels);
+    EXPECT_EQ(channels[0][0], 0.0f) << "limited again, a look-ahead later";
 }
 
 TEST_F(HostCalls, ArrangementIsReadNoFurtherThanItsHeaderTells) {
