@@ -1,5 +1,6 @@
 #pragma once
 
+#include "utils/shared.h"
 #include "vst/aeff_editor.h"
 #include "vst/vst2.h"
 
@@ -81,7 +82,8 @@ protected:
 
     float sampleRate = 44100.0f;   ///< Hz, as the host last said
     std::int32_t blockSize = 1024; ///< frames, as the host last said
-    std::int32_t curProgram = -1;  ///< 0 once construction has ended
+    /// 0 once construction has ended. Any thread of the host may change it while another asks.
+    Utils::CShared<std::int32_t> curProgram = -1;
 
 private:
     std::intptr_t dispatcher(
