@@ -22,6 +22,11 @@ void CXXXDSP::GetParamName(std::int32_t hostIndex, std::span<char> text) {
     }
 }
 
+bool CXXXDSP::IsEdited(std::int32_t hostIndex) const noexcept {
+    return (hostIndex == NoHostIndex || IsHostIndex(hostIndex)) &&
+           editing[static_cast<std::size_t>(hostIndex - NoHostIndex)];
+}
+
 float CXXXDSP::GetHostParameter(std::int32_t hostIndex) {
     if (!IsHostIndex(hostIndex)) return 0.0f;
     return GetParam(HostParamTable()[static_cast<std::size_t>(hostIndex)], Normalized | BaseValue);

@@ -65,13 +65,16 @@ public:
     virtual void OnValueChanged() {}             ///< after every SetParam() and at every tick of the editor
     virtual int GetLatency() const noexcept = 0; ///< samples of the oversampled rate
 
+    /// The user holds this parameter in the editor, between BeginEdit() and EndEdit(). NoHostIndex asks about
+    /// controls that aren't host parameters; they share one flag. False for other numbers.
+    bool IsEdited(std::int32_t hostIndex) const noexcept;
+
 protected:
     CXXXDSP() = default;
 
     CXXXGUI* gui = nullptr;       ///< null only while the device is being built; owned by the effect's record
     std::int32_t dspChannels = 2; ///< as the host's speaker arrangement says
-    /// The user is editing this parameter: a flag for tags that aren't host parameters, then one per host
-    /// index.
+    /// See IsEdited(): the flag of NoHostIndex, then one per host index.
     std::array<Utils::CShared<bool>, 110> editing;
 };
 

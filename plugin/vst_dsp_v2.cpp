@@ -180,9 +180,7 @@ std::int32_t CVSTDSPv2::EditedHostIndex(std::int32_t tag) const noexcept {
 }
 
 void CVSTDSPv2::MarkEditing(std::int32_t hostIndex, bool edited) noexcept {
-    static_assert(
-        NoHostIndex == -1); // the flag in front of the others is for tags that are none of the host's
-    editing[static_cast<std::size_t>(hostIndex + 1)] = edited;
+    editing[static_cast<std::size_t>(hostIndex - NoHostIndex)] = edited;
 }
 
 void CVSTDSPv2::SetParameterAutomated(std::int32_t tag, float value) {

@@ -181,6 +181,57 @@ TEST_F(HostCalls, EditGestureOfAnUnknownOrAbsoluteTagTellsTheHostNothing) {
     EXPECT_TRUE(host.calls.empty());
 }
 
+TEST_F(HostCalls, AParameterIsEditedFromTheBeginningOfItsGestureToTheEnd) {
+    const auto edited = [this] {
+        std::vector<std::int32_t> indexes;
+        for (std::int32_t index = NoHostIndex; index < 109; ++index) {
+            if (effect.Device().IsEdited(index)) indexes.push_back(index);
+        }
+        return indexes;
+    };
+    using Indexes = std::vector<std::int32_t>;
+    EXPECT_EQ(edited(), Indexes{});
+    for (int group = 0; group < 4; ++group) {
+        effect.Device().SetCurrentGroup(group);
+        for (std::int32_t tag = 1; tag <= 37; ++tag) {
+            const std::int32_t inGroup = HostIndexOf(100 * group + tag);
+            effect.Device().BeginEdit(tag);
+            EXPECT_EQ(edited(), Indexes{inGroup != NoHostIndex ? inGroup : HostIndexOf(tag)}) << tag;
+            effect.Device().EndEdit(tag);
+            EXPECT_EQ(edited(), Indexes{}) << tag;
+        }
+    }
+}
+
+TEST_F(HostCalls, GesturesOfSeveralParametersOverlapAndUnknownOnesShareAFlag) {
+    CDeviceDSP& device = effect.Device();
+    device.BeginEdit(33);
+    device.BeginEdit(24);
+    device.BeginEdit(38); // tags 38 and 99 name nothing
+    EXPECT_TRUE(device.IsEdited(HostIndexOf(33)));
+    EXPECT_TRUE(device.IsEdited(HostIndexOf(24)));
+    EXPECT_TRUE(device.IsEdited(NoHostIndex));
+    device.EndEdit(33);
+    device.EndEdit(99);
+    EXPECT_FALSE(device.IsEdited(HostIndexOf(33)));
+    EXPECT_TRUE(device.IsEdited(HostIndexOf(24)));
+    EXPECT_FALSE(device.IsEdited(NoHostIndex));
+    for (const std::int32_t tag : {100, 124, -1, INT_MIN, INT_MAX}) {
+        device.EndEdit(tag);
+        EXPECT_TRUE(device.IsEdited(HostIndexOf(24))) << "no relative tag: nothing ends";
+        device.BeginEdit(tag);
+        EXPECT_FALSE(device.IsEdited(NoHostIndex)) << "nor begins";
+    }
+    for (const std::int32_t index : {-2, 109, INT_MIN, INT_MAX}) EXPECT_FALSE(device.IsEdited(index));
+}
+
+TEST_F(HostCalls, HostsOwnWritesAreNoGesture) {
+    for (std::int32_t index = 0; index < 109; ++index) {
+        effect.Set(index, 0.5f);
+        EXPECT_FALSE(effect.Device().IsEdited(index));
+    }
+}
+
 TEST_F(HostCalls, NotifyHostReportsTheBaseUnderTheHostIndex) {
     effect.Device().SetParam(33, 0.25f, MacroOffset);
     effect.Device().SetParam(33, 0.5f, RawBase | NotifyHost);
