@@ -48,6 +48,55 @@ TEST(Macro, HeldTargetTakesANewSensitivityInItsSlot) {
     EXPECT_EQ(table.SlotSensitivity(0, 0), 1.0f);
 }
 
+TEST(Macro, EverySlotOfAHeldTargetTakesTheNewSensitivity) {
+    CTable table;
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) table.tags[macro][slot] = slot % 2 ? 33 : 36;
+    }
+    table.AssignMacro(4, 33, 0.75f);
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+            const bool taken = macro == 4 && slot % 2 == 1;
+            EXPECT_EQ(table.SlotSensitivity(macro, slot), taken ? 0.75f : CMacro::NoSensitivity)
+                << macro << " " << slot;
+            EXPECT_EQ(table.Tag(macro, slot), slot % 2 ? 33 : 36);
+        }
+    }
+}
+
+TEST(Macro, CentredSensitivityFreesTheFirstSlotOfItsTagAlone) {
+    CTable table;
+    for (const std::size_t slot : {2u, 5u, 63u}) {
+        table.tags[4][slot] = 33;
+        table.sensitivities[4][slot] = 0.75f;
+    }
+    table.AssignMacro(4, 33, CMacro::NoSensitivity);
+    EXPECT_EQ(table.Held(4), 2u);
+    EXPECT_EQ(table.Tag(4, 2), CMacro::NoTag);
+    for (const std::size_t slot : {5u, 63u}) {
+        EXPECT_EQ(table.Tag(4, slot), 33);
+        EXPECT_EQ(table.SlotSensitivity(4, slot), CMacro::NoSensitivity);
+    }
+}
+
+TEST(Macro, EveryMacroTakesSixtyFourTargetsInOrder) {
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        CTable table;
+        for (std::int32_t n = 0; n < 64; ++n) {
+            table.AssignMacro(macro, 100 + n, static_cast<float>(n) / 256.0f);
+        }
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+            EXPECT_EQ(table.Tag(macro, slot), 100 + static_cast<std::int32_t>(slot));
+            EXPECT_EQ(table.SlotSensitivity(macro, slot), static_cast<float>(slot) / 256.0f);
+            EXPECT_EQ(table.Sensitivity(macro, 100 + static_cast<std::int32_t>(slot)),
+                static_cast<float>(slot) / 256.0f);
+        }
+        for (std::size_t other = 0; other < CMacro::Macros; ++other) {
+            EXPECT_EQ(table.Held(other), other == macro ? CMacro::Slots : 0u);
+        }
+    }
+}
+
 TEST(Macro, CentredSensitivityFreesTheSlotForTheNextTarget) {
     CTable table;
     table.AssignMacro(0, 33, 0.75f);

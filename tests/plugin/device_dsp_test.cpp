@@ -1,6 +1,7 @@
 #include "tests/support/comma_locale.h"
 #include "tests/support/recording_host.h"
 
+#include <array>
 #include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -227,6 +228,177 @@ TEST_F(Device, MacroSlotsWithUnknownTargetsAreSkipped) {
     device.SetParam(33, 0.5f, RawBase);
     device.SetParam(24, 0.375f, 0);
     EXPECT_EQ(device.GetParam(33, 0), 0.75f);
+}
+
+TEST_F(Device, EachMacroMovesItsOwnTargetsAndNoOthers) {
+    constexpr std::array<std::int32_t, 5> Targets{32, 133, 236, 337, 29};
+    for (std::size_t macro = 0; macro < 5; ++macro) {
+        device.AssignMacro(macro, Targets[macro], 0.75f);
+        device.SetParam(Targets[macro], 0.5f, RawBase);
+    }
+    for (std::size_t macro = 0; macro < 5; ++macro) {
+        device.SetParam(24 + static_cast<std::int32_t>(macro), 0.75f, 0);
+        for (std::size_t other = 0; other < 5; ++other) {
+            EXPECT_EQ(device.GetParam(Targets[other], 0), other <= macro ? 0.75f : 0.5f) << macro;
+            EXPECT_EQ(device.GetParam(Targets[other], BaseValue), 0.5f);
+        }
+    }
+}
+
+TEST_F(Device, EachMacroMovesItsTargetsWhoeverTurnsTheKnob) {
+    device.SetCurrentGroup(2);
+    for (std::size_t macro = 0; macro < 5; ++macro) {
+        const auto knob = 24 + static_cast<std::int32_t>(macro);
+        device.AssignMacro(macro, 33, 0.75f);
+        device.SetParam(33, 0.5f, RawBase);
+        effect.Set(104 + static_cast<std::int32_t>(macro), 0.75f); // the host
+        EXPECT_EQ(device.GetParam(33, 0), 0.75f) << macro;
+        device.SetParam(knob, 0.25f, Normalized | NotifyHost | GroupRelative); // the editor
+        EXPECT_EQ(device.GetParam(33, 0), 0.25f) << macro;
+        device.SetParam(knob, 0.5f, Normalized);
+        EXPECT_EQ(device.GetParam(33, 0), 0.5f) << macro;
+        device.AssignMacro(macro, 33, CMacro::NoSensitivity);
+    }
+    EXPECT_EQ(device.GetParam(233, 0), 1.0f) << "targets are absolute tags, whatever group is current";
+}
+
+TEST_F(Device, EverySlotOfAMacroMovesItsTarget) {
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        const auto knob = 24 + static_cast<std::int32_t>(macro);
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot) {
+            device.ClearMacros();
+            device.tags[macro][slot] = 33;
+            device.sensitivities[macro][slot] = 0.75f;
+            device.SetParam(33, 0.5f, RawBase);
+            device.SetParam(knob, 0.75f, 0);
+            ASSERT_EQ(device.GetParam(33, 0), 0.75f) << macro << " " << slot;
+            device.SetParam(knob, 0.5f, 0);
+            ASSERT_EQ(device.GetParam(33, 0), 0.5f) << macro << " " << slot;
+        }
+    }
+}
+
+TEST_F(Device, SlotsActInOrderSoThatTheLastOneOfATargetCounts) {
+    device.SetParam(33, 0.5f, RawBase);
+    for (const std::size_t slot : {3u, 8u, 63u}) {
+        device.tags[4][slot] = 33;
+        device.sensitivities[4][slot] = slot == 63 ? 0.75f : 0.0f;
+    }
+    device.SetParam(28, 0.625f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.5f + 0.125f * 4.0f * 0.25f);
+    // A macro in an earlier slot moves the target first, one in a later slot last.
+    device.ClearMacros();
+    device.AssignMacro(1, 33, 0.0f);
+    device.tags[0][5] = 25;
+    device.sensitivities[0][5] = 0.75f;
+    device.tags[0][6] = 33;
+    device.sensitivities[0][6] = 0.75f;
+    device.SetParam(24, 0.75f, 0);
+    EXPECT_EQ(device.GetParam(33, 0), 0.75f);
+    device.tags[0][6] = 25;
+    device.tags[0][5] = 33;
+    device.SetParam(24, 0.75f, 0); // macro 2 gets the offset 0.25 as its value, and gives (0.25 - 0.5) x -2
+    EXPECT_EQ(device.GetParam(33, 0), 1.0f);
+}
+
+TEST_F(Device, OffsetsOfMacrosAreComputedInDoublePrecision) {
+    int apart = 0;
+    device.AssignMacro(2, 33, 1.0f);
+    for (int i = 0; i < 50; ++i) {
+        for (int k = 0; k < 50; ++k) {
+            const float value = static_cast<float>(i) / 100.0f;
+            const float sensitivity = static_cast<float>(k) / 100.0f;
+            const auto offset = static_cast<float>(
+                (static_cast<double>(value) - 0.5) * 4.0 * (static_cast<double>(sensitivity) - 0.5));
+            apart += offset != (value - 0.5f) * 4.0f * (sensitivity - 0.5f) ? 1 : 0;
+            device.AssignMacro(2, 33, sensitivity);
+            device.SetParam(33, 0.0f, RawBase);
+            device.SetParam(26, value, 0);
+            ASSERT_EQ(device.GetParam(33, 0), offset) << value << " " << sensitivity;
+        }
+    }
+    EXPECT_GT(apart, 100) << "these values have to tell one precision from the other";
+}
+
+TEST_F(Device, SwitchesThatFollowAMacroAreOnUnlessTheOffsetIsZero) {
+    for (const std::int32_t tag : {16, 116, 19, 21, 322, 31, 34, 135}) {
+        device.ClearMacros();
+        device.AssignMacro(3, tag, 0.75f);
+        for (const float knob : {1.0f, 0.0f, 0.50001f}) {
+            device.SetParam(27, 0.5f, 0);
+            EXPECT_EQ(device.GetParam(tag, 0), 0.0f) << tag;
+            device.SetParam(27, knob, 0);
+            EXPECT_EQ(device.GetParam(tag, 0), 1.0f) << tag << " " << knob;
+        }
+        device.SetParam(27, 0.5f, 0);
+    }
+}
+
+TEST_F(Device, OversamplingThatFollowsAMacroTakesTheOffsetAsItsIndex) {
+    device.AssignMacro(0, 30, 1.0f);
+    const auto index = [this](float knob) {
+        device.SetParam(30, 3.0f, 0);
+        device.SetParam(24, knob, 0);
+        return device.GetParam(30, 0);
+    };
+    EXPECT_EQ(index(1.0f), 1.0f); // (1 - 0.5) x 4 x 0.5
+    EXPECT_EQ(index(0.99f), 0.0f);
+    EXPECT_EQ(index(0.5f), 0.0f);
+    EXPECT_EQ(index(0.0f), 0.0f);
+}
+
+TEST_F(Device, OffsetStaysWhenItsTargetIsNoLongerAssigned) {
+    for (const bool clears : {false, true}) {
+        device.ClearMacros();
+        device.AssignMacro(0, 33, 0.75f);
+        device.SetParam(33, 0.5f, RawBase);
+        device.SetParam(24, 0.75f, 0);
+        if (clears) {
+            device.ClearMacros();
+        } else {
+            device.AssignMacro(0, 33, CMacro::NoSensitivity);
+        }
+        EXPECT_EQ(device.GetParam(33, 0), 0.75f);
+        for (const float knob : {0.5f, 0.0f, 1.0f}) {
+            device.SetParam(24, knob, 0);
+            EXPECT_EQ(device.GetParam(33, 0), 0.75f) << "nothing moves it any more";
+        }
+        effect.Set(4, 0.25f);
+        EXPECT_EQ(device.GetParam(33, 0), 0.5f) << "the host's base lies under it";
+        EXPECT_EQ(effect.Get(4), 0.25f);
+        device.SetParam(33, 0.625f, Normalized);
+        EXPECT_EQ(device.GetParam(33, 0), 0.625f) << "the editor's value is the one that is heard";
+        EXPECT_EQ(effect.Get(4), 0.375f);
+    }
+}
+
+TEST_F(Device, GroupRelativeTagsAreNeverNegative) {
+    // 132 less 200, for example, would be a tag of another group if it were taken for a relative one.
+    for (int group = 0; group < 4; ++group) {
+        device.SetCurrentGroup(group);
+        for (std::int32_t tag = -400; tag < 0; ++tag) {
+            ASSERT_EQ(device.ResolveTag(tag, GroupRelative), tag);
+            device.SetParam(tag, 0.75f, GroupRelative | RawBase | NotifyHost);
+            ASSERT_EQ(device.GetParam(tag, GroupRelative), 0.0f) << tag;
+        }
+        for (const std::int32_t tag : {INT_MIN, INT_MIN + 100, INT_MAX, INT_MAX - 200}) {
+            ASSERT_EQ(device.ResolveTag(tag, GroupRelative), tag);
+        }
+    }
+    EXPECT_TRUE(host.calls.empty());
+    for (const std::int32_t tag : HostParamTable()) EXPECT_NE(device.GetParam(tag, BaseValue), 0.75f) << tag;
+}
+
+TEST_F(Device, TagsAreAbsoluteWithoutTheFlagAndRelativeWithIt) {
+    for (int group = 0; group < 4; ++group) {
+        device.SetCurrentGroup(group);
+        for (std::int32_t tag = 0; tag <= 337; ++tag) {
+            EXPECT_EQ(device.ResolveTag(tag, 0), tag);
+            const std::int32_t inGroup = 100 * group + tag;
+            EXPECT_EQ(
+                device.ResolveTag(tag, GroupRelative), HostIndexOf(inGroup) != NoHostIndex ? inGroup : tag);
+        }
+    }
 }
 
 TEST_F(Device, RoutingTextIsTheDefaultInEveryGroup) {
