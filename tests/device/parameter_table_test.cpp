@@ -3,6 +3,8 @@
 
 #include <array>
 #include <climits>
+#include <cmath>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -138,6 +140,49 @@ TEST(ParameterDisplays, FollowTheirLawsOverTheRange) {
     EXPECT_EQ(shown(100, 1.0f), "OS x8");
 }
 
+TEST(ParameterDisplays, AreComputedInDoublePrecisionAndRoundedOnce) {
+    // Beside positions whose text is about to change, single precision leads to another one.
+    struct SCase {
+        std::int32_t index;
+        double scale;
+        double offset;
+        int decimals;
+        const char* sign; ///< of values above 0
+    };
+    constexpr std::array<SCase, 7> Cases{{{0, 20.0, -20.0, 1, "+"}, {4, 30.0, -30.0, 1, "+"},
+        {16, 999.99, 0.01, 2, ""}, {20, 30.0, -30.0, 1, "+"}, {102, 48.0, -24.0, 1, "+"},
+        {103, 48.0, -24.0, 1, "+"}, {108, 200.0, -100.0, 0, "+"}}};
+    CHostedEffect effect(nullptr);
+    for (const SCase& law : Cases) {
+        const auto text = [&law](float shown) {
+            std::array<char, 32> digits{};
+            std::snprintf(digits.data(), digits.size(), "%s%.*f", shown > 0.0f ? law.sign : "", law.decimals,
+                static_cast<double>(shown));
+            return std::string(digits.data());
+        };
+        const auto shownAt = [&law](float x) {
+            return static_cast<float>(law.scale * static_cast<double>(x) + law.offset);
+        };
+        const auto singleAt = [&law](float x) {
+            return static_cast<float>(law.scale) * x + static_cast<float>(law.offset);
+        };
+        const double half = 0.5 * std::pow(10.0, -law.decimals);
+        int apart = 0;
+        for (int i = 0; apart < 5 && i < 100000; ++i) {
+            const double tie = law.offset + half * (2 * i + 1); // half a unit of the last digit
+            float x = std::nextafter(static_cast<float>((tie - law.offset) / law.scale), 0.0f);
+            for (int neighbour = 0; neighbour < 3; ++neighbour, x = std::nextafter(x, 1.0f)) {
+                const auto wanted = text(shownAt(x));
+                if (wanted == text(singleAt(x))) continue;
+                ++apart;
+                effect.Set(law.index, x);
+                EXPECT_EQ(effect.Display(law.index), wanted) << law.index << " at " << x;
+            }
+        }
+        EXPECT_GE(apart, 5) << law.index << ": there have to be such positions";
+    }
+}
+
 TEST(ParameterDisplays, ShowTheFinalValueNotTheBase) {
     CHostedEffect effect(nullptr);
     effect.Set(4, 0.5f);
@@ -167,10 +212,109 @@ TEST(ParameterDisplays, StayBoundedForAnyBase) {
     }
 }
 
-TEST(ParameterRows, DescribeTheEnginesLawsForPrograms) {
+TEST(ParameterRows, OfLinearLawsShowTheirRangeAsText) {
     for (const auto& row : ParameterRows()) {
         if (row.kind != EParameterKind::Continuous || row.law != EParameterLaw::Linear) continue;
         EXPECT_EQ(row.display.offset, row.minimum) << row.name;
         EXPECT_EQ(row.display.offset + row.display.scale, row.maximum) << row.name;
+    }
+}
+
+namespace {
+
+/// The real values that the engine makes of positions, measured on what comes out of an instance.
+class CMeasuredEngine final {
+public:
+    CMeasuredEngine() { effect.Dispatch(VST::effSetBlockSize, 0, Frames); }
+
+    void Set(std::int32_t tag, float position) { effect.Set(HostIndexOf(tag), position); }
+
+    /// Gain of a steady level in dB, once all ramps are over.
+    double GainDb(float level) {
+        std::vector<std::vector<float>> audio;
+        for (int block = 0; block < 400; ++block) {
+            audio.assign(2, std::vector<float>(Frames, level));
+            effect.Process(audio);
+        }
+        return 20.0 * std::log10(static_cast<double>(audio[0].back() / level));
+    }
+
+    /// How long the gain takes from `depth` below 1 to a tenth of that, in ms, from two points of its way up.
+    double ReleaseMs(double expectedMs) {
+        constexpr float Loud = 4.0f;
+        constexpr float Soft = 0.01f;
+        GainDb(Loud);
+        const auto distance = static_cast<std::size_t>(std::max(1.0, expectedMs * 44.1));
+        std::vector<double> below; // 1 - gain, per sample
+        while (below.size() < 1000 + distance) {
+            std::vector<std::vector<float>> audio(2, std::vector<float>(Frames, Soft));
+            effect.Process(audio);
+            for (const float x : audio[0]) below.push_back(1.0 - static_cast<double>(x / Soft));
+        }
+        // The loud samples that are on their way are limited to 1, a hundred times the soft level.
+        std::size_t start = 0;
+        while (start < below.size() && below[start] < 0.0) ++start;
+        start += 128; // past the edge and the window that smooths the gain
+        if (start + distance >= below.size()) return 0.0;
+        const double decades = std::log10(below[start] / below[start + distance]);
+        return static_cast<double>(distance) / 44.1 / decades;
+    }
+
+    CHostedEffect effect{nullptr};
+
+private:
+    static constexpr std::int32_t Frames = 64;
+};
+
+double RealValue(const SParameterRow& row, double position) {
+    return row.law == EParameterLaw::Linear ? row.minimum + position * (row.maximum - row.minimum)
+                                            : row.minimum * std::pow(row.maximum / row.minimum, position);
+}
+
+/// What the engine makes of a position of `row`'s parameter `tag`, in the row's unit.
+double EnginesValue(const SParameterRow& row, std::int32_t tag, float position) {
+    constexpr float Quiet = 0.001f;
+    CMeasuredEngine engine;
+    engine.GainDb(Quiet); // the ramps of a new instance are over
+    engine.Set(tag, position);
+    switch (row.firstTag) {
+    case 23: // main gains
+    case 29:
+    case 32: // input gain
+        return engine.GainDb(Quiet);
+    case 33: // threshold: the drive is its reciprocal
+        return -engine.GainDb(Quiet);
+    case 37: // ceiling: what a loud sound is limited to
+        return engine.GainDb(4.0f) + 20.0 * std::log10(4.0);
+    case 36: // release
+        return engine.ReleaseMs(RealValue(row, static_cast<double>(position)));
+    case FirstMacroTag: // percent of the whole way of a target with full sensitivity
+        engine.Set(33, 0.0f);
+        engine.effect.Device().AssignMacro(static_cast<std::size_t>(tag - FirstMacroTag), 33,
+            position < 0.5f ? 0.0f : 1.0f); // either way upwards
+        engine.Set(tag, position);
+        return (position < 0.5f ? -100.0 : 100.0) *
+               static_cast<double>(engine.effect.Device().GetParam(33, 0));
+    default:
+        ADD_FAILURE() << "no measurement for " << row.name;
+        return 0.0;
+    }
+}
+
+} // namespace
+
+TEST(ParameterRows, DescribeTheEnginesLawsForPrograms) {
+    for (const auto& row : ParameterRows()) {
+        if (row.kind != EParameterKind::Continuous) continue;
+        const bool timed = row.law == EParameterLaw::Exponential;
+        for (std::int32_t n = 0; n < row.count; ++n) {
+            for (const float position :
+                {0.5f, 0.6f, 0.75f, 0.875f, timed ? 0.7f : 0.0f, timed ? 0.8f : 1.0f}) {
+                const double wanted = RealValue(row, static_cast<double>(position));
+                EXPECT_NEAR(
+                    EnginesValue(row, row.firstTag + n, position), wanted, timed ? 0.02 * wanted : 2e-3)
+                    << row.name << n + 1 << " at " << position;
+            }
+        }
     }
 }
