@@ -137,6 +137,35 @@ TEST_F(LifeCycle, AProgramOutsideTheListEndsAsTheFirst) {
     EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
 }
 
+TEST_F(LifeCycle, ProgramCallsWorkWithoutADocumentsFolder) {
+    Utils::UseDocumentsFolder(u"");
+    Renew();
+    EXPECT_EQ(effect->Dispatch(VST::effGetProgram), 0);
+    EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "Default");
+    EXPECT_EQ(effect->Text(VST::effGetProgramNameIndexed, 0, 24), "Default");
+    EXPECT_EQ(effect->Text(VST::effGetProgramNameIndexed, 1, 24), "");
+    const auto before = Chunk(false);
+    for (const std::int32_t program : {0, 1, -1, 1000}) {
+        const auto present = effect->Dispatch(VST::effGetProgram);
+        effect->Dispatch(VST::effSetProgram, 0, program);
+        EXPECT_EQ(effect->Dispatch(VST::effGetProgram), present);
+        Device().SetProgramPlain(program);
+        EXPECT_EQ(effect->Dispatch(VST::effGetProgram), program < 0 ? -1 : 0);
+        Device().SetProgram(program, true);
+        EXPECT_EQ(effect->Dispatch(VST::effGetProgram), program < 0 ? -1 : 0);
+    }
+    EXPECT_EQ(Chunk(false), before) << "no program brings anything";
+    char name[] = "mine";
+    effect->Dispatch(VST::effSetProgramName, 0, 0, name);
+    EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "mine");
+    EXPECT_NE(Chunk(true).find("<patch_name>mine<"), std::string::npos);
+    EXPECT_FALSE(Gui().SaveAsDefault()) << "there is nowhere to save it";
+    EXPECT_FALSE(std::filesystem::exists("Kavelin"));
+    EXPECT_TRUE(dialogs.errors.empty());
+    Device().SetProgram(0, false);
+    EXPECT_EQ(effect->Dispatch(VST::effGetProgram), 0);
+}
+
 TEST_F(LifeCycle, SoloAndMuteAreTheParametersThemselves) {
     Device().Solo(2) = true;
     Device().Mute(1) = true;
@@ -150,6 +179,26 @@ TEST_F(LifeCycle, AChunkOfAnyOriginIsTrusted) {
         true));
     EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
     EXPECT_TRUE(dialogs.errors.empty());
+}
+
+TEST_F(LifeCycle, AChunkMayBeSetFromTheVeryBytesThatWereHandedOut) {
+    Device().SetParam(33, 0.25f, 0);
+    for (const std::int32_t isPreset : {0, 1}) {
+        void* data = nullptr;
+        const auto size = effect->Dispatch(VST::effGetChunk, isPreset, 0, &data);
+        std::string copy(static_cast<const char*>(data), static_cast<std::size_t>(size));
+        Device().SetParam(33, 0.75f, 0);
+        EXPECT_EQ(effect->Dispatch(VST::effSetChunk, isPreset, size, data), 1);
+        EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
+        EXPECT_EQ(std::string(static_cast<const char*>(data), copy.size()), copy) << "they stay as they are";
+        const auto state = Chunk(isPreset != 0);
+        CHostedEffect other(host.Callback());
+        EXPECT_EQ(other.Dispatch(VST::effSetChunk, isPreset, size, copy.data()), 1);
+        void* again = nullptr;
+        EXPECT_EQ(other.Dispatch(VST::effGetChunk, isPreset, 0, &again),
+            static_cast<std::intptr_t>(state.size() + 1));
+        EXPECT_STREQ(static_cast<const char*>(again), state.c_str()) << "no other state than from a copy";
+    }
 }
 
 TEST_F(LifeCycle, BankAndPresetChunksDiffer) {

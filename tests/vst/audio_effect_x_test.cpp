@@ -15,6 +15,35 @@ class Boundary : public testing::Test {
 protected:
     CRecordingHost host;
     CHostedEffect effect{host.Callback()};
+
+    /// All that a host or the editor can read of the instance, as bytes.
+    std::string Everything() {
+        std::string all(reinterpret_cast<const char*>(&effect.Record()), sizeof(AEffect));
+        const auto add = [&all](const auto& value) {
+            all.append(reinterpret_cast<const char*>(&value), sizeof(value));
+        };
+        for (const std::int32_t isPreset : {0, 1}) {
+            void* chunk = nullptr;
+            const auto size = effect.Dispatch(effGetChunk, isPreset, 0, &chunk);
+            all.append(static_cast<const char*>(chunk), static_cast<std::size_t>(size));
+        }
+        CDeviceDSP& device = effect.Device();
+        for (std::int32_t tag = -60; tag <= HighestTag; ++tag) {
+            add(device.GetParam(tag, 0));
+            add(device.GetParam(tag, BaseValue));
+        }
+        for (std::int32_t index = NoHostIndex; index < 109; ++index) add(device.IsEdited(index));
+        add(device.GetProgram());
+        add(device.GetHostBypass());
+        add(device.GetLatency());
+        add(device.GetCurrentGroup());
+        add(device.Channels());
+        VstSpeakerArrangement* in = nullptr;
+        VstSpeakerArrangement* out = nullptr;
+        add(effect.Dispatch(effGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&in), &out));
+        all += effect.Text(effGetProgramName, 0, 24);
+        return all;
+    }
 };
 
 } // namespace
@@ -42,19 +71,56 @@ TEST_F(Boundary, RecordIsFilledAsHostsReadIt) {
 }
 
 TEST_F(Boundary, OpcodesThatChangeNothingAnswerZero) {
+    effect.Set(4, 0.25f); // a state unlike that of a new instance
+    effect.Device().SetHostBypass(true);
+    effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 48000.0f);
+    const auto before = Everything();
+    host.calls.clear();
     for (const std::int32_t opcode :
-        {effOpen, effSetProgram, effSetProgramName, effSetSampleRate, effSetBlockSize, effMainsChanged,
-            effEditGetRect, effEditOpen, effEditClose, effEditIdle, effProcessEvents, effString2Parameter,
-            effGetInputProperties, effGetOutputProperties, effOfflineNotify, effOfflinePrepare, effOfflineRun,
-            effProcessVarIo, effSetBypass, effGetVendorVersion, effVendorSpecific, effGetTailSize,
-            effGetParameterProperties, effEditKeyDown, effEditKeyUp, effSetEditKnobMode,
-            effGetMidiProgramName, effGetMidiProgramCategory, effGetMidiKeyName, effHasMidiProgramsChanged,
-            effBeginSetProgram, effEndSetProgram, effShellGetNextPlugin, effStartProcess, effStopProcess,
-            effSetPanLaw, effSetProcessPrecision, effBeginLoadBank, effBeginLoadProgram,
-            effGetNumMidiInputChannels, effGetNumMidiOutputChannels}) {
-        EXPECT_EQ(effect.Dispatch(opcode), 0) << opcode;
-        EXPECT_EQ(effect.Dispatch(opcode, 1, 1, nullptr, 1.0f), 0) << opcode;
+        {effOpen, effSetProgram, effMainsChanged, effEditOpen, effEditClose, effEditIdle, effProcessEvents,
+            effString2Parameter, effGetInputProperties, effGetOutputProperties, effOfflineNotify,
+            effOfflinePrepare, effOfflineRun, effProcessVarIo, effSetBypass, effGetVendorVersion,
+            effVendorSpecific, effCanDo, effGetTailSize, effGetParameterProperties, effEditKeyDown,
+            effEditKeyUp, effSetEditKnobMode, effGetMidiProgramName, effGetMidiProgramCategory,
+            effGetMidiKeyName, effHasMidiProgramsChanged, effBeginSetProgram, effEndSetProgram,
+            effShellGetNextPlugin, effStartProcess, effStopProcess, effSetPanLaw, effSetProcessPrecision,
+            effBeginLoadBank, effBeginLoadProgram, effGetNumMidiInputChannels, effGetNumMidiOutputChannels}) {
+        std::array<char, 1024> memory; // the largest record that any of them could fill
+        memory.fill('#');
+        memory.back() = '\0'; // the end of a text
+        const auto untouched = memory;
+        for (const std::int32_t number : {0, 1, 8, 108, -1, INT_MAX}) {
+            EXPECT_EQ(effect.Dispatch(opcode, number, number), 0) << opcode;
+            EXPECT_EQ(effect.Dispatch(opcode, number, number, memory.data(), 1.0f), 0) << opcode;
+        }
+        EXPECT_EQ(memory, untouched) << opcode;
+        EXPECT_TRUE(host.calls.empty()) << opcode;
+        ASSERT_EQ(Everything(), before) << opcode;
+        host.calls.clear();
     }
+    // Nor has what can't be read changed: the sound is that of an instance without these calls.
+    CHostedEffect quiet(host.Callback());
+    quiet.Set(4, 0.25f);
+    quiet.Device().SetHostBypass(true);
+    quiet.Dispatch(effSetSampleRate, 0, 0, nullptr, 48000.0f);
+    for (const bool bypass : {true, false}) {
+        std::vector<std::vector<float>> sound(2, std::vector<float>(3000, 0.75f));
+        auto expected = sound;
+        effect.Device().SetHostBypass(bypass);
+        quiet.Device().SetHostBypass(bypass);
+        effect.Process(sound);
+        quiet.Process(expected);
+        EXPECT_EQ(sound, expected);
+    }
+}
+
+TEST_F(Boundary, CallsThatSetSomethingAnswerZero) {
+    char name[] = "name";
+    EXPECT_EQ(effect.Dispatch(effSetProgramName, 0, 0, name), 0);
+    EXPECT_EQ(effect.Text(effGetProgramName, 0, 24), "name");
+    EXPECT_EQ(effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 192000.0f), 0);
+    EXPECT_EQ(effect.Record().initialDelay, 256);
+    EXPECT_EQ(effect.Dispatch(effSetBlockSize, 0, 256), 0);
 }
 
 TEST_F(Boundary, OpcodesWithAFixedAnswerGiveIt) {
@@ -78,9 +144,9 @@ TEST_F(Boundary, UnknownAndRetiredOpcodesAnswerZero) {
 }
 
 TEST_F(Boundary, NullPointersWherePointersAreExpectedGiveADefinedAnswer) {
-    for (const std::int32_t opcode :
-        {effSetProgramName, effGetProgramName, effGetParamLabel, effGetParamDisplay, effGetParamName,
-            effGetChunk, effSetChunk, effSetSpeakerArrangement, effGetSpeakerArrangement, effCanDo}) {
+    for (const std::int32_t opcode : {effSetProgramName, effGetProgramName, effGetParamLabel,
+             effGetParamDisplay, effGetParamName, effGetChunk, effSetChunk, effSetSpeakerArrangement,
+             effGetSpeakerArrangement, effCanDo, effEditGetRect, effEditOpen}) {
         EXPECT_EQ(effect.Dispatch(opcode), 0) << opcode;
     }
     EXPECT_EQ(effect.Dispatch(effGetProgramNameIndexed), 1);
@@ -93,6 +159,39 @@ TEST_F(Boundary, NullPointersWherePointersAreExpectedGiveADefinedAnswer) {
     effect.Record().processReplacing(&effect.Record(), channels.data(), channels.data(), 4);
     effect.Record().processReplacing(&effect.Record(), channels.data(), nullptr, 4);
     EXPECT_EQ(samples[0], 1.0f) << "a block with a missing channel is left alone";
+}
+
+TEST_F(Boundary, BlocksWithoutSoundAreLeftAloneWhicheverPartIsMissing) {
+    CHostedEffect quiet(host.Callback());
+    std::array<float, 4> left{0.5f, 0.5f, 0.5f, 0.5f};
+    auto right = left;
+    auto leftOut = left;
+    auto rightOut = left;
+    const auto untouched = left;
+    std::array<float*, 2> inputs{left.data(), right.data()};
+    std::array<float*, 2> outputs{leftOut.data(), rightOut.data()};
+    const auto process = [this](float** in, float** out, std::int32_t frames) {
+        effect.Record().processReplacing(&effect.Record(), in, out, frames);
+    };
+    process(nullptr, outputs.data(), 4);
+    process(inputs.data(), nullptr, 4);
+    process(nullptr, nullptr, 4);
+    for (const std::int32_t frames : {0, -1, INT_MIN}) process(inputs.data(), outputs.data(), frames);
+    for (std::size_t channel = 0; channel < 2; ++channel) {
+        auto fewer = inputs;
+        fewer[channel] = nullptr;
+        process(fewer.data(), outputs.data(), 4);
+        fewer = outputs;
+        fewer[channel] = nullptr;
+        process(inputs.data(), fewer.data(), 4);
+    }
+    for (const auto& each : {left, right, leftOut, rightOut}) EXPECT_EQ(each, untouched);
+    // None of them has gone through the engine.
+    std::vector<std::vector<float>> sound(2, std::vector<float>(256, 0.75f));
+    auto expected = sound;
+    effect.Process(sound);
+    quiet.Process(expected);
+    EXPECT_EQ(sound, expected);
 }
 
 TEST_F(Boundary, EntriesWithoutARecordAnswerZero) {
