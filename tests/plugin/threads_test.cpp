@@ -8,9 +8,13 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
+#include <latch>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 using namespace KAV;
 using namespace KAV::Tests;
@@ -18,6 +22,60 @@ using namespace KAV::Tests;
 namespace {
 
 constexpr int Blocks = 400;
+/// So often each thread has to come round while all others are at work, before any of them may stop.
+constexpr int Rounds = 100;
+
+/// Threads that start together, and go on until each of them has done enough: a thread that the system starts
+/// late, or seldom runs, still meets all the others.
+class CTogether final {
+public:
+    /// `round` is called with 0, 1, 2 and so on. Threads are added before Run().
+    void Add(std::function<void(int)> round, int rounds = Rounds) {
+        _members.push_back({std::move(round), rounds});
+    }
+
+    void Run() {
+        std::latch start(static_cast<std::ptrdiff_t>(_members.size()));
+        std::atomic<std::size_t> busy{_members.size()};
+        std::vector<std::thread> threads;
+        for (const SMember& member : _members) {
+            threads.emplace_back([&start, &busy, &member] {
+                start.arrive_and_wait();
+                for (int n = 0; n < member.rounds || busy > 0; ++n) {
+                    member.round(n);
+                    if (n + 1 == member.rounds) --busy;
+                }
+            });
+        }
+        for (auto& thread : threads) thread.join();
+    }
+
+private:
+    struct SMember {
+        std::function<void(int)> round;
+        int rounds;
+    };
+    std::vector<SMember> _members;
+};
+
+/// A block of sound that one thread sends through an instance again and again.
+class CSound final {
+public:
+    CSound(CHostedEffect& effect, std::size_t frames) : _effect(effect), _frames(frames) {}
+    void operator()(int) {
+        _channels.assign(2, std::vector<float>(_frames));
+        for (auto& channel : _channels) {
+            for (std::size_t i = 0; i < _frames; ++i) channel[i] = std::sin(static_cast<float>(i) * 0.2f);
+        }
+        _effect.Process(_channels);
+        for (const float x : _channels[0]) EXPECT_TRUE(std::isfinite(x));
+    }
+
+private:
+    CHostedEffect& _effect;
+    std::size_t _frames;
+    std::vector<std::vector<float>> _channels;
+};
 
 } // namespace
 
@@ -27,17 +85,14 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
     CHostedEffect effect(host.Callback());
     CDeviceDSP& device = effect.Device();
     device.AssignMacro(0, 33, 1.0f);
-    std::atomic<bool> running{true};
-
-    std::vector<std::thread> writers;
+    CTogether threads;
     for (int writer = 0; writer < 3; ++writer) {
-        writers.emplace_back([&effect, &device, &running, writer] {
-            std::uint32_t step = static_cast<std::uint32_t>(writer) * 7919u;
-            while (running) {
+        threads.Add(
+            [&effect, &device, writer, step = static_cast<std::uint32_t>(writer) * 7919u](int) mutable {
                 step = step * 1664525u + 1013904223u;
                 const auto index = static_cast<std::int32_t>((step >> 8) % 109u);
                 const float value = static_cast<float>(step >> 16) / 65536.0f;
-                if (index == 100) continue; // the factor is a test of its own: it costs eight times the audio
+                if (index == 100) return; // the factor is a test of its own: it costs eight times the audio
                 switch (writer) {
                 case 0:
                     effect.Set(index, value);
@@ -62,61 +117,64 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
                     device.GroupsParallel() = value > 0.5f;
                     device.Simd() = value > 0.3f;
                 }
-            }
-        });
+            });
     }
-    std::thread audio([&effect, &running] {
-        std::vector<std::vector<float>> channels(2, std::vector<float>(128));
-        for (int block = 0; block < Blocks; ++block) {
-            for (auto& channel : channels) {
-                for (std::size_t i = 0; i < channel.size(); ++i)
-                    channel[i] = std::sin(static_cast<float>(i) * 0.2f);
-            }
-            effect.Process(channels);
-            for (const float x : channels[0]) EXPECT_TRUE(std::isfinite(x));
-        }
-        running = false;
-    });
-    audio.join();
-    for (auto& writer : writers) writer.join();
+    threads.Add(CSound(effect, 128), Blocks);
+    threads.Run();
 }
 
 TEST(Threads, RoutingIsSetWhileAudioRuns) {
     CHostedEffect effect(nullptr);
     CDeviceDSP& device = effect.Device();
-    std::atomic<bool> running{true};
-    std::thread editor([&] {
+    CTogether threads;
+    threads.Add([&device](int step) {
         const std::array<std::string, 4> documents{"<type>mid/side</type><map>0,1|*|1,0</map>",
             "<map>2147483647,-1|*|-2147483648,1</map>", "", "<map>1,-1|*|0,-1</map>"};
-        for (std::size_t step = 0; running; ++step) {
-            device.SetRouting(documents[step % 4], static_cast<int>(step / 4 % 4));
-            EXPECT_EQ(device.GetRouting(static_cast<int>(step / 4 % 4)), documents[step % 4]);
-        }
+        const auto& document = documents[static_cast<std::size_t>(step % 4)];
+        device.SetRouting(document, step / 4 % 4);
+        EXPECT_EQ(device.GetRouting(step / 4 % 4), document);
     });
-    for (int block = 0; block < Blocks; ++block) {
-        std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
-        effect.Process(channels);
-        for (const float x : channels[0]) EXPECT_LE(std::fabs(x), 1.0f);
-    }
-    running = false;
-    editor.join();
+    threads.Add(
+        [&effect](int) {
+            std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
+            effect.Process(channels);
+            for (const float x : channels[0]) EXPECT_LE(std::fabs(x), 1.0f);
+        },
+        Blocks);
+    threads.Run();
 }
 
 TEST(Threads, OversamplingIsSwitchedWhileLatencyIsAsked) {
     CHostedEffect effect(nullptr);
-    std::atomic<bool> running{true};
-    std::thread editor([&] {
-        int index = 0;
-        while (running) {
-            effect.Device().SetParam(30, static_cast<float>(index++ % 4), 0);
-            const int latency = effect.Device().GetLatency();
-            EXPECT_TRUE(latency == 64 || latency == 128 || latency == 256 || latency == 512) << latency;
-        }
+    CTogether threads;
+    threads.Add([&effect](int step) {
+        effect.Device().SetParam(30, static_cast<float>(step % 4), 0);
+        const int latency = effect.Device().GetLatency();
+        EXPECT_TRUE(latency == 64 || latency == 128 || latency == 256 || latency == 512) << latency;
     });
-    std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
-    for (int block = 0; block < Blocks; ++block) effect.Process(channels);
-    running = false;
-    editor.join();
+    threads.Add(CSound(effect, 64), Blocks);
+    threads.Run();
+}
+
+TEST(Threads, ProgramsAndGesturesAreChangedWhileOthersAsk) {
+    CHostedEffect effect(nullptr);
+    CDeviceDSP& device = effect.Device();
+    CTogether threads;
+    threads.Add([&device](int step) {
+        device.SetProgram(step % 2 == 0 ? -1 : 0, step % 3 == 0);
+        device.BeginEdit(33);
+        device.EndEdit(33);
+    });
+    for (int host = 0; host < 2; ++host) {
+        threads.Add([&effect, &device](int) {
+            const auto program = effect.Dispatch(VST::effGetProgram);
+            EXPECT_TRUE(program == 0 || program == -1) << program;
+            device.SetProgramPlain(0);
+            device.IsEdited(HostIndexOf(33));
+        });
+    }
+    threads.Run();
+    EXPECT_FALSE(device.IsEdited(HostIndexOf(33)));
 }
 
 TEST(Threads, InstancesOnDifferentThreadsDoNotMeet) {
@@ -136,48 +194,41 @@ TEST(Threads, InstancesOnDifferentThreadsDoNotMeet) {
 TEST(Threads, ChunksAndNamesAreSetWhileTheEditorAndAudioRun) {
     CHostedEffect effect(nullptr);
     CXXXGUI& gui = effect.Device().GUI();
-    std::atomic<bool> running{true};
-    std::vector<std::thread> threads;
+    CTogether threads;
     for (int host = 0; host < 2; ++host) {
-        threads.emplace_back([&effect, &running, host] {
+        threads.Add([&effect, host](int step) {
             const std::string other =
                 "<patch_format>textual</patch_format>\r\n<patch_name>other</patch_name>\r\n"
                 "<fx_names>x|*|y</fx_names><macro group=\"0\">33;1||24;0</macro>\r\n"
                 "<param tag=\"24\" >0.75</param>\r\n<kav_input_routing><fx>0</fx>"
                 "<map>1,-1</map><ch_names>Z</ch_names></kav_input_routing>";
-            for (int step = 0; running; ++step) {
-                void* data = nullptr;
-                // One asks for chunks, so that nobody frees what it copies; both set them.
-                const auto size = host == 0 ? effect.Dispatch(VST::effGetChunk, step % 2, 0, &data) : 0;
-                std::string chunk =
-                    size > 0 ? std::string(static_cast<const char*>(data), static_cast<std::size_t>(size))
-                             : other;
-                const auto length = static_cast<std::intptr_t>(chunk.size());
-                EXPECT_EQ(effect.Dispatch(VST::effSetChunk, step % 3, length, chunk.data()), 1);
-                std::string name = "name " + std::to_string(step);
-                effect.Dispatch(VST::effSetProgramName, 0, 0, name.data());
-                effect.Text(VST::effGetProgramName, 0, 24);
-                effect.Text(VST::effGetProgramNameIndexed, 0, 24);
-            }
+            void* data = nullptr;
+            // One asks for chunks, so that no other thread replaces what it copies; both set them.
+            const auto size = host == 0 ? effect.Dispatch(VST::effGetChunk, step % 2, 0, &data) : 0;
+            std::string chunk =
+                size > 0 ? std::string(static_cast<const char*>(data), static_cast<std::size_t>(size))
+                         : other;
+            const auto length = static_cast<std::intptr_t>(chunk.size());
+            EXPECT_EQ(effect.Dispatch(VST::effSetChunk, step % 3, length, chunk.data()), 1);
+            std::string name = "name " + std::to_string(step);
+            effect.Dispatch(VST::effSetProgramName, 0, 0, name.data());
+            effect.Text(VST::effGetProgramName, 0, 24);
+            effect.Text(VST::effGetProgramNameIndexed, 0, 24);
         });
     }
-    threads.emplace_back([&effect, &gui, &running] {
-        gui.EnableHistory(true);
-        for (int step = 0; running; ++step) {
-            gui.OnFrame(16);
-            gui.SetParameter(33, static_cast<float>(step % 10) / 10.0f);
-            gui.SwitchAB(static_cast<std::uint8_t>(step % 2));
-            gui.CopyAB();
-            if (step % 5 == 0) gui.Undo();
-            for (auto* const button : gui.FindAll<CFxBtn>()) button->SetText(u"group");
-            gui.FindAll<CFxBtn>()[static_cast<std::size_t>(step % 4)]->SetValue(1.0f, true);
-            effect.Set(4, 0.5f);
-        }
+    gui.EnableHistory(true);
+    threads.Add([&effect, &gui](int step) {
+        gui.OnFrame(16);
+        gui.SetParameter(33, static_cast<float>(step % 10) / 10.0f);
+        gui.SwitchAB(static_cast<std::uint8_t>(step % 2));
+        gui.CopyAB();
+        if (step % 5 == 0) gui.Undo();
+        for (auto* const button : gui.FindAll<CFxBtn>()) button->SetText(u"group");
+        gui.FindAll<CFxBtn>()[static_cast<std::size_t>(step % 4)]->SetValue(1.0f, true);
+        effect.Set(4, 0.5f);
     });
-    std::vector<std::vector<float>> channels(2, std::vector<float>(64, 0.25f));
-    for (int block = 0; block < Blocks; ++block) effect.Process(channels);
-    running = false;
-    for (auto& thread : threads) thread.join();
+    threads.Add(CSound(effect, 64), Blocks);
+    threads.Run();
     std::string sane = "<patch_format>textual</patch_format>\r\n<patch_name>sane</patch_name>";
     EXPECT_EQ(effect.Dispatch(VST::effSetChunk, 0, static_cast<std::intptr_t>(sane.size()), sane.data()), 1);
     EXPECT_EQ(effect.Text(VST::effGetProgramName, 0, 24), "sane");
