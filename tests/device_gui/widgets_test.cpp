@@ -4,6 +4,7 @@
 #include "device_gui/channel_button.h"
 #include "device_gui/fx_button.h"
 #include "device_gui/patch_display.h"
+#include "device_gui/routing_display.h"
 #include "gui/value_display.h"
 #include "tests/support/state_fixture.h"
 #include "utils/location.h"
@@ -208,4 +209,46 @@ TEST_F(Widgets, ANameTheHostSetsAgainLeavesThePatchsPlace) {
     effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
     EXPECT_EQ(patch.Item(), 1);
     EXPECT_EQ(Gui().CurrentPatch(), 1);
+}
+
+TEST_F(Widgets, ASizeNeedsAWidthAndAHeight) {
+    const std::pair<std::int32_t, std::int32_t> before{Gui().Width(), Gui().Height()};
+    for (const auto& [width, height] :
+        std::vector<std::pair<std::int32_t, std::int32_t>>{{900, 0}, {0, 700}, {900, -1}, {-1, 700}}) {
+        Gui().ResizeTo(width, height);
+        EXPECT_EQ(Gui().Width(), before.first) << width << " x " << height;
+        EXPECT_EQ(Gui().Height(), before.second) << width << " x " << height;
+    }
+    Gui().ResizeTo(1, 1);
+    EXPECT_EQ(Gui().Width(), 500);
+    EXPECT_EQ(Gui().Height(), 1);
+    VST::ERect* rectangle = nullptr;
+    effect->Dispatch(VST::effEditGetRect, 0, 0, &rectangle);
+    ASSERT_NE(rectangle, nullptr);
+    EXPECT_EQ(rectangle->left, 0);
+    EXPECT_EQ(rectangle->top, 0);
+    EXPECT_EQ(rectangle->right, 500);
+    EXPECT_EQ(rectangle->bottom, 1);
+}
+
+TEST_F(Widgets, WhatHasNoParameterBeginsAndEndsNoEditOfTheHosts) {
+    for (const char* const name : {"a.kvp", "b.kvp"})
+        WriteText(documents.Patch(name), "<patch_format>textual</patch_format>\r\n<plugin_id>1936683628</"
+                                         "plugin_id><patch_name></patch_name>");
+    for (const char* const name : {"a.kvt", "b.kvt"}) WriteText(documents.Routing(name), "<map>0,-1</map>");
+    Renew();
+    host.calls.clear();
+    Widget<CPatch>().Step(1);
+    Widget<CRouting>().Step(1);
+    EXPECT_EQ(Gui().PatchName(), u"b");
+    EXPECT_EQ(Gui().GetRouting(0), "<map>0,-1</map>");
+    EXPECT_EQ(host.Count(VST::audioMasterBeginEdit), 0u);
+    EXPECT_EQ(host.Count(VST::audioMasterEndEdit), 0u);
+}
+
+TEST_F(Widgets, AGroupThatIsTurnedOffStaysTheOneThatIsShown) {
+    Widget<CFxBtnCopy>().SetValue(1.0f, false);
+    Widget<CFxBtn>(0).SetValue(0.0f, false);
+    EXPECT_EQ(Device().GetCurrentGroup(), 0);
+    EXPECT_EQ(Widget<CFxBtnCopy>().Value(), 1.0f);
 }
