@@ -1,0 +1,137 @@
+// A host that answers what it is told with a call from another thread, and waits for that call, as one does
+// whose own lock is held. A lock of ours that is still held then never comes free: the test doesn't end.
+
+#include "device_gui/fx_button.h"
+#include "device_gui/patch_display.h"
+#include "device_gui/routing_display.h"
+#include "gui/value_display.h"
+#include "tests/support/state_fixture.h"
+
+#include <thread>
+
+using namespace KAV;
+using namespace KAV::Tests;
+
+namespace {
+
+class HostLock : public State {
+protected:
+    /// Runs an operation and counts what the host was told and could answer with a call of its own.
+    template<typename TOperation>
+    int Answered(TOperation operation) {
+        int answered = 0;
+        host.answer = [&](VST::AEffect*, std::int32_t, std::int32_t, void*, float) -> std::intptr_t {
+            if (answered < 3) { // of up to a hundred alike
+                std::thread([&] { answered += CallsBack() ? 1 : 0; }).join();
+            }
+            return 0;
+        };
+        operation();
+        host.answer = nullptr;
+        return answered;
+    }
+    bool CallsBack() {
+        void* data = nullptr;
+        return effect->Dispatch(VST::effGetChunk, 0, 0, &data) > 0;
+    }
+    void WritePatch(const std::string& name) {
+        WriteText(documents.Patch(name),
+            "<patch_format>textual</patch_format>\r\n<plugin_id>1936683628</plugin_id>\r\n<patch_name></"
+            "patch_name>\r\n<param tag=\"33\" >0.25</param>\r\n");
+    }
+    void WriteRouting(const std::string& name, const std::string& map) {
+        WriteText(documents.Routing(name),
+            "<kav_input_routing>\r\n\t<name></name>\r\n\t<map>" + map + "</map>\r\n</kav_input_routing>");
+    }
+};
+
+/// Boxes during which another thread asks for the state, and is waited for.
+class CBoxesThatWait final : public Utils::IDialogs {
+public:
+    explicit CBoxesThatWait(std::function<bool()> ask) : _ask(std::move(ask)) { Utils::UseDialogs(this); }
+    ~CBoxesThatWait() { Utils::UseDialogs(nullptr); }
+
+    std::u16string OpenFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
+    std::u16string SaveFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
+    void ShowError(std::u16string_view, std::u16string_view) noexcept override { Wait(); }
+
+    int answered = 0;
+
+private:
+    std::u16string Wait() noexcept {
+        std::thread([this] { answered += _ask() ? 1 : 0; }).join();
+        return {};
+    }
+
+    std::function<bool()> _ask;
+};
+
+} // namespace
+
+TEST_F(HostLock, IsNotHeldWhileAStepOfHistoryIsReported) {
+    Gui().EnableHistory(true);
+    Widget<GUI::CValueDisplay>(2).Step(1); // oversampling
+    Read("<param tag=\"33\" >0.25</param>");
+    EXPECT_EQ(Answered([this] { Gui().Undo(); }), 3) << "a patch";
+    EXPECT_EQ(Answered([this] { Gui().Undo(); }), 1) << "a widget";
+    EXPECT_EQ(Answered([this] { Gui().Redo(); }), 1);
+    EXPECT_EQ(Answered([this] { Gui().Redo(); }), 3);
+}
+
+TEST_F(HostLock, IsNotHeldWhileAnUndoneGroupIsReported) {
+    Gui().EnableHistory(true);
+    Gui().SetRouting("<map>0,-1|*|1,-1|*|2,-1</map>", 2);
+    Device().SetParam(202, 1.0f, 0);
+    Widget<CFxBtn>(2).SetValue(1.0f, true);
+    EXPECT_GE(Answered([this] { Gui().Undo(); }), 2); // the two buttons
+}
+
+TEST_F(HostLock, IsNotHeldWhileAnEditIsReported) {
+    EXPECT_EQ(Answered([this] { Widget<GUI::CValueDisplay>(2).Step(1); }), 3) << "begin, value, end";
+    EXPECT_GE(Answered([this] { Widget<CFxBtn>(1).SetValue(1.0f, true); }), 2);
+}
+
+TEST_F(HostLock, IsNotHeldWhileAPatchIsReported) {
+    for (const char* const name : {"a.kvp", "b.kvp"}) WritePatch(name);
+    Renew();
+    EXPECT_GE(Answered([this] { Gui().SelectPatch(1, true); }), 1);
+    EXPECT_GE(Answered([this] { Widget<CPatch>().Step(-1); }), 1);
+    EXPECT_GE(Answered([this] { Gui().OpenPatch(Utils::FromSystemPath(documents.Patch("b.kvp"))); }), 1);
+    Gui().SwitchAB(0);
+    EXPECT_EQ(Answered([this] { Gui().SwitchAB(1); }), 3);
+    EXPECT_EQ(Answered([this] { Gui().CopyGroup(0, 1); }), 3);
+    EXPECT_EQ(Answered([this] { SetChunk(Gui().PatchText(0), true); }), 3);
+}
+
+TEST_F(HostLock, IsNotHeldWhileTheChannelsOfARoutingAreReported) {
+    WriteRouting("a.kvt", "0,-1");
+    WriteRouting("b.kvt", "0,-1|*|1,-1");
+    Renew();
+    EXPECT_EQ(Answered([this] { Gui().SelectRouting(1, true); }), 3);
+    EXPECT_EQ(Answered([this] { Gui().SetRouting("<map>0,-1</map>", -1); }), 3);
+    EXPECT_EQ(Answered([this] { Gui().ApplyRouting(); }), 3);
+    EXPECT_EQ(Answered([this] { Widget<CRouting>().Step(-1); }), 3);
+    EXPECT_EQ(Answered([this] { Gui().SaveRouting(Utils::FromSystemPath(documents.Routing("c.kvt"))); }), 3);
+}
+
+TEST_F(HostLock, IsNotHeldWhileALatencyIsReported) {
+    EXPECT_EQ(Answered([this] { Gui().OnFrame(16); }), 1);
+}
+
+TEST_F(HostLock, IsNotHeldWhileABoxIsShown) {
+    WritePatch("a.kvp");
+    for (const char* const name : {"b.kvp", "c.fxp"}) {
+        WriteText(documents.Patch(name),
+            "<patch_format>textual</patch_format>\r\n<plugin_id>1</plugin_id>\r\n" + std::string(60, ' '));
+    }
+    Renew();
+    CBoxesThatWait boxes([this] { return CallsBack(); });
+    Gui().SavePatch({}, 0);
+    Gui().OpenPatch({});
+    Gui().SaveRouting({});
+    EXPECT_EQ(boxes.answered, 3) << "questions";
+    Gui().SelectPatch(1, false);
+    Widget<CPatch>().Step(1);
+    Gui().OpenPatch(Utils::FromSystemPath(documents.Patch("c.fxp")));
+    EXPECT_EQ(boxes.answered, 6) << "errors";
+}
