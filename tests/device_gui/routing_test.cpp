@@ -1,5 +1,6 @@
 #include "device/value_flags.h"
 #include "device_gui/channel_button.h"
+#include "device_gui/fx_button.h"
 #include "device_gui/routing_display.h"
 #include "routing/routing_record.h"
 #include "tests/support/state_fixture.h"
@@ -195,4 +196,55 @@ TEST_F(Routings, OldPatchesNameALayoutByItsPlace) {
     EXPECT_EQ(Gui().GetRouting(2),
         "<kav_input_routing>\r\n\t" + Document("Mid/Side", "0,-1|*|1,-1", "M|*|S").substr(21));
     EXPECT_EQ(Gui().GetRouting(3), PlainDefaultRouting()); // no such place, and a file that is missing
+}
+
+TEST_F(Routings, LabelsAreUtf8AndGoToHiddenButtonsToo) {
+    Gui().SetRouting(Document("\xC3\x9C", "0,-1", "\xC3\xA4|*||*|x"), 0);
+    EXPECT_EQ(Shown(), u"\u00DC");
+    EXPECT_EQ(Widget<CChannelBtn>(0).Text(), u"\u00E4");
+    EXPECT_EQ(Widget<CChannelBtn>(1).Text(), u"");
+    EXPECT_EQ(Widget<CChannelBtn>(2).Text(), u"x");
+    EXPECT_FALSE(Widget<CChannelBtn>(2).IsVisible());
+}
+
+TEST_F(Routings, AnEmptyDocumentLeavesTheChannelsAsTheyAre) {
+    Device().SetParam(9, 1.0f, 0);
+    Device().SetRouting("", 0);
+    host.calls.clear();
+    Gui().ApplyRouting();
+    EXPECT_EQ(Shown(), u"");
+    EXPECT_EQ(Widget<CChannelBtn>(0).Text(), u"L");
+    EXPECT_TRUE(Widget<CChannelBtn>(1).IsVisible());
+    EXPECT_EQ(Device().GetParam(9, 0), 1.0f);
+    EXPECT_TRUE(host.calls.empty());
+}
+
+TEST_F(Routings, OneOfMoreThanSixteenEntriesShowsSixteen) {
+    std::string map = "0,-1";
+    for (int n = 1; n < 20; ++n) map += "|*|" + std::to_string(n) + ",-1";
+    for (int n = 1; n <= 16; ++n) Device().SetParam(n, 1.0f, 0);
+    Gui().SetRouting(Document("twenty", map, ""), 0);
+    for (std::size_t n = 0; n < 16; ++n) {
+        EXPECT_TRUE(Widget<CChannelBtn>(n).IsVisible()) << n;
+        EXPECT_EQ(Device().GetParam(static_cast<std::int32_t>(n) + 1, 0), 1.0f) << n;
+    }
+}
+
+TEST_F(Routings, SavingChangesTheCurrentGroupAlone) {
+    Widget<CFxBtn>(2).SetValue(1.0f, false);
+    Gui().OnFrame(16);
+    Widget<CChannelBtn>(1).SetValue(1.0f, false);
+    Gui().SaveRouting(Utils::FromSystemPath(documents.Routing("Right.kvt")));
+    EXPECT_TRUE(dialogs.questions.empty());
+    EXPECT_NE(Gui().GetRouting(2).find("<map>1,-1</map>"), std::string::npos);
+    for (const int g : {0, 1, 3}) EXPECT_EQ(Gui().GetRouting(g), PlainDefaultRouting()) << g;
+    EXPECT_EQ(Widget<CRouting>().Items(), (std::vector<std::u16string>{u"Right", u"Not found"}));
+}
+
+TEST_F(Routings, OneSavedElsewhereIsNotSelected) {
+    const auto elsewhere = ScratchFolder() / "elsewhere.kvt";
+    Gui().SaveRouting(Utils::FromSystemPath(elsewhere));
+    EXPECT_TRUE(std::filesystem::exists(elsewhere));
+    EXPECT_EQ(Gui().GetRouting(0), PlainDefaultRouting());
+    EXPECT_EQ(Shown(), u"Not found");
 }
