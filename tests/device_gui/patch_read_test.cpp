@@ -304,3 +304,84 @@ TEST_F(PatchReader, IllFormedNamesAreEmpty) {
     EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"");
     EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"b");
 }
+
+// A group's name ends with the mark of an element's end, a patch's name with the mark of a beginning.
+TEST_F(PatchReader, NamesOfGroupsAndMacrosMayHoldABracket) {
+    Read("<fx_names>a<b|*|c>d</fx_names><macro_group_names>x<y|*|1</2</macro_group_names>");
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"a<b");
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"c>d");
+    EXPECT_EQ(Widget<CMacroBtn>(0).Text(), u"x<y");
+    EXPECT_EQ(Widget<CMacroBtn>(1).Text(), u"1");
+}
+
+TEST_F(PatchReader, ListsOfNamesThatAreEmptyOrCutOffAreNone) {
+    for (const char* const lines : {"", "<fx_names></fx_names><macro_group_names></macro_group_names>",
+             "<fx_names>x|*|y", "<macro_group_names>x", "<fx_name>x</fx_name>"}) {
+        Read(lines);
+        for (std::size_t g = 0; g < 4; ++g)
+            EXPECT_EQ(Widget<CFxBtn>(g).Text(), std::u16string(1, static_cast<char16_t>(u'1' + g))) << lines;
+        for (std::size_t m = 0; m < 5; ++m)
+            EXPECT_EQ(
+                Widget<CMacroBtn>(m).Text(), u"Macro " + std::u16string(1, static_cast<char16_t>(u'1' + m)))
+                << lines;
+    }
+}
+
+TEST_F(PatchReader, OfTwoListsOfNamesTheFirstCounts) {
+    Read("<fx_names>a</fx_names><fx_names>b</fx_names>");
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"a");
+}
+
+TEST_F(PatchReader, NamesAreDividedByTheirSeparatorAlone) {
+    Read("<fx_names>a||b|*c*|d|*||*|e</fx_names>");
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"a||b|*c*|d");
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"");
+    EXPECT_EQ(Widget<CFxBtn>(2).Text(), u"e");
+    EXPECT_EQ(Widget<CFxBtn>(3).Text(), u"4");
+}
+
+// No separator is written in front of the first name that isn't empty, so it moves to the front.
+TEST_F(PatchReader, EmptyNamesInFrontAreLostInAChunk) {
+    Widget<CFxBtn>(0).SetText(u"");
+    Widget<CFxBtn>(2).SetText(u"");
+    ASSERT_TRUE(SetChunk(Chunk(false), false));
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"2");
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"");
+    EXPECT_EQ(Widget<CFxBtn>(2).Text(), u"4");
+    EXPECT_EQ(Widget<CFxBtn>(3).Text(), u"4");
+}
+
+TEST_F(PatchReader, ReadingSelectsNoGroup) {
+    Device().SetCurrentGroup(1);
+    Read(Absolute + Param(17, "0") + Param(20, "1"));
+    EXPECT_EQ(Device().GetCurrentGroup(), 1) << "the next frame does";
+    Gui().OnFrame(16);
+    EXPECT_EQ(Device().GetCurrentGroup(), 3);
+}
+
+TEST_F(PatchReader, ASwitchIsOnWithAnyNumberBut0) {
+    const auto read = [this](const std::string& value) {
+        Read("<simd>" + value + "</simd><groups_parallel>" + value + "</groups_parallel><agc_filter>" +
+                 value + "</agc_filter><host_bypass>" + value + "</host_bypass>",
+            255);
+        const bool isOn = Device().Simd();
+        EXPECT_EQ(Device().GroupsParallel(), isOn) << value;
+        EXPECT_EQ(Device().AutoGain().filter != 0, isOn) << value;
+        EXPECT_EQ(Device().GetHostBypass(), isOn) << value;
+        return isOn;
+    };
+    EXPECT_TRUE(read("2"));
+    EXPECT_FALSE(read("0"));
+    EXPECT_TRUE(read("-1"));
+    EXPECT_FALSE(read("off"));
+    EXPECT_TRUE(read("256"));
+}
+
+TEST_F(PatchReader, AChunkWithoutDataIsNone) {
+    std::string chunk = Chunk(false);
+    EXPECT_EQ(effect->Dispatch(VST::effSetChunk, 0, 100, nullptr), 0);
+    EXPECT_EQ(effect->Dispatch(VST::effSetChunk, 0, 0, chunk.data()), 0);
+    chunk.replace(0, 4, "<abc");
+    EXPECT_FALSE(SetChunk(chunk, false));
+    EXPECT_EQ(Chunk(false), SPlainPatch().Text(191));
+}

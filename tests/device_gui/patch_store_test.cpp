@@ -1,5 +1,7 @@
 // Patches as files of a user.
 
+#include "device_gui/fx_button.h"
+#include "device_gui/macro_button.h"
 #include "device_gui/patch_display.h"
 #include "tests/support/state_fixture.h"
 
@@ -84,6 +86,17 @@ TEST_F(PatchStore, AUsersChoiceLeavesTheSettingsAlone) {
     EXPECT_EQ(Gui().Width(), 754);
     EXPECT_FALSE(Device().Simd());
     EXPECT_EQ(Device().AutoGain().rmsTime, 2000.0);
+}
+
+TEST_F(PatchStore, TheNextPatchLeavesTheSettingsAlone) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.25", "x", "<gui_width>900</gui_width>\r\n<groups_parallel>1</groups_parallel>");
+    Renew();
+    Display().Step(1);
+    EXPECT_EQ(Threshold(), 0.25f);
+    EXPECT_EQ(Threshold(1), 0.5f) << "and the groups that aren't shown";
+    EXPECT_EQ(Gui().Width(), 754);
+    EXPECT_FALSE(Device().GroupsParallel());
 }
 
 TEST_F(PatchStore, AnFxpOfTheSameNameWins) {
@@ -245,6 +258,93 @@ TEST_F(PatchStore, SaveAsDefaultReplacesTheFirstPatchWithoutAQuestion) {
     EXPECT_TRUE(Device().Simd());
 }
 
+TEST_F(PatchStore, TheDefaultHoldsParametersMacrosAndSettingsAndNothingElse) {
+    Gui().SetPatchName(u"As it was called");
+    Device().SetParam(137, 0.25f, 0);
+    Device().AssignMacro(3, 133, 0.75f);
+    Device().SetHostBypass(true);
+    Gui().SetRouting("<kav_input_routing>\r\n\t<map>5,-1</map>\r\n</kav_input_routing>", 2);
+    Widget<CFxBtn>(1).SetText(u"Drums");
+    Widget<CMacroBtn>(0).SetText(u"Push");
+    Gui().ResizeTo(900, 660);
+    Device().Simd() = true;
+    Device().GroupsParallel() = true;
+    auto& settings = Device().AutoGain();
+    settings.filter = 0;
+    settings.suspendLevel = -30.5;
+    settings.rmsTime = 600.0;
+    settings.tolerance = 2.0;
+    settings.maximumGain = 3.0;
+    settings.maximumCut = 4.0;
+    EXPECT_TRUE(Gui().SaveAsDefault());
+    SPlainPatch plain;
+    plain.name = "As it was called";
+    plain.values[137] = 0.25;
+    plain.macros[3] = {{133, 0.75}};
+    plain.hostBypass = 1;
+    plain.macroNames[0] = "Push";
+    plain.width = 900;
+    plain.simd = 1;
+    plain.parallel = 1;
+    plain.filter = 0;
+    plain.suspend = -30.5;
+    plain.rms = 600;
+    plain.tolerance = 2;
+    plain.gainMax = 3;
+    plain.gainMin = 4;
+    const auto file = ReadText(documents.Patch("- Full Reset -.kvp"));
+    EXPECT_EQ(file, plain.Text(188) + '\0');
+    for (const char* const element : {"<fx_names", "<kav_input_routing", "<fx>"})
+        EXPECT_EQ(file.find(element), std::string::npos) << element;
+    EXPECT_EQ(Gui().PatchName(), u"- Full Reset -");
+    EXPECT_EQ(Gui().CurrentPatch(), 0);
+
+    Renew(); // a new instance has all of that, and neither the routing nor the groups' names
+    plain.name = "- Full Reset -";
+    EXPECT_EQ(Chunk(false), plain.Text(191));
+}
+
+TEST_F(PatchStore, AnOpenedFileBringsNoSettings) {
+    Write("b.kvp", "0.25", "x",
+        "<gui_width>900</gui_width>\r\n<simd>1</simd>\r\n<groups_parallel>1</groups_parallel>\r\n"
+        "<agc_filter>0</agc_filter>\r\n<agc_suspend>-30</agc_suspend>\r\n<agc_rms>600</agc_rms>\r\n"
+        "<agc_tolerance>2</agc_tolerance>\r\n<agc_gain_max>3</agc_gain_max>\r\n"
+        "<agc_gain_min>4</agc_gain_min>\r\n");
+    EXPECT_TRUE(Gui().OpenPatch(Path("b.kvp")));
+    SPlainPatch plain;
+    plain.name = "b";
+    plain.values[33] = 0.25;
+    EXPECT_EQ(Chunk(false), plain.Text(191));
+}
+
+TEST_F(PatchStore, AnOpenedFileBringsTheNamesAndRoutingsThatItHolds) {
+    Write("b.kvp", "0.25", "x",
+        "<fx_names>Drums</fx_names>\r\n<kav_input_routing>\r\n\t<fx>2</fx>\r\n<map>5,-1</"
+        "map></kav_input_routing>\r\n");
+    EXPECT_TRUE(Gui().OpenPatch(Path("b.kvp")));
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"Drums");
+    EXPECT_EQ(Gui().GetRouting(2), "<kav_input_routing>\r\n\t<map>5,-1</map></kav_input_routing>");
+}
+
+TEST_F(PatchStore, AFileThatTheUserSavedLeavesRoutingsNamesAndSettingsAsTheyAre) {
+    EXPECT_TRUE(Gui().SavePatch(Path("mine.kvp"), 0));
+    SPlainPatch plain;
+    plain.routings[2] = "<kav_input_routing>\r\n\t<map>5,-1</map>\r\n</kav_input_routing>";
+    Gui().SetRouting(plain.routings[2], 2);
+    plain.groupNames[1] = "Drums";
+    Widget<CFxBtn>(1).SetText(u"Drums");
+    plain.width = 900;
+    Gui().ResizeTo(900, 660);
+    plain.simd = plain.parallel = 1;
+    Device().Simd() = true;
+    Device().GroupsParallel() = true;
+    plain.filter = 0;
+    Device().AutoGain().filter = 0;
+    EXPECT_TRUE(Gui().OpenPatch(Path("mine.kvp")));
+    plain.name = "mine";
+    EXPECT_EQ(Chunk(false), plain.Text(191));
+}
+
 TEST_F(PatchStore, OpeningTakesTwoExtensionsOnly) {
     Write("a.txt", "0.5");
     Write("b.KVP", "0.25");
@@ -283,4 +383,45 @@ TEST_F(PatchStore, TheHostNamesThePresentPatchAndReadsTheList) {
     EXPECT_EQ(Gui().CurrentPatch(), 2);
     effect->Dispatch(VST::effSetProgramName, 0, 0, nullptr);
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "none of the list");
+}
+
+TEST_F(PatchStore, AnEmptyFileNamedDefaultGivesTheFixedText) {
+    WriteText(documents.Patch("Default.kvp"), "");
+    WriteText(documents.Patch("default.txt"), "");
+    Renew();
+    EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"Default"});
+    EXPECT_EQ(Gui().PatchName(), u"No KVP patches found!");
+}
+
+TEST_F(PatchStore, TheListHasNoNameBelow0) {
+    EXPECT_EQ(Gui().PatchNameAt(-1), u"");
+    EXPECT_EQ(Gui().PatchNameAt(0), u"Default");
+    EXPECT_EQ(Gui().PatchNameAt(1), u"");
+}
+
+TEST_F(PatchStore, AFileSavedElsewhereGivesThePatchItsNameAndIsNotInTheList) {
+    Write("a.kvp", "0.5");
+    Renew();
+    const auto elsewhere = ScratchFolder() / "elsewhere.kvp";
+    EXPECT_TRUE(Gui().SavePatch(Utils::FromSystemPath(elsewhere), 0));
+    EXPECT_TRUE(std::filesystem::exists(elsewhere));
+    EXPECT_EQ(Gui().PatchName(), u"elsewhere");
+    EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"a"});
+    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_TRUE(Gui().OpenPatch(Utils::FromSystemPath(elsewhere)));
+}
+
+TEST_F(PatchStore, ANameWithADotIsNoExtension) {
+    for (const char* const name : {"5.1 mix", "6.0.kvp", "7.1.KVP"})
+        EXPECT_TRUE(Gui().SavePatch(Path(name), 0));
+    EXPECT_EQ(Display().Items(), (std::vector<std::u16string>{u"5.1 mix", u"6.0", u"7.1"}));
+    EXPECT_EQ(Gui().PatchName(), u"7.1");
+    EXPECT_EQ(Gui().CurrentPatch(), 2);
+}
+
+TEST_F(PatchStore, OpeningAsksInTheFolderOfPatchesAndProposesNoName) {
+    Gui().OpenPatch({});
+    ASSERT_EQ(dialogs.questions.size(), 1u);
+    EXPECT_EQ(dialogs.questions[0].folder, PatchFolder());
+    EXPECT_EQ(dialogs.questions[0].name, u"");
 }

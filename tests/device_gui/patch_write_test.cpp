@@ -140,3 +140,16 @@ TEST_F(PatchWriter, HostsChunkOutlivesEverythingElseThatIsWritten) {
     Gui().SwitchAB(0);
     EXPECT_EQ(std::string(static_cast<const char*>(data), size), before);
 }
+
+TEST_F(PatchWriter, TextStaysUntilTheNextOneIsAskedFor) {
+    const char* text = nullptr;
+    const auto size = Gui().WritePatch(&text, 0);
+    const std::string before(text, size);
+    Gui().EnableHistory(true);
+    Read("<patch_name>Another</patch_name>\r\n<param tag=\"33\" >0.1</param>");
+    Gui().Undo();
+    Gui().CopyAB();
+    Gui().SwitchAB(0);
+    Chunk(false);
+    EXPECT_EQ(std::string(text, size), before);
+}

@@ -1,3 +1,4 @@
+#include "device_gui/fx_button.h"
 #include "tests/support/state_fixture.h"
 
 using namespace KAV;
@@ -75,4 +76,50 @@ TEST_F(Sides, AreNotPartOfAChunk) {
     Threshold(0.5f);
     Gui().SwitchAB(0);
     EXPECT_EQ(Threshold(), 0.5f);
+}
+
+TEST_F(Sides, LeaveTheGroupsNamesAndTheSettingsAlone) {
+    Gui().SwitchAB(0);
+    Widget<CFxBtn>(1).SetText(u"Drums");
+    Gui().ResizeTo(900, 660);
+    Device().Simd() = true;
+    Device().GroupsParallel() = true;
+    Device().AutoGain().rmsTime = 600.0;
+    Gui().SwitchAB(1);
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"Drums");
+    EXPECT_EQ(Gui().Width(), 900);
+    EXPECT_TRUE(Device().Simd());
+    EXPECT_TRUE(Device().GroupsParallel());
+    EXPECT_EQ(Device().AutoGain().rmsTime, 600.0);
+}
+
+TEST_F(Sides, AreWholeStatesOfAllGroups) {
+    Device().SetParam(333, 0.25f, 0);
+    Device().AssignMacro(4, 133, 0.75f);
+    Gui().SetPatchName(u"One");
+    Gui().SwitchAB(0);
+    Device().SetParam(333, 0.5f, 0);
+    Device().ClearMacros();
+    Gui().SetPatchName(u"Two");
+    Gui().SwitchAB(1);
+    EXPECT_EQ(Device().GetParam(333, 0), 0.25f);
+    EXPECT_EQ(Device().tags[4][0], 133);
+    EXPECT_EQ(Gui().PatchName(), u"One");
+    Gui().SwitchAB(0);
+    EXPECT_EQ(Device().GetParam(333, 0), 0.5f);
+    EXPECT_EQ(Device().tags[4][0], CMacro::NoTag);
+    EXPECT_EQ(Gui().PatchName(), u"Two");
+}
+
+TEST_F(Sides, TheLastCopyIsTheOtherSide) {
+    Threshold(0.25f);
+    Gui().CopyAB();
+    Threshold(0.5f);
+    Gui().CopyAB();
+    EXPECT_EQ(Threshold(), 0.5f);
+    Threshold(0.75f);
+    Gui().SwitchAB(0);
+    EXPECT_EQ(Threshold(), 0.5f);
+    Gui().SwitchAB(1);
+    EXPECT_EQ(Threshold(), 0.75f);
 }
