@@ -176,3 +176,41 @@ TEST(CopyGroup, MovesTheParametersOfOneGroupToAnother) {
     EXPECT_EQ(CopyGroup(text, 1, 0, IsParameter), "head\r\n" + param(32, "Input Gain (2)") + "tail\r\n");
     EXPECT_EQ(CopyGroup(text, 3, 0, IsParameter), "head\r\ntail\r\n");
 }
+
+TEST(CopyGroup, AParameterThatTheTargetLacksKeepsItsNumberInTheFirstGroup) {
+    EXPECT_EQ(CopyGroup("<param tag=\"138\" >0.5</param>", 1, 2, IsParameter),
+        "<param tag=\"38\" >0.5</param>\r\n");
+}
+
+TEST(CopyGroup, KeepsEveryLineThatIsNoParameter) {
+    const std::string text = "<multi_fx>true</multi_fx>\r\n<host_bypass>1</host_bypass>\r\n\r\n<param>\r\n"
+                             "<macro group=\"0\">33;0.750</macro>";
+    EXPECT_EQ(CopyGroup(text, 0, 2, IsParameter), text + "\r\n");
+    EXPECT_EQ(CopyGroup("", 0, 2, IsParameter), "");
+}
+
+TEST(CopyGroup, DropsAParameterWithoutANumberAndTheChannels) {
+    for (const char* const line : {"<param >0.5</param>", "<param tag=\"\" >0.5</param>",
+             "<param tag=\"232\" namew=\"ToolCh1 (3)\" >1</param>", "<param tag=\"30\" >1</param>"}) {
+        EXPECT_EQ(CopyGroup(line, 2, 1, IsParameter), "") << line;
+        EXPECT_EQ(CopyGroup(line, 0, 1, IsParameter), "") << line;
+    }
+}
+
+TEST(PatchFile, WithAnEmptyNameIsNamedLikeItsFileToo) {
+    EXPECT_EQ(TextFromFile("<plugin_id>1936683628</plugin_id><patch_name></patch_name>", "B"),
+        "<plugin_id>1936683628</plugin_id><patch_name>B</patch_name>");
+}
+
+TEST(FxpFile, IsOfThisPlugInByItsFourLettersAlone) {
+    Bytes file(60, '?'); // none of the other fields counts
+    for (std::size_t i = 0; i < 4; ++i) file[16 + i] = "sorl"[i];
+    EXPECT_TRUE(IsFxpOfOurs(file));
+    for (std::size_t i = 0; i < 4; ++i) {
+        auto other = file;
+        other[16 + i] = 'x';
+        EXPECT_FALSE(IsFxpOfOurs(other)) << i;
+    }
+    file.pop_back();
+    EXPECT_FALSE(IsFxpOfOurs(file));
+}

@@ -98,3 +98,44 @@ TEST(RoutingBlocks, EndWhereOneIsNotWhole) {
     EXPECT_EQ(blocks.Group(), "");
     EXPECT_FALSE(blocks.Next());
 }
+
+TEST(RoutingBlocks, EveryOpeningOfADocumentCarriesTheNumber) {
+    EXPECT_EQ(RoutingBlock("<kav_input_routing>a<kav_input_routing>b</kav_input_routing>", 3),
+        "<kav_input_routing>\r\n\t<fx>3</fx>a<kav_input_routing>\r\n\t<fx>3</fx>b</kav_input_routing>\r\n");
+    EXPECT_EQ(RoutingBlock("no opening", 3), "no opening\r\n");
+    EXPECT_EQ(RoutingBlock("", 3), "\r\n");
+}
+
+TEST(RoutingBlocks, LoseTheLinesOfTheirOwnNumberAlone) {
+    const std::string text = "<kav_input_routing>\r\n\t<fx>1</fx>\r\n<fx>2</fx>\r\n<fx>1</fx>\r\n<fx>1</fx>"
+                             "</kav_input_routing>";
+    CRoutingBlocks blocks(text);
+    ASSERT_TRUE(blocks.Next());
+    EXPECT_EQ(blocks.Group(), "1");
+    EXPECT_EQ(blocks.Document(), "<kav_input_routing>\r\n\t<fx>2</fx>\r\n<fx>1</fx></kav_input_routing>");
+}
+
+TEST(RoutingBlocks, TheNumberOfOneIsNotLookedForInTheNext) {
+    const std::string text =
+        "<kav_input_routing></kav_input_routing><kav_input_routing><fx>2</fx></kav_input_routing>";
+    CRoutingBlocks blocks(text);
+    ASSERT_TRUE(blocks.Next());
+    EXPECT_EQ(blocks.Group(), "");
+    ASSERT_TRUE(blocks.Next());
+    EXPECT_EQ(blocks.Group(), "2");
+}
+
+TEST(MacroLine, IsFoundByItsNumberWhereverItStands) {
+    const std::string text =
+        "<macro group=\"4\">4;1</macro><macro group=\"0\" x>no</macro>\r\n<macro group=\"2\">2;1";
+    EXPECT_EQ(MacroTargets(text, 4), "4;1");
+    EXPECT_EQ(MacroTargets(text, 1), "");
+    EXPECT_EQ(MacroTargets(text, 2), "") << "cut off";
+}
+
+TEST(ParamLine, ANameIsNotNeeded) {
+    const auto line = ReadParamLine("<param tag=\"33\" >0.5</param>");
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->name, "");
+    EXPECT_EQ(line->rawValue, "0.5");
+}

@@ -70,3 +70,18 @@ TEST(LegacyRoutingName, CountsFromMonoToSixteen) {
     EXPECT_EQ(LegacyRoutingName(-1), "");
     EXPECT_EQ(LegacyRoutingName(44), "");
 }
+
+TEST(LegacyRoutingName, AllHaveThePlacesThatOldPatchesCountOn) {
+    constexpr std::string_view Names =
+        "Mono||Dual Mono||Stereo||Mid/Side||LRS||LCR||LRCS||Quad||Pentagonal||5.0||Hexagonal||5.1||6.0||6.0 "
+        "(Music)||"
+        "5.0.2||6.1||6.1 (Music)||7.0||7.0 (SDDS)||5.1.2||8 Multi||Octagonal||7.1||7.1 (SDDS)||8 "
+        "Cube||5.0.4||7.0.2||"
+        "8.1 (Music)||5.0.5||5.1.4||7.1.2||10.0 (Auro)||5.1.5||7.0.4||10.1 "
+        "(Auro)||5.1.6||7.0.5||7.1.4||7.1.5||9.0.4||"
+        "9.1.4||9.0.6||9.1.6||16 Multi (Pair)";
+    std::ptrdiff_t place = 0;
+    for (Utils::CPieces names(Names, "||"); names.Next(); ++place)
+        EXPECT_EQ(LegacyRoutingName(place), names.Piece()) << place;
+    EXPECT_EQ(place, 44);
+}
