@@ -241,10 +241,39 @@ TEST_F(Routings, SavingChangesTheCurrentGroupAlone) {
     EXPECT_EQ(Widget<CRouting>().Items(), (std::vector<std::u16string>{u"Right", u"Not found"}));
 }
 
+TEST_F(Routings, ChannelsLeaveTheGroupThatIsShown) {
+    Widget<CFxBtn>(2).SetValue(1.0f, false);
+    for (int g = 0; g < 4; ++g) {
+        for (int n = 1; n <= 16; ++n) Device().SetParam(n + 100 * g, 1.0f, 0);
+    }
+    Gui().SetRouting(Document("one", "0,-1", ""), -1);
+    for (int g = 0; g < 4; ++g) {
+        for (int n = 1; n <= 16; ++n)
+            EXPECT_EQ(Device().GetParam(n + 100 * g, 0), g == 2 && n > 1 ? 0.0f : 1.0f) << n << " of " << g;
+    }
+}
+
+TEST_F(Routings, TheListIsJudgedAnewWhenItChanges) {
+    WriteText(documents.Routing("Quad.kvt"), Document("Quad", "0,-1|*|1,-1|*|2,-1|*|3,-1", ""));
+    Renew();
+    auto& display = Widget<CRouting>();
+    EXPECT_FALSE(display.IsItemEnabled(0));
+    EXPECT_TRUE(display.IsItemEnabled(1));
+    for (const char* const name : {"Aa.kvt", "Zz.kvt"})
+        Gui().SaveRouting(Utils::FromSystemPath(documents.Routing(name)));
+    ASSERT_EQ(display.Items(), (std::vector<std::u16string>{u"Aa", u"Quad", u"Zz", u"Not found"}));
+    EXPECT_TRUE(display.IsItemEnabled(0));
+    EXPECT_FALSE(display.IsItemEnabled(1));
+    EXPECT_TRUE(display.IsItemEnabled(2));
+    EXPECT_TRUE(display.IsItemEnabled(3));
+}
+
 TEST_F(Routings, OneSavedElsewhereIsNotSelected) {
+    Gui().SetRouting(Document("Mine", "0,-1", ""), 0);
+    const auto before = Gui().GetRouting(0);
     const auto elsewhere = ScratchFolder() / "elsewhere.kvt";
     Gui().SaveRouting(Utils::FromSystemPath(elsewhere));
     EXPECT_TRUE(std::filesystem::exists(elsewhere));
-    EXPECT_EQ(Gui().GetRouting(0), PlainDefaultRouting());
-    EXPECT_EQ(Shown(), u"Not found");
+    EXPECT_EQ(Gui().GetRouting(0), before);
+    EXPECT_EQ(Shown(), u"Mine");
 }
