@@ -5,6 +5,7 @@
 #include "utils/session_log.h"
 #include "utils/system_description.h"
 #include "utils/text.h"
+#include "utils/unsent_log.h"
 #include "utils/web_address.h"
 
 #include <atomic>
@@ -15,9 +16,17 @@ namespace {
 
 std::atomic<bool> sent{false}; // by any instance of this process, or at least tried
 
+/// Any of these means that the server has the log, whether or not it had something to say about it.
+bool IsSuccess(std::int32_t a_nStatus) noexcept {
+    return a_nStatus >= 200 && a_nStatus < 300;
+}
+
 std::u16string Body(std::u16string_view a_sLog) {
+    const auto log = Utils::ToUtf8(a_sLog);
+    const auto end =
+        Utils::LastLines(log, Utils::LongestUnsentLog); // repaired text is longer than what was kept
     return u"app=" + std::u16string(Utils::ProductName) + u" " + Utils::MachineId() + u"&content=" +
-           Utils::ToUtf16(Utils::PercentEncoded(Utils::ToUtf8(a_sLog)));
+           Utils::ToUtf16(Utils::PercentEncoded(end));
 }
 
 } // namespace
@@ -25,7 +34,11 @@ std::u16string Body(std::u16string_view a_sLog) {
 CErrorReport::CErrorReport(const Utils::SMakerService& a_psService) : _sService(a_psService) {}
 
 void CErrorReport::Start() noexcept {
-    if (!_sService.origin.empty()) _iThread.Start();
+    if (_sService.origin.empty()) {
+        Utils::DropUnsentLog(); // no later process could send it either
+    } else {
+        _iThread.Start();
+    }
 }
 
 void CErrorReport::Stop() noexcept {
@@ -34,8 +47,9 @@ void CErrorReport::Stop() noexcept {
 
 void CErrorReport::OnThread(Utils::CThread* a_piThread) {
     if (a_piThread != &_iThread || sent || !_iThread.running) return;
-    const auto log = Utils::PreviousLog();
+    const auto log = Utils::UnsentLog();
     const auto address = Utils::LogAddress(_sService);
+    if (address.empty()) Utils::DropUnsentLog();
     if (log.empty() || address.empty()) return;
     Utils::HttpOptions options;
     options.body = Body(log);
@@ -45,6 +59,7 @@ void CErrorReport::OnThread(Utils::CThread* a_piThread) {
     if (sent.exchange(true)) return; // another instance was as far at the same time
     std::size_t size = 0;
     Utils::HttpGet(address, size, &options);
+    if (IsSuccess(options.status)) Utils::DropUnsentLog();
 }
 
 } // namespace KAV::GUI

@@ -6,8 +6,10 @@
 namespace KAV::GUI {
 
 /// Sends the log of the session before to the maker, once per process, on a thread of its own: the only way
-/// in which he learns of what failed. It is a part of the root and not the root itself because the thread
-/// begins while the classes on top of the root are still being built.
+/// in which he learns of what failed. Logs that earlier processes could not send go with it. They count as
+/// sent when the server answers with success; until then they are kept for the next process, 1 MB at most.
+/// It is a part of the root and not the root itself because the thread begins while the classes on top of the
+/// root are still being built.
 ///
 /// Threads: the owner's, but OnThread().
 class CErrorReport final : private Utils::CThread::IOnThread {
@@ -16,7 +18,8 @@ public:
     CErrorReport(const CErrorReport&) = delete;
     CErrorReport& operator=(const CErrorReport&) = delete;
 
-    /// Begins, once the log of this session has. Without a server there is nothing to begin.
+    /// Begins, once the log of this session has. Without a server there is nothing to begin, and no log is
+    /// kept.
     void Start() noexcept;
     /// Lets a running request end, which Windows does in its own time, and waits for the thread without
     /// limit.

@@ -9,6 +9,7 @@
 #include "utils/product.h"
 #include "utils/system_description.h"
 #include "utils/text.h"
+#include "utils/unsent_log.h"
 
 #include <array>
 #include <ctime>
@@ -21,13 +22,20 @@ namespace {
 using Platform::Files;
 using Platform::IFileSystem;
 
-/// Longer than any session's log; what is longer isn't read.
-constexpr std::uint64_t LongestLog = 16u << 20;
+/// Longer than any session's log; of what is longer only the end is read.
+constexpr std::size_t LongestLog = 16u << 20;
 
 std::string DateTime() {
     const std::tm now = Platform::LocalTime();
     std::array<char, 64> text{};
     return {text.data(), std::strftime(text.data(), text.size(), "%Y.%m.%d.%H:%M:%S", &now)};
+}
+
+/// Empty when the system names no temporary folder.
+std::u16string PathOf(std::u16string_view ending) {
+    const auto folder = GetTemporaryFolder();
+    if (folder.empty()) return {};
+    return folder + std::u16string(ProductName) + u" " + MachineId() + std::u16string(ending);
 }
 
 /// The log of the process.
@@ -58,35 +66,40 @@ public:
         return _previous;
     }
 
+    std::u16string Unsent() {
+        const std::scoped_lock lock(_mutex);
+        return _unsent;
+    }
+
+    void DropUnsent() {
+        const std::scoped_lock lock(_mutex);
+        if (_file == IFileSystem::NoFile) return; // the file may be that of the process that has the log
+        Files().Remove(ToSystemPath(UnsentLogPath()));
+    }
+
 private:
     void Begin() {
         const auto path = ToSystemPath(LogPath());
         if (path.empty()) return;
         _file = Files().OpenAlone(path);
         if (_file == IFileSystem::NoFile) return;
-        auto previous = ReadAll();
+        const auto previous = ReadLastLines(_file, LongestLog);
+        const auto unsent = AddToUnsentLog(ToSystemPath(UnsentLogPath()), previous); // before it is cleared
         if (!Files().Clear(_file)) {
             Files().Close(_file);
             _file = IFileSystem::NoFile;
             return;
         }
-        _previous = std::move(previous);
+        _previous = ToUtf16Repaired(previous); // a crash may have cut its end
+        _unsent = ToUtf16Repaired(unsent);
         Write(u"DateTime=" + ToUtf16(DateTime()));
-    }
-
-    /// The end of a log may be cut where a crash left it.
-    std::u16string ReadAll() const {
-        std::uint64_t size = 0;
-        if (!Files().Size(_file, size) || size > LongestLog) return {};
-        std::string text(static_cast<std::size_t>(size), '\0');
-        text.resize(Files().Read(_file, text.data(), text.size()));
-        return ToUtf16Repaired(text);
     }
 
     std::recursive_mutex _mutex; // the first line writes another
     bool _begun = false;
     IFileSystem::Handle _file = IFileSystem::NoFile; // at its end, since nobody else writes it
     std::u16string _previous;
+    std::u16string _unsent;
 };
 
 CSessionLog& Log() {
@@ -118,10 +131,24 @@ std::u16string PreviousLog() {
     return Log().Previous();
 }
 
+std::u16string UnsentLog() {
+    return Log().Unsent();
+}
+
+void DropUnsentLog() noexcept {
+    try {
+        Log().DropUnsent();
+    } catch (...) { // no memory for a path: the next process sends the log again
+        return;
+    }
+}
+
 std::u16string LogPath() {
-    const auto folder = GetTemporaryFolder();
-    if (folder.empty()) return {};
-    return folder + std::u16string(ProductName) + u" " + MachineId() + u".log";
+    return PathOf(u".log");
+}
+
+std::u16string UnsentLogPath() {
+    return PathOf(u".unsent.log");
 }
 
 void LogSessionStart() noexcept {

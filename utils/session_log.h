@@ -18,8 +18,17 @@ void LogLine(std::u16string_view text) noexcept;
 /// "SessionEnd=" line. Empty before the first line, and when there was none.
 std::u16string PreviousLog();
 
-/// The file's path; empty when the system names no temporary folder.
+/// All logs that earlier processes could not send, oldest first, and the previous log as the last of them: as
+/// they were when this process took the file. Of more than 1 MB only the last lines. Empty like
+/// PreviousLog(). They are kept in a file of their own, so a process that ends too early leaves them to the
+/// next one.
+std::u16string UnsentLog();
+/// The next process won't get what UnsentLog() returns. Without effect in a process that didn't get the log.
+void DropUnsentLog() noexcept;
+
+/// The paths of both files; empty when the system names no temporary folder.
 std::u16string LogPath();
+std::u16string UnsentLogPath();
 
 /// The lines at the beginning and at the end of a session: product, system, processor, memory, display.
 void LogSessionStart() noexcept;

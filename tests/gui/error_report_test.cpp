@@ -5,14 +5,24 @@
 #include "gui/gui.h"
 #include "tests/support/file_text.h"
 #include "tests/support/local_server.h"
+#include "utils/number.h"
 #include "utils/path.h"
 #include "utils/session_log.h"
 #include "utils/system_description.h"
 #include "utils/text.h"
+#include "utils/web_address.h"
 
 #include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+
+#if !defined(_WIN32)
+#include "tests/support/other_process.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 using namespace KAV;
 using namespace KAV::Tests;
@@ -30,6 +40,28 @@ CLocalServer::Behaviour Answering(int status) {
 /// The session before left this.
 void LeaveALog(std::string_view text) {
     WriteText(Utils::ToSystemPath(Utils::LogPath()), text);
+}
+
+std::filesystem::path UnsentFile() {
+    return Utils::ToSystemPath(Utils::UnsentLogPath());
+}
+
+/// Processes before could not send this.
+void LeaveAnUnsentLog(std::string_view text) {
+    WriteText(UnsentFile(), text);
+}
+
+/// For a minute at most.
+bool AwaitThatNothingIsUnsent() {
+    for (int i = 0; i < 6000 && std::filesystem::exists(UnsentFile()); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return !std::filesystem::exists(UnsentFile());
+}
+
+std::size_t Count(std::string_view text, std::string_view part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + 1)) ++count;
+    return count;
 }
 
 /// Long enough for a request that nobody shall make.
@@ -96,6 +128,119 @@ TEST(ErrorReport, NeedsAServerAndLeavesItToTheNextInstanceWithout) {
     const GUI::CGUI gui(Service(server.Origin()));
     EXPECT_EQ(server.AwaitRequests(1).size(), 1u);
 }
+
+TEST(ErrorReport, SendsTheLogsThatEarlierProcessesCouldNotSend) {
+    LeaveAnUnsentLog("Error=older\r\n");
+    LeaveALog("Error=newer\r\n");
+    const CLocalServer server(Answering(200));
+    const GUI::CGUI gui(Service(server.Origin()));
+    const auto requests = server.AwaitRequests(1);
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_TRUE(requests[0].ends_with("&content=Error%3dolder%0d%0aError%3dnewer%0d%0a")) << requests[0];
+}
+
+TEST(ErrorReport, KeepsTheLogUntilAServerHasIt) {
+    LeaveALog("Error=x\r\n");
+    const CLocalServer server([](CConnection& connection, const std::string&) {
+        EXPECT_EQ(ReadText(UnsentFile()), "Error=x\r\n");
+        connection.Answer(200, "");
+    });
+    const GUI::CGUI gui(Service(server.Origin()));
+    EXPECT_EQ(server.AwaitRequests(1).size(), 1u);
+    EXPECT_TRUE(AwaitThatNothingIsUnsent());
+}
+
+TEST(ErrorReport, TakesAnySuccessForADelivery) {
+    LeaveALog("Error=x\r\n");
+    const CLocalServer server(Answering(204));
+    const GUI::CGUI gui(Service(server.Origin()));
+    EXPECT_TRUE(AwaitThatNothingIsUnsent());
+}
+
+TEST(ErrorReport, KeepsALogThatTheServerRefuses) {
+    LeaveALog("Error=x\r\n");
+    const CLocalServer server(Answering(403));
+    {
+        const GUI::CGUI gui(Service(server.Origin()));
+        server.AwaitRequests(1);
+        LetTimePass();
+    }
+    EXPECT_EQ(ReadText(UnsentFile()), "Error=x\r\n");
+}
+
+TEST(ErrorReport, KeepsNoLogWithoutAServer) {
+    LeaveALog("Error=x\r\n");
+    const GUI::CGUI gui(Service({}));
+    EXPECT_FALSE(std::filesystem::exists(UnsentFile()));
+}
+
+TEST(ErrorReport, KeepsNoLogForAServerThatGetsNone) {
+    LeaveALog("Error=x\r\n");
+    const GUI::CGUI gui(Service(u"http://server.invalid"));
+    EXPECT_TRUE(AwaitThatNothingIsUnsent());
+}
+
+TEST(ErrorReport, SendsTheLastLinesOfALogBeyondAMegabyte) {
+    std::string log = "first\r\n";
+    while (log.size() <= 1u << 20) log += "line " + std::to_string(log.size()) + "\r\n";
+    LeaveALog(log);
+    const CLocalServer server(Answering(200));
+    const GUI::CGUI gui(Service(server.Origin()));
+    const auto requests = server.AwaitRequests(1);
+    ASSERT_EQ(requests.size(), 1u);
+    const auto content = requests[0].substr(requests[0].find("&content=") + 9);
+    const auto end = log.substr(log.size() - (1u << 20));
+    EXPECT_TRUE(content == Utils::PercentEncoded(end.substr(end.find('\n') + 1)))
+        << content.substr(0, 100) << " ... " << content.size();
+}
+
+#if !defined(_WIN32) // which can't copy a process
+TEST(ErrorReport, ALogThatShortLivedProcessesCouldNotSendIsSentByTheNext) {
+    LeaveALog("Error=crash\r\n");
+    const auto closed = u"http://127.0.0.1:" + Utils::FormatInt(FreePort());
+    for (int i = 0; i < 10; ++i) {
+        InAnotherProcess([&] {
+            const GUI::CGUI gui(Service(closed));
+            return 0;
+        });
+    }
+    const CLocalServer server(Answering(200));
+    const GUI::CGUI gui(Service(server.Origin()));
+    const auto requests = server.AwaitRequests(1);
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(Count(requests[0], "Error%3dcrash"), 1u);
+    EXPECT_EQ(Count(requests[0], "SessionEnd%3d"), 10u);
+}
+
+TEST(ErrorReport, IsSentByOneOfManyProcesses) {
+    LeaveALog("Error=crash\r\n");
+    int ports[2] = {-1, -1};
+    ASSERT_EQ(pipe(ports), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < 8; ++i) { // before this process has the server's thread
+        const pid_t child = fork();
+        if (child == 0) {
+            std::uint16_t port = 0;
+            if (read(ports[0], &port, sizeof(port)) != sizeof(port)) _exit(1);
+            const GUI::CGUI gui(Service(u"http://127.0.0.1:" + Utils::FormatInt(port)));
+            _exit(AwaitThatNothingIsUnsent() ? 0 : 2);
+        }
+        children.push_back(child);
+    }
+    const CLocalServer server(Answering(200));
+    const auto port = server.Port();
+    for (std::size_t i = 0; i < children.size(); ++i)
+        ASSERT_EQ(write(ports[1], &port, sizeof(port)), static_cast<ssize_t>(sizeof(port)));
+    for (const auto child : children) {
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    std::size_t sent = 0;
+    for (const auto& request : server.Requests()) sent += Count(request, "Error%3dcrash");
+    EXPECT_EQ(sent, 1u);
+}
+#endif
 
 #if !defined(_WIN32) // where a request ends in its own time
 TEST(ErrorReport, TheEndOfTheEditorEndsTheRequest) {

@@ -38,6 +38,74 @@ TEST(SessionLog, NeverFollowsALinkThatSomebodyHasPlanted) {
     EXPECT_EQ(PreviousLog(), u"");
 }
 
+TEST(SessionLog, TakesNoUnsentLogThroughALinkThatSomebodyHasPlanted) {
+    const auto victim = File().parent_path() / "victim";
+    const auto unsent = ToSystemPath(UnsentLogPath());
+    WriteText(victim, "precious");
+    WriteText(File(), "SessionStart=1\r\n");
+    fs::create_symlink(victim, unsent);
+    LogLine(u"x");
+    EXPECT_EQ(UnsentLog(), u"SessionStart=1\r\n");
+    EXPECT_EQ(ReadText(victim), "precious");
+    DropUnsentLog();
+    EXPECT_EQ(ReadText(victim), "precious");
+}
+
+TEST(SessionLog, KeepsUnsentLogsReadableByThisUserAlone) {
+    WriteText(File(), "SessionStart=1\r\n");
+    LogLine(u"x");
+    struct stat status {};
+    ASSERT_EQ(stat(ToSystemPath(UnsentLogPath()).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u);
+}
+
+TEST(SessionLog, IsUnsentUntilSomeProcessDropsIt) {
+    InAnotherProcess([]() -> int {
+        LogLine(u"Error=crash");
+        abort();
+    });
+    for (const auto* const line : {u"Error=1", u"Error=2", u"Error=3"}) {
+        InAnotherProcess([line] {
+            LogLine(line);
+            return 0;
+        });
+    }
+    LogLine(u"x");
+    auto unsent = UnsentLog();
+    for (const auto* const line : {u"Error=crash\r\n", u"Error=1\r\n", u"Error=2\r\n", u"Error=3\r\n"}) {
+        const auto at = unsent.find(line);
+        ASSERT_NE(at, std::u16string::npos);
+        unsent.erase(0, at + 1);
+        EXPECT_EQ(unsent.find(line), std::u16string::npos) << "twice";
+    }
+}
+
+TEST(SessionLog, IsNotLostWhereverTheNextProcessStops) {
+    const std::string log = "DateTime=1\r\nError=crash\r\n";
+    int stopped = 0;
+    for (int call = 1; call <= 30; ++call) {
+        const auto unsent = ToSystemPath(UnsentLogPath());
+        fs::remove(unsent);
+        WriteText(File(), log);
+        const int status = InAnotherProcess([&] {
+            const CFaultyFiles files(call, CFaultyFiles::EFault::Stop);
+            LogLine(u"x");
+            return files.Happened() ? 0 : 3;
+        });
+        ASSERT_TRUE(status == 0 || status == 3) << "call " << call;
+        stopped += status == 0 ? 1 : 0;
+        const int found = InAnotherProcess([&] {
+            LogLine(u"x");
+            const auto text = UnsentLog();
+            const auto at = text.find(u"Error=crash");
+            if (at == std::u16string::npos) return 1;
+            return text.find(u"Error=crash", at + 1) == std::u16string::npos ? 0 : 2;
+        });
+        EXPECT_EQ(found, 0) << "call " << call << (found == 1 ? ": lost" : ": twice");
+    }
+    EXPECT_GT(stopped, 5);
+}
+
 TEST(SessionLog, IsNotWrittenIntoAReadOnlyFolderAndHasNoPreviousLogThere) {
     WriteText(File(), "SessionStart=1\r\n");
     chmod(File().c_str(), 0444);

@@ -9,6 +9,7 @@
 #include "utils/path.h"
 #include "utils/system_description.h"
 #include "utils/text.h"
+#include "utils/unsent_log.h"
 
 #include <gtest/gtest.h>
 #include <regex>
@@ -24,6 +25,10 @@ namespace {
 
 std::filesystem::path File() {
     return ToSystemPath(LogPath());
+}
+
+std::filesystem::path Unsent() {
+    return ToSystemPath(UnsentLogPath());
 }
 
 /// The lines of the file; each has to end with CR LF.
@@ -67,6 +72,19 @@ TEST(SessionLog, KeepsWhatTheFileHeldAndBeginsAnew) {
     EXPECT_EQ(PreviousLog(), u"DateTime=2026.01.02.03:04:05\r\nSessionStart=1\r\n");
     ASSERT_EQ(Lines().size(), 2u);
     EXPECT_EQ(Lines()[1], "new");
+}
+
+TEST(SessionLog, KeepsTheEndOfALogThatIsLongerThanAny) {
+    const std::string line = "Error=" + std::string(992, 'x') + "\r\n"; // 1000 bytes
+    std::string log = "first\r\n";
+    while (log.size() <= 17u << 20) log += line;
+    WriteText(File(), log + "last\r\n");
+    LogLine(u"new");
+    const auto previous = PreviousLog();
+    EXPECT_LE(previous.size(), 16u << 20);
+    EXPECT_GT(previous.size(), (16u << 20) - line.size());
+    EXPECT_TRUE(previous.starts_with(u"Error=x"));
+    EXPECT_TRUE(previous.ends_with(u"x\r\nlast\r\n"));
 }
 
 TEST(SessionLog, KeepsALogThatACrashHasCut) {
@@ -135,6 +153,43 @@ TEST(SessionLog, DropsTextThatIsIllFormed) {
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[1], "good");
     EXPECT_EQ(lines[2], "");
+}
+
+TEST(SessionLog, AddsThePreviousLogToThoseThatWereNotSent) {
+    WriteText(Unsent(), "DateTime=1\r\nError=older\r\n");
+    WriteText(File(), "DateTime=2\r\nError=newer\r\n");
+    LogLine(u"present");
+    const std::string both = "DateTime=1\r\nError=older\r\nDateTime=2\r\nError=newer\r\n";
+    EXPECT_EQ(UnsentLog(), ToUtf16(both));
+    EXPECT_EQ(PreviousLog(), u"DateTime=2\r\nError=newer\r\n");
+    EXPECT_EQ(ReadText(Unsent()), both);
+    DropUnsentLog();
+    EXPECT_FALSE(std::filesystem::exists(Unsent()));
+    EXPECT_EQ(UnsentLog(), ToUtf16(both)); // as it was when the file was taken
+}
+
+TEST(SessionLog, KeepsUnsentLogsWhenThereIsNoPreviousOne) {
+    WriteText(Unsent(), "Error=older\r\n");
+    LogLine(u"present");
+    EXPECT_EQ(UnsentLog(), u"Error=older\r\n");
+    EXPECT_EQ(ReadText(Unsent()), "Error=older\r\n");
+}
+
+TEST(SessionLog, MakesNoFileWhenThereIsNothingUnsent) {
+    LogLine(u"present");
+    EXPECT_EQ(UnsentLog(), u"");
+    EXPECT_FALSE(std::filesystem::exists(Unsent()));
+}
+
+TEST(SessionLog, LeavesUnsentLogsToTheProcessThatHasTheFile) {
+    WriteText(Unsent(), "Error=older\r\n");
+    const auto other = Platform::SystemFiles().OpenAlone(File());
+    ASSERT_NE(other, Platform::IFileSystem::NoFile);
+    LogLine(u"mine");
+    EXPECT_EQ(UnsentLog(), u"");
+    DropUnsentLog();
+    EXPECT_EQ(ReadText(Unsent()), "Error=older\r\n");
+    Platform::SystemFiles().Close(other);
 }
 
 TEST(SessionLog, ComplainsOfTextures) {
