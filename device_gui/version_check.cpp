@@ -8,11 +8,21 @@
 
 namespace KAV {
 
+namespace {
+
+std::u16string Cut(std::u16string_view a_sText, std::size_t a_nLongest) {
+    if (a_sText.size() <= a_nLongest) return std::u16string(a_sText);
+    const bool splitsACharacter = a_sText[a_nLongest] >= 0xDC00 && a_sText[a_nLongest] <= 0xDFFF;
+    return std::u16string(a_sText.substr(0, splitsACharacter ? a_nLongest - 1 : a_nLongest));
+}
+
+} // namespace
+
 std::optional<SVersionAnswer> ReadVersionAnswer(std::string_view a_sAnswer) {
     const auto text = Utils::ToUtf16(a_sAnswer.substr(0, a_sAnswer.find('\0')));
     const auto fields = Utils::Split(text, u"||");
     if (fields.size() != 3) return std::nullopt;
-    return SVersionAnswer{std::u16string(fields[0]), std::u16string(fields[1])};
+    return SVersionAnswer{Cut(fields[0], LongestVersion), Cut(fields[1], LongestDownload)};
 }
 
 bool IsNewer(std::u16string_view a_sVersion) {

@@ -4,6 +4,7 @@
 #include "utils/thread.h"
 
 #include <atomic>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,7 +13,11 @@ namespace KAV {
 
 class CXXXGUI;
 
-/// What the maker's server says of the latest version.
+// The longest texts of a server's answer, in UTF-16 code units. Menus show the one, browsers get the other.
+inline constexpr std::size_t LongestVersion = 32;
+inline constexpr std::size_t LongestDownload = 2048;
+
+/// What the maker's server says of the latest version. Longer texts are cut, never inside a character.
 struct SVersionAnswer {
     std::u16string sVersion;  ///< like "1.2.0.0"
     std::u16string sDownload; ///< address

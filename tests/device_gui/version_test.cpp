@@ -8,6 +8,7 @@
 #include "tests/support/local_server.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/scratch_home.h"
+#include "utils/text.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -91,6 +92,28 @@ TEST(ReadVersionAnswer, IsUtf8UpToAZero) {
     EXPECT_FALSE(ReadVersionAnswer("\xC3||b||c"));
     EXPECT_FALSE(ReadVersionAnswer(std::string_view("1||b\0||c", 8)));
     EXPECT_TRUE(ReadVersionAnswer(std::string_view("1||b||c\0||d", 11)));
+}
+
+TEST(ReadVersionAnswer, CutsTextsThatAreTooLong) {
+    const std::string version = "1.2." + std::string(28, '3');
+    const std::string download = "http://host/" + std::string(2036, 'x');
+    const auto longest = ReadVersionAnswer(version + "||" + download + "||x");
+    EXPECT_EQ(longest->sVersion, Utils::ToUtf16(version));
+    EXPECT_EQ(longest->sDownload, Utils::ToUtf16(download));
+    const auto longer = ReadVersionAnswer(version + "4||" + download + "y||x");
+    EXPECT_EQ(longer->sVersion, longest->sVersion);
+    EXPECT_EQ(longer->sDownload, longest->sDownload);
+    const auto huge =
+        ReadVersionAnswer(std::string(1u << 20, '1') + "||" + std::string(1u << 20, 'x') + "||");
+    EXPECT_EQ(huge->sVersion, std::u16string(32, u'1'));
+    EXPECT_EQ(huge->sDownload, std::u16string(2048, u'x'));
+}
+
+TEST(ReadVersionAnswer, CutsNoCharacterInTwo) {
+    const std::string clef = "\xF0\x9D\x84\x9E"; // two code units
+    EXPECT_EQ(ReadVersionAnswer(std::string(31, '1') + clef + "||b||c")->sVersion, std::u16string(31, u'1'));
+    EXPECT_EQ(ReadVersionAnswer(std::string(30, '1') + clef + "2||b||c")->sVersion,
+        std::u16string(30, u'1') + u"\U0001D11E");
 }
 
 TEST(IsNewer, LetsTheFirstDifferenceDecide) {
