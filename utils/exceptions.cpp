@@ -45,8 +45,8 @@ GDIP::GDIP(std::u16string_view function, std::int32_t status) : GDIP(function, s
 GDIP::GDIP(std::u16string_view function, std::int32_t status, std::u16string_view addition)
     : Std(Join(u"Function: ", function, u"() error = ", FormatInt(status), addition), u"GDI+") {}
 
-GDIPImage::GDIPImage(std::u16string_view name, std::int32_t width, std::int32_t height)
-    : GDIP(u"Gdiplus::Bitmap", 0, // a bitmap that failed keeps its status to itself
+GDIPImage::GDIPImage(std::u16string_view name, std::int32_t width, std::int32_t height, std::int32_t status)
+    : GDIP(u"Gdiplus::Bitmap", status,
           Join(u"\r\nImage: \"", name, u"\" (", FormatInt(width), u"x", FormatInt(height),
               u"px)\r\n\r\nCan't load image.")) {}
 

@@ -31,9 +31,9 @@ protected:
     GDIP(std::u16string_view function, std::int32_t status, std::u16string_view addition);
 };
 
-/// A bitmap of that name and size in pixels could not be made.
+/// A bitmap of that name and size in pixels could not be made; `status` is what its GetLastStatus() returned.
 struct GDIPImage : GDIP {
-    GDIPImage(std::u16string_view name, std::int32_t width, std::int32_t height);
+    GDIPImage(std::u16string_view name, std::int32_t width, std::int32_t height, std::int32_t status);
 };
 
 /// A function of OpenGL left that error. `getString` is glGetString() of the context that is current; it may

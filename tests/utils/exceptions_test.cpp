@@ -32,9 +32,9 @@ TEST(Exceptions, GdipNamesFunctionAndStatus) {
     EXPECT_EQ(GDIP(u"DrawImage", 2).message, u" GDI+ ERROR:\r\n\r\nFunction: DrawImage() error = 2");
 }
 
-TEST(Exceptions, GdipImageAddsNameAndSize) {
-    EXPECT_EQ(GDIPImage(u"LabelImage", 640, -1).message,
-        u" GDI+ ERROR:\r\n\r\nFunction: Gdiplus::Bitmap() error = 0\r\nImage: \"LabelImage\" "
+TEST(Exceptions, GdipImageAddsNameAndSizeToTheBitmapsStatus) {
+    EXPECT_EQ(GDIPImage(u"LabelImage", 640, -1, 3).message,
+        u" GDI+ ERROR:\r\n\r\nFunction: Gdiplus::Bitmap() error = 3\r\nImage: \"LabelImage\" "
         u"(640x-1px)\r\n\r\nCan't load image.");
 }
 
@@ -52,7 +52,7 @@ TEST(Exceptions, AreOneFamilyThatIsCaughtByItsBase) {
     static_assert(std::is_base_of_v<Std, GDIP> && std::is_base_of_v<GDIP, GDIPImage>);
     static_assert(std::is_copy_constructible_v<GDIPImage>);
     try {
-        throw GDIPImage(u"x", 1, 2);
+        throw GDIPImage(u"x", 1, 2, 3);
     } catch (const Std& error) {
         EXPECT_NE(error.message.find(u"(1x2px)"), std::u16string::npos);
         EXPECT_STREQ(error.what(), std::exception().what());
