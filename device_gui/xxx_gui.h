@@ -77,6 +77,12 @@ public:
     /// Writes the routing that the channel buttons show, those that are on, and takes it.
     void SaveRouting(std::u16string_view a_sPath);
 
+    // The creation of an instance lies between these two calls. What the user has to hear meanwhile is told
+    // by the second one, each text once. Where a box would hold up the host, it waits for the first window,
+    // and the log has it at once.
+    void BeginCreation();
+    void EndCreation();
+
     /// Pixels. Nothing happens unless both are above 0; the width is held to the least that is possible.
     void ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight);
     /// As ResizeTo(), with the height that belongs to the width.
@@ -139,6 +145,8 @@ private:
     void WriteMacros(std::string& a_rsText);
 
     void ShowLamp();
+    void TellOfError(std::u16string a_sText);
+    void ShowHeldErrors();
     std::string LoadPatchFile(std::u16string_view a_sPath);
     std::vector<std::u16string> Patches() const;
 
@@ -154,6 +162,8 @@ private:
     std::string _sOtherSide;         // the state of the side that isn't live; empty: none yet
     std::uint8_t _nSide = 1;         // the side that is live
     std::int32_t _nPatch = -1;       // place in the list
+    bool _bCreating = false;
+    std::vector<std::u16string> _vsErrors; // no box has shown them yet; no text twice
 
     Utils::SMakerService _sService;
     CVersionCheck _iVersion; // last: its thread ends before anything above goes

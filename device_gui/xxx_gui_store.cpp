@@ -6,7 +6,6 @@
 #include "patch/patch_formats.h"
 #include "utils/dialogs.h"
 #include "utils/path.h"
-#include "utils/product.h"
 
 #include <utility>
 
@@ -21,7 +20,7 @@ std::vector<std::u16string> CXXXGUI::Patches() const {
 /// Empty when there is nothing to take. The user is told of a file that belongs to another plug-in.
 std::string CXXXGUI::LoadPatchFile(std::u16string_view a_sPath) {
     auto file = ReadPatchFile(a_sPath);
-    if (file.isForeign) Utils::Dialogs().ShowError(Utils::ProductName, ForeignPatchMessage(a_sPath));
+    if (file.isForeign) TellOfError(ForeignPatchMessage(a_sPath));
     return std::move(file.data);
 }
 

@@ -19,6 +19,7 @@ bool OpenPage(std::u16string_view a_sAddress) {
 void CXXXGUI::CreateGUIWindow() {
     CGUI::CreateGUIWindow();
     ShowLamp();
+    ShowHeldErrors();
 }
 
 bool CXXXGUI::OnUserMessage(std::uint32_t a_nMessage) {

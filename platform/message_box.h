@@ -9,4 +9,7 @@ namespace KAV::Platform {
 /// that shows boxes. Any thread but the audio thread; nothing throws.
 bool ShowErrorBox(const std::string& title, const std::string& text) noexcept;
 
+/// ShowErrorBox() ends when the user has closed the box.
+bool ErrorBoxWaits() noexcept;
+
 } // namespace KAV::Platform

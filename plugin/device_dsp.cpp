@@ -33,12 +33,14 @@ CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService
     setEditor(std::move(editor));
     // A patch may speak of the current group alone; from the last group to the first each gets its defaults,
     // and the first stays current.
+    gui->BeginCreation();
     for (int group = DeviceGroups - 1; group >= 0; --group) {
         SetCurrentGroup(group);
         curProgram = 0;
         gui->SelectPatch(0, true);
         gui->SelectRouting(0, false);
     }
+    gui->EndCreation();
 }
 
 void CDeviceDSP::Process(float** channels, float** side, int channelCount, int frames) noexcept {

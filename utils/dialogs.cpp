@@ -22,6 +22,7 @@ public:
             return;
         }
     }
+    bool ErrorsWait() const noexcept override { return Platform::ErrorBoxWaits(); }
 };
 
 std::atomic<IDialogs*> replacement{nullptr};

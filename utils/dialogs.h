@@ -25,6 +25,9 @@ public:
     virtual std::u16string SaveFile(const SFileQuestion& question) noexcept = 0;
     /// Tells of an error.
     virtual void ShowError(std::u16string_view title, std::u16string_view text) noexcept = 0;
+    /// ShowError() ends when the user has closed the box. Then it isn't for places where a host waits, such
+    /// as the creation of an instance: a scanner without a user would wait for ever.
+    virtual bool ErrorsWait() const noexcept = 0;
 
 protected:
     ~IDialogs() = default;

@@ -34,4 +34,8 @@ bool ShowErrorBox(const std::string& title, const std::string& text) noexcept {
     }
 }
 
+bool ErrorBoxWaits() noexcept {
+    return false;
+}
+
 } // namespace KAV::Platform

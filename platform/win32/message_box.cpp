@@ -28,4 +28,8 @@ bool ShowErrorBox(const std::string& title, const std::string& text) noexcept {
     }
 }
 
+bool ErrorBoxWaits() noexcept {
+    return true;
+}
+
 } // namespace KAV::Platform

@@ -4,6 +4,8 @@
 #include "device_gui/macro_button.h"
 #include "device_gui/patch_display.h"
 #include "tests/support/state_fixture.h"
+#include "utils/path.h"
+#include "utils/session_log.h"
 
 #include <algorithm>
 
@@ -34,6 +36,20 @@ protected:
         content[60 + 140] = 33;
         std::memcpy(content.data() + 60 + 144, &value, 4);
         WriteText(documents.Patch(file), content);
+    }
+    /// A patch of another plug-in's.
+    void WriteForeign(const std::string& file) {
+        WriteText(documents.Patch(file),
+            "<patch_format>textual</patch_format>\r\n<plugin_id>1</plugin_id>\r\n"
+            "<param tag=\"33\" >0.1</param>");
+    }
+    /// How often the session log says so of "a.kvp".
+    static std::size_t Logged() {
+        const auto log = ReadText(Utils::ToSystemPath(Utils::LogPath()));
+        const std::string line = "\r\nError=Patch \"a.kvp\" was created for another plug-in.\r\n";
+        std::size_t count = 0;
+        for (auto at = log.find(line); at != std::string::npos; at = log.find(line, at + 1)) ++count;
+        return count;
     }
     float Threshold(int group = 0) { return Device().GetParam(33 + 100 * group, 0); }
     void Choose(std::u16string_view name) {
@@ -120,8 +136,7 @@ TEST_F(PatchStore, TheFilesNameOverrulesTheNameInside) {
 
 TEST_F(PatchStore, APatchOfAnotherPlugInIsRefusedWithAMessage) {
     Write("a.kvp", "0.5");
-    WriteText(documents.Patch("b.kvp"),
-        "<patch_format>textual</patch_format>\r\n<plugin_id>1</plugin_id>\r\n<param tag=\"33\" >0.1</param>");
+    WriteForeign("b.kvp");
     WriteFxp("c.fxp", "abcd", 0.1f);
     Renew();
     const auto before = Chunk(false);
@@ -132,6 +147,35 @@ TEST_F(PatchStore, APatchOfAnotherPlugInIsRefusedWithAMessage) {
             u"KAV Sorrel Limiter: Patch \"c.fxp\" was created for another plug-in."}));
     EXPECT_EQ(Chunk(false), before);
     EXPECT_EQ(Gui().CurrentPatch(), 0);
+}
+
+TEST_F(PatchStore, AForeignFirstPatchIsToldOfOncePerInstance) {
+    WriteForeign("a.kvp");
+    Renew(); // which reads the patch once for each group
+    const std::u16string told = u"KAV Sorrel Limiter: Patch \"a.kvp\" was created for another plug-in.";
+    EXPECT_EQ(dialogs.errors, std::vector<std::u16string>{told});
+    Gui().CreateGUIWindow();
+    EXPECT_EQ(dialogs.errors.size(), 1u);
+    Renew();
+    EXPECT_EQ(dialogs.errors, (std::vector<std::u16string>{told, told}));
+}
+
+TEST_F(PatchStore, ABoxThatWaitsIsShownByTheFirstWindowAndLoggedAtOnce) {
+    WriteForeign("a.kvp");
+    dialogs.errorsWait = true;
+    const auto logged = Logged();
+    Renew();
+    EXPECT_EQ(dialogs.errors.size(), 0u) << "the host would wait";
+    EXPECT_EQ(Logged(), logged + 1);
+    Gui().CreateGUIWindow();
+    EXPECT_EQ(dialogs.errors,
+        std::vector<std::u16string>{u"KAV Sorrel Limiter: Patch \"a.kvp\" was created for another plug-in."});
+    Gui().DestroyGUIWindow();
+    Gui().CreateGUIWindow();
+    EXPECT_EQ(dialogs.errors.size(), 1u);
+    EXPECT_FALSE(Gui().OpenPatch(Path("a.kvp"))); // what the user asks for is answered at once
+    EXPECT_EQ(dialogs.errors.size(), 2u);
+    EXPECT_EQ(Logged(), logged + 1);
 }
 
 TEST_F(PatchStore, AnFxpTooShortForItsHeadIsRefusedTheSameWay) {

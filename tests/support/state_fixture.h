@@ -63,10 +63,12 @@ public:
     void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
         errors.push_back(std::u16string(title) + u": " + std::u16string(text));
     }
+    bool ErrorsWait() const noexcept override { return errorsWait; }
 
     std::u16string answer; ///< to every question; empty: cancelled
     std::vector<Utils::SFileQuestion> questions;
     std::vector<std::u16string> errors; ///< "title: text"
+    bool errorsWait = false;            ///< as on Windows, for those that a test would close
 };
 
 /// An instance of a user without patches and routings; others after Renew().

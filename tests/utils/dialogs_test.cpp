@@ -17,6 +17,7 @@ public:
     std::u16string OpenFile(const SFileQuestion&) noexcept override { return u"opened"; }
     std::u16string SaveFile(const SFileQuestion&) noexcept override { return u"saved"; }
     void ShowError(std::u16string_view, std::u16string_view) noexcept override { ++shown; }
+    bool ErrorsWait() const noexcept override { return true; }
 
     int shown = 0;
 };
@@ -38,6 +39,14 @@ TEST(Dialogs, AreTheSystemsUntilATestBringsItsOwn) {
 TEST(Dialogs, OfTheSystemAskForNoFiles) {
     EXPECT_EQ(SystemDialogs().OpenFile({u"a||*.a", {}, u"/"}), u"");
     EXPECT_EQ(SystemDialogs().SaveFile({u"a||*.a", u"b", u"/"}), u"");
+}
+
+TEST(Dialogs, OfTheSystemHoldUpTheirCallerOnWindowsAlone) {
+#if defined(_WIN32)
+    EXPECT_TRUE(SystemDialogs().ErrorsWait());
+#else
+    EXPECT_FALSE(SystemDialogs().ErrorsWait());
+#endif
 }
 
 #if !defined(_WIN32) // there a box could really be shown, and would wait for somebody
