@@ -25,12 +25,6 @@ using Platform::IFileSystem;
 /// Longer than any session's log; of what is longer only the end is read.
 constexpr std::size_t LongestLog = 16u << 20;
 
-std::string DateTime() {
-    const std::tm now = Platform::LocalTime();
-    std::array<char, 64> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y.%m.%d.%H:%M:%S", &now)};
-}
-
 /// Empty when the system names no temporary folder.
 std::u16string PathOf(std::u16string_view ending) {
     const auto folder = GetTemporaryFolder();
@@ -92,7 +86,7 @@ private:
         }
         _previous = ToUtf16Repaired(previous); // a crash may have cut its end
         _unsent = ToUtf16Repaired(unsent);
-        Write(u"DateTime=" + ToUtf16(DateTime()));
+        Write(u"DateTime=" + ToUtf16(LogTime(Platform::LocalTime())));
     }
 
     std::recursive_mutex _mutex; // the first line writes another
@@ -122,6 +116,11 @@ std::u16string Ticks() {
 }
 
 } // namespace
+
+std::string LogTime(const std::tm& moment) {
+    std::array<char, 64> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y.%m.%d.%H:%M:%S", &moment)};
+}
 
 void LogLine(std::u16string_view text) noexcept {
     WriteMade([&] { return text; });

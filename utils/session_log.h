@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@
 /// what can't be written is dropped. While one process has the file no other gets it: that one logs nothing,
 /// and knows of no session before. Threads: any but the audio thread; one lock, held while a line is written.
 namespace KAV::Utils {
+
+/// A moment as the log's first line has it: year, month, day and time, "2026.01.02.03:04:05".
+std::string LogTime(const std::tm& moment);
 
 /// Writes one line. The first line of the process first takes the file, keeps what it held as the previous
 /// log, empties it and writes the date. It stays open until the process ends. Ill-formed text is dropped.

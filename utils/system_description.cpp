@@ -24,12 +24,18 @@ std::u16string DescribeCPU() {
 }
 
 std::u16string DescribeMemory() {
-    const auto memory = Platform::PhysicalMemory();
+    return DescribeMemory(Platform::PhysicalMemory());
+}
+
+std::u16string DescribeMemory(const Platform::SMemory& memory) {
     return Gigabytes(memory.freeBytes) + u"/" + Gigabytes(memory.totalBytes) + u"GB";
 }
 
 std::u16string DescribeDisplay() {
-    const auto display = Platform::Display();
+    return DescribeDisplay(Platform::Display());
+}
+
+std::u16string DescribeDisplay(const Platform::SDisplay& display) {
     if (display.monitors == 0) return {};
     return FormatInt(display.monitors) + u", 1:" + FormatInt(display.width) + u"x" +
            FormatInt(display.height) + u"@" + FormatInt(display.refreshHz) + u", dpi=" +

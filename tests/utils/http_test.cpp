@@ -88,6 +88,18 @@ TEST(HttpGet, PostsABodyInUtf8) {
     EXPECT_TRUE(request.ends_with("\r\n\r\na=\xC3\xA4&b=1")) << request;
 }
 
+TEST(HttpGet, NamesNoClientWithoutAnAgent) {
+    const CLocalServer server(Answering(200, "yes"));
+    HttpOptions options;
+    EXPECT_EQ(Get(server.Origin(), &options), "yes");
+    EXPECT_EQ(Get(server.Origin()), "yes");
+    for (const auto& request : server.Requests()) {
+        const auto head = request.find("User-Agent:");
+        if (head == std::string::npos) continue;
+        EXPECT_TRUE(request.substr(head).starts_with("User-Agent: \r\n")) << request; // named, and empty
+    }
+}
+
 TEST(HttpGet, PostsABodyOfMegabytesAtOnce) {
     const CLocalServer server(Answering(200, "thanks"));
     HttpOptions options;
@@ -152,6 +164,16 @@ TEST(HttpGet, InflatesGzipToTheSameBytes) {
     const CLocalServer zipped(Answering(200, Gzip(text), GzipHead));
     EXPECT_EQ(Get(plain.Origin()), text);
     EXPECT_EQ(Get(zipped.Origin()), text);
+}
+
+TEST(HttpGet, InflatesGzipAmongOtherWordsOfTheHeader) {
+    const auto text = Letters(10000);
+    for (const auto* const words : {"identity, gzip", "gzip, identity", "x-gzip", "gzip;q=1", "a gzip b"}) {
+        const CLocalServer server(Answering(200, Gzip(text), "Content-Encoding: "s + words + "\r\n"));
+        EXPECT_EQ(Get(server.Origin()), text) << words;
+    }
+    const CLocalServer server(Answering(200, Gzip(text), "Content-Encoding: identity\r\n"));
+    EXPECT_EQ(Get(server.Origin()), Gzip(text));
 }
 
 TEST(HttpGet, GivesWhatATruncatedGzipStreamHolds) {
@@ -352,6 +374,16 @@ TEST(HttpGet, EndsInACircleOfRedirects) {
     const CLocalServer server(Answering(302, "", "Location: /\r\n"));
     EXPECT_EQ(Get(server.Origin()), Nothing);
     EXPECT_EQ(server.Requests().size(), 6u);
+}
+
+TEST(HttpGet, SpendsItsTimeOnAllRedirectsTogether) {
+    // Twelve seconds in all, and none of the three requests comes near the limit by itself.
+    const CLocalServer server([](CConnection& connection, const std::string& request) {
+        connection.Pause(4000);
+        if (request.starts_with("GET /2 ")) return connection.Answer(200, "there");
+        connection.Answer(302, "", request.starts_with("GET /1 ") ? "Location: /2\r\n" : "Location: /1\r\n");
+    });
+    EXPECT_EQ(Get(server.Origin()), Nothing);
 }
 
 TEST(HttpGet, FollowsNoRedirectAwayFromTheWeb) {

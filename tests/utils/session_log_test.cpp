@@ -3,6 +3,7 @@
 #include "utils/session_log.h"
 
 #include "platform/file_system.h"
+#include "platform/system_info.h"
 #include "tests/support/faulty_files.h"
 #include "tests/support/file_text.h"
 #include "utils/cpu_features.h"
@@ -63,6 +64,28 @@ TEST(SessionLog, BeginsWithTheDateAndAppendsLines) {
     EXPECT_EQ(lines[1], "Error=first \xC3\xA4");
     EXPECT_EQ(lines[2], "second");
     EXPECT_EQ(PreviousLog(), u"");
+}
+
+TEST(SessionLog, WritesADateFromTheYearToTheSecond) {
+    std::tm moment{};
+    moment.tm_year = 126; // since 1900
+    moment.tm_mon = 1;    // since January
+    moment.tm_mday = 3;
+    moment.tm_hour = 16;
+    moment.tm_min = 5;
+    moment.tm_sec = 6;
+    EXPECT_EQ(LogTime(moment), "2026.02.03.16:05:06");
+}
+
+TEST(SessionLog, BeginsWithThePresentLocalTime) {
+    const auto before = LogTime(Platform::LocalTime());
+    LogLine(u"x");
+    const auto after = LogTime(Platform::LocalTime());
+    const auto written = Lines().at(0).substr(std::string("DateTime=").size());
+    if (before <= after) { // no clock was set back meanwhile
+        EXPECT_GE(written, before);
+        EXPECT_LE(written, after);
+    }
 }
 
 TEST(SessionLog, KeepsWhatTheFileHeldAndBeginsAnew) {
