@@ -1,15 +1,18 @@
 #include "platform/xdg/detached_program.h"
 
-#include <array>
+#include "platform/quiet_signals.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <pthread.h>
+#include <future>
 #include <sched.h>
+#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -30,7 +33,7 @@ std::vector<char*> Environment() {
     return variables;
 }
 
-/// All that the new process needs, made before it exists: a copy of a process with threads may not allocate.
+/// All that a new process is started with.
 struct SLaunch {
     std::string program;
     std::vector<std::string> texts; // the program's arguments
@@ -38,62 +41,98 @@ struct SLaunch {
     std::vector<char*> arguments; // the program and its arguments, ended by null
 };
 
-/// The descriptor by which the new process tells why it failed: the first one behind the standard ones.
-constexpr int Report = 3;
+/// Nothing but /dev/null as the standard streams, and no other descriptor of the host's.
+class CNoDescriptors final {
+public:
+    CNoDescriptors() noexcept {
+        _ready = posix_spawn_file_actions_init(&_actions) == 0;
+        _complete = _ready && posix_spawn_file_actions_addopen(&_actions, 0, "/dev/null", O_RDWR, 0) == 0 &&
+                    posix_spawn_file_actions_adddup2(&_actions, 0, 1) == 0 &&
+                    posix_spawn_file_actions_adddup2(&_actions, 0, 2) == 0 &&
+                    posix_spawn_file_actions_addclosefrom_np(&_actions, 3) == 0;
+    }
+    ~CNoDescriptors() {
+        if (_ready) posix_spawn_file_actions_destroy(&_actions);
+    }
+    CNoDescriptors(const CNoDescriptors&) = delete;
+    CNoDescriptors& operator=(const CNoDescriptors&) = delete;
+    const posix_spawn_file_actions_t* Get() const noexcept { return _complete ? &_actions : nullptr; }
 
-/// Leaves nothing of the host behind: terminal, descriptors, signals, priority. Calls only what is allowed
-/// between fork() and exec().
-void ForgetHost(int report) noexcept {
-    const int kept = fcntl(report, F_DUPFD, Report); // it may be a standard one that the host has closed
-    setsid(); // NOLINT(concurrency-mt-unsafe): a copy of a process has one thread
-    const int nothing = open("/dev/null", O_RDWR);
-    for (int standard = 0; standard < 3; ++standard) dup2(nothing, standard);
-    if (kept != Report) dup2(kept, Report);
-    fcntl(Report, F_SETFD, FD_CLOEXEC);
-    closefrom(Report + 1);
-    for (int number = 1; number < NSIG; ++number) signal(number, SIG_DFL);
-    sigset_t none;
-    sigemptyset(&none);
-    pthread_sigmask(SIG_SETMASK, &none, nullptr);
+private:
+    posix_spawn_file_actions_t _actions{};
+    bool _ready = false;
+    bool _complete = false;
+};
+
+/// A session of its own, and every signal as a new program expects it.
+class CNoSignals final {
+public:
+    CNoSignals() noexcept {
+        // sigfillset() would leave out the two that the C library keeps to itself, and the program would
+        // begin with those ignored.
+        sigset_t all;
+        std::memset(&all, 0xFF, sizeof(all));
+        sigset_t none;
+        sigemptyset(&none);
+        _ready = posix_spawnattr_init(&_attributes) == 0;
+        _complete = _ready && posix_spawnattr_setsigdefault(&_attributes, &all) == 0 &&
+                    posix_spawnattr_setsigmask(&_attributes, &none) == 0 &&
+                    posix_spawnattr_setflags(&_attributes,
+                        POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK) == 0;
+    }
+    ~CNoSignals() {
+        if (_ready) posix_spawnattr_destroy(&_attributes);
+    }
+    CNoSignals(const CNoSignals&) = delete;
+    CNoSignals& operator=(const CNoSignals&) = delete;
+    const posix_spawnattr_t* Get() const noexcept { return _complete ? &_attributes : nullptr; }
+
+private:
+    posix_spawnattr_t _attributes{};
+    bool _ready = false;
+    bool _complete = false;
+};
+
+/// The new program's number; -1 when it can't be started. Unlike fork(), this doesn't write-protect the
+/// host's memory to share it with a copy: the audio thread would pay for that with a page fault for each page
+/// it writes to next.
+pid_t Spawn(const SLaunch& launch) noexcept {
+    const CNoDescriptors descriptors;
+    const CNoSignals signals;
+    if (descriptors.Get() == nullptr || signals.Get() == nullptr) return -1;
+    pid_t program = -1;
+    const int error = posix_spawn(&program, launch.program.c_str(), descriptors.Get(), signals.Get(),
+        launch.arguments.data(), launch.environment.data());
+    return error == 0 ? program : -1;
+}
+
+/// Gives up the raised priority that this thread may have from the one that started it. Programs that it
+/// starts inherit what it has then.
+void TakeOrdinaryPriority() noexcept {
     const sched_param ordinary{};
     sched_setscheduler(0, SCHED_OTHER, &ordinary);
-    if (getpriority(PRIO_PROCESS, 0) < 0) setpriority(PRIO_PROCESS, 0, 0);
+    if (getpriority(PRIO_PROCESS, 0) < 0) setpriority(PRIO_PROCESS, 0, 0); // on Linux that of a thread
 }
 
-/// In a copy of the host's process: starts the program in a process of its own that nobody waits for.
-[[noreturn]] void Detach(const SLaunch& launch, int report) noexcept {
-    ForgetHost(report);
-    const pid_t child = fork();
-    if (child == 0) {
-        execve(launch.program.c_str(), launch.arguments.data(), launch.environment.data());
-    }
-    if (child <= 0) {
-        const int error = errno;
-        if (write(Report, &error, sizeof(error)) != sizeof(error)) _exit(2);
-    }
-    _exit(child > 0 ? 0 : 1);
+/// Waits for the end of one program and for no other child: those are the host's. A host that ignores its
+/// children, or waits for all of them, leaves none to wait for.
+void Reap(pid_t program) noexcept {
+    while (waitpid(program, nullptr, 0) < 0 && errno == EINTR) {}
 }
 
-/// True when the program runs: its image has replaced ours, which closed the pipe with nothing in it.
-bool Start(const SLaunch& launch) noexcept {
-    std::array<int, 2> pipe{-1, -1};
-    if (pipe2(pipe.data(), O_CLOEXEC) != 0) return false;
-    const pid_t copy = fork();
-    if (copy == 0) Detach(launch, pipe[1]);
-    close(pipe[1]);
-    bool started = false;
-    if (copy > 0) {
-        int error = 0;
-        ssize_t length = 0;
-        do length = read(pipe[0], &error, sizeof(error));
-        while (length < 0 && errno == EINTR);
-        started = length == 0;
-        // Its own copy ends at once and leaves no zombie. A host that ignores its children has none to wait
-        // for.
-        while (waitpid(copy, nullptr, 0) < 0 && errno == EINTR) {}
-    }
-    close(pipe[0]);
-    return started;
+/// Starts the program from a thread of its own, which stays until the program ends: a program whose parent
+/// doesn't wait for it would be left as a zombie.
+bool Start(const SLaunch& launch) {
+    std::promise<bool> promise;
+    auto started = promise.get_future();
+    const CQuietSignals quiet;
+    std::thread([&launch, promise = std::move(promise)]() mutable {
+        TakeOrdinaryPriority();
+        const pid_t program = Spawn(launch);
+        promise.set_value(program > 0); // from here on there is no launch any more
+        if (program > 0) Reap(program);
+    }).detach();
+    return started.get();
 }
 
 } // namespace
