@@ -13,4 +13,10 @@ void* ThisModule() noexcept;
 /// longer than the 260 characters that programs there expect. Any thread.
 std::filesystem::path ModuleFile();
 
+/// Runs `function` when that library leaves a process that goes on without it, and nothing of the library
+/// runs any more: for what the system would otherwise keep open for a library that is gone. Windows runs it
+/// at the end of the process as well, when all other threads have been ended wherever they were. Linux:
+/// never, since the library stays until the end of the process. Any thread.
+void AtUnload(void (*function)()) noexcept;
+
 } // namespace KAV::Platform

@@ -1,6 +1,7 @@
 #include "utils/session_log.h"
 
 #include "platform/file_system.h"
+#include "platform/module.h"
 #include "platform/system_info.h"
 #include "platform/whole_file.h"
 #include "utils/cpu_features.h"
@@ -35,12 +36,11 @@ std::u16string PathOf(std::u16string_view ending) {
 /// The log of the process.
 class CSessionLog final {
 public:
-    CSessionLog() = default;
-    ~CSessionLog() {
+    /// When nothing of this library runs any more, but threads may have ended with the lock held.
+    void CloseWithoutLock() noexcept {
         if (_file != IFileSystem::NoFile) Files().Close(_file);
+        _file = IFileSystem::NoFile;
     }
-    CSessionLog(const CSessionLog&) = delete;
-    CSessionLog& operator=(const CSessionLog&) = delete;
 
     void Write(std::u16string_view text) {
         const std::scoped_lock lock(_mutex);
@@ -96,8 +96,14 @@ private:
     std::u16string _unsent;
 };
 
+/// Never destroyed: a host may end its instances when the library's static objects are gone, and the number
+/// of a closed file is that of the next one that the host opens.
 CSessionLog& Log() {
-    static CSessionLog log;
+    static CSessionLog& log = *[] {
+        auto* const made = new CSessionLog;
+        Platform::AtUnload([] { Log().CloseWithoutLock(); });
+        return made;
+    }();
     return log;
 }
 

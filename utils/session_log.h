@@ -15,7 +15,8 @@ namespace KAV::Utils {
 std::string LogTime(const std::tm& moment);
 
 /// Writes one line. The first line of the process first takes the file, keeps what it held as the previous
-/// log, empties it and writes the date. It stays open until the process ends. Ill-formed text is dropped.
+/// log, empties it and writes the date. It stays open until the process ends, or until this library
+/// leaves it, and may be written while the host's exit handlers run. Ill-formed text is dropped.
 void LogLine(std::u16string_view text) noexcept;
 
 /// What the file held when this process took it: the log of the session before. A crash shows as its missing

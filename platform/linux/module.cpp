@@ -51,4 +51,6 @@ std::filesystem::path ModuleFile() {
     return MappedFile(reinterpret_cast<std::uintptr_t>(&Anchor));
 }
 
+void AtUnload(void (*)()) noexcept {}
+
 } // namespace KAV::Platform

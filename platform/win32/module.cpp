@@ -1,6 +1,7 @@
 #include "platform/module.h"
 
 #include <array>
+#include <cstdlib>
 #include <windows.h>
 
 namespace KAV::Platform {
@@ -19,6 +20,10 @@ std::filesystem::path ModuleFile() {
         GetModuleFileNameW(static_cast<HMODULE>(ThisModule()), path.data(), static_cast<DWORD>(path.size()));
     if (length == 0 || length >= path.size()) return {}; // half a path leads elsewhere
     return std::wstring(path.data(), length);
+}
+
+void AtUnload(void (*function)()) noexcept {
+    std::atexit(function); // a library has a list of its own, which its unloading works off
 }
 
 } // namespace KAV::Platform

@@ -1,0 +1,20 @@
+// What the library does to the process of a host beside its audio.
+
+#include "tests/support/file_text.h"
+#include "tests/support/loaded_library.h"
+#include "tests/support/scratch_home.h"
+#include "utils/path.h"
+#include "utils/session_log.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+using namespace KAV;
+using namespace KAV::Tests;
+
+TEST(Guest, AnInstanceThatIsClosedByAnExitHandlerWritesIntoItsOwnLogAlone) {
+    const auto folder = ScratchFolder().string();
+    EXPECT_EQ(std::system((std::string(KAV_LATE_HOST " " KAV_PLUGIN_PATH " ") + folder).c_str()), 0);
+    const auto log = ReadText(Utils::ToSystemPath(Utils::LogPath()));
+    EXPECT_NE(log.find("SessionEnd="), std::string::npos) << log;
+}
