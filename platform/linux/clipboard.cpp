@@ -1,8 +1,12 @@
 #include "platform/clipboard.h"
 
+#include "platform/x11/display_thread.h"
 #include "platform/x11/selection.h"
 
+#include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 namespace KAV::Platform {
 
@@ -11,33 +15,47 @@ namespace {
 /// What this process has put there last.
 class COwnedSelection final {
 public:
-    bool Offer(const std::string& format, const void* data, std::size_t size) {
-        auto owner = CSelectionOwner::Create(format, data, size);
-        if (owner == nullptr) return false;
-        const std::scoped_lock lock(_mutex);
-        _owner.swap(owner); // the one before has lost the selection to this one, and ends outside the lock
-        return true;
+    void Keep(std::shared_ptr<CSelectionOwner> owner) {
+        {
+            const std::scoped_lock lock(_mutex);
+            _owner.swap(owner);
+        }
+        if (owner != nullptr) owner->End(); // the one before has lost the selection to this one
     }
 
 private:
     std::mutex _mutex;
-    std::unique_ptr<CSelectionOwner> _owner;
+    std::shared_ptr<CSelectionOwner> _owner; // under the mutex
 };
+
+/// Never destroyed: a host may write to the clipboard when the library's own objects are gone.
+COwnedSelection& Owned() {
+    static auto& selection = *new COwnedSelection;
+    return selection;
+}
 
 } // namespace
 
 SBytes ReadClipboard(const std::string& format) noexcept {
     try {
-        return ReadSelection(format);
-    } catch (...) { // no memory
+        auto bytes = AskDisplay<SBytes>(
+            [format](const std::string& display) { return ReadSelection(display, format); });
+        return bytes ? std::move(*bytes) : SBytes{};
+    } catch (...) { // no memory, no thread
         return {};
     }
 }
 
 bool WriteClipboard(const std::string& format, const void* data, std::size_t size) noexcept {
     try {
-        static COwnedSelection selection;
-        return selection.Offer(format, data, size);
+        const auto* const first = static_cast<const char*>(data);
+        return AskDisplay<bool>([format, bytes = std::vector<char>(first, first + size)](
+                                    const std::string& display) {
+            auto owner = CSelectionOwner::Create(display, format, bytes);
+            const bool taken = owner != nullptr;
+            if (taken) Owned().Keep(std::move(owner));
+            return taken;
+        }).value_or(false);
     } catch (...) { // no memory, no thread
         return false;
     }

@@ -1,5 +1,6 @@
 #include "platform/x11/screen.h"
 
+#include "platform/x11/display_thread.h"
 #include "platform/x11/xcb_library.h"
 
 #include <charconv>
@@ -41,11 +42,9 @@ void AskMonitors(xcb_connection_t* connection, xcb_window_t root, SDisplay& disp
     if (screen != nullptr) display.refreshHz = screen->rate;
 }
 
-} // namespace
-
-SDisplay ScreenOfDisplay() {
+SDisplay Ask(const std::string& name) {
     SDisplay display;
-    const auto connection = ConnectToDisplay();
+    const auto connection = ConnectToDisplay(name);
     const auto* const screen = connection != nullptr ? FirstScreen(connection.get()) : nullptr;
     if (screen == nullptr) return display;
     display.monitors = 1;
@@ -54,6 +53,12 @@ SDisplay ScreenOfDisplay() {
     display.scalePercent = (DotsPerInch(connection.get(), screen->root) * 100 + 48) / 96;
     AskMonitors(connection.get(), screen->root, display);
     return display;
+}
+
+} // namespace
+
+SDisplay ScreenOfDisplay() {
+    return AskDisplay<SDisplay>(Ask).value_or(SDisplay{});
 }
 
 } // namespace KAV::Platform

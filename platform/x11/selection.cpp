@@ -8,7 +8,9 @@
 #include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace KAV::Platform {
 
@@ -71,31 +73,29 @@ std::size_t LargestProperty(xcb_connection_t* connection) {
 
 } // namespace
 
-std::unique_ptr<CSelectionOwner> CSelectionOwner::Create(
-    const std::string& format, const void* data, std::size_t size) {
-    auto connection = ConnectToDisplay();
-    if (connection == nullptr || size > LargestProperty(connection.get())) return nullptr;
-    std::unique_ptr<CSelectionOwner> owner(new CSelectionOwner(std::move(connection), format, data, size));
+std::shared_ptr<CSelectionOwner> CSelectionOwner::Create(
+    const std::string& display, const std::string& format, std::vector<char> data) {
+    auto connection = ConnectToDisplay(display);
+    if (connection == nullptr || data.size() > LargestProperty(connection.get())) return nullptr;
+    std::shared_ptr<CSelectionOwner> owner(
+        new CSelectionOwner(std::move(connection), format, std::move(data)));
     if (!owner->TakeSelection()) return nullptr;
     const CQuietSignals quiet;
-    owner->_thread = std::thread([self = owner.get()] { self->Serve(); });
+    std::thread([owner] { owner->Serve(); }).detach();
     return owner;
 }
 
-CSelectionOwner::CSelectionOwner(
-    XConnection connection, const std::string& format, const void* data, std::size_t size)
-    : _connection(std::move(connection)),
-      _data(static_cast<const char*>(data), static_cast<const char*>(data) + size),
-      _window(MakeWindow(_connection.get())), _selection(Atom(_connection.get(), "CLIPBOARD")),
-      _targets(Atom(_connection.get(), "TARGETS")), _format(Atom(_connection.get(), format)),
-      _wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+CSelectionOwner::CSelectionOwner(XConnection connection, const std::string& format, std::vector<char> data)
+    : _connection(std::move(connection)), _data(std::move(data)), _window(MakeWindow(_connection.get())),
+      _selection(Atom(_connection.get(), "CLIPBOARD")), _targets(Atom(_connection.get(), "TARGETS")),
+      _format(Atom(_connection.get(), format)), _wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 CSelectionOwner::~CSelectionOwner() {
-    if (_thread.joinable()) {
-        eventfd_write(_wake, 1);
-        _thread.join();
-    }
     if (_wake >= 0) close(_wake);
+}
+
+void CSelectionOwner::End() noexcept {
+    eventfd_write(_wake, 1);
 }
 
 bool CSelectionOwner::TakeSelection() {
@@ -165,8 +165,8 @@ bool CSelectionOwner::Provide(const xcb_selection_request_event_t& request) {
     return true;
 }
 
-SBytes ReadSelection(const std::string& format) {
-    const auto connection = ConnectToDisplay();
+SBytes ReadSelection(const std::string& display, const std::string& format) {
+    const auto connection = ConnectToDisplay(display);
     if (connection == nullptr) return {};
     const xcb_window_t window = MakeWindow(connection.get());
     const xcb_atom_t selection = Atom(connection.get(), "CLIPBOARD");

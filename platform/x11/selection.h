@@ -5,26 +5,29 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 /// The CLIPBOARD selection of the display, with a private format as its target.
 namespace KAV::Platform {
 
 /// Owns the selection with a window of its own and hands the data to whoever asks, from a thread that lives
-/// until another program takes the selection or this object ends.
-/// Threads: any, one at a time. The thread of its own reads what never changes after Create().
+/// until another program takes the selection or End() is called. Nobody waits for that thread, since the
+/// display may have stopped: it owns this object together with the caller.
+/// Threads: Create() on a display thread, End() on any. The thread of its own reads what never changes after
+/// Create().
 class CSelectionOwner final {
 public:
     /// Null when there is no display, it refuses, or the data is more than it takes in one request.
-    static std::unique_ptr<CSelectionOwner> Create(
-        const std::string& format, const void* data, std::size_t size);
+    static std::shared_ptr<CSelectionOwner> Create(
+        const std::string& display, const std::string& format, std::vector<char> data);
     ~CSelectionOwner();
     CSelectionOwner(const CSelectionOwner&) = delete;
     CSelectionOwner& operator=(const CSelectionOwner&) = delete;
 
+    void End() noexcept;
+
 private:
-    CSelectionOwner(XConnection connection, const std::string& format, const void* data, std::size_t size);
+    CSelectionOwner(XConnection connection, const std::string& format, std::vector<char> data);
     bool TakeSelection();
     void Serve() noexcept;
     bool Handle(const xcb_generic_event_t& event);
@@ -38,11 +41,10 @@ private:
     xcb_atom_t _targets = 0;
     xcb_atom_t _format = 0;
     int _wake = -1; // an event descriptor: readable when the thread shall end
-    std::thread _thread;
 };
 
 /// What the selection's present owner gives for that format. Null when there is no display or no owner, it
-/// has no such format or gives nothing within a second.
-SBytes ReadSelection(const std::string& format);
+/// has no such format or gives nothing within a second. On a display thread.
+SBytes ReadSelection(const std::string& display, const std::string& format);
 
 } // namespace KAV::Platform

@@ -53,13 +53,6 @@ std::optional<SXcb> Load() noexcept {
     return xcb;
 }
 
-/// The display of a name like ":0" or "unix:0.0" or "localhost:10" is near.
-bool IsHere(std::string_view display) noexcept {
-    const auto host = display.substr(0, display.rfind(':'));
-    return host.size() < display.size() &&
-           (host.empty() || host == "unix" || host == "localhost" || host.front() == '/');
-}
-
 } // namespace
 
 const SXcb* Xcb() {
@@ -67,10 +60,8 @@ const SXcb* Xcb() {
     return xcb ? &*xcb : nullptr;
 }
 
-XConnection ConnectToDisplay() {
-    const char* const display = std::getenv("DISPLAY");
-    if (display == nullptr || !IsHere(display) || Xcb() == nullptr) return nullptr;
-    XConnection connection(Xcb()->connect(display, nullptr)); // never null; freed even after an error
+XConnection ConnectToDisplay(const std::string& display) {
+    XConnection connection(Xcb()->connect(display.c_str(), nullptr)); // never null; freed even after an error
     if (Xcb()->connection_has_error(connection.get()) != 0) connection.reset();
     return connection;
 }

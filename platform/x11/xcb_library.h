@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
@@ -58,9 +59,9 @@ struct SFree {
 template<typename T>
 using XReply = std::unique_ptr<T, SFree>;
 
-/// A connection of our own to the display that DISPLAY names, if that is on this machine: one elsewhere could
-/// let us wait for minutes. Null otherwise.
-XConnection ConnectToDisplay();
+/// A connection of our own to that display; null when it refuses. Waits for the display's greeting for ever,
+/// as everything below waits for its answers: call them on a display thread.
+XConnection ConnectToDisplay(const std::string& display);
 
 /// The first screen of a connection.
 const xcb_screen_t* FirstScreen(xcb_connection_t* connection);

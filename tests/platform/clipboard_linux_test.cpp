@@ -55,7 +55,7 @@ private:
         return {first, first + Xcb()->get_property_value_length(reply.get()) / 4};
     }
 
-    XConnection _connection = ConnectToDisplay();
+    XConnection _connection = ConnectToDisplay(std::getenv("DISPLAY"));
     xcb_window_t _window = Xcb()->generate_id(_connection.get());
 };
 

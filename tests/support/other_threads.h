@@ -1,0 +1,16 @@
+#pragma once
+
+#include <set>
+
+namespace KAV::Tests {
+
+/// The numbers of this process's threads. Linux only.
+std::set<int> Threads();
+
+/// Those that have been started since `before`, when there are `count` of them: waited for, a minute at most.
+std::set<int> AwaitNewThreads(const std::set<int>& before, std::size_t count);
+
+/// Whether a thread of this process has every signal blocked that can be blocked.
+bool BlocksAllSignals(int thread);
+
+} // namespace KAV::Tests
