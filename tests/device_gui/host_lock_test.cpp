@@ -54,6 +54,7 @@ public:
     std::u16string OpenFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
     std::u16string SaveFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
     void ShowError(std::u16string_view, std::u16string_view) noexcept override { Wait(); }
+    bool ErrorsWait() const noexcept override { return false; }
 
     int answered = 0;
 
