@@ -165,9 +165,10 @@ TEST_F(Boundary, BlocksWithoutSoundAreLeftAloneWhicheverPartIsMissing) {
     CHostedEffect quiet(host.Callback());
     std::array<float, 4> left{0.5f, 0.5f, 0.5f, 0.5f};
     auto right = left;
-    auto leftOut = left;
-    auto rightOut = left;
-    const auto untouched = left;
+    std::array<float, 4> leftOut{0.25f, 0.25f, 0.25f, 0.25f};
+    auto rightOut = leftOut;
+    const auto inputBefore = left;
+    const auto outputBefore = leftOut;
     std::array<float*, 2> inputs{left.data(), right.data()};
     std::array<float*, 2> outputs{leftOut.data(), rightOut.data()};
     const auto process = [this](float** in, float** out, std::int32_t frames) {
@@ -185,7 +186,8 @@ TEST_F(Boundary, BlocksWithoutSoundAreLeftAloneWhicheverPartIsMissing) {
         fewer[channel] = nullptr;
         process(inputs.data(), fewer.data(), 4);
     }
-    for (const auto& each : {left, right, leftOut, rightOut}) EXPECT_EQ(each, untouched);
+    for (const auto& each : {left, right}) EXPECT_EQ(each, inputBefore);
+    for (const auto& each : {leftOut, rightOut}) EXPECT_EQ(each, outputBefore);
     // None of them has gone through the engine.
     std::vector<std::vector<float>> sound(2, std::vector<float>(256, 0.75f));
     auto expected = sound;
