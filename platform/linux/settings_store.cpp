@@ -11,7 +11,8 @@
 #include <vector>
 
 // A key is a file of the configuration folder: kavelin/settings/<root>/<part>/.../<part>.json, an object that
-// has one member per value, its bytes as hexadecimal digits. Whoever writes or moves a file holds the lock
+// has one member per value, its bytes as hexadecimal digits. A part that is too long for a file name is a
+// chain of folders, all but the last of which end with "%+". Whoever writes or moves a file holds the lock
 // file of the whole store; readers need none, since files are only ever replaced whole.
 
 namespace KAV::Platform {
@@ -21,7 +22,8 @@ namespace {
 using Json = nlohmann::json;
 namespace fs = std::filesystem;
 
-constexpr std::size_t LongestPart = 255;              // as in the registry
+constexpr std::size_t LongestPart = 255;              // UTF-16 code units, as in the registry
+constexpr std::size_t LongestName = 230;              // bytes; ".json.damaged-100" has to fit behind it
 constexpr std::uint64_t LargestFile = 16u << 20;      // of one key; larger isn't ours
 constexpr auto LongestWait = std::chrono::seconds(2); // for another process's write, which takes milliseconds
 
@@ -67,20 +69,40 @@ bool IsHexadecimal(const std::string& text) {
            std::all_of(text.begin(), text.end(), [](char digit) { return DigitValue(digit) >= 0; });
 }
 
-/// A part of a key as a file name that means only itself: no separators, no dots, nothing unprintable. Empty
-/// for a part that can't be one.
-std::string FileName(std::string_view part) {
-    if (part.empty() || part.size() > LongestPart) return {};
+bool ContinuesACharacter(unsigned char byte) noexcept {
+    return (byte & 0xC0u) == 0x80u;
+}
+
+/// Of UTF-8 text, in UTF-16 code units.
+std::size_t Length(std::string_view text) {
+    std::size_t length = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (!ContinuesACharacter(byte)) length += byte < 0xF0u ? 1 : 2;
+    }
+    return length;
+}
+
+/// A part of a key as a path that means only itself: no separators, no dots, nothing unprintable. Empty for a
+/// part that can't be one.
+fs::path PartPath(std::string_view part) {
+    if (part.empty() || Length(part) > LongestPart) return {};
+    constexpr std::size_t longestCharacter = 4; // bytes
+    fs::path path;
     std::string name;
     for (const char c : part) {
         const auto byte = static_cast<unsigned char>(c);
+        if (!ContinuesACharacter(byte) && name.size() + longestCharacter > LongestName) {
+            path /= name + "%+";
+            name.clear();
+        }
         if (byte < 0x20 || byte == 0x7F || c == '/' || c == '\\' || c == '%' || c == '.') {
             name += '%' + Hexadecimal(&byte, 1);
         } else {
             name += c;
         }
     }
-    return name;
+    return path / name;
 }
 
 /// Empty when the key can't be stored.
@@ -90,9 +112,9 @@ fs::path KeyFile(ESettingsRoot root, std::string_view key) {
     file /= RootName(root);
     while (true) {
         const auto slash = key.find('/');
-        const auto name = FileName(key.substr(0, slash));
-        if (name.empty()) return {};
-        file /= name;
+        const auto part = PartPath(key.substr(0, slash));
+        if (part.empty()) return {};
+        file /= part;
         if (slash == std::string_view::npos) return file += ".json";
         key.remove_prefix(slash + 1);
     }

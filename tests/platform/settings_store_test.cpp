@@ -64,6 +64,42 @@ TEST(SettingsStore, TakesKeysAndNamesInAnyLetters) {
     EXPECT_EQ(Read(key, "\xE9\x9F\xB3\xE9\x87\x8F \"\\ ."), "loud");
 }
 
+TEST(SettingsStore, TakesPartsOfKeysUpTo255Characters) {
+    const std::string umlaut = "\xC3\xA4";
+    for (const std::size_t length : {100u, 101u, 150u, 229u, 230u, 231u, 250u, 251u, 254u, 255u}) {
+        std::string umlauts;
+        for (std::size_t i = 0; i < length; ++i) umlauts += umlaut;
+        for (const auto& part : {std::string(length, 'x'), umlauts, std::string(length, '%')}) {
+            const auto last = Key() + "/" + part;
+            const auto middle = last + "/Below";
+            ASSERT_TRUE(Write(last, "Width", "of the last part")) << length;
+            ASSERT_TRUE(Write(middle, "Width", "of one in the middle")) << length;
+            EXPECT_EQ(Read(last, "Width"), "of the last part") << length;
+            EXPECT_EQ(Read(middle, "Width"), "of one in the middle") << length;
+            EXPECT_TRUE(SettingExists(ESettingsRoot::CurrentUser, last, "Width")) << length;
+        }
+        ASSERT_TRUE(Write(Key(), std::string(length, 'n'), "of a name")) << length;
+        EXPECT_EQ(Read(Key(), std::string(length, 'n')), "of a name") << length;
+    }
+}
+
+TEST(SettingsStore, KeepsLongKeysApart) {
+    const std::string stem(254, 'x');
+    for (const auto* const end : {"a", "b", "/a", "/b"})
+        ASSERT_TRUE(Write(Key() + "/" + stem + end, "Width", end));
+    for (const auto* const end : {"a", "b", "/a", "/b"})
+        EXPECT_EQ(Read(Key() + "/" + stem + end, "Width"), end);
+    for (std::size_t cut = 1; cut < stem.size(); ++cut)
+        EXPECT_EQ(
+            Read(Key() + "/" + stem.substr(0, cut) + "/" + stem.substr(cut) + "a", "Width"), "(nothing)");
+}
+
+TEST(SettingsStore, RefusesPartsOfKeysBeyond255Characters) {
+    EXPECT_FALSE(Write(Key() + "/" + std::string(256, 'x'), "Width", "1"));
+    EXPECT_FALSE(Write(Key() + "/" + std::string(256, 'x') + "/Below", "Width", "1"));
+    EXPECT_EQ(Read(Key() + "/" + std::string(256, 'x'), "Width"), "(nothing)");
+}
+
 TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
     constexpr int Writers = 4;
     constexpr int Rounds = 10;
