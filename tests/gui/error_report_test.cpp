@@ -58,12 +58,6 @@ bool AwaitThatNothingIsUnsent() {
     return !std::filesystem::exists(UnsentFile());
 }
 
-std::size_t Count(std::string_view text, std::string_view part) {
-    std::size_t count = 0;
-    for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + 1)) ++count;
-    return count;
-}
-
 /// Long enough for a request that nobody shall make.
 void LetTimePass() {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -195,6 +189,16 @@ TEST(ErrorReport, SendsTheLastLinesOfALogBeyondAMegabyte) {
 }
 
 #if !defined(_WIN32) // which can't copy a process
+namespace {
+
+std::size_t Count(std::string_view text, std::string_view part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+
+} // namespace
+
 TEST(ErrorReport, ALogThatShortLivedProcessesCouldNotSendIsSentByTheNext) {
     LeaveALog("Error=crash\r\n");
     const auto closed = u"http://127.0.0.1:" + Utils::FormatInt(FreePort());
