@@ -64,30 +64,6 @@ protected:
 
 } // namespace
 
-TEST_F(Engine, NewOneFadesInAndThenPassesAtUnity) {
-    Audio first{std::vector<float>(Block, 0.5f), std::vector<float>(Block, 0.5f)};
-    Process(first);
-    EXPECT_LT(first[0].back(), 0.05f);
-    EXPECT_NEAR(Settle({0.5f, 0.25f})[0], 0.5f, 1e-6f);
-    EXPECT_NEAR(Settle({0.5f, 0.25f})[1], 0.25f, 1e-6f);
-}
-
-TEST_F(Engine, NoFramesOrNoChannelsLeaveAllStateUntouched) {
-    CPluginDSP<float, float, DSP::CPluginMC<float, float>> fresh;
-    Audio audio{std::vector<float>(Block, 0.5f), std::vector<float>(Block, 0.5f)};
-    std::vector<float*> channels{audio[0].data(), audio[1].data()};
-    engine.Process(nullptr, nullptr, 2, 100);
-    engine.Process(channels.data(), nullptr, 0, 100);
-    engine.Process(channels.data(), nullptr, -1, 100);
-    engine.Process(channels.data(), nullptr, 2, 0);
-    engine.Process(channels.data(), nullptr, 2, -5);
-    EXPECT_EQ(audio[0], std::vector<float>(Block, 0.5f));
-    Process(audio);
-    Audio expected{std::vector<float>(Block, 0.5f), std::vector<float>(Block, 0.5f)};
-    SetUp(); // the same announcements again change nothing either
-    EXPECT_EQ(engine.Latency(), 64);
-}
-
 TEST_F(Engine, BlockWithAMissingChannelIsLeftAlone) {
     std::vector<float> samples(Block, 0.5f);
     std::vector<float*> channels{samples.data(), nullptr};
@@ -103,46 +79,6 @@ TEST_F(Engine, ChannelInNoGroupPassesWithTheMainGains) {
     EXPECT_NEAR(out[1], 0.25f, 1e-6f);
     engine.parameters.mainOutputGain.SetBase(0.5f);
     EXPECT_NEAR(Settle({0.25f, 0.25f})[1], 0.25f * static_cast<float>(std::pow(10.0, 0.3)), 1e-5f);
-}
-
-TEST_F(Engine, SoloSilencesWhatNoSoloedGroupTook) {
-    MapStraight(1);
-    Take(1, 0, false);
-    Take(1, 1);
-    engine.parameters.solo[0] = true;
-    auto out = Settle({0.5f, 0.5f});
-    EXPECT_NEAR(out[0], 0.5f, 1e-6f);
-    EXPECT_EQ(out[1], 0.0f);
-    engine.parameters.solo[0] = false;
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[1], 0.5f, 1e-6f);
-}
-
-TEST_F(Engine, SoloedAndMutedGroupProcesses) {
-    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB
-    engine.parameters.mute[0] = true;
-    engine.parameters.solo[0] = true;
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.05f, 1e-5f);
-}
-
-TEST_F(Engine, MuteIsNoSilencer) {
-    engine.parameters.inputGain[0].SetBase(0.0f);
-    engine.parameters.mute[0] = true;
-    for (const bool parallel : {false, true}) {
-        engine.groupsParallel = parallel;
-        EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-6f);
-    }
-}
-
-TEST_F(Engine, SerialGroupsWorkOnEachOthersOutputAndParallelOnesAdd) {
-    Take(0, 1);
-    engine.parameters.inputGain[0].SetBase(0.7f); // -6 dB
-    engine.parameters.inputGain[1].SetBase(0.4f); // -12 dB
-    const float serial = 0.5f * static_cast<float>(std::pow(10.0, -0.9));
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], serial, 1e-5f);
-    engine.groupsParallel = true;
-    const float sum = 0.5f * static_cast<float>(std::pow(10.0, -0.3) + std::pow(10.0, -0.6));
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], sum, 1e-5f);
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[1], 0.5f * static_cast<float>(std::pow(10.0, -0.3)), 1e-5f);
 }
 
 TEST_F(Engine, SerialGroupsRunInTheOrderOfTheirNumbers) {
@@ -182,69 +118,6 @@ TEST_F(Engine, EntryOfTwoChannelsTakesBoth) {
     EXPECT_NEAR(out[2], 0.025f, 1e-5f);
 }
 
-TEST_F(Engine, RoutingEntriesBeyondTheHostsChannelsAreIgnored) {
-    engine.routing[0].SetPair(0, 20, 5);
-    engine.routing[0].SetPair(1, 1, 2);
-    engine.parameters.inputGain[0].SetBase(0.0f);
-    const auto out = Settle({0.5f, 0.5f});
-    EXPECT_NEAR(out[0], 0.5f, 1e-6f);
-    EXPECT_NEAR(out[1], 0.05f, 1e-5f);
-}
-
-TEST_F(Engine, MapThatNamesMoreThanSixteenChannelsStopsAtSixteen) {
-    for (const bool parallel : {false, true}) {
-        engine.groupsParallel = parallel;
-        for (int entry = 0; entry < RoutingEntries; ++entry) {
-            engine.routing[0].SetPair(entry, entry, (entry + 1) % 16);
-            Take(static_cast<std::size_t>(entry), 0);
-        }
-        const auto out = Settle(std::vector<float>(16, 0.25f));
-        for (const float y : out) EXPECT_TRUE(std::isfinite(y));
-        EXPECT_NEAR(out[15], 0.25f, 1e-6f)
-            << "the last channel comes after the sixteenth place and passes by";
-    }
-}
-
-TEST_F(Engine, SilentChannelLeavesThePathAndReturnsWithNoRampInTheBlockThatBringsSound) {
-    engine.parameters.mainInputGain.SetBase(0.75f); // +12 dB, so that a channel in the path is seen
-    Settle({0.1f, 0.1f});
-    const float there = Settle({0.1f, 0.1f})[0];
-    // One second and a half below the threshold keeps it in; behind five seconds and one sample it is out.
-    const int blocksForFiveSeconds = 5 * 48000 / static_cast<int>(Block);
-    Settle({0.1f, 1e-8f}, blocksForFiveSeconds - 1);
-    EXPECT_GT(Settle({0.1f, 1e-8f}, 1)[1], 1.5e-8f);
-    Settle({0.1f, 1e-8f}, 2);
-    EXPECT_EQ(Settle({0.1f, 1e-8f}, 1)[1], 1e-8f) << "untouched, not even by the main gain";
-    Audio back{std::vector<float>(Block, 0.1f), std::vector<float>(Block, 0.1f)};
-    back[1][0] = 0.0f;
-    Process(back);
-    EXPECT_NEAR(back[0].back(), there, 1e-6f);
-    EXPECT_NEAR(back[1].back(), there, 1e-4f) << "in the same block, at full gain";
-}
-
-TEST_F(Engine, MainGainOfZeroBeforeTheFirstBlockLeavesTheGainAtOne) {
-    engine.parameters.mainInputGain.SetBase(0.0f);
-    Take(0, 0, false);
-    Take(1, 0, false);
-    engine.parameters.mainOutputGain.SetBase(0.0f);
-    EXPECT_EQ(Settle({0.5f, 0.5f})[0], 0.5f);
-    engine.parameters.mainInputGain.SetBase(0.5f);
-    Settle({0.5f, 0.5f});
-    engine.parameters.mainInputGain.SetBase(0.0f); // now it has somewhere to come from
-    EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f * static_cast<float>(std::pow(10.0, -1.2)), 1e-6f);
-}
-
-TEST_F(Engine, HostBypassTakesMainGainsToUnityAndGroupsOutOfThePath) {
-    engine.parameters.mainInputGain.SetBase(1.0f);    // +24 dB
-    engine.parameters.mainOutputGain.SetBase(0.375f); // -6 dB: neither takes the other back
-    engine.parameters.threshold[0].SetBase(0.0f);
-    Settle({0.01f, 0.01f});
-    engine.hostBypass = true;
-    const auto out = Settle({0.3f, 0.2f}, 1000);
-    EXPECT_NEAR(out[0], 0.3f, 1e-6f);
-    EXPECT_NEAR(out[1], 0.2f, 1e-6f);
-}
-
 TEST_F(Engine, AllGroupsMutedStillRunsMainGainsAndOversampling) {
     for (auto& mute : engine.parameters.mute) mute = true;
     engine.parameters.oversampling = 2;
@@ -272,27 +145,6 @@ TEST_F(Engine, QualitySwitchPicksTheSteepFilters) {
     };
     EXPECT_NEAR(highest(false), 0.5f, 0.08f); // the corner of the standard pair, 3 dB down each way
     EXPECT_NEAR(highest(true), 1.0f, 0.02f);
-}
-
-TEST_F(Engine, LatencyIsTheSumInSeriesAndTheFirstInParallel) {
-    EXPECT_EQ(engine.Latency(), 64);
-    Take(5, 2);
-    EXPECT_EQ(engine.Latency(), 128);
-    engine.groupsParallel = true;
-    EXPECT_EQ(engine.Latency(), 64);
-    for (auto& entry : engine.parameters.channelInGroup) {
-        for (auto& toggle : entry) toggle = false;
-    }
-    EXPECT_EQ(engine.Latency(), 0);
-    engine.groupsParallel = false;
-    EXPECT_EQ(engine.Latency(), 0);
-}
-
-TEST_F(Engine, LatencyCountsTogglesAloneNotMuteSoloOrTheLimiterSwitch) {
-    engine.parameters.mute[0] = true;
-    engine.parameters.solo[1] = true;
-    engine.parameters.limiter[0] = false;
-    EXPECT_EQ(engine.Latency(), 64);
 }
 
 TEST_F(Engine, LatencyIsThatOfThePresentSettingsBeforeABlockHasSeenThem) {
@@ -326,14 +178,8 @@ TEST_F(Engine, RampsOfAGroupTakeAFactorsPartOfTheirTime) {
     EXPECT_LT(eight, plain / 3);
 }
 
-TEST_F(Engine, OutOfRangeRatesAndSizesAreIgnored) {
-    for (const float rate :
-        {0.0f, -1.0f, 1e-40f, 1.7e6f, std::nanf(""), std::numeric_limits<float>::infinity()}) {
-        engine.SetSampleRate(rate);
-        EXPECT_EQ(engine.Latency(), 64);
-    }
-    engine.SetBlockSize(0);
-    engine.SetBlockSize(-1);
+TEST_F(Engine, RateThatIsADenormalIsIgnored) {
+    engine.SetSampleRate(1e-40f);
     EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-6f);
 }
 
@@ -349,14 +195,6 @@ TEST_F(Engine, BlockBeforeAnyAnnouncementIsProcessed) {
     std::vector<float*> channels{samples.data()};
     fresh.Process(channels.data(), nullptr, 1, 3000);
     EXPECT_EQ(samples[0], 0.5f) << "positions of 0 everywhere: the main gains stand at their start";
-}
-
-TEST_F(Engine, BuffersAreNotZeroedBetweenBlocks) {
-    // Announcing the same size again empties what parallel groups work in, and is heard by nobody.
-    engine.groupsParallel = true;
-    Settle({0.5f, 0.5f});
-    engine.SetBlockSize(static_cast<int>(Block));
-    EXPECT_NEAR(Settle({0.5f, 0.5f}, 1)[0], 0.5f, 1e-6f);
 }
 
 TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
@@ -435,29 +273,6 @@ TEST_F(Engine, MetersOfAMutedGroupFall) {
     EXPECT_EQ(engine.Meters().Input(0), 0.0f);
     EXPECT_EQ(engine.Meters().Group(0), 0.0f);
     EXPECT_GT(engine.Meters().Source(0), 0.9f);
-}
-
-TEST_F(Engine, MidSideGroupTakesItsPairWithOneHalfSwitchedOff) {
-    engine.routing[0].type = ERoutingType::MidSide;
-    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB
-    Take(1, 0, false);
-    // Mid 0.3 becomes 0.03 and comes 64 samples later than the side of 0.2, which stays.
-    auto out = Settle({0.5f, 0.1f});
-    EXPECT_NEAR(out[0], 0.23f, 1e-5f);
-    EXPECT_NEAR(out[1], -0.17f, 1e-5f);
-    engine.parameters.solo[0] = true;
-    out = Settle({0.5f, 0.1f});
-    EXPECT_NEAR(out[0], 0.03f, 1e-5f);
-    EXPECT_EQ(out[1], out[0]);
-    Take(0, 0, false);
-    Take(1, 0);
-    out = Settle({0.5f, 0.1f});
-    EXPECT_NEAR(out[0], 0.02f, 1e-5f);
-    EXPECT_EQ(out[1], -out[0]);
-    engine.routing[0].type = ERoutingType::Stereo; // like no type at all
-    Take(0, 0);
-    out = Settle({0.5f, 0.1f});
-    EXPECT_NEAR(out[1], 0.01f, 1e-5f);
 }
 
 TEST_F(Engine, HalfOfAPairThatIsNotLimitedComesALookAheadEarlier) {

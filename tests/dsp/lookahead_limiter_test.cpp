@@ -1,12 +1,15 @@
 #include "dsp/lookahead_limiter.h"
 
 #include "tests/dsp/processor_paths.h"
+#include "tests/dsp/reference/limiter.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <optional>
+#include <span>
 #include <vector>
 
 using namespace KAV::DSP;
@@ -21,28 +24,65 @@ float ReleasePosition(double seconds) {
     return static_cast<float>(1.0 + std::log10(seconds) / 5.0);
 }
 
-/// Every promise holds on each path that this processor has.
-class LimiterOnPath : public testing::TestWithParam<EProcessorPath> {
-protected:
-    LimiterOnPath() { PathUnderTest = GetParam(); }
-
+/// The engine's limiter on one of its paths, or the plain model.
+class CSubject final {
 public:
-    static inline EProcessorPath PathUnderTest = EProcessorPath::Plain;
+    /// What the tests that run now are about; none is the model.
+    static inline std::optional<EProcessorPath> Path;
+
+    void SetRate(double rateHz) {
+        _limiter.Reserve(rateHz);
+        _limiter.SetRate(rateHz);
+        _model.SetRate(rateHz);
+    }
+    void SetParams(float thresholdPos, float ceilingPos, float releasePos, bool autoRelease) {
+        _limiter.SetParams(thresholdPos, ceilingPos, releasePos, autoRelease);
+        const auto exact = [](float position) { return static_cast<double>(position); };
+        _model.SetParams(exact(thresholdPos), exact(ceilingPos), exact(releasePos), autoRelease);
+    }
+    void Process(std::span<float* const> channels, std::size_t length) {
+        if (Path) {
+            _limiter.Process(channels, length, *Path);
+        } else {
+            _model.Process(channels, static_cast<int>(length));
+        }
+    }
+    void Latch() {
+        _limiter.Latch();
+        _model.SetLatch();
+    }
+    double ReportedGain() const { return Path ? _limiter.ReportedGain() : _model.ReportedGain(); }
+
+private:
+    LookaheadLimiter _limiter;
+    KAV::Reference::CCoverage _coverage;
+    KAV::Reference::CLimiter _model{_coverage};
 };
+
+/// Every promise holds on each path that this processor has, and for the model.
+class LimiterOnPath : public testing::TestWithParam<std::optional<EProcessorPath>> {
+protected:
+    LimiterOnPath() { CSubject::Path = GetParam(); }
+};
+
+std::vector<std::optional<EProcessorPath>> Subjects() {
+    std::vector<std::optional<EProcessorPath>> subjects{std::nullopt};
+    for (const auto path : KAV::Tests::ProcessorPaths()) subjects.emplace_back(path);
+    return subjects;
+}
 
 class CLimiterOnAChannel {
 public:
     explicit CLimiterOnAChannel(double rateHz, double releaseSeconds = 0.001, bool autoRelease = false) {
-        limiter.Reserve(rateHz);
         limiter.SetRate(rateHz);
         limiter.SetParams(FullScale, FullScale, ReleasePosition(releaseSeconds), autoRelease);
     }
     std::vector<float> Run(std::vector<float> samples) {
         std::array<float*, 1> channels{samples.data()};
-        limiter.Process(channels, samples.size(), LimiterOnPath::PathUnderTest);
+        limiter.Process(channels, samples.size());
         return samples;
     }
-    LookaheadLimiter limiter;
+    CSubject limiter;
 };
 
 std::vector<float> Step(std::size_t quiet, std::size_t loud, float level) {
@@ -54,28 +94,34 @@ std::vector<float> Step(std::size_t quiet, std::size_t loud, float level) {
 } // namespace
 
 TEST(LookaheadLength, FollowsTheRateInStepsOfSixtyFour) {
-    EXPECT_EQ(LookaheadLength(44100), 64u);
-    EXPECT_EQ(LookaheadLength(48000), 64u);
-    EXPECT_EQ(LookaheadLength(88200), 128u);
-    EXPECT_EQ(LookaheadLength(96000), 128u);
-    EXPECT_EQ(LookaheadLength(176400), 256u);
-    EXPECT_EQ(LookaheadLength(192000), 256u);
-    EXPECT_EQ(LookaheadLength(352800), 512u);
-    EXPECT_EQ(LookaheadLength(384000), 576u);
-    EXPECT_EQ(LookaheadLength(768000), 1088u);
-    EXPECT_EQ(LookaheadLength(1536000), 2176u);
+    const struct {
+        double rateHz;
+        std::size_t samples;
+    } table[] = {{44100, 64}, {48000, 64}, {88200, 128}, {96000, 128}, {176400, 256}, {192000, 256},
+        {352800, 512}, {384000, 576}, {768000, 1088}, {1536000, 2176}};
+    for (const auto& [rateHz, samples] : table) {
+        EXPECT_EQ(LookaheadLength(rateHz), samples) << rateHz;
+        EXPECT_EQ(KAV::Reference::CLimiter::LookAheadAt(rateHz), samples) << rateHz;
+    }
 }
 
 TEST(LookaheadLength, NeverFallsBelowSixtyFour) {
-    for (const double rate : {1.0, 8000.0, 18285.0, 18286.0}) EXPECT_EQ(LookaheadLength(rate), 64u);
+    for (const double rate : {1.0, 8000.0, 18285.0, 18286.0, 18287.0}) {
+        EXPECT_EQ(LookaheadLength(rate), 64u);
+        EXPECT_EQ(KAV::Reference::CLimiter::LookAheadAt(rate), 64u);
+    }
 }
 
-TEST_P(LimiterOnPath, DelaysByTheLookahead) {
-    CLimiterOnAChannel channel(48000);
-    std::vector<float> impulse(200, 0.0f);
-    impulse[10] = 0.5f;
-    const auto out = channel.Run(impulse);
-    for (std::size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i], i == 74 ? 0.5f : 0.0f) << i;
+TEST_P(LimiterOnPath, DelaysWhatNeedsNoLimitingByTheLookaheadAndNothingElse) {
+    for (const double rate : {48000.0, 96000.0}) {
+        CLimiterOnAChannel channel(rate);
+        std::vector<float> samples(300, 0.0f);
+        samples[10] = 0.75f;
+        samples[11] = -0.99f;
+        const auto out = channel.Run(samples);
+        const std::size_t n = LookaheadLength(rate);
+        for (std::size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i], i < n ? 0.0f : samples[i - n]) << i;
+    }
 }
 
 TEST_P(LimiterOnPath, HoldsALastingStepAtTheCeiling) {
@@ -141,6 +187,30 @@ TEST_P(LimiterOnPath, FixedReleaseRecoversNinetyPercentInItsTime) {
     }
 }
 
+TEST_P(LimiterOnPath, FixedReleaseIsExponential) {
+    constexpr std::size_t rate = 8000;
+    constexpr std::size_t n = 64;
+    CLimiterOnAChannel channel(static_cast<double>(rate), 1.0);
+    std::vector<float> samples(3 * rate, 0.5f);
+    std::fill_n(samples.begin(), rate, 2.0f);
+    const auto out = channel.Run(samples);
+    // The window holds the last peak for its length; then the averages lag by half the window.
+    const std::size_t start = rate + n - 1 + n / 2;
+    EXPECT_NEAR(out[start + rate] / 0.5, 1.0 - 0.5 * 0.1, 5e-4);
+    EXPECT_NEAR(out[start + rate / 2] / 0.5, 1.0 - 0.5 * std::sqrt(0.1), 5e-4);
+}
+
+TEST_P(LimiterOnPath, AutoReleaseLeavesNothingButTheSlowEnvelopeAMillisecondAfterATransient) {
+    constexpr std::size_t rate = 44100;
+    CLimiterOnAChannel channel(static_cast<double>(rate), 0.01, true);
+    std::vector<float> samples(rate, 0.5f);
+    samples[1000] = 1.1f;
+    const auto out = channel.Run(samples);
+    // The envelope fell for as long as the window held the minimum.
+    const double slowDrop = (1.0 - 1.0 / 1.1) * (1.0 - std::pow(0.1, 64.0 / (0.25 * rate)));
+    EXPECT_NEAR(out[1000 + 3 * 64 + rate / 1000] / 0.5, 1.0 - slowDrop, 5e-5);
+}
+
 TEST_P(LimiterOnPath, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSustainedReduction) {
     const double rate = 48000;
     const auto samplesToRecover = [rate](std::size_t loudSamples, float level) {
@@ -158,12 +228,12 @@ TEST_P(LimiterOnPath, AutoReleaseRecoversFastAfterATransientAndSlowlyAfterSustai
 }
 
 TEST_P(LimiterOnPath, LinkIsTotal) {
-    LookaheadLimiter limiter;
+    CSubject limiter;
     limiter.SetParams(FullScale, FullScale, 0.4f, false);
     std::vector<float> loud(1000, 2.0f);
     std::vector<float> soft(1000, 0.5f);
     std::array<float*, 2> channels{loud.data(), soft.data()};
-    limiter.Process(channels, 1000, GetParam());
+    limiter.Process(channels, 1000);
     EXPECT_NEAR(loud[999], 1.0f, 1e-6f);
     EXPECT_NEAR(soft[999], 0.25f, 1e-6f);
 }
@@ -219,7 +289,6 @@ TEST_P(LimiterOnPath, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
 TEST_P(LimiterOnPath, RateChangeRestartsWithSilence) {
     CLimiterOnAChannel channel(48000);
     channel.Run(std::vector<float>(500, 4.0f));
-    channel.limiter.Reserve(96000);
     channel.limiter.SetRate(96000);
     const auto out = channel.Run(std::vector<float>(200, 0.5f));
     for (std::size_t i = 0; i < 128; ++i) EXPECT_EQ(out[i], 0.0f);
@@ -272,13 +341,13 @@ TEST_P(LimiterOnPath, NotANumberMovesNoGainAndComesOutDelayed) {
     // In the first channel that is looked at and in the last, and at every place of the window.
     for (const std::size_t spoilt : {0u, 1u}) {
         for (std::size_t place = 0; place < 64; ++place) {
-            LookaheadLimiter limiter;
+            CSubject limiter;
             limiter.SetParams(FullScale, FullScale, 0.4f, false);
             std::array<std::vector<float>, 2> audio{
                 std::vector<float>(300, 0.5f), std::vector<float>(300, 0.5f)};
             audio[spoilt][place] = NotANumber;
             std::array<float*, 2> channels{audio[0].data(), audio[1].data()};
-            limiter.Process(channels, 300, GetParam());
+            limiter.Process(channels, 300);
             for (std::size_t i = 64; i < 300; ++i) {
                 ASSERT_EQ(audio[1 - spoilt][i], 0.5f) << place;
                 ASSERT_EQ(std::isnan(audio[spoilt][i]), i == place + 64) << place;
@@ -305,17 +374,19 @@ TEST_P(LimiterOnPath, SilenceIsLeftAtUnity) {
 }
 
 TEST_P(LimiterOnPath, DelayLinesBelongToPlacesInTheList) {
-    LookaheadLimiter limiter;
+    CSubject limiter;
     limiter.SetParams(FullScale, FullScale, 0.4f, false);
     std::vector<float> first(64, 0.25f);
     std::vector<float> second(64, 0.5f);
     std::array<float*, 2> both{first.data(), second.data()};
-    limiter.Process(both, 64, GetParam());
+    limiter.Process(both, 64);
     std::vector<float> third(64, 0.0f);
     std::array<float*, 1> one{third.data()};
-    limiter.Process(one, 64, GetParam());
+    limiter.Process(one, 64);
     EXPECT_EQ(third[0], 0.25f) << "another channel at the same place finds what its predecessor left";
 }
 
-INSTANTIATE_TEST_SUITE_P(LookaheadLimiter, LimiterOnPath, testing::ValuesIn(KAV::Tests::ProcessorPaths()),
-    [](const auto& parameter) { return KAV::Tests::NameOf(parameter.param); });
+INSTANTIATE_TEST_SUITE_P(
+    LookaheadLimiter, LimiterOnPath, testing::ValuesIn(Subjects()), [](const auto& parameter) {
+        return parameter.param ? KAV::Tests::NameOf(*parameter.param) : std::string("Model");
+    });

@@ -1,24 +1,51 @@
+// The minimum of a window, by the engine's tree and by the plain model.
+
 #include "dsp/min_tree.h"
+
+#include "tests/dsp/reference/limiter.h"
+#include "tests/dsp/subject_names.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <gtest/gtest.h>
 
-using KAV::DSP::MinTree;
+using namespace KAV;
 
-TEST(MinTree, ForgetsAValueExactlyLengthPushesLater) {
-    MinTree minimum;
+namespace {
+
+struct SProduct {
+    static constexpr const char* Name = "Engine";
+    DSP::MinTree minimum;
+    void Reset(std::size_t length) { minimum.Reset(length); }
+    double Push(double value) { return minimum.Push(value); }
+};
+struct SModel {
+    static constexpr const char* Name = "Model";
+    Reference::CWindowMinimum minimum;
+    void Reset(std::size_t length) { minimum.SetLength(length); }
+    double Push(double value) { return minimum.Push(value); }
+};
+
+template<typename TSubject>
+class WindowMinimum : public testing::Test {};
+using CSubjects = testing::Types<SProduct, SModel>;
+TYPED_TEST_SUITE(WindowMinimum, CSubjects, Tests::SSubjectNames);
+
+} // namespace
+
+TYPED_TEST(WindowMinimum, ForgetsAValueExactlyLengthPushesLater) {
+    TypeParam minimum;
     minimum.Reset(64);
     EXPECT_EQ(minimum.Push(0.25), 0.25);
     for (int i = 1; i < 64; ++i) EXPECT_EQ(minimum.Push(1.0), 0.25);
     EXPECT_EQ(minimum.Push(1.0), 1.0);
 }
 
-TEST(MinTree, EqualsASearchForEveryLength) {
+TYPED_TEST(WindowMinimum, EqualsASearchForEveryLength) {
     for (const std::size_t length :
         {1u, 2u, 7u, 8u, 9u, 63u, 64u, 65u, 128u, 512u, 513u, 576u, 1088u, 2176u, 4096u, 4097u}) {
-        MinTree minimum;
+        TypeParam minimum;
         minimum.Reset(length);
         std::deque<double> window(length, 1.0);
         std::uint32_t noise = static_cast<std::uint32_t>(length);
@@ -33,8 +60,8 @@ TEST(MinTree, EqualsASearchForEveryLength) {
     }
 }
 
-TEST(MinTree, ResetFillsTheWindowWithOnes) {
-    MinTree minimum;
+TYPED_TEST(WindowMinimum, ResetFillsTheWindowWithOnes) {
+    TypeParam minimum;
     minimum.Reset(576);
     minimum.Push(0.0);
     minimum.Reset(64);

@@ -1,59 +1,95 @@
+// Silence gates, of the engine and of the plain model. Limits are five seconds of samples.
+
 #include "dsp/silence_gate.h"
+
+#include "tests/dsp/reference/silence_gate.h"
+#include "tests/dsp/subject_names.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <vector>
 
-using KAV::DSP::SilenceGate;
+using namespace KAV;
 
 namespace {
 
-void Read(SilenceGate& gate, std::size_t samples, float value) {
-    gate.Read(std::vector<float>(samples, value));
-}
+struct SProduct {
+    static constexpr const char* Name = "Engine";
+    DSP::SilenceGate gate;
+    void SetLimit(int samples) { gate.limit = samples; }
+    void Read(const std::vector<float>& block) { gate.Read(block); }
+    bool IsSilent() const { return gate.silent; }
+};
+struct SModel {
+    static constexpr const char* Name = "Model";
+    Reference::CCoverage coverage;
+    Reference::CSilenceGate gate;
+    void SetLimit(int samples) { gate.SetRate(static_cast<float>(samples) / 5.0f); }
+    void Read(const std::vector<float>& block) {
+        gate.Watch(block.data(), static_cast<int>(block.size()), coverage);
+    }
+    bool IsSilent() const { return gate.IsSilent(); }
+};
+
+template<typename TSubject>
+class SilenceGate : public testing::Test {
+protected:
+    void Read(std::size_t samples, float value) { gate.Read(std::vector<float>(samples, value)); }
+    TSubject gate;
+};
+using CSubjects = testing::Types<SProduct, SModel>;
+TYPED_TEST_SUITE(SilenceGate, CSubjects, Tests::SSubjectNames);
 
 } // namespace
 
-TEST(SilenceGate, ClosesWithTheSampleBehindTheLimit) {
-    SilenceGate gate{.limit = 100};
-    Read(gate, 100, 0.0f);
-    EXPECT_FALSE(gate.silent);
-    Read(gate, 1, 0.0f);
-    EXPECT_TRUE(gate.silent);
+TYPED_TEST(SilenceGate, ClosesWithTheSampleBehindTheLimit) {
+    this->gate.SetLimit(100);
+    this->Read(100, 0.0f);
+    EXPECT_FALSE(this->gate.IsSilent());
+    this->Read(1, 0.0f);
+    EXPECT_TRUE(this->gate.IsSilent());
 }
 
-TEST(SilenceGate, CountsAnewAfterASound) {
-    SilenceGate gate{.limit = 100};
-    Read(gate, 100, 0.0f);
-    Read(gate, 1, 0.5f);
-    Read(gate, 100, 1.9e-8f);
-    EXPECT_FALSE(gate.silent);
-    Read(gate, 1, -1.9e-8f);
-    EXPECT_TRUE(gate.silent);
+TYPED_TEST(SilenceGate, CountsAnewAfterASound) {
+    this->gate.SetLimit(100);
+    this->Read(100, 0.0f);
+    this->Read(1, 0.5f);
+    this->Read(100, 1.9e-8f);
+    EXPECT_FALSE(this->gate.IsSilent());
+    this->Read(1, -1.9e-8f);
+    EXPECT_TRUE(this->gate.IsSilent());
 }
 
-TEST(SilenceGate, OpensInTheBlockThatBringsTheSound) {
-    SilenceGate gate{.limit = 10};
-    Read(gate, 11, 0.0f);
-    ASSERT_TRUE(gate.silent);
-    std::vector<float> block(64, 0.0f);
+TYPED_TEST(SilenceGate, OpensInTheBlockThatBringsTheSound) {
+    this->gate.SetLimit(10);
+    this->Read(11, 0.0f);
+    ASSERT_TRUE(this->gate.IsSilent());
+    std::vector<float> block(8, 0.0f);
     block[5] = 2e-8f;
-    gate.Read(std::span(block).first(8));
-    EXPECT_FALSE(gate.silent);
+    this->gate.Read(block);
+    EXPECT_FALSE(this->gate.IsSilent());
 }
 
-TEST(SilenceGate, ThresholdItselfIsSound) {
-    SilenceGate gate{.limit = 10};
-    Read(gate, 100, 2e-8f);
-    EXPECT_FALSE(gate.silent);
-    Read(gate, 100, std::nextafter(2e-8f, 0.0f));
-    EXPECT_TRUE(gate.silent);
+TYPED_TEST(SilenceGate, ThresholdItselfIsSound) {
+    this->gate.SetLimit(10);
+    this->Read(100, 2e-8f);
+    EXPECT_FALSE(this->gate.IsSilent());
+    this->Read(100, std::nextafter(2e-8f, 0.0f));
+    EXPECT_TRUE(this->gate.IsSilent());
 }
 
-TEST(SilenceGate, NotANumberAndInfinityAreSound) {
-    SilenceGate gate{.limit = 10};
-    Read(gate, 100, std::nanf(""));
-    EXPECT_FALSE(gate.silent);
-    Read(gate, 100, INFINITY);
-    EXPECT_FALSE(gate.silent);
+TYPED_TEST(SilenceGate, NotANumberAndInfinityAreSound) {
+    this->gate.SetLimit(10);
+    this->Read(100, std::nanf(""));
+    EXPECT_FALSE(this->gate.IsSilent());
+    this->Read(100, INFINITY);
+    EXPECT_FALSE(this->gate.IsSilent());
+}
+
+TYPED_TEST(SilenceGate, PassesALimitThatShrinksBelowItsCount) {
+    this->gate.SetLimit(10000);
+    this->Read(9000, 0.0f);
+    this->gate.SetLimit(5000);
+    this->Read(20000, 0.0f);
+    EXPECT_FALSE(this->gate.IsSilent());
 }

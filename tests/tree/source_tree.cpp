@@ -236,14 +236,15 @@ void CollectPythonTests(const fs::path& folder, std::set<std::string>& tests) {
 } // namespace
 
 std::vector<std::string> UnknownTests(const fs::path& root) {
-    static const std::regex declared(R"(TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\))");
+    static const std::regex declared(R"((?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\))");
     std::set<std::string> tests;
     for (const auto& source : Sources(root / "tests")) {
         const auto lines = ReadLines(root / "tests" / source);
         for (std::size_t i = 0; i < lines.size(); ++i) { // a long name stands on a line of its own
             const auto text = lines[i] + (i + 1 < lines.size() ? lines[i + 1] : "");
             std::smatch match;
-            if (lines[i].starts_with("TEST") && std::regex_search(text, match, declared))
+            const bool begins = lines[i].starts_with("TEST") || lines[i].starts_with("TYPED_TEST(");
+            if (begins && std::regex_search(text, match, declared))
                 tests.insert(match.str(1) + "." + match.str(2));
         }
     }

@@ -177,10 +177,12 @@ TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {
 
 TEST(UnknownTests, AreNamesAndRowsThatNothingStandsBehind) {
     const CMadeUpTree tree;
-    tree.Write("tests/a_test.cpp", "TEST(Suite, Fact) {\n}\nTEST(Suite,\n    LongFact) {\n}\n");
+    tree.Write("tests/a_test.cpp", "TEST(Suite, Fact) {\n}\nTEST(Suite,\n    LongFact) {\n}\n"
+                                   "TYPED_TEST(Suite, FactOfTypes) {\n}\n");
     tree.Write("tests/hosts/a.py", "class Host(Base):\n    def helper(self):\n    def test_runs(self):\n");
-    tree.Write("docs/failures.md", "| Fault | Result | Shown by |\n|---|---|---|\n"
-                                   "| a | b | `Suite.Fact`, `Suite.LongFact`, `Host.test_runs` |\n"
-                                   "| c | d | `Suite.Fiction` |\n| e | f | |\n");
+    tree.Write("docs/failures.md",
+        "| Fault | Result | Shown by |\n|---|---|---|\n"
+        "| a | b | `Suite.Fact`, `Suite.LongFact`, `Suite.FactOfTypes`, `Host.test_runs` |\n"
+        "| c | d | `Suite.Fiction` |\n| e | f | |\n");
     EXPECT_EQ(UnknownTests(tree.Root()), (Lines{"Suite.Fiction is no test", "nothing shows: e"}));
 }

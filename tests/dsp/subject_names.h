@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace KAV::Tests {
+
+/// Names typed tests by what they are about: each subject has a `Name`.
+struct SSubjectNames {
+    template<typename TSubject>
+    static std::string GetName(int) {
+        return TSubject::Name;
+    }
+};
+
+} // namespace KAV::Tests
