@@ -1,6 +1,7 @@
 #include "platform/clipboard.h"
 #include "platform/x11/xcb_library.h"
 #include "tests/support/display.h"
+#include "tests/support/other_threads.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -69,6 +70,22 @@ TEST(Clipboard, OffersOtherProgramsThePrivateFormatAlone) {
         other.Ask("TARGETS"), (std::vector<xcb_atom_t>{other.Name("TARGETS"), other.Name("clipboard:x")}));
     EXPECT_EQ(other.Ask("UTF8_STRING"), std::vector<xcb_atom_t>{});
     EXPECT_EQ(other.Ask("clipboard:x").size(), 1u);
+}
+
+TEST(Clipboard, IsHandedOutByAThreadThatTakesNoSignals) {
+    const CDisplay display;
+    const auto before = Threads();
+    ASSERT_TRUE(WriteClipboard("clipboard:x", "1234", 4));
+    const auto started = AwaitNewThreads(before, 1);
+    ASSERT_EQ(started.size(), 1u);
+    EXPECT_TRUE(BlocksAllSignals(*started.begin()));
+}
+
+TEST(Clipboard, HasOneThreadHoweverOftenItIsWritten) {
+    const CDisplay display;
+    const auto before = Threads();
+    for (int i = 0; i < 20; ++i) ASSERT_TRUE(WriteClipboard("clipboard:x", "1234", 4));
+    EXPECT_EQ(AwaitNewThreads(before, 1).size(), 1u);
 }
 
 TEST(Clipboard, FailsWithoutADisplay) {

@@ -7,7 +7,11 @@
 #include <gtest/gtest.h>
 
 #if !defined(_WIN32)
+#include <array>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <unistd.h>
 #endif
 
 using namespace KAV::Platform;
@@ -97,6 +101,66 @@ TEST(ExchangeHttp, LeavesTheHostsSignalsAsTheyAre) {
     SReceiver receiver;
     ExchangeHttp(Request(server, 10000), receiver);
     EXPECT_EQ(signals(), before);
+}
+
+namespace {
+
+/// A receiver in whose place the library writes to a connection that the server has closed.
+class CBrokenPipe final : public IHttpReceiver {
+public:
+    CBrokenPipe() {
+        EXPECT_EQ(pipe(_ends.data()), 0);
+        close(_ends[0]);
+    }
+    ~CBrokenPipe() { close(_ends[1]); }
+    CBrokenPipe(const CBrokenPipe&) = delete;
+    CBrokenPipe& operator=(const CBrokenPipe&) = delete;
+
+    bool GoesOn() noexcept override {
+        writes += write(_ends[1], "x", 1) < 0 && errno == EPIPE ? 1 : 0;
+        return true;
+    }
+    bool Begin(const SHttpHead&) noexcept override { return true; }
+    bool Take(const char*, std::size_t) noexcept override { return true; }
+
+    int writes = 0;
+
+private:
+    std::array<int, 2> _ends{-1, -1};
+};
+
+std::atomic<int> pipeSignals{0};
+
+bool IsPending() {
+    sigset_t pending;
+    sigpending(&pending);
+    return sigismember(&pending, SIGPIPE) == 1;
+}
+
+} // namespace
+
+TEST(ExchangeHttp, KeepsTheSignalOfABrokenConnectionFromTheHost) {
+    std::signal(SIGPIPE, [](int) { ++pipeSignals; });
+    const CLocalServer server([](CConnection& connection, const std::string&) { connection.Reset(); });
+    CBrokenPipe receiver;
+    ExchangeHttp(Request(server, 10000), receiver);
+    EXPECT_GT(receiver.writes, 0);
+    EXPECT_EQ(pipeSignals, 0);
+    EXPECT_FALSE(IsPending());
+    raise(SIGPIPE); // the host's own arrives as before
+    EXPECT_EQ(pipeSignals, 1);
+}
+
+TEST(ExchangeHttp, LeavesASignalThatTheHostHoldsBack) {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    raise(SIGPIPE);
+    const CLocalServer server([](CConnection& connection, const std::string&) { connection.Reset(); });
+    CBrokenPipe receiver;
+    ExchangeHttp(Request(server, 10000), receiver);
+    EXPECT_TRUE(IsPending());
 }
 #endif
 

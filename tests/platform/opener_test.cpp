@@ -3,6 +3,7 @@
 #include "platform/opener.h"
 
 #include "tests/support/file_text.h"
+#include "tests/support/other_threads.h"
 #include "tests/support/scratch_home.h"
 
 #include <atomic>
@@ -200,6 +201,21 @@ TEST(OpenWithDesktop, CostsOtherThreadsNoPageFaults) {
     // A copy of the process would write-protect every page, so that the next write to each of them faults.
     EXPECT_LT(audio.FaultsAfterAnotherPass() - before, static_cast<long>(CWritingThread::Pages / 2));
     script.Wait();
+}
+
+TEST(OpenWithDesktop, WaitsForTheProgramOnAThreadThatTakesNoSignals) {
+    const auto folder = ScratchFolder() / "slow";
+    const auto end = (folder / "end").string();
+    WriteText(folder / "xdg-open", "#!/bin/sh\nwhile [ ! -e '" + end + "' ]; do sleep 0.05; done\n");
+    chmod((folder / "xdg-open").c_str(), 0755);
+    setenv("PATH", (folder.string() + ":" + std::getenv("PATH")).c_str(), 1);
+    const auto before = Threads();
+    ASSERT_TRUE(OpenWithDesktop("/tmp", "", EOpen::Ordinary)); // which doesn't wait for its end
+    const auto started = AwaitNewThreads(before, 1);
+    ASSERT_EQ(started.size(), 1u);
+    EXPECT_TRUE(BlocksAllSignals(*started.begin()));
+    WriteText(end, "now");
+    EXPECT_TRUE(HasNoChildInTheEnd());
 }
 
 TEST(OpenWithDesktop, WorksInAHostThatIgnoresItsChildren) {

@@ -24,10 +24,11 @@ std::set<int> Threads() {
 
 std::set<int> AwaitNewThreads(const std::set<int>& before, std::size_t count) {
     std::set<int> started;
-    for (int i = 0; i < 6000 && started.size() < count; ++i) {
-        if (i > 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 6000; ++i) {
         started.clear();
         std::ranges::set_difference(Threads(), before, std::inserter(started, started.end()));
+        if (started.size() == count) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return started;
 }
