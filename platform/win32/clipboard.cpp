@@ -13,9 +13,28 @@ UINT Format(const std::string& format) {
     return RegisterClipboardFormatW(ToWide(format).c_str());
 }
 
+/// A window that is never seen and gets messages of its own thread alone. Whoever empties the clipboard
+/// becomes its owner by the window with which it was opened; without one there is no owner, and Windows
+/// refuses data from nobody.
+class CMessageWindow final {
+public:
+    CMessageWindow() noexcept
+        : _window(
+              CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {}
+    ~CMessageWindow() {
+        if (_window != nullptr) DestroyWindow(_window); // what was given stays
+    }
+    CMessageWindow(const CMessageWindow&) = delete;
+    CMessageWindow& operator=(const CMessageWindow&) = delete;
+    HWND Get() const noexcept { return _window; }
+
+private:
+    HWND _window;
+};
+
 class COpenClipboard final {
 public:
-    COpenClipboard() noexcept : _open(OpenClipboard(nullptr) != 0) {}
+    COpenClipboard() noexcept : _open(_owner.Get() != nullptr && OpenClipboard(_owner.Get()) != 0) {}
     ~COpenClipboard() {
         if (_open) CloseClipboard();
     }
@@ -24,6 +43,7 @@ public:
     bool IsOpen() const noexcept { return _open; }
 
 private:
+    CMessageWindow _owner; // lives as long as the clipboard is open
     bool _open;
 };
 
