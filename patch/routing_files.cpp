@@ -3,6 +3,7 @@
 #include "patch/patch_formats.h"
 #include "patch/patch_text.h"
 #include "routing/routing_document.h"
+#include "routing/routing_record.h"
 #include "utils/location.h"
 #include "utils/marked_text.h"
 #include "utils/path.h"

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "routing/routing_record.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -20,7 +18,10 @@ std::string_view RoutingValue(std::string_view document, std::string_view openin
 /// Between the entries of a list, which Utils::CPieces walks through.
 inline constexpr std::string_view RoutingSeparator = "|*|";
 
-/// What `<type>` declares; anything but the four names is None.
+/// What `<type>` declares.
+enum class ERoutingType : std::int32_t { None = 0, MidSide = 1, Mono = 2, DualMono = 3, Stereo = 4 };
+
+/// The type of that name; anything but the four names is None.
 ERoutingType RoutingType(std::string_view name) noexcept;
 
 /// The two channel numbers of an entry like "0,-1"; a number that can't be read is 0.

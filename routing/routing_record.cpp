@@ -1,6 +1,5 @@
 #include "routing/routing_record.h"
 
-#include "routing/routing_document.h"
 #include "utils/marked_text.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "routing/routing_document.h"
 #include "utils/shared.h"
 
 #include <array>
@@ -11,9 +12,6 @@ namespace KAV {
 
 /// Entries that a routing can have; each belongs to one channel toggle of its group.
 inline constexpr int RoutingEntries = 16;
-
-/// What the routing's `<type>` declares.
-enum class ERoutingType : std::int32_t { None = 0, MidSide = 1, Mono = 2, DualMono = 3, Stereo = 4 };
 
 /// One entry: the zero-based host channels that the toggle stands for, -1 for none.
 struct SRoutingPair {

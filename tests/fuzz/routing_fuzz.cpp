@@ -2,6 +2,7 @@
 // below -1, and reads the second as a new record would, unless both have the same map.
 
 #include "routing/routing_document.h"
+#include "routing/routing_record.h"
 #include "utils/marked_text.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "routing/routing_document.h"
+#include "routing/routing_record.h"
 #include "utils/marked_text.h"
 
 #include <array>
