@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artwork/relief.h"
+#include "artwork/material.h"
 
 #include <algorithm>
 
