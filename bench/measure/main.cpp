@@ -1,7 +1,7 @@
 // Measures the engine as an engineer would and writes the result as Markdown: kav_measure MUSIC OUTPUT.
 
 #include "bench/measure/chapters.h"
-#include "tools/kavhost/audio_file.h"
+#include "tools/kavhost/audio/audio_file.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,6 +1,6 @@
 #include "bench/measure/chapters.h"
 #include "bench/measure/meters.h"
-#include "tools/kavhost/loudness.h"
+#include "tools/kavhost/measure/loudness.h"
 
 #include <algorithm>
 #include <array>

@@ -3,9 +3,9 @@
 #include "tests/support/faulty_files.h"
 #include "tests/support/file_text.h"
 #include "tests/tools/kavhost/support.h"
-#include "tools/kavhost/content_manifest.h"
-#include "tools/kavhost/errors.h"
-#include "tools/kavhost/factory_content.h"
+#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/content/content_manifest.h"
+#include "tools/kavhost/content/factory_content.h"
 #include "utils/path.h"
 
 #include <map>

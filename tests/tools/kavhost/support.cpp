@@ -2,11 +2,11 @@
 
 #include "platform/library.h"
 #include "tests/support/scratch_home.h"
-#include "tools/kavhost/commands.h"
-#include "tools/kavhost/random.h"
-#include "tools/kavhost/text.h"
-#include "tools/kavhost/wav_reader.h"
-#include "tools/kavhost/wav_writer.h"
+#include "tools/kavhost/audio/wav_reader.h"
+#include "tools/kavhost/audio/wav_writer.h"
+#include "tools/kavhost/base/random.h"
+#include "tools/kavhost/base/text.h"
+#include "tools/kavhost/console/commands.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/kavhost/sample_format.h"
+#include "tools/kavhost/audio/sample_format.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,0 +1,106 @@
+#include "tools/kavhost/audio/quantiser.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+using namespace KAV::Host;
+
+namespace {
+
+constexpr float Infinity = std::numeric_limits<float>::infinity();
+constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
+
+/// The number in steps of the format.
+std::int64_t Steps(CQuantiser& quantiser, int bits, float sample) {
+    return quantiser.Quantise(sample) >> (32 - bits);
+}
+
+} // namespace
+
+TEST(Quantiser, KeepsEveryNumberOfTheFormatWithoutDither) {
+    for (const int bits : {8, 16, 24}) {
+        CQuantiser quantiser(bits, false);
+        const double scale = std::ldexp(1.0, bits - 1);
+        const double stride = std::max(1.0, std::floor(scale / 1000));
+        for (double step = -scale; step < scale; step += stride) {
+            const auto sample = static_cast<float>(step / scale);
+            EXPECT_EQ(static_cast<double>(Steps(quantiser, bits, sample)), step);
+            EXPECT_EQ(SampleOf(quantiser.Quantise(sample)), sample);
+        }
+        EXPECT_EQ(quantiser.Clipped(), 0u);
+    }
+}
+
+TEST(Quantiser, RoundsToTheNearestStepWithoutDither) {
+    CQuantiser quantiser(16, false);
+    EXPECT_EQ(Steps(quantiser, 16, 10.4f / 32768), 10);
+    EXPECT_EQ(Steps(quantiser, 16, 10.6f / 32768), 11);
+    EXPECT_EQ(Steps(quantiser, 16, -10.4f / 32768), -10);
+    EXPECT_EQ(Steps(quantiser, 16, -10.6f / 32768), -11);
+}
+
+TEST(Quantiser, ClipsAndNeverWraps) {
+    for (const int bits : {8, 16, 24, 32}) {
+        for (const bool dither : {false, true}) {
+            CQuantiser quantiser(bits, dither);
+            const std::int64_t highest = (std::int64_t{1} << (bits - 1)) - 1;
+            for (const float sample : {1.1f, 2.0f, 1e9f, 3e38f, Infinity}) {
+                EXPECT_EQ(Steps(quantiser, bits, sample), highest);
+                EXPECT_EQ(Steps(quantiser, bits, -sample), -highest - 1);
+            }
+            EXPECT_EQ(quantiser.Clipped(), 10u);
+        }
+    }
+    CQuantiser quantiser(16, false);
+    EXPECT_EQ(Steps(quantiser, 16, 1.0f), 32767); // one step too far, and still no clipping: it is full scale
+    EXPECT_EQ(Steps(quantiser, 16, -1.0f), -32768);
+    EXPECT_EQ(quantiser.Clipped(), 0u);
+    EXPECT_EQ(Steps(quantiser, 16, 1.0001f), 32767);
+    EXPECT_EQ(quantiser.Clipped(), 1u);
+}
+
+TEST(Quantiser, NeverWrapsFullScaleWithDither) {
+    CQuantiser quantiser(16, true);
+    for (int i = 0; i < 100000; ++i) {
+        EXPECT_GE(Steps(quantiser, 16, 1.0f), 32765);
+        EXPECT_LE(Steps(quantiser, 16, -1.0f), -32766);
+    }
+}
+
+TEST(Quantiser, MakesZeroOfWhatIsNoNumber) {
+    CQuantiser quantiser(16, true);
+    EXPECT_EQ(quantiser.Quantise(NotANumber), 0);
+}
+
+TEST(Quantiser, DithersWithTriangularNoiseThatHidesTheRounding) {
+    // Triangular dither of two steps' width makes the total error's mean 0 and its variance 1/4 step^2 (1/6
+    // of the noise, 1/12 of the rounding), wherever between two steps the sample lies.
+    constexpr int count = 200000;
+    for (const double offset : {0.0, 0.25, 0.5, 0.9}) {
+        CQuantiser quantiser(16, true);
+        const double value = 100 + offset;
+        double sum = 0, squares = 0, largest = 0;
+        for (int i = 0; i < count; ++i) {
+            const double error =
+                static_cast<double>(Steps(quantiser, 16, static_cast<float>(value / 32768))) - value;
+            sum += error;
+            squares += error * error;
+            largest = std::max(largest, std::abs(error));
+        }
+        EXPECT_NEAR(sum / count, 0, 0.005); // four standard deviations: 4 x 0.5 / sqrt(200000)
+        EXPECT_NEAR(squares / count, 0.25, 0.005);
+        EXPECT_LE(largest, 1.5); // one step of noise and half a step of rounding
+    }
+}
+
+TEST(Quantiser, GivesTheSameResultInEveryRun) {
+    const std::vector<float> samples(1000, 0.1f);
+    std::vector<std::int32_t> first(1000), second(1000);
+    CQuantiser(16, true).Quantise(samples, first);
+    CQuantiser(16, true).Quantise(samples, second);
+    EXPECT_EQ(first, second);
+    CQuantiser(16, false).Quantise(samples, second);
+    EXPECT_NE(first, second);
+}

@@ -1,0 +1,108 @@
+#include "tools/kavhost/bench/bench.h"
+
+#include "platform/thread_time.h"
+#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/text.h"
+#include "tools/kavhost/effect/blocks.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr double WarmUpSeconds = 3;
+constexpr double LeastSteps = 20; // to be right within 5 %
+
+} // namespace
+
+CBenchSubject::CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation,
+    const SMaterial& material, std::int32_t blockSize)
+    : _material(material), _effect(library, {static_cast<double>(material.rateHz), blockSize}),
+      _in(material.audio.Channels(), material.audio.Frames()),
+      _out(material.audio.Channels(), static_cast<std::size_t>(blockSize)) {
+    _effect.SetChannels(static_cast<int>(material.audio.Channels()));
+    preparation.Apply(_effect);
+    _effect.Start();
+}
+
+void CBenchSubject::WarmUp() {
+    for (double seconds = 0; seconds < WarmUpSeconds; seconds += Seconds()) {
+        _in.CopyFrom(_material.audio);
+        Process();
+    }
+}
+
+/// What comes out goes to the same block again and again, as in a host: an output as long as the sound would
+/// measure the memory more than the effect.
+void CBenchSubject::Process() {
+    std::vector<float*> in(_in.Pointers(), _in.Pointers() + _in.Channels());
+    const std::size_t blockSize = _out.Frames();
+    for (std::size_t done = 0; done < _in.Frames();) {
+        CheckInterrupt();
+        const auto frames = std::min(blockSize, _in.Frames() - done);
+        _effect.Process(in.data(), _out.Pointers(), static_cast<std::int32_t>(frames));
+        for (float*& channel : in) channel += frames;
+        done += frames;
+    }
+}
+
+double CBenchSubject::Run() {
+    _in.CopyFrom(_material.audio);
+    const auto start = Platform::ThreadTimeNs();
+    Process();
+    const auto time = static_cast<double>(Platform::ThreadTimeNs() - start);
+    CheckClock(time, static_cast<double>(Platform::ThreadTimeStepNs()), Seconds());
+    return time / static_cast<double>(_in.Frames());
+}
+
+double CBenchSubject::Seconds() const noexcept {
+    return static_cast<double>(_in.Frames()) / _material.rateHz;
+}
+
+void CheckClock(double measuredNs, double stepNs, double seconds) {
+    const double least = LeastSteps * stepNs;
+    if (measuredNs >= least) return;
+    // A time of no step at all may be anything up to one.
+    const double enough = std::ceil(1.2 * seconds * least / std::max(measuredNs, stepNs));
+    throw CFailure("a run is too short for this system's clock, which goes in steps of " +
+                   Shortest(stepNs * 1e-6) + " ms; try --seconds " + Shortest(enough));
+}
+
+SBenchResult Measure(CBenchSubject& first, CBenchSubject* second, int runs) {
+    SBenchResult result;
+    first.WarmUp();
+    if (second != nullptr) second->WarmUp();
+    for (int run = 0; run < runs; ++run) {
+        const auto runFirst = [&] { result.first.push_back(first.Run()); };
+        const auto runSecond = [&] { result.second.push_back(second->Run()); };
+        // The order turns with every run, so that neither always follows the other's traces in the caches.
+        if (second == nullptr) {
+            runFirst();
+        } else if (run % 2 == 0) {
+            runFirst();
+            runSecond();
+        } else {
+            runSecond();
+            runFirst();
+        }
+    }
+    return result;
+}
+
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::ranges::nth_element(values, middle);
+    if (values.size() % 2 == 1) return *middle;
+    return (*middle + *std::max_element(values.begin(), middle)) / 2;
+}
+
+double MedianRatio(const SBenchResult& result) {
+    std::vector<double> ratios;
+    for (std::size_t i = 0; i < result.second.size(); ++i)
+        ratios.push_back(result.first[i] / result.second[i]);
+    return Median(std::move(ratios));
+}
+
+} // namespace KAV::Host

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "tools/kavhost/audio/planar_buffer.h"
+#include "tools/kavhost/effect/effect.h"
+#include "tools/kavhost/setup/preparation.h"
+
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace KAV::Host {
+
+class CEffectLibrary;
+
+struct SBenchOptions {
+    int rateHz = 48000;
+    int channels = 2;
+    std::int32_t blockSize = 512;
+    double seconds = 10; ///< of audio per run
+    double gainDb = 0;   ///< by which the sound is made louder; minus infinity is silence
+    int runs = 7;
+    std::filesystem::path input; ///< audio to measure with; empty: music-like sound
+};
+
+/// What is measured with, at a peak of about -3 dBFS unless it comes from a file.
+struct SMaterial {
+    int rateHz;
+    CPlanarBuffer audio;
+};
+
+/// Sound with the ways of music: notes of a few partials that begin and die away, each channel with its own
+/// phases, over a floor of noise with beats. The same in every run.
+SMaterial MakeMaterial(const SBenchOptions& options);
+
+/// The file's rate and channels, and as much of it as `seconds` asks for. Throws CFailure for an empty one.
+SMaterial ReadMaterial(const SBenchOptions& options);
+
+/// One effect, prepared and ready to be measured.
+class CBenchSubject final {
+public:
+    /// Throws CFailure when the effect does not take the material's channels. The library and the material
+    /// must outlive it.
+    CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation, const SMaterial& material,
+        std::int32_t blockSize);
+
+    /// Runs the material until gains that glide from a fresh effect's start have arrived, and caches are
+    /// warm.
+    void WarmUp();
+
+    /// Thread-CPU nanoseconds per frame of one run of the material, which is put back before, for an effect
+    /// may write to its inputs.
+    double Run();
+
+    const CEffect& Effect() const noexcept { return _effect; }
+
+private:
+    double Seconds() const noexcept; ///< of audio in a run
+    void Process();
+
+    const SMaterial& _material;
+    CEffect _effect;
+    CPlanarBuffer _in;  // as long as the material
+    CPlanarBuffer _out; // one block
+};
+
+/// Throws CFailure when a time that was measured is so few steps of the clock that it says little; the text
+/// asks for more than the `seconds` of audio that were run.
+void CheckClock(double measuredNs, double stepNs, double seconds);
+
+struct SBenchResult {
+    std::vector<double> first;  ///< nanoseconds per frame, run by run
+    std::vector<double> second; ///< of the other effect in runs that alternate with these; may be empty
+};
+
+/// Measures one effect, or two in turns: what slows the machine for a while then slows both. `second` may be
+/// null.
+SBenchResult Measure(CBenchSubject& first, CBenchSubject* second, int runs);
+
+/// What is told of a result.
+struct SBenchReport {
+    std::string first; ///< the effects, by name
+    std::string second;
+    int rateHz = 0;
+    std::size_t channels = 0;
+    std::int32_t blockSize = 0;
+    double seconds = 0; ///< of audio per run
+    SBenchResult result;
+};
+void PrintBench(std::ostream& out, const SBenchReport& report);
+std::string BenchAsJson(const SBenchReport& report);
+
+/// The middle value, or the mean of the two in the middle; not of nothing.
+double Median(std::vector<double> values);
+
+/// The median of first / second, run by run.
+double MedianRatio(const SBenchResult& result);
+
+} // namespace KAV::Host

@@ -1,0 +1,130 @@
+#include "tools/kavhost/console/man_page.h"
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr std::string_view ExamplesHead = "Examples:";
+
+/// A line of text that the formatter takes as nothing else.
+std::string Escaped(std::string_view text) {
+    std::string line;
+    if (text.starts_with('.') || text.starts_with('\'')) line = "\\&";
+    for (const char letter : text) {
+        if (letter == '\\')
+            line += "\\e";
+        else if (letter == '-')
+            line += "\\-"; // else it may become a hyphen, which no shell takes
+        else
+            line += letter;
+    }
+    return line;
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+/// The text's lines run on until an empty one. Those of examples do not.
+void Write(std::ostream& page, const std::string& text) {
+    bool isExample = false;
+    bool isFirst = true; // of a paragraph
+    for (const auto& line : LinesOf(text)) {
+        const bool isHead = line == ExamplesHead;
+        if (isExample && line.empty()) page << ".EE\n";
+        if (isExample && line.empty()) isExample = false;
+        if (line.empty()) {
+            isFirst = true;
+            continue;
+        }
+        if (isFirst) page << ".PP\n";
+        isFirst = false;
+        const auto begin = line.find_first_not_of(' ');
+        page << Escaped(std::string_view(line).substr(begin)) << "\n";
+        if (isHead) {
+            page << ".PP\n.EX\n";
+            isExample = true;
+        }
+    }
+    if (isExample) page << ".EE\n";
+}
+
+/// The lines of a description run on.
+void WriteDescription(std::ostream& page, const std::string& text) {
+    for (const auto& line : LinesOf(text)) page << Escaped(line) << "\n";
+}
+
+void WriteOption(std::ostream& page, const CLI::Option& option) {
+    page << ".TP\n";
+    const bool isPositional = option.get_positional();
+    std::string names = isPositional ? option.get_name(true) : option.get_name(false, true);
+    for (auto comma = names.find(','); comma != std::string::npos; comma = names.find(',', comma + 2))
+        names.insert(comma + 1, " ");
+    page << "\\fB" << Escaped(names) << "\\fR";
+    const auto type = option.get_type_name();
+    if (!type.empty() && !isPositional) page << " \\fI" << Escaped(type) << "\\fR";
+    page << "\n";
+    WriteDescription(page, option.get_description());
+    if (!option.get_default_str().empty())
+        page << "(" << Escaped(option.get_default_str()) << " if not given)\n";
+    if (option.get_required() && !isPositional) page << "(required)\n";
+}
+
+void WriteOptions(std::ostream& page, const CLI::App& app) {
+    for (const bool isPositional : {true, false}) {
+        for (const auto* const option : app.get_options({})) {
+            if (option->get_positional() == isPositional) WriteOption(page, *option);
+        }
+    }
+}
+
+void WriteCommand(std::ostream& page, const CLI::App& command, const std::string& before) {
+    const std::string name = before + " " + command.get_name();
+    page << ".SS \"" << Escaped(name) << "\"\n";
+    WriteDescription(page, command.get_description());
+    WriteOptions(page, command);
+    Write(page, command.get_footer());
+    for (const auto* const inner : command.get_subcommands({})) WriteCommand(page, *inner, name);
+}
+
+} // namespace
+
+std::string ManPageOf(const CLI::App& app) {
+    std::ostringstream page;
+    const auto& name = app.get_name();
+    page << ".TH KAVHOST 1 \"\" \"" << Escaped(app.version()) << "\" \"User Commands\"\n";
+    page << ".SH NAME\n" << name << " \\- run audio files through a VST 2 effect\n";
+    page << ".SH SYNOPSIS\n";
+    for (const auto* const command : app.get_subcommands({})) {
+        page << ".B " << name << " " << command->get_name() << "\n.RI [ option ]...\n";
+        for (const auto* const option : command->get_options({})) {
+            if (!option->get_positional()) continue;
+            const bool isRepeated = option->get_expected_max() > 1;
+            page << ".IR " << Escaped(option->get_name(true)) << (isRepeated ? " ...\n" : "\n");
+        }
+        std::string choice;
+        for (const auto* const inner : command->get_subcommands({}))
+            choice += (choice.empty() ? "" : "|") + inner->get_name();
+        if (!choice.empty()) page << ".B " << choice << "\n";
+        page << ".br\n";
+    }
+    page << ".B " << name << "\n\\fB\\-\\-help\\fR|\\fB\\-\\-version\\fR\n";
+    page << ".SH DESCRIPTION\n";
+    WriteDescription(page, app.get_description());
+    Write(page, app.get_footer());
+    page << ".SH OPTIONS\n";
+    WriteOptions(page, app);
+    page << ".SH COMMANDS\n";
+    for (const auto* const command : app.get_subcommands({})) WriteCommand(page, *command, name);
+    return std::move(page).str();
+}
+
+} // namespace KAV::Host

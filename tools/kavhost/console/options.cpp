@@ -1,0 +1,387 @@
+#include "tools/kavhost/console/options.h"
+
+#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/text.h"
+#include "tools/kavhost/console/man_page.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace KAV::Host {
+
+namespace {
+
+constexpr int MostJobs = 256;
+
+constexpr const char* About =
+    "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost;\n"
+    "installs the patches and routings that come with the KAV Sorrel Limiter.";
+
+constexpr const char* Footer = "Examples:\n"
+                               "  kavhost info\n"
+                               "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+                               "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+                               "  kavhost bench --vs other.so\n"
+                               "  kavhost inspect loud.kvp\n"
+                               "  kavhost content install\n"
+                               "  kavhost render --help\n"
+                               "\n"
+                               "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
+
+constexpr const char* InfoFooter = "Examples:\n"
+                                   "  kavhost info --json\n"
+                                   "  kavhost info --patch loud.kvp --save-state loud.state\n"
+                                   "  kavhost info --plugin other.so --set 2:-3.0";
+
+constexpr const char* RenderFooter =
+    "The output keeps the input's rate and channels, and its sample format where the\n"
+    "output's container has it, else it gets 24 bits; so do MP3 and other coded inputs.\n"
+    "OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
+    "A file appears under its name when it is complete, and not before.\n"
+    "\n"
+    "What is set is set in this order: --state, --patch, --routing, --simd, --os, --hq, and\n"
+    "then each --set. A state brings the routings of its groups with it.\n"
+    "\n"
+    "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
+    "10 ms, per channel, where the input is above -60 dBFS. The real-time factor is the\n"
+    "seconds of audio per second that the effect ran; with --jobs the files share the\n"
+    "processor.\n"
+    "\n"
+    "The picture has the input's and the output's waveform, their short-term loudness and\n"
+    "peaks, and the gain reduction: that same gain against the effect's gain for noise\n"
+    "below -60 dBFS, which it has no cause to limit. A file and its picture are there both, or\n"
+    "neither is.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+    "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost render *.wav -o limited --jobs 4 --plot limited\n"
+    "  kavhost render song.wav -o out.wav --patch loud.kvp --os 4 --hq on\n"
+    "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
+    "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
+    "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
+
+constexpr const char* InspectFooter =
+    "A patch keeps each value as the effect does; with a profile it is told as the quantity\n"
+    "that it stands for.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost inspect loud.kvp\n"
+    "  kavhost inspect --json film.state";
+
+constexpr const char* BenchFooter =
+    "Time is that of the processor in this thread, as the median over the runs. With --vs\n"
+    "the runs of the two alternate; with --set2 alone the effect is measured against\n"
+    "itself. The sound, unless a file is given, is music-like with a peak of -3 dBFS and\n"
+    "the same every time.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost bench --set \"Oversampling=x4\"\n"
+    "  kavhost bench --os 4 --simd on --vs other.so\n"
+    "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
+    "  kavhost bench --set 100=1 --set2 100=0";
+
+constexpr const char* ContentFooter =
+    "Patches go to \"Kavelin/KAV Sorrel Limiter\", routings to \"Kavelin/Routings\". A file of\n"
+    "yours is neither overwritten nor removed, and neither is one that you have changed.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost content install\n"
+    "  kavhost content uninstall";
+
+constexpr const char* SetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
+                                "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
+                                "what the effect's own display shall show. For each setting\n"
+                                "once more.";
+
+/// Texts as the parser keeps them; paths become such only later, for it knows no UTF-8.
+struct STexts {
+    std::string plugin;
+    std::string profile;
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string format;
+    std::string otherPlugin;
+    std::string benchInput;
+    std::string content;
+    std::string state;
+    std::string patch;
+    std::string routing;
+    std::string simd;
+    std::string oversampling;
+    std::string highQuality;
+    std::string savedState;
+    std::string inspected;
+    std::string plot;
+    std::string plotData;
+    std::string report;
+    bool noDither = false;
+    bool noPreroll = false;
+    bool align = false;
+    bool noAlign = false;
+};
+
+void AddProfile(CLI::App& command, STexts& texts) {
+    command
+        .add_option("--profile", texts.profile,
+            "Names and laws of the effect's parameters; by default the\n"
+            "*.json beside kavhost that has the effect's unique id")
+        ->type_name("FILE");
+}
+
+CLI::Option& AddChoice(CLI::App& command, const char* name, std::string& text,
+    const std::vector<std::string>& choices, const char* help) {
+    std::string type;
+    for (const auto& choice : choices) type += (type.empty() ? "" : "|") + choice;
+    auto& option = *command.add_option(name, text, help);
+    option.check(CLI::IsMember(choices).description(""))->type_name(type);
+    return option;
+}
+
+void AddStateOptions(CLI::App& command, STexts& texts) {
+    command.add_option("--state", texts.state, "The effect's whole state, as --save-state leaves it")
+        ->type_name("FILE");
+    command.add_option("--patch", texts.patch, "A patch: .kvp, or .fxp with one program")->type_name("FILE");
+    command
+        .add_option("--routing", texts.routing,
+            "The channels of group 1: .kvt. Without this and --state a\n"
+            "file of more than two channels has all of them in it")
+        ->type_name("FILE");
+    AddChoice(command, "--simd", texts.simd, {"on", "off"}, "The effect's vector code");
+    AddChoice(command, "--os", texts.oversampling, {"1", "2", "4", "8"},
+        "Oversampling; short for --set \"Oversampling=x4\" and so on");
+    AddChoice(command, "--hq", texts.highQuality, {"on", "off"}, "Short for --set \"Hiqh Quality=on\"");
+}
+
+void AddSaveState(CLI::App& command, STexts& texts, const char* help) {
+    command.add_option("--save-state", texts.savedState, help)->type_name("FILE");
+}
+
+void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
+    command
+        .add_option("-p,--plugin", texts.plugin, "The effect's library; the KAV Sorrel Limiter by default")
+        ->type_name("FILE");
+    AddProfile(command, texts);
+    AddStateOptions(command, texts);
+    command.add_option("-s,--set", options.settings, SetHelp)->type_name("SETTING")->allow_extra_args(false);
+}
+
+void AddBlock(CLI::App& command, std::int32_t& blockSize) {
+    command.add_option("--block", blockSize, "Frames per call of the effect")
+        ->check(CLI::Range(1, 1 << 16).description(""))
+        ->type_name("1..65536")
+        ->capture_default_str();
+}
+
+void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("info", "Tell what the effect is and list its parameters.");
+    command.footer(InfoFooter);
+    AddEffectOptions(command, options, texts);
+    AddSaveState(command, texts, "Gets the effect's whole state");
+    command.add_flag("--json", options.isJson, "Tell it for programs");
+}
+
+/// What render gives beside the audio.
+void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
+    command
+        .add_option("--plot", texts.plot,
+            "Gets a picture of what became of the file, as .png; a folder\n"
+            "for several inputs")
+        ->type_name("OUT|DIR");
+    command
+        .add_option("--plot-data", texts.plotData,
+            "Gets the numbers behind the picture, as .csv or .json; a\n"
+            "folder, for .csv, for several inputs")
+        ->type_name("OUT|DIR");
+    command.add_option("-j,--jobs", options.jobs, "Files at a time")
+        ->check(CLI::Range(1, MostJobs).description(""))
+        ->type_name("1.." + std::to_string(MostJobs))
+        ->capture_default_str();
+    auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
+    AddChoice(command, "--report", texts.report, {"text", "json"}, "Report for people or for programs")
+        .excludes(json);
+}
+
+void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
+    command.footer(RenderFooter);
+    command.add_option("IN", texts.inputs, "Audio files")->required();
+    command
+        .add_option("-o,--output", texts.output,
+            "The output: .wav, .flac, .aif, .aiff or .ogg; a folder,\n"
+            "made when missing, for several inputs")
+        ->required()
+        ->type_name("OUT|DIR");
+    AddEffectOptions(command, options, texts);
+    AddSaveState(command, texts, "Gets the effect's whole state at the beginning of the file");
+    AddBlock(command, options.render.blockSize);
+    command
+        .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
+        ->type_name("FORMAT");
+    command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
+    command.add_flag("--no-preroll", texts.noPreroll,
+        "Begin at once: do not let the effect's gains settle on\n"
+        "silence first");
+    auto* const align = command.add_flag("--align", texts.align,
+        "Take out the effect's delay, as measured, so that the output\n"
+        "lies under the input (the default)");
+    command.add_flag("--no-align", texts.noAlign, "Leave the effect's delay in")->excludes(align);
+    AddRenderOutputs(command, options, texts);
+}
+
+void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("inspect", "Tell what a patch holds; no effect is loaded.");
+    command.footer(InspectFooter);
+    command.add_option("FILE", texts.inspected, "A patch, .kvp or .fxp, or a state")
+        ->required()
+        ->type_name("");
+    AddProfile(command, texts);
+    command.add_flag("--json", options.isJson, "Tell it for programs");
+}
+
+void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("bench", "Measure the time that the effect takes.");
+    auto& bench = options.bench;
+    command.footer(BenchFooter);
+    AddEffectOptions(command, options, texts);
+    command.add_option("--vs", texts.otherPlugin, "Another effect to measure against")->type_name("FILE");
+    command
+        .add_option("--set2", options.otherSettings, "A setting of the other effect, in the forms of --set")
+        ->type_name("SETTING")
+        ->allow_extra_args(false);
+    auto* const input =
+        command.add_option("--input", texts.benchInput, "Audio to measure with")->type_name("FILE");
+    command.add_option("--rate", bench.rateHz, "Sample rate in Hz")
+        ->check(CLI::Range(1000, 1'000'000).description(""))
+        ->type_name("HZ")
+        ->capture_default_str()
+        ->excludes(input);
+    command.add_option("--channels", bench.channels, "Channels")
+        ->check(CLI::Range(1, MostRenderChannels).description(""))
+        ->type_name("1..16")
+        ->capture_default_str()
+        ->excludes(input);
+    AddBlock(command, bench.blockSize);
+    command.add_option("--gain", bench.gainDb, "Makes the sound louder, or softer")
+        ->check(CLI::Range(-200.0, 60.0).description(""))
+        ->type_name("DB")
+        ->capture_default_str();
+    command.add_option("--seconds", bench.seconds, "Audio of each run, from the front of a file")
+        ->check(CLI::Range(0.01, 3600.0).description(""))
+        ->type_name("S")
+        ->capture_default_str();
+    command.add_option("--runs", bench.runs, "Runs")
+        ->check(CLI::Range(1, 10000).description(""))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_flag("--json", options.isJson, "Report for programs");
+}
+
+void AddContent(CLI::App& app, STexts& texts) {
+    auto& command =
+        *app.add_subcommand("content", "Install, remove or list the patches and routings that come along.");
+    command.footer(ContentFooter);
+    command.require_subcommand(1);
+    const auto add = [&](const char* name, const char* help) { return command.add_subcommand(name, help); };
+    for (auto* const action : {add("install", "Copy them into your documents folder"),
+             add("list", "Tell which of them are there")}) {
+        action
+            ->add_option(
+                "--from", texts.content, "Patches and Routings; by default in content, beside kavhost")
+            ->type_name("FOLDER");
+    }
+    add("uninstall", "Remove those that were installed and are unchanged");
+}
+
+void TakeStateTexts(SOptions& options, const STexts& texts) {
+    options.state = {.state = PathOf(texts.state),
+        .patch = PathOf(texts.patch),
+        .routing = PathOf(texts.routing),
+        .simd = {}};
+    if (!texts.simd.empty()) options.state.simd = texts.simd == "on";
+    options.savedState = options.render.state = PathOf(texts.savedState);
+    std::vector<std::string> first; // settings come in this order
+    if (!texts.oversampling.empty()) first.push_back("Oversampling=x" + texts.oversampling);
+    if (!texts.highQuality.empty()) first.push_back("Hiqh Quality=" + texts.highQuality);
+    options.settings.insert(options.settings.begin(), first.begin(), first.end());
+}
+
+void TakeTexts(SOptions& options, const STexts& texts) {
+    options.plugin = PathOf(texts.plugin);
+    options.profile = PathOf(texts.profile);
+    options.output = PathOf(texts.output);
+    options.patch = PathOf(texts.inspected);
+    options.otherPlugin = PathOf(texts.otherPlugin);
+    options.bench.input = PathOf(texts.benchInput);
+    options.content = PathOf(texts.content);
+    TakeStateTexts(options, texts);
+    for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
+    options.render.dithers = !texts.noDither;
+    options.render.settles = !texts.noPreroll;
+    options.render.aligns = !texts.noAlign;
+    options.render.plot = PathOf(texts.plot);
+    options.render.plotData = PathOf(texts.plotData);
+    if (texts.report == "json") options.isJson = true;
+    if (texts.format.empty()) return;
+    options.render.samples = FormatOf(texts.format);
+    if (!options.render.samples) {
+        throw CUsageError("--format: \"" + texts.format + "\" is none of 8, 16, 24, 32, float, double");
+    }
+}
+
+ECommand CommandOf(const CLI::App& app) {
+    if (app.got_subcommand("info")) return ECommand::Info;
+    if (app.got_subcommand("render")) return ECommand::Render;
+    if (app.got_subcommand("bench")) return ECommand::Bench;
+    if (app.got_subcommand("inspect")) return ECommand::Inspect;
+    const auto& content = *app.get_subcommand("content");
+    if (content.got_subcommand("install")) return ECommand::InstallContent;
+    return content.got_subcommand("list") ? ECommand::ListContent : ECommand::UninstallContent;
+}
+
+/// What takes the program's arguments apart, into `options` and `texts`.
+void Build(CLI::App& app, SOptions& options, STexts& texts) {
+    app.footer(Footer);
+    app.allow_windows_style_options(false); // a path may begin with a slash there, too
+    app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
+    app.require_subcommand(1);
+    AddInfo(app, options, texts);
+    AddRender(app, options, texts);
+    AddBench(app, options, texts);
+    AddInspect(app, options, texts);
+    AddContent(app, texts);
+}
+
+} // namespace
+
+SOptions ReadOptions(std::vector<std::string> arguments) {
+    SOptions options;
+    STexts texts;
+    CLI::App app(About, "kavhost");
+    Build(app, options, texts);
+    std::ranges::reverse(arguments); // the parser takes them from the back
+    try {
+        app.parse(std::move(arguments));
+    } catch (const CLI::CallForVersion&) {
+        options.text = app.version() + "\n";
+        return options;
+    } catch (const CLI::Success&) {
+        options.text = app.help();
+        return options;
+    } catch (const CLI::Error& error) {
+        throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
+    }
+    TakeTexts(options, texts);
+    options.command = CommandOf(app);
+    return options;
+}
+
+std::string ManPage() {
+    SOptions options;
+    STexts texts;
+    CLI::App app(About, "kavhost");
+    Build(app, options, texts);
+    return ManPageOf(app);
+}
+
+} // namespace KAV::Host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "tools/kavhost/bench/bench.h"
+#include "tools/kavhost/render/render.h"
+#include "tools/kavhost/setup/preparation.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KAV::Host {
+
+enum class ECommand { Print, Info, Render, Bench, Inspect, InstallContent, UninstallContent, ListContent };
+
+/// A command line, read.
+struct SOptions {
+    ECommand command = ECommand::Print;
+    std::string text; ///< to print: help, or the version
+
+    std::filesystem::path plugin;  ///< empty: the one that comes with kavhost
+    std::filesystem::path profile; ///< empty: the one beside kavhost that fits the effect, if any
+    SStateOptions state;
+    std::vector<std::string> settings;
+    bool isJson = false;
+
+    std::filesystem::path patch;      ///< to inspect
+    std::filesystem::path savedState; ///< gets the effect's state, of info; may be empty
+
+    std::vector<std::filesystem::path> inputs;
+    std::filesystem::path output;
+    SRenderOptions render;
+    int jobs = 1; ///< files at a time
+
+    std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings
+    std::vector<std::string> otherSettings;
+    SBenchOptions bench;
+
+    std::filesystem::path content; ///< patches and routings to install; empty: those beside kavhost
+};
+
+/// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.
+SOptions ReadOptions(std::vector<std::string> arguments);
+
+/// The manual page, for man(1): made of the same as the help, so that neither lacks what the other has.
+std::string ManPage();
+
+} // namespace KAV::Host

@@ -1,0 +1,252 @@
+#include "tools/kavhost/content/factory_content.h"
+
+#include "platform/directory.h"
+#include "platform/file_system.h"
+#include "platform/whole_file.h"
+#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/text.h"
+#include "tools/kavhost/content/content_manifest.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+namespace KAV::Host {
+
+namespace {
+
+namespace fs = std::filesystem;
+using EKind = Platform::IFileSystem::EKind;
+
+/// A folder of the content, where it goes, and what of it counts.
+struct SPart {
+    std::string_view folder;
+    std::string_view place;
+    std::string_view extension;
+};
+constexpr std::array<SPart, 2> Parts{
+    {{"Patches", "Kavelin/KAV Sorrel Limiter/", ".kvp"}, {"Routings", "Kavelin/Routings/", ".kvt"}}};
+/// Beside the patches; the plug-in lists only what ends like a patch.
+constexpr std::string_view ManifestPlace = "Kavelin/KAV Sorrel Limiter/.factory-content";
+
+struct SContentFile {
+    std::string place;
+    std::string bytes;
+    SFingerprint fingerprint;
+};
+
+fs::path At(const fs::path& documents, std::string_view place) {
+    return documents / PathOf(place);
+}
+
+std::optional<std::string> ReadBytes(const fs::path& file) {
+    const auto bytes = Platform::ReadWholeFile(file);
+    if (bytes.data == nullptr) return std::nullopt;
+    return std::string(bytes.data.get(), bytes.size);
+}
+
+/// Something has the name, be it a link to nothing: writing would go where the link says.
+bool IsTaken(const fs::path& path) noexcept {
+    std::error_code error;
+    return fs::symlink_status(path, error).type() != fs::file_type::not_found;
+}
+
+/// Or none that could have been installed.
+bool IsEmpty(const fs::path& path) noexcept {
+    std::error_code error;
+    return !fs::is_regular_file(path, error) || fs::file_size(path, error) == 0;
+}
+
+void Collect(const fs::path& folder, const std::string& place, std::string_view extension,
+    std::vector<SContentFile>& files) {
+    auto entries = Platform::ListDirectory(folder);
+    std::ranges::sort(entries, {}, &Platform::SDirectoryEntry::name);
+    for (const auto& entry : entries) {
+        const auto path = folder / PathOf(entry.name);
+        if (entry.isFolder) {
+            Collect(path, place + entry.name + "/", extension, files);
+        } else if (entry.name.ends_with(extension)) {
+            auto bytes = ReadBytes(path);
+            if (!bytes) throw CFailure(Utf8(path) + ": cannot be read");
+            const auto fingerprint = FingerprintOf(*bytes);
+            files.push_back({place + entry.name, std::move(*bytes), fingerprint});
+        }
+    }
+}
+
+std::vector<SContentFile> ReadContent(const fs::path& content) {
+    std::vector<SContentFile> files;
+    for (const auto& part : Parts) {
+        const auto before = files.size();
+        Collect(content / PathOf(part.folder), std::string(part.place), part.extension, files);
+        if (files.size() == before) {
+            throw CFailure(Utf8(content) + ": no " + std::string(part.extension) + " files in a folder " +
+                           std::string(part.folder) + " there");
+        }
+    }
+    return files;
+}
+
+void CheckDocuments(const fs::path& documents) {
+    if (documents.empty()) throw CFailure("the system names no folder for documents");
+}
+
+/// Before anything is changed.
+EContentFate StateOf(const SContentFile& file, const fs::path& documents, const CContentManifest& manifest) {
+    const auto path = At(documents, file.place);
+    if (!IsTaken(path)) return EContentFate::Missing;
+    const auto bytes = ReadBytes(path);
+    if (!bytes) return EContentFate::Users;
+    if (*bytes == file.bytes) return EContentFate::There;
+    return manifest.Has(file.place, FingerprintOf(*bytes)) ? EContentFate::Renewed : EContentFate::Users;
+}
+
+bool WriteBytes(const fs::path& path, const std::string& bytes) noexcept {
+    return Platform::MakeFolders(path.parent_path()) &&
+           Platform::ReplaceWholeFile(path, bytes.data(), bytes.size());
+}
+
+EContentFate Remove(std::string_view place, const fs::path& documents, const CContentManifest& manifest) {
+    const auto path = At(documents, place);
+    if (!IsTaken(path)) return EContentFate::Missing;
+    const auto bytes = ReadBytes(path);
+    if (!bytes) return IsEmpty(path) ? EContentFate::Users : EContentFate::Failed;
+    if (!manifest.Has(place, FingerprintOf(*bytes))) return EContentFate::Users;
+    return Platform::Files().Remove(path) ? EContentFate::Removed : EContentFate::Failed;
+}
+
+/// The folders that hold `place`, from the inside out; the documents folder is none of them.
+void RemoveEmptyFolders(const fs::path& documents, std::string_view place) noexcept {
+    std::error_code error;
+    for (auto folder = PathOf(place).parent_path(); !folder.empty(); folder = folder.parent_path()) {
+        const auto path = documents / folder;
+        const auto type = fs::symlink_status(path, error).type();
+        if (type == fs::file_type::not_found) continue;
+        if (type != fs::file_type::directory) return; // the user's link to a folder elsewhere
+        if (!fs::remove(path, error)) return;         // it still holds something
+    }
+}
+
+std::string_view Word(EContentFate fate) noexcept {
+    switch (fate) {
+    case EContentFate::Installed:
+        return "installed";
+    case EContentFate::Renewed:
+        return "renewed";
+    case EContentFate::There:
+        return "there already";
+    case EContentFate::Users:
+        return "yours, kept";
+    case EContentFate::Missing:
+        return "gone already";
+    case EContentFate::Removed:
+        return "removed";
+    case EContentFate::Failed:
+        return "failed";
+    }
+    return "";
+}
+
+std::string_view StateWord(EContentFate fate) noexcept {
+    switch (fate) {
+    case EContentFate::There:
+        return "installed";
+    case EContentFate::Renewed:
+        return "older";
+    case EContentFate::Missing:
+        return "missing";
+    default:
+        return "yours";
+    }
+}
+
+} // namespace
+
+ContentReport InstallContent(const fs::path& content, const fs::path& documents) {
+    CheckDocuments(documents);
+    const auto files = ReadContent(content);
+    CContentManifest manifest(At(documents, ManifestPlace));
+    ContentReport report;
+    for (const auto& file : files) report.push_back({file.place, StateOf(file, documents, manifest)});
+
+    // Remembered before it is done: a file that is there and that nobody remembers would stay for ever.
+    const auto isToBeWritten = [](EContentFate fate) {
+        return fate == EContentFate::Missing || fate == EContentFate::Renewed;
+    };
+    CContentManifest plan = manifest;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (isToBeWritten(report[i].fate)) plan.Add(files[i].place, files[i].fingerprint);
+    }
+    Platform::MakeFolders(At(documents, ManifestPlace).parent_path());
+    plan.Save();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        auto& fate = report[i].fate;
+        if (!isToBeWritten(fate)) continue;
+        if (!WriteBytes(At(documents, files[i].place), files[i].bytes)) {
+            fate = EContentFate::Failed;
+            continue;
+        }
+        if (fate == EContentFate::Missing) fate = EContentFate::Installed;
+        manifest.Settle(files[i].place, files[i].fingerprint);
+    }
+    manifest.Save();
+    return report;
+}
+
+ContentReport UninstallContent(const fs::path& documents) {
+    CheckDocuments(documents);
+    CContentManifest manifest(At(documents, ManifestPlace));
+    if (manifest.Places().empty()) return {};
+    ContentReport report;
+    for (const auto& place : manifest.Places()) {
+        report.push_back({place, Remove(place, documents, manifest)});
+        if (report.back().fate != EContentFate::Failed) manifest.Forget(place);
+    }
+    manifest.Save();
+    for (const auto& line : report) RemoveEmptyFolders(documents, line.place);
+    RemoveEmptyFolders(documents, ManifestPlace);
+    return report;
+}
+
+ContentReport ListContent(const fs::path& content, const fs::path& documents) {
+    CheckDocuments(documents);
+    const CContentManifest manifest(At(documents, ManifestPlace));
+    ContentReport report;
+    for (const auto& file : ReadContent(content)) {
+        auto state = StateOf(file, documents, manifest);
+        if (state == EContentFate::There && !manifest.Has(file.place, file.fingerprint))
+            state = EContentFate::Users;
+        report.push_back({file.place, state});
+    }
+    return report;
+}
+
+void PrintChanges(std::ostream& out, const ContentReport& report) {
+    std::array<std::size_t, 7> counts{};
+    for (const auto& line : report) {
+        ++counts[static_cast<std::size_t>(line.fate)];
+        if (line.fate == EContentFate::Users || line.fate == EContentFate::Failed)
+            out << line.place << ": " << Word(line.fate) << '\n';
+    }
+    out << report.size() << " files";
+    for (std::size_t fate = 0; fate < counts.size(); ++fate) {
+        if (counts[fate] > 0) out << ", " << counts[fate] << ' ' << Word(static_cast<EContentFate>(fate));
+    }
+    out << '\n';
+}
+
+void PrintContent(std::ostream& out, const ContentReport& report) {
+    for (const auto& line : report) {
+        std::string state(StateWord(line.fate));
+        state.resize(11, ' ');
+        out << state << line.place << '\n';
+    }
+}
+
+bool HasFailed(const ContentReport& report) noexcept {
+    return std::ranges::any_of(report, [](const auto& line) { return line.fate == EContentFate::Failed; });
+}
+
+} // namespace KAV::Host

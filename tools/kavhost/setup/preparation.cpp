@@ -1,0 +1,59 @@
+#include "tools/kavhost/setup/preparation.h"
+
+#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/file_bytes.h"
+#include "tools/kavhost/base/text.h"
+#include "tools/kavhost/effect/effect.h"
+
+namespace KAV::Host {
+
+namespace {
+
+/// With as many channels a group of a fresh effect takes them all.
+constexpr std::int32_t ChannelsThatNeedNoRouting = 2;
+
+[[noreturn]] void FailWithoutPlace(const char* option, const CEffect& effect, const char* what) {
+    throw CUsageError(std::string(option) + ": the state of " + effect.Name() + " is no text with " + what);
+}
+
+} // namespace
+
+CPreparation::CPreparation(const SStateOptions& options) : _simd(options.simd) {
+    if (!options.state.empty()) {
+        _state = ReadFileBytes(options.state);
+        _stateFile = Utf8(options.state);
+    }
+    if (!options.patch.empty()) _patch.emplace(options.patch);
+    if (!options.routing.empty()) {
+        _routing = ReadRouting(ReadFileBytes(options.routing));
+        if (!_routing) throw CFailure(Utf8(options.routing) + ": no routing");
+    }
+}
+
+void CPreparation::Apply(CEffect& effect) const {
+    if (_state && !effect.SetChunk(*_state, EChunk::Bank)) {
+        throw CFailure(_stateFile + ": " + effect.Name() + " does not take this state");
+    }
+    if (_patch) _patch->Apply(effect);
+    EditState(effect);
+    ApplySettings(_settings, effect);
+}
+
+void CPreparation::EditState(CEffect& effect) const {
+    auto routing = _routing;
+    if (!routing && !_state && effect.Inputs() > ChannelsThatNeedNoRouting) {
+        routing = RoutingOfChannels(effect.Inputs());
+    }
+    if (!routing && !_simd) return;
+    auto text = CStateText::Read(effect.Chunk(EChunk::Bank));
+    const bool isRouted = text && routing && text->SetRouting(*routing);
+    if (_routing && !isRouted) FailWithoutPlace("--routing", effect, "a routing");
+    const bool isSwitched = text && _simd && text->SetSimd(*_simd);
+    if (_simd && !isSwitched) FailWithoutPlace("--simd", effect, "a switch of vector code");
+    if (!isRouted && !isSwitched) return;
+    if (!effect.SetChunk(text->Bytes(), EChunk::Bank)) {
+        throw CFailure(effect.Name() + " does not take its own state with another routing or vector code");
+    }
+}
+
+} // namespace KAV::Host
