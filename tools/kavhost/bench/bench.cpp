@@ -17,13 +17,13 @@ constexpr double LeastSteps = 20; // to be right within 5 %
 
 } // namespace
 
-CBenchSubject::CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation,
-    const SMaterial& material, std::int32_t blockSize)
+CBenchSubject::CBenchSubject(
+    const CEffectLibrary& library, const CSetup& setup, const SMaterial& material, std::int32_t blockSize)
     : _material(material), _effect(library, {static_cast<double>(material.rateHz), blockSize}),
       _in(material.audio.Channels(), material.audio.Frames()),
       _out(material.audio.Channels(), static_cast<std::size_t>(blockSize)) {
     _effect.SetChannels(static_cast<int>(material.audio.Channels()));
-    preparation.Apply(_effect);
+    setup.Apply(_effect);
     _effect.Start();
 }
 

@@ -2,7 +2,7 @@
 
 #include "tools/kavhost/audio/planar_buffer.h"
 #include "tools/kavhost/effect/effect.h"
-#include "tools/kavhost/setup/preparation.h"
+#include "tools/kavhost/setup/setup.h"
 
 #include <filesystem>
 #include <ostream>
@@ -41,7 +41,7 @@ class CBenchSubject final {
 public:
     /// Throws CFailure when the effect does not take the material's channels. The library and the material
     /// must outlive it.
-    CBenchSubject(const CEffectLibrary& library, const CPreparation& preparation, const SMaterial& material,
+    CBenchSubject(const CEffectLibrary& library, const CSetup& setup, const SMaterial& material,
         std::int32_t blockSize);
 
     /// Runs the material until gains that glide from a fresh effect's start have arrived, and caches are

@@ -15,9 +15,9 @@
 #include "tools/kavhost/render/render.h"
 #include "tools/kavhost/render/render_batch.h"
 #include "tools/kavhost/report/report.h"
-#include "tools/kavhost/setup/preparation.h"
 #include "tools/kavhost/setup/profile.h"
 #include "tools/kavhost/setup/settings.h"
+#include "tools/kavhost/setup/setup.h"
 #include "utils/path.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ void RunInfo(const SOptions& options, std::ostream& out) {
     CEffect effect(library, UsualStream);
     const auto profile = ProfileFor(effect, options.profile);
     const auto* known = profile ? &*profile : nullptr;
-    CPreparation(options.state).Apply(effect);
+    CSetup(options.state).Apply(effect);
     ResolveSettings(options.settings, effect, known);
     std::optional<CStateFile> state;
     if (!options.savedState.empty()) state.emplace(options.savedState, effect);
@@ -89,29 +89,28 @@ std::vector<std::string> ChangesFrom(
 }
 
 /// `changes`, which may be null, gets what will be other than in a fresh effect.
-CPreparation PreparationFor(const CEffectLibrary& library, const SStateOptions& state,
+CSetup SetupFor(const CEffectLibrary& library, const SStateOptions& state,
     std::span<const std::string> settings, const std::filesystem::path& wantedProfile,
     std::vector<std::string>* changes = nullptr) {
-    CPreparation preparation(state);
+    CSetup setup(state);
     CEffect effect(library, UsualStream); // of its own: finding a value may move the parameter about
     const auto profile = ProfileFor(effect, wantedProfile);
     const auto* const known = profile ? &*profile : nullptr;
     std::vector<float> fresh;
     fresh.reserve(static_cast<std::size_t>(std::max(effect.Parameters(), 0)));
     for (std::int32_t i = 0; i < effect.Parameters(); ++i) fresh.push_back(effect.Parameter(i));
-    preparation.Apply(effect); // what a parameter displays may depend on the state
-    preparation.Set(ResolveSettings(settings, effect, known));
+    setup.Apply(effect); // what a parameter displays may depend on the state
+    setup.Set(ResolveSettings(settings, effect, known));
     if (changes != nullptr) *changes = ChangesFrom(fresh, effect, known);
-    return preparation;
+    return setup;
 }
 
 /// A file that fails does not keep the others from being done.
 EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& errors) {
     const CEffectLibrary library(PluginFile(options));
     auto render = options.render;
-    auto preparation =
-        PreparationFor(library, options.state, options.settings, options.profile, &render.changes);
-    CRenderer renderer(library, std::move(preparation), render);
+    auto setup = SetupFor(library, options.state, options.settings, options.profile, &render.changes);
+    CRenderer renderer(library, std::move(setup), render);
     std::vector<SRenderReport> reports;
     auto code = EExitCode::Done;
     const auto jobs = PlanJobs(options.inputs, options.output, render);
@@ -144,9 +143,9 @@ void RunInspect(const SOptions& options, std::ostream& out) {
 void RunBench(const SOptions& options, std::ostream& out) {
     const auto& bench = options.bench;
     const CEffectLibrary library(PluginFile(options));
-    const auto preparation = PreparationFor(library, options.state, options.settings, options.profile);
+    const auto setup = SetupFor(library, options.state, options.settings, options.profile);
     const auto material = bench.input.empty() ? MakeMaterial(bench) : ReadMaterial(bench);
-    CBenchSubject first(library, preparation, material, bench.blockSize);
+    CBenchSubject first(library, setup, material, bench.blockSize);
 
     SBenchReport report{.first = first.Effect().Name(),
         .second = {},
@@ -160,9 +159,9 @@ void RunBench(const SOptions& options, std::ostream& out) {
     } else {
         const bool isSame = options.otherPlugin.empty();
         const CEffectLibrary otherLibrary(isSame ? PluginFile(options) : options.otherPlugin);
-        const auto otherPreparation = PreparationFor(
+        const auto otherSetup = SetupFor(
             otherLibrary, {}, options.otherSettings, isSame ? options.profile : std::filesystem::path{});
-        CBenchSubject second(otherLibrary, otherPreparation, material, bench.blockSize);
+        CBenchSubject second(otherLibrary, otherSetup, material, bench.blockSize);
         report.second = second.Effect().Name();
         report.result = Measure(first, &second, bench.runs);
     }
@@ -180,7 +179,7 @@ std::filesystem::path ContentFolder(const SOptions& options) {
     return options.content.empty() ? OwnFolder() / "content" : options.content;
 }
 
-EExitCode PrintFates(std::ostream& out, const ContentReport& report) {
+EExitCode PrintChangesAndGetCode(std::ostream& out, const ContentReport& report) {
     PrintChanges(out, report);
     return HasFailed(report) ? EExitCode::Failure : EExitCode::Done;
 }
@@ -204,10 +203,10 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         RunInspect(options, out);
         break;
     case ECommand::InstallContent:
-        code = PrintFates(out, InstallContent(ContentFolder(options), DocumentsFolder()));
+        code = PrintChangesAndGetCode(out, InstallContent(ContentFolder(options), DocumentsFolder()));
         break;
     case ECommand::UninstallContent:
-        code = PrintFates(out, UninstallContent(DocumentsFolder()));
+        code = PrintChangesAndGetCode(out, UninstallContent(DocumentsFolder()));
         break;
     case ECommand::ListContent:
         PrintContent(out, ListContent(ContentFolder(options), DocumentsFolder()));

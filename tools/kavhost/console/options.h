@@ -2,7 +2,7 @@
 
 #include "tools/kavhost/bench/bench.h"
 #include "tools/kavhost/render/render.h"
-#include "tools/kavhost/setup/preparation.h"
+#include "tools/kavhost/setup/setup.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "tools/kavhost/measure/loudness.h"
 
-#include "tools/kavhost/measure/history.h"
+#include "tools/kavhost/measure/timeline.h"
 
 #include <algorithm>
 #include <ebur128.h>

@@ -1,7 +1,7 @@
 #include "tools/kavhost/plot/plot.h"
 
 #include "tools/kavhost/base/text.h"
-#include "tools/kavhost/measure/history.h"
+#include "tools/kavhost/measure/timeline.h"
 #include "tools/kavhost/report/report.h"
 
 #include <algorithm>
@@ -21,9 +21,9 @@ constexpr double ShortTermSeconds = 3;
 constexpr const char* Dot = " \xC2\xB7 ";
 constexpr const char* Arrow = " \xE2\x86\x92 ";
 
-SPlotSeries SeriesOf(const CCourse& course, double stepSeconds) {
-    return {static_cast<double>(course.StepsPerBin()) * stepSeconds,
-        {course.Bins().begin(), course.Bins().end()}};
+SPlotSeries SeriesOf(const CMinMaxSeries& series, double stepSeconds) {
+    return {static_cast<double>(series.StepsPerBin()) * stepSeconds,
+        {series.Bins().begin(), series.Bins().end()}};
 }
 
 /// A peak for each run of bins, few enough to be told apart.
@@ -44,12 +44,12 @@ SPlotSeries PeaksOf(const SPlotSeries& amplitude) {
     return peaks;
 }
 
-SPlotSignal SignalOf(const CSignalHistory& history, int rateHz) {
+SPlotSignal SignalOf(const CSignalTimeline& timeline, int rateHz) {
     SPlotSignal signal;
-    signal.amplitude = SeriesOf(history.Amplitude(), 1.0 / rateHz);
+    signal.amplitude = SeriesOf(timeline.Amplitude(), 1.0 / rateHz);
     signal.peak = PeaksOf(signal.amplitude);
     signal.shortTerm =
-        SeriesOf(history.ShortTerm(), static_cast<double>(LoudnessStepFrames(rateHz)) / rateHz);
+        SeriesOf(timeline.ShortTerm(), static_cast<double>(LoudnessStepFrames(rateHz)) / rateHz);
     return signal;
 }
 
@@ -79,10 +79,10 @@ std::string Measures(const SRenderReport& report) {
     return line;
 }
 
-std::vector<std::string> Notes(const SRenderReport& report, const SHistory& history) {
+std::vector<std::string> Notes(const SRenderReport& report, const STimeline& timeline) {
     std::vector<std::string> notes;
-    if (report.isAligned && !history.restGainsDb.empty()) {
-        const auto [low, high] = std::ranges::minmax(history.restGainsDb);
+    if (report.isAligned && !timeline.idleGainsDb.empty()) {
+        const auto [low, high] = std::ranges::minmax(timeline.idleGainsDb);
         auto text = "gain without limiting " + Number(low, 1);
         if (high - low >= 0.05) text += " to " + Number(high, 1);
         notes.push_back(text + " dB");
@@ -121,21 +121,22 @@ Json JsonNumber(double value) {
 
 } // namespace
 
-SPlot MakePlot(const SRenderReport& report, const SHistory& history, std::span<const std::string> settings) {
+SPlot MakePlot(
+    const SRenderReport& report, const STimeline& timeline, std::span<const std::string> settings) {
     const int rateHz = report.format.rateHz;
     SPlot plot;
     plot.title = Utf8(report.job.input.filename());
     for (const auto& setting : settings) plot.settings += (plot.settings.empty() ? "" : Dot) + setting;
     if (settings.empty()) plot.settings = "all settings as in a fresh effect";
     plot.measures = Measures(report);
-    plot.notes = Notes(report, history);
+    plot.notes = Notes(report, timeline);
     plot.seconds = static_cast<double>(report.frames) / rateHz;
-    plot.before = SignalOf(history.before, rateHz);
-    plot.after = SignalOf(history.after, rateHz);
+    plot.before = SignalOf(timeline.before, rateHz);
+    plot.after = SignalOf(timeline.after, rateHz);
     if (!report.isAligned) return plot;
     const double windowSeconds = static_cast<double>(GainWindowFrames(rateHz)) / rateHz;
-    plot.gain = SeriesOf(history.gain, windowSeconds);
-    plot.reduction = SeriesOf(history.reduction, windowSeconds);
+    plot.gain = SeriesOf(timeline.gain, windowSeconds);
+    plot.reduction = SeriesOf(timeline.reduction, windowSeconds);
     return plot;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/kavhost/measure/course.h"
+#include "tools/kavhost/measure/min_max_series.h"
 
 #include <array>
 #include <ostream>
@@ -11,7 +11,7 @@
 /// What became of a file, over time: for a picture, and as numbers. Both show the same record.
 namespace KAV::Host {
 
-struct SHistory;
+struct STimeline;
 struct SRenderReport;
 
 /// Values over time in bins of the same length.
@@ -40,7 +40,7 @@ struct SPlot {
 };
 
 /// `settings`: those that differ from a fresh effect's, in words.
-SPlot MakePlot(const SRenderReport& report, const SHistory& history, std::span<const std::string> settings);
+SPlot MakePlot(const SRenderReport& report, const STimeline& timeline, std::span<const std::string> settings);
 
 /// A line per bin: quantity,signal,begin_s,end_s,lowest,highest. Bins without a value are left out.
 std::string PlotAsCsv(const SPlot& plot);

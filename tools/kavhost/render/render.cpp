@@ -9,8 +9,8 @@
 #include "tools/kavhost/effect/blocks.h"
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/effect/state_file.h"
-#include "tools/kavhost/measure/history.h"
-#include "tools/kavhost/measure/rest_gain.h"
+#include "tools/kavhost/measure/idle_gain.h"
+#include "tools/kavhost/measure/timeline.h"
 #include "tools/kavhost/plot/plot.h"
 
 #include <algorithm>
@@ -23,15 +23,16 @@ namespace {
 /// One file on its way through a started effect.
 class CPass final {
 public:
-    /// `history` may be null.
-    CPass(CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay, SHistory* history)
+    /// `timeline` may be null.
+    CPass(
+        CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay, STimeline* timeline)
         : _reader(reader), _effect(effect), _writer(writer), _toDrop(delay), _toFlush(delay),
           _channels(static_cast<std::size_t>(reader.Format().channels)),
           _in(_channels, static_cast<std::size_t>(effect.Stream().blockSize)), _out(_channels, _in.Frames()),
-          _interleaved(_channels * _in.Frames()), _history(history),
-          _before(reader.Format().channels, reader.Format().rateHz, TenthsTo(&SHistory::before)),
-          _after(reader.Format().channels, reader.Format().rateHz, TenthsTo(&SHistory::after)),
-          _gain(reader.Format().channels, reader.Format().rateHz, GainsToHistory()) {}
+          _interleaved(_channels * _in.Frames()), _timeline(timeline),
+          _before(reader.Format().channels, reader.Format().rateHz, TenthsTo(&STimeline::before)),
+          _after(reader.Format().channels, reader.Format().rateHz, TenthsTo(&STimeline::after)),
+          _gain(reader.Format().channels, reader.Format().rateHz, GainsToTimeline()) {}
 
     /// Works on one block; false when the file and its tail have gone through.
     bool Step() {
@@ -62,14 +63,14 @@ public:
     }
 
 private:
-    CLoudness::TenthSink TenthsTo(CSignalHistory SHistory::*signal) const {
-        if (_history == nullptr) return {};
-        return [&to = _history->*signal](double lufs) { to.AddTenth(lufs); };
+    CLoudness::TenthSink TenthsTo(CSignalTimeline STimeline::*signal) const {
+        if (_timeline == nullptr) return {};
+        return [&to = _timeline->*signal](double lufs) { to.AddTenth(lufs); };
     }
 
-    CGainMeter::WindowSink GainsToHistory() const {
-        if (_history == nullptr) return {};
-        return [&to = *_history](std::span<const double> gains) { to.AddGains(gains); };
+    CGainMeter::WindowSink GainsToTimeline() const {
+        if (_timeline == nullptr) return {};
+        return [&to = *_timeline](std::span<const double> gains) { to.AddGains(gains); };
     }
 
     /// Fills the block's front with the file's next frames.
@@ -80,7 +81,7 @@ private:
         const auto samples = std::span(_interleaved).first(read * _channels);
         _before.Add(samples);
         _gain.AddInput(samples);
-        if (_history != nullptr) _history->before.AddSamples(samples);
+        if (_timeline != nullptr) _timeline->before.AddSamples(samples);
         _in.TakeInterleaved(samples);
         _frames += read;
         return read;
@@ -94,7 +95,7 @@ private:
         _writer.Write(samples);
         _after.Add(samples);
         _gain.AddOutput(samples);
-        if (_history != nullptr) _history->after.AddSamples(samples);
+        if (_timeline != nullptr) _timeline->after.AddSamples(samples);
     }
 
     CAudioReader& _reader;
@@ -108,7 +109,7 @@ private:
     CPlanarBuffer _in;
     CPlanarBuffer _out;
     std::vector<float> _interleaved;
-    SHistory* _history;
+    STimeline* _timeline;
     CLevelMeter _before;
     CLevelMeter _after;
     CGainMeter _gain;
@@ -156,8 +157,8 @@ private:
 
 } // namespace
 
-CRenderer::CRenderer(const CEffectLibrary& library, CPreparation preparation, const SRenderOptions& options)
-    : _library(library), _preparation(std::move(preparation)), _options(options) {}
+CRenderer::CRenderer(const CEffectLibrary& library, CSetup setup, const SRenderOptions& options)
+    : _library(library), _setup(std::move(setup)), _options(options) {}
 
 SRenderReport CRenderer::Render(const SRenderJob& job, CProgressPart& progress) {
     CAudioReader reader(job.input);
@@ -174,17 +175,17 @@ SRenderReport CRenderer::Render(const SRenderJob& job, CProgressPart& progress) 
     if (!_options.state.empty()) state.emplace(_options.state, *effect);
     Start(*effect);
     report.isAligned = _options.aligns;
-    SAnswer answer;
-    answer.restGainsDb.resize(static_cast<std::size_t>(report.format.channels));
-    if (report.isAligned) answer = AnswerFor(report.format, name);
-    report.delay = answer.delay;
+    SEffectTraits traits;
+    traits.idleGainsDb.resize(static_cast<std::size_t>(report.format.channels));
+    if (report.isAligned) traits = TraitsFor(report.format, name);
+    report.delay = traits.delay;
     CPlotFiles plotFiles(job);
-    std::optional<SHistory> history;
-    if (plotFiles.AreWanted()) history.emplace(report.format.channels, answer.restGainsDb);
+    std::optional<STimeline> timeline;
+    if (plotFiles.AreWanted()) timeline.emplace(report.format.channels, traits.idleGainsDb);
     CAudioWriter writer(job.output, container, report.format, _options.dithers, reader.Frames());
     if (_options.settles) SettleFadeIn(*effect);
 
-    CPass pass(reader, *effect, writer, report.delay.frames, history ? &*history : nullptr);
+    CPass pass(reader, *effect, writer, report.delay.frames, timeline ? &*timeline : nullptr);
     progress.Begin(reader.Frames());
     while (pass.Step()) {
         CheckInterrupt();
@@ -193,7 +194,7 @@ SRenderReport CRenderer::Render(const SRenderJob& job, CProgressPart& progress) 
     pass.Report(report);
     if (!report.isAligned) report.gain.reset();
     report.reportedDelay = effect->ReportedDelay();
-    if (history) plotFiles.Write(MakePlot(report, *history, _options.changes));
+    if (timeline) plotFiles.Write(MakePlot(report, *timeline, _options.changes));
     writer.Commit();
     if (state) state->Commit();
     plotFiles.Commit();
@@ -210,7 +211,7 @@ CRenderer::EffectPtr CRenderer::MakeEffect(const SAudioFormat& format, const std
     auto effect =
         std::make_unique<CEffect>(_library, SStream{static_cast<double>(format.rateHz), _options.blockSize});
     Naming(name, [&] { effect->SetChannels(format.channels); });
-    _preparation.Apply(*effect);
+    _setup.Apply(*effect);
     return {effect.release(), SEnd{&_turn}};
 }
 
@@ -219,19 +220,20 @@ void CRenderer::Start(CEffect& effect) {
     effect.Start();
 }
 
-CRenderer::SAnswer CRenderer::AnswerFor(const SAudioFormat& format, const std::string& name) {
-    const std::lock_guard lock(_answering); // who wants the same answer had better wait for it
+CRenderer::SEffectTraits CRenderer::TraitsFor(const SAudioFormat& format, const std::string& name) {
+    // A second file of the same format waits for the result instead of measuring it too.
+    const std::lock_guard lock(_measuring);
     const auto key = std::pair{format.rateHz, format.channels};
-    if (const auto known = _answers.find(key); known != _answers.end()) return known->second;
+    if (const auto known = _traits.find(key); known != _traits.end()) return known->second;
     // An instance of its own: the noise must leave no trace in the file.
     const auto effect = MakeEffect(format, name);
     Start(*effect);
     SettleFadeIn(*effect);
-    SAnswer answer;
+    SEffectTraits traits;
     // First the noise that leaves a limiter alone.
-    if (!_options.plot.empty() || !_options.plotData.empty()) answer.restGainsDb = MeasureRestGains(*effect);
-    answer.delay = MeasureDelay(*effect);
-    return _answers.emplace(key, std::move(answer)).first->second;
+    if (!_options.plot.empty() || !_options.plotData.empty()) traits.idleGainsDb = MeasureIdleGains(*effect);
+    traits.delay = MeasureDelay(*effect);
+    return _traits.emplace(key, std::move(traits)).first->second;
 }
 
 } // namespace KAV::Host

@@ -3,7 +3,7 @@
 #include "tools/kavhost/audio/sample_format.h"
 #include "tools/kavhost/measure/delay.h"
 #include "tools/kavhost/report/report.h"
-#include "tools/kavhost/setup/preparation.h"
+#include "tools/kavhost/setup/setup.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -40,16 +40,16 @@ struct SRenderOptions {
 /// other, as hosts do it; effects rely on that.
 class CRenderer final {
 public:
-    CRenderer(const CEffectLibrary& library, CPreparation preparation, const SRenderOptions& options);
+    CRenderer(const CEffectLibrary& library, CSetup setup, const SRenderOptions& options);
 
     /// The job is one of PlanJobs(). Throws CFailure or CInterruption; none of the job's files is there then.
     SRenderReport Render(const SRenderJob& job, CProgressPart& progress);
 
 private:
     /// What is known of the effect before a file runs through it.
-    struct SAnswer {
+    struct SEffectTraits {
         SDelay delay;
-        std::vector<double> restGainsDb; ///< of each channel
+        std::vector<double> idleGainsDb; ///< of each channel
     };
 
     /// Ends an instance in its turn.
@@ -61,15 +61,15 @@ private:
 
     EffectPtr MakeEffect(const SAudioFormat& format, const std::string& name);
     void Start(CEffect& effect);
-    SAnswer AnswerFor(const SAudioFormat& format, const std::string& name);
+    SEffectTraits TraitsFor(const SAudioFormat& format, const std::string& name);
 
     const CEffectLibrary& _library;
-    CPreparation _preparation;
+    CSetup _setup;
     SRenderOptions _options;
     std::mutex _turn; ///< held while an instance is made, prepared, started or ended
-    std::mutex _answering;
-    std::map<std::pair<int, int>, SAnswer>
-        _answers; ///< by rate and channels: all else is the same for all files
+    std::mutex _measuring;
+    std::map<std::pair<int, int>, SEffectTraits>
+        _traits; ///< by rate and channels: all else is the same for all files
 };
 
 /// One job per input. `output` is the file for a single input; it is a folder, made when missing, when it

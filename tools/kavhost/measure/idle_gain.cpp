@@ -1,4 +1,4 @@
-#include "tools/kavhost/measure/rest_gain.h"
+#include "tools/kavhost/measure/idle_gain.h"
 
 #include "tools/kavhost/audio/planar_buffer.h"
 #include "tools/kavhost/base/random.h"
@@ -27,7 +27,7 @@ double Energy(std::span<const float> samples) {
 
 } // namespace
 
-std::vector<double> MeasureRestGains(CEffect& effect) {
+std::vector<double> MeasureIdleGains(CEffect& effect) {
     const auto channels = static_cast<std::size_t>(effect.Inputs());
     const auto noiseFrames = static_cast<std::size_t>(NoiseSeconds * effect.Stream().rateHz);
     const auto tailFrames = static_cast<std::size_t>(TailSeconds * effect.Stream().rateHz);

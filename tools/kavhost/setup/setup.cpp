@@ -1,4 +1,4 @@
-#include "tools/kavhost/setup/preparation.h"
+#include "tools/kavhost/setup/setup.h"
 
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/file_bytes.h"
@@ -18,7 +18,7 @@ constexpr std::int32_t ChannelsThatNeedNoRouting = 2;
 
 } // namespace
 
-CPreparation::CPreparation(const SStateOptions& options) : _simd(options.simd) {
+CSetup::CSetup(const SStateOptions& options) : _simd(options.simd) {
     if (!options.state.empty()) {
         _state = ReadFileBytes(options.state);
         _stateFile = Utf8(options.state);
@@ -30,7 +30,7 @@ CPreparation::CPreparation(const SStateOptions& options) : _simd(options.simd) {
     }
 }
 
-void CPreparation::Apply(CEffect& effect) const {
+void CSetup::Apply(CEffect& effect) const {
     if (_state && !effect.SetChunk(*_state, EChunk::Bank)) {
         throw CFailure(_stateFile + ": " + effect.Name() + " does not take this state");
     }
@@ -39,7 +39,7 @@ void CPreparation::Apply(CEffect& effect) const {
     ApplySettings(_settings, effect);
 }
 
-void CPreparation::EditState(CEffect& effect) const {
+void CSetup::EditState(CEffect& effect) const {
     auto routing = _routing;
     if (!routing && !_state && effect.Inputs() > ChannelsThatNeedNoRouting) {
         routing = RoutingOfChannels(effect.Inputs());

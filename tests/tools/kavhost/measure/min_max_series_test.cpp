@@ -1,4 +1,4 @@
-#include "tools/kavhost/measure/course.h"
+#include "tools/kavhost/measure/min_max_series.h"
 
 #include "tools/kavhost/base/random.h"
 
@@ -31,45 +31,45 @@ TEST(Span, IsEmptyUntilItHasAValueAndInfinityIsOne) {
     EXPECT_EQ(Only(infinity), (SSpan{infinity, infinity}));
 }
 
-TEST(Course, KeepsEveryStepWhileThereIsRoom) {
-    CCourse course(4);
-    for (const double value : {1.0, -2.0, 3.0, 4.0}) course.Add(Only(value));
-    EXPECT_EQ(course.StepsPerBin(), 1u);
-    ASSERT_EQ(course.Bins().size(), 4u);
-    EXPECT_EQ(course.Bins()[1], (SSpan{-2, -2}));
+TEST(MinMaxSeries, KeepsEveryStepWhileThereIsRoom) {
+    CMinMaxSeries series(4);
+    for (const double value : {1.0, -2.0, 3.0, 4.0}) series.Add(Only(value));
+    EXPECT_EQ(series.StepsPerBin(), 1u);
+    ASSERT_EQ(series.Bins().size(), 4u);
+    EXPECT_EQ(series.Bins()[1], (SSpan{-2, -2}));
 }
 
-TEST(Course, MergesNeighboursWhenThereAreTooManyBins) {
-    CCourse course(4);
-    for (const double value : {1.0, -2.0, 3.0, 4.0, 5.0}) course.Add(Only(value));
-    EXPECT_EQ(course.StepsPerBin(), 2u);
-    ASSERT_EQ(course.Bins().size(), 3u);
-    EXPECT_EQ(course.Bins()[0], (SSpan{-2, 1}));
-    EXPECT_EQ(course.Bins()[1], (SSpan{3, 4}));
-    EXPECT_EQ(course.Bins()[2], (SSpan{5, 5})); // lacks a step
-    EXPECT_EQ(course.Steps(), 5u);
+TEST(MinMaxSeries, MergesNeighboursWhenThereAreTooManyBins) {
+    CMinMaxSeries series(4);
+    for (const double value : {1.0, -2.0, 3.0, 4.0, 5.0}) series.Add(Only(value));
+    EXPECT_EQ(series.StepsPerBin(), 2u);
+    ASSERT_EQ(series.Bins().size(), 3u);
+    EXPECT_EQ(series.Bins()[0], (SSpan{-2, 1}));
+    EXPECT_EQ(series.Bins()[1], (SSpan{3, 4}));
+    EXPECT_EQ(series.Bins()[2], (SSpan{5, 5})); // lacks a step
+    EXPECT_EQ(series.Steps(), 5u);
 }
 
-TEST(Course, OfAnyLengthHoldsWhatBinningItAtOnceWould) {
+TEST(MinMaxSeries, OfAnyLengthHoldsWhatBinningItAtOnceWould) {
     CRandom random(7);
     for (const std::size_t steps : {0u, 1u, 7u, 8u, 9u, 64u, 65u, 1000u, 4097u}) {
-        CCourse course(8);
+        CMinMaxSeries series(8);
         std::vector<SSpan> all;
         for (std::size_t i = 0; i < steps; ++i) {
             const bool isEmpty = random.Unit() < 0.3;
             all.push_back(isEmpty ? SSpan{} : Only(random.Bipolar()));
-            course.Add(all.back());
+            series.Add(all.back());
         }
-        const auto perBin = static_cast<std::size_t>(course.StepsPerBin());
+        const auto perBin = static_cast<std::size_t>(series.StepsPerBin());
         std::vector<SSpan> expected((steps + perBin - 1) / perBin);
         for (std::size_t i = 0; i < steps; ++i) expected[i / perBin].Add(all[i]);
-        EXPECT_EQ(std::vector<SSpan>(course.Bins().begin(), course.Bins().end()), expected) << steps;
+        EXPECT_EQ(std::vector<SSpan>(series.Bins().begin(), series.Bins().end()), expected) << steps;
         EXPECT_LE(expected.size(), 8u);
         EXPECT_TRUE(perBin == 1 || expected.size() > 4) << steps; // no coarser than it must be
-        EXPECT_EQ(course.Steps(), steps);
+        EXPECT_EQ(series.Steps(), steps);
     }
 }
 
-TEST(Course, OfNothingHasNoBins) {
-    EXPECT_TRUE(CCourse().Bins().empty());
+TEST(MinMaxSeries, OfNothingHasNoBins) {
+    EXPECT_TRUE(CMinMaxSeries().Bins().empty());
 }

@@ -1,4 +1,4 @@
-#include "tools/kavhost/setup/preparation.h"
+#include "tools/kavhost/setup/setup.h"
 
 #include "tests/tools/kavhost/records.h"
 #include "tests/tools/kavhost/support.h"
@@ -16,7 +16,7 @@ namespace {
 const std::int32_t Keeper = KAV::VST::FourCharacters('t', 'k', 'e', 'p');
 
 /// The options of state on effects of other makers, in files of a test's own folder.
-class Preparation : public testing::Test {
+class Setup : public testing::Test {
 protected:
     std::string Path(const std::string& name) const { return Utf8(_folder / PathOf(name)); }
 
@@ -50,7 +50,7 @@ bool Contains(const std::string& text, const std::string& part) {
 
 } // namespace
 
-TEST_F(Preparation, AppliesStateThenPatchThenSettings) {
+TEST_F(Setup, AppliesStateThenPatchThenSettings) {
     WriteBytes(_folder / "s", KeeperChunk("BANK", {0.25f, 0.25f, 0.25f}));
     WriteBytes(_folder / "p.fxp", ValueRecord(Keeper, "P", {0.5f, 0.5f}));
     const auto run = Info("keeper", {"--set", "0=0.75", "--patch", Path("p.fxp"), "--state", Path("s")});
@@ -60,13 +60,13 @@ TEST_F(Preparation, AppliesStateThenPatchThenSettings) {
     EXPECT_EQ(nlohmann::json::parse(run.out)["patch"], "P");
 }
 
-TEST_F(Preparation, SavesAndRestoresAnyBytes) {
+TEST_F(Setup, SavesAndRestoresAnyBytes) {
     ASSERT_EQ(Info("keeper", {"--set", "0=0.75", "--set", "2=0.5", "--save-state", Path("s")}).code, 0);
     EXPECT_EQ(BytesOf(_folder / "s"), KeeperChunk("BANK", {0.75f, 0, 0.5f}));
     EXPECT_EQ(Value(Info("keeper", {"--state", Path("s")}), 2), 0.5);
 }
 
-TEST_F(Preparation, IsThatOfRenderToo) {
+TEST_F(Setup, IsThatOfRenderToo) {
     WriteBytes(_folder / "s", KeeperChunk("BANK", {0.5f, 0, 0}));
     for (const int channels : {1, 2, 6, 16}) {
         const auto audio = Noise(channels, 1000, 0.5f);
@@ -78,7 +78,7 @@ TEST_F(Preparation, IsThatOfRenderToo) {
     }
 }
 
-TEST_F(Preparation, IsThatOfTheFirstSubjectOfBenchAlone) {
+TEST_F(Setup, IsThatOfTheFirstSubjectOfBenchAlone) {
     WriteBytes(_folder / "p.fxp", ValueRecord(Keeper, "P", {0.5f, 0.5f}));
     const auto bench = [&](const std::string& file) {
         return RunHost({"bench", "-p", Utf8(EffectFile("keeper")), "--seconds", "2", "--runs", "1", "--patch",
@@ -88,7 +88,7 @@ TEST_F(Preparation, IsThatOfTheFirstSubjectOfBenchAlone) {
     EXPECT_EQ(bench("missing.fxp").code, 1);
 }
 
-TEST_F(Preparation, FailsForAStateThatTheEffectRefuses) {
+TEST_F(Setup, FailsForAStateThatTheEffectRefuses) {
     WriteBytes(_folder / "s", KeeperChunk("PROG", {0.5f, 0, 0}));
     WriteBytes(_folder / "empty", "");
     const auto message = [&](const std::string& effect, const std::string& file) {
@@ -104,7 +104,7 @@ TEST_F(Preparation, FailsForAStateThatTheEffectRefuses) {
     EXPECT_TRUE(Contains(message("keeper", "."), ": not a plain file\n"));
 }
 
-TEST_F(Preparation, TakesNoFileOfAnAbsurdSize) {
+TEST_F(Setup, TakesNoFileOfAnAbsurdSize) {
     WriteBytes(_folder / "large", "x");
     std::filesystem::resize_file(
         _folder / "large", (std::uintmax_t{64} << 20) + 1); // of zeros that take no disk
@@ -113,7 +113,7 @@ TEST_F(Preparation, TakesNoFileOfAnAbsurdSize) {
     EXPECT_TRUE(Contains(run.errors, "large: too large\n")) << run.errors;
 }
 
-TEST_F(Preparation, RefusesWhatHasNoPlaceInTheEffectsState) {
+TEST_F(Setup, RefusesWhatHasNoPlaceInTheEffectsState) {
     WriteBytes(_folder / "r.kvt", RoutingOfChannels(2).document);
     for (const char* effect : {"keeper", "fader"}) {
         const auto routing = Info(effect, {"--routing", Path("r.kvt")});
@@ -128,7 +128,7 @@ TEST_F(Preparation, RefusesWhatHasNoPlaceInTheEffectsState) {
     }
 }
 
-TEST_F(Preparation, TakesNoOtherWordsThanItsOptionsHave) {
+TEST_F(Setup, TakesNoOtherWordsThanItsOptionsHave) {
     for (const auto& wrong : {std::vector<std::string>{"--simd", "1"}, {"--os", "3"}, {"--os", "x4"},
              {"--hq", ""}, {"--state"}, {"--patch", "a", "b"}, {"--state", "a", "--state", "b"}}) {
         EXPECT_EQ(Info("keeper", wrong).code, 2) << wrong[0];
@@ -136,14 +136,14 @@ TEST_F(Preparation, TakesNoOtherWordsThanItsOptionsHave) {
     EXPECT_EQ(RunHost({"bench", "--save-state", Path("s")}).code, 2);
 }
 
-TEST_F(Preparation, SavesNoStateWhereThereIsNone) {
+TEST_F(Setup, SavesNoStateWhereThereIsNone) {
     const auto run = Info("fader", {"--save-state", Path("s")});
     EXPECT_EQ(run.code, 1);
     EXPECT_TRUE(Contains(run.errors, "s: Test Fader gives no state to save\n")) << run.errors;
     EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{});
 }
 
-TEST_F(Preparation, SavesTheStateOfOneFileWhenThatIsDone) {
+TEST_F(Setup, SavesTheStateOfOneFileWhenThatIsDone) {
     WriteWav(_folder / "a.wav", Noise(1, 100, 0.5f));
     WriteWav(_folder / "b.wav", Noise(1, 100, 0.5f));
     const auto save = [&](const std::vector<std::string>& inputs, const std::string& output,
@@ -165,7 +165,7 @@ TEST_F(Preparation, SavesTheStateOfOneFileWhenThatIsDone) {
     EXPECT_EQ(FilesIn(_folder), (std::vector<std::string>{"a.wav", "b.wav", "o.wav", "s"}));
 }
 
-TEST_F(Preparation, LetsInfoListTheProgramsThatThereAre) {
+TEST_F(Setup, LetsInfoListTheProgramsThatThereAre) {
     const auto programs = [&](const char* effect) {
         return nlohmann::json::parse(Info(effect, {}).out)["patches"];
     };

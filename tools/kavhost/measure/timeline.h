@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/kavhost/measure/course.h"
+#include "tools/kavhost/measure/min_max_series.h"
 
 #include <cstddef>
 #include <deque>
@@ -13,9 +13,9 @@ namespace KAV::Host {
 std::size_t LoudnessStepFrames(int rateHz) noexcept;
 
 /// How the levels of a signal go over time.
-class CSignalHistory final {
+class CSignalTimeline final {
 public:
-    explicit CSignalHistory(int channels) : _channels(static_cast<std::size_t>(channels)) {}
+    explicit CSignalTimeline(int channels) : _channels(static_cast<std::size_t>(channels)) {}
 
     /// Over all channels, a step for each frame; samples that are no finite number are left out.
     void AddSamples(std::span<const float> interleaved);
@@ -23,32 +23,32 @@ public:
     /// The loudness of the next tenth of a second, in LUFS.
     void AddTenth(double lufs);
 
-    const CCourse& Amplitude() const noexcept { return _amplitude; }
+    const CMinMaxSeries& Amplitude() const noexcept { return _amplitude; }
 
     /// Short-term loudness after EBU Tech 3341, in LUFS: each step has that of the three seconds that end
     /// with it. Steps before the first whole three seconds are empty.
-    const CCourse& ShortTerm() const noexcept { return _shortTerm; }
+    const CMinMaxSeries& ShortTerm() const noexcept { return _shortTerm; }
 
 private:
     std::size_t _channels;
-    CCourse _amplitude;
-    CCourse _shortTerm;
+    CMinMaxSeries _amplitude;
+    CMinMaxSeries _shortTerm;
     std::deque<double> _powers; ///< of the last tenths, at most three seconds
 };
 
 /// What becomes of a file, over time.
-struct SHistory {
-    SHistory(int channels, std::span<const double> atRestDb)
-        : before(channels), after(channels), restGainsDb(atRestDb.begin(), atRestDb.end()) {}
+struct STimeline {
+    STimeline(int channels, std::span<const double> idleDb)
+        : before(channels), after(channels), idleGainsDb(idleDb.begin(), idleDb.end()) {}
 
     /// Takes a gain per channel, in decibels; not-a-number where there was too little sound to tell.
     void AddGains(std::span<const double> gains);
 
-    CSignalHistory before;
-    CSignalHistory after;
-    std::vector<double> restGainsDb; ///< of each channel: the effect's gain while it has nothing to limit
-    CCourse gain;                    ///< in decibels, over the channels
-    CCourse reduction;               ///< the same against the gain at rest: 0 or below where an effect limits
+    CSignalTimeline before;
+    CSignalTimeline after;
+    std::vector<double> idleGainsDb; ///< of each channel: the effect's gain while it has nothing to limit
+    CMinMaxSeries gain;              ///< in decibels, over the channels
+    CMinMaxSeries reduction;         ///< the same against the gain at rest: 0 or below where an effect limits
 };
 
 } // namespace KAV::Host

@@ -1,4 +1,4 @@
-#include "tools/kavhost/measure/course.h"
+#include "tools/kavhost/measure/min_max_series.h"
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ void SSpan::Add(const SSpan& other) noexcept {
     highest = std::max(highest, other.highest);
 }
 
-void CCourse::Add(const SSpan& step) {
+void CMinMaxSeries::Add(const SSpan& step) {
     if (_room == 0) {
         if (_bins.size() == _mostBins) Halve();
         _bins.emplace_back();
@@ -25,7 +25,7 @@ void CCourse::Add(const SSpan& step) {
     ++_steps;
 }
 
-void CCourse::Halve() {
+void CMinMaxSeries::Halve() {
     const std::size_t half = _bins.size() / 2;
     for (std::size_t i = 0; i < half; ++i) {
         _bins[i] = _bins[2 * i];

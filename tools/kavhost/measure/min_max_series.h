@@ -22,12 +22,12 @@ struct SSpan {
 /// How a value went over a time of any length, in memory that does not grow with it: equal steps of time go
 /// into bins, and whenever there are too many bins each two neighbours become one. A bin holds the same as if
 /// its steps had gone into it from the start.
-class CCourse final {
+class CMinMaxSeries final {
 public:
     static constexpr std::size_t UsualMostBins = 4096;
 
     /// `mostBins` is even.
-    explicit CCourse(std::size_t mostBins = UsualMostBins) : _mostBins(mostBins) {}
+    explicit CMinMaxSeries(std::size_t mostBins = UsualMostBins) : _mostBins(mostBins) {}
 
     void Add(const SSpan& step);
 

@@ -9,6 +9,6 @@ class CEffect;
 /// A started effect's gain of each channel in decibels while it has nothing to limit, told by what it makes
 /// of dull noise more than 60 dB below full scale. 0 dB for a channel that does not answer. The effect should
 /// have settled; its state is changed.
-std::vector<double> MeasureRestGains(CEffect& effect);
+std::vector<double> MeasureIdleGains(CEffect& effect);
 
 } // namespace KAV::Host

@@ -1,4 +1,4 @@
-#include "tools/kavhost/measure/history.h"
+#include "tools/kavhost/measure/timeline.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,7 @@ std::size_t LoudnessStepFrames(int rateHz) noexcept {
     return static_cast<std::size_t>(std::max(1, rateHz / 10));
 }
 
-void CSignalHistory::AddSamples(std::span<const float> interleaved) {
+void CSignalTimeline::AddSamples(std::span<const float> interleaved) {
     for (std::size_t i = 0; i + _channels <= interleaved.size(); i += _channels) {
         SSpan frame;
         for (const float sample : interleaved.subspan(i, _channels)) {
@@ -26,7 +26,7 @@ void CSignalHistory::AddSamples(std::span<const float> interleaved) {
     }
 }
 
-void CSignalHistory::AddTenth(double lufs) {
+void CSignalTimeline::AddTenth(double lufs) {
     // The recommendation's constant is the same in each term, so the mean needs none of it.
     _powers.push_back(std::pow(10, lufs / 10));
     if (_powers.size() > ShortTermTenths) _powers.pop_front();
@@ -37,11 +37,11 @@ void CSignalHistory::AddTenth(double lufs) {
     _shortTerm.Add(step);
 }
 
-void SHistory::AddGains(std::span<const double> gains) {
+void STimeline::AddGains(std::span<const double> gains) {
     SSpan measured, reduced;
     for (std::size_t c = 0; c < gains.size(); ++c) {
         measured.Add(gains[c]);
-        reduced.Add(gains[c] - restGainsDb[c]);
+        reduced.Add(gains[c] - idleGainsDb[c]);
     }
     gain.Add(measured);
     reduction.Add(reduced);

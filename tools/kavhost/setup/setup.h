@@ -22,13 +22,13 @@ struct SStateOptions {
 /// What an effect shall be before it runs, and the order in which it becomes that: its state, a patch, which
 /// channels its first group takes, vector code, settings. Every instance of one effect that does the same
 /// work is prepared with one of these.
-class CPreparation final {
+class CSetup final {
 public:
-    CPreparation() = default; ///< leaves an effect as it is, but for the channels of its first group
+    CSetup() = default; ///< leaves an effect as it is, but for the channels of its first group
 
     /// Reads the files. Throws CFailure for one that cannot be read or is no such file, CUsageError for a
     /// patch of an unknown kind.
-    explicit CPreparation(const SStateOptions& options);
+    explicit CSetup(const SStateOptions& options);
 
     /// Settings come after all else; they replace earlier ones.
     void Set(std::vector<SSetting> settings) { _settings = std::move(settings); }
