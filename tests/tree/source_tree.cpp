@@ -4,6 +4,7 @@
 #include <array>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -108,6 +109,25 @@ std::string Where(const std::string& file, std::size_t index) {
     return file + ":" + std::to_string(index + 1);
 }
 
+struct SInclude {
+    std::string target;
+    std::size_t line; ///< from 0
+    bool isQuoted;    ///< "target", not <target>
+    bool isOurs;      ///< a file of this tree, named from the root
+};
+
+std::vector<SInclude> IncludesOf(const fs::path& root, const std::string& file) {
+    static const std::regex include("^\\s*#\\s*include\\s*([<\"])([^>\"]+)[>\"].*");
+    std::vector<SInclude> includes;
+    const auto lines = ReadLines(root / file);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        std::smatch match;
+        if (!std::regex_match(lines[i], match, include)) continue;
+        includes.push_back({match[2], i, match[1] == "\"", fs::exists(root / match.str(2))});
+    }
+    return includes;
+}
+
 } // namespace
 
 std::vector<SLayer> ReadLayers(const fs::path& document) {
@@ -123,29 +143,82 @@ std::vector<SLayer> ReadLayers(const fs::path& document) {
 }
 
 std::vector<std::string> IncludeBreaks(const fs::path& root, const std::vector<SLayer>& layers) {
-    static const std::regex include("^\\s*#\\s*include\\s*([<\"])([^>\"]+)[>\"].*");
     std::vector<std::string> breaks;
     for (const auto& file : Sources(root)) {
         const SLayer* layer = LayerOf(file, layers);
         if (!layer) breaks.push_back(file + " lies in no folder of the table");
         if (!layer || !layer->product) continue;
-        const auto lines = ReadLines(root / file);
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            std::smatch match;
-            if (!std::regex_match(lines[i], match, include)) continue;
-            const std::string target = match[2];
-            if (!fs::exists(root / target)) {
-                if (match[1] == "\"")
-                    breaks.push_back(Where(file, i) + " includes " + target + ", not from the root");
+        for (const auto& include : IncludesOf(root, file)) {
+            if (!include.isOurs) {
+                if (include.isQuoted)
+                    breaks.push_back(
+                        Where(file, include.line) + " includes " + include.target + ", not from the root");
                 continue;
             }
-            const SLayer* other = LayerOf(target, layers);
-            const bool fine = other == layer || layer->allowed.contains(target) ||
+            const SLayer* other = LayerOf(include.target, layers);
+            const bool fine = other == layer || layer->allowed.contains(include.target) ||
                               (other && layer->allowed.contains(other->folder));
-            if (!fine) breaks.push_back(Where(file, i) + " includes " + target);
+            if (!fine) breaks.push_back(Where(file, include.line) + " includes " + include.target);
         }
     }
     return breaks;
+}
+
+std::vector<std::string> UnusedAllowances(const fs::path& root, const std::vector<SLayer>& layers) {
+    std::map<std::string, std::set<std::string>> used; // by folder; those without sources are only planned
+    for (const auto& file : Sources(root)) {
+        const SLayer* layer = LayerOf(file, layers);
+        if (!layer) continue;
+        auto& names = used[layer->folder];
+        for (const auto& include : IncludesOf(root, file)) {
+            const SLayer* other = LayerOf(include.target, layers);
+            names.insert(include.target);
+            if (other) names.insert(other->folder);
+        }
+    }
+    std::vector<std::string> unused;
+    for (const auto& layer : layers) {
+        if (!used.contains(layer.folder)) continue;
+        for (const auto& name : layer.allowed) {
+            const bool isThere = used.contains(name) || fs::is_regular_file(root / name);
+            if (isThere && !used[layer.folder].contains(name))
+                unused.push_back(layer.folder + " includes nothing of " + name);
+        }
+    }
+    return unused;
+}
+
+std::vector<std::string> UnitCircles(const fs::path& root, const std::set<std::string>& roots) {
+    const auto unitOf = [](const std::string& file) { return file.substr(0, file.rfind('.')); };
+    std::map<std::string, std::set<std::string>> units; // each with those that it includes
+    for (const auto& file : Sources(root)) {
+        for (const auto& include : IncludesOf(root, file)) {
+            const auto unit = unitOf(file), target = unitOf(include.target);
+            if (include.isOurs && unit != target && !roots.contains(target)) units[unit].insert(target);
+        }
+    }
+    std::vector<std::string> circles;
+    for (;;) {
+        // Away with all that includes nothing that is left: what remains lies on a circle or leads to one.
+        bool isSmaller = true;
+        while (isSmaller) {
+            for (auto& [unit, targets] : units)
+                std::erase_if(targets, [&](const auto& target) { return !units.contains(target); });
+            isSmaller = std::erase_if(units, [](const auto& entry) { return entry.second.empty(); }) > 0;
+        }
+        if (units.empty()) return circles;
+        std::vector<std::string> path;
+        std::string unit = units.begin()->first;
+        auto known = path.end();
+        while ((known = std::find(path.begin(), path.end(), unit)) == path.end()) {
+            path.push_back(unit);
+            unit = *units[unit].begin();
+        }
+        std::string circle;
+        for (; known != path.end(); ++known) circle += *known + " - ";
+        circles.push_back(circle + unit);
+        units[path.back()].erase(unit); // broken here, so that the next one can be found
+    }
 }
 
 std::vector<std::string> SystemSwitches(const fs::path& root, const std::set<std::string>& exceptions) {

@@ -26,6 +26,16 @@ std::vector<SLayer> ReadLayers(const std::filesystem::path& document);
 /// folders that the table does not name.
 std::vector<std::string> IncludeBreaks(const std::filesystem::path& root, const std::vector<SLayer>& layers);
 
+/// Folders and files that a row of the table allows and no include of its folder needs. What has no sources
+/// yet is planned, and no break.
+std::vector<std::string> UnusedAllowances(
+    const std::filesystem::path& root, const std::vector<SLayer>& layers);
+
+/// Units that include each other in a circle, each circle once. A unit is a header with the source of its
+/// name. Includes of `roots` don't count: what they own knows them.
+std::vector<std::string> UnitCircles(
+    const std::filesystem::path& root, const std::set<std::string>& roots = {});
+
 /// Preprocessor conditions on the operating system outside the folders that are there for it.
 std::vector<std::string> SystemSwitches(
     const std::filesystem::path& root, const std::set<std::string>& exceptions);

@@ -21,6 +21,9 @@ const std::set<std::string> SystemExceptions{};
 constexpr std::size_t LongestSource = 600;
 const std::set<std::string> LongExceptions{};
 
+// The roots of the widgets: each widget reports to the root that lists it.
+const std::set<std::string> CircleExceptions{"gui/gui", "device_gui/xxx_gui"};
+
 /// A small tree of files, gone when the test process ends.
 class CMadeUpTree final {
 public:
@@ -57,6 +60,14 @@ TEST(Layers, StandOnRowsAboveThemOnly) {
         }
         above.insert(layer.folder);
     }
+}
+
+TEST(Layers, AllowNothingInVain) {
+    EXPECT_EQ(UnusedAllowances(Root, ReadLayers(Root / "docs/architecture.md")), Lines{});
+}
+
+TEST(UnitCircles, AreNone) {
+    EXPECT_EQ(UnitCircles(Root, CircleExceptions), Lines{});
 }
 
 TEST(SystemSwitches, StandInPlatformAndRendererFoldersOnly) {
@@ -133,6 +144,54 @@ TEST(IncludeBreaks, NameFileAndLine) {
         (Lines{"dsp/limiter.cpp:1 includes limiter.h, not from the root",
             "plugin/entry.cpp lies in no folder of the table", "tools/host/main.cpp:2 includes dsp/limiter.h",
             "utils/text.cpp:1 includes dsp/limiter.h", "utils/text.cpp:2 includes dsp/limiter.h"}));
+}
+
+TEST(UnusedAllowances, NameTheFolderAndWhatItDoesNotInclude) {
+    const CMadeUpTree tree;
+    tree.Write("utils/text.h", "#include <string>\n");
+    tree.Write("dsp/interface.h", "");
+    tree.Write("dsp/limiter.cpp", "#include \"dsp/interface.h\"\n");
+    tree.Write("tools/host/main.cpp", "#include \"utils/text.h\"\n#include \"utils/missing.h\"\n");
+    EXPECT_EQ(UnusedAllowances(tree.Root(), ThreeLayers()),
+        (Lines{"dsp includes nothing of utils", "tools/host includes nothing of dsp/interface.h"}));
+    tree.Write("dsp/limiter.cpp", "#include <utils/text.h>\n");
+    tree.Write("tools/host/main.cpp", "#include \"utils/text.h\"\n#include \"dsp/interface.h\"\n");
+    EXPECT_EQ(UnusedAllowances(tree.Root(), ThreeLayers()), Lines{});
+}
+
+TEST(UnusedAllowances, OfAndForFoldersWithoutSourcesArePlans) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/limiter.cpp", "");
+    tree.Write("README.md", "");
+    EXPECT_EQ(UnusedAllowances(tree.Root(), ThreeLayers()), Lines{});
+}
+
+TEST(UnitCircles, JoinAHeaderAndItsSource) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/a.h", "");
+    tree.Write("dsp/a.cpp", "#include \"dsp/a.h\"\n#include \"dsp/b.h\"\n");
+    tree.Write("dsp/b.h", "#include \"dsp/c.h\"\n");
+    tree.Write("dsp/c.h", "#include \"utils/a.h\"\n");
+    tree.Write("utils/a.h", "");
+    EXPECT_EQ(UnitCircles(tree.Root()), Lines{});
+    tree.Write("dsp/c.h", "#include \"dsp/a.h\"\n");
+    EXPECT_EQ(UnitCircles(tree.Root()), Lines{"dsp/a - dsp/b - dsp/c - dsp/a"});
+    EXPECT_EQ(UnitCircles(tree.Root(), {"dsp/b"}), Lines{});
+    EXPECT_EQ(UnitCircles(tree.Root(), {"dsp/d"}), Lines{"dsp/a - dsp/b - dsp/c - dsp/a"});
+}
+
+TEST(UnitCircles, AreFoundOneBesideTheOther) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/a.h", "#include \"dsp/b.h\"\n#include \"dsp/c.h\"\n");
+    tree.Write("dsp/b.h", "");
+    tree.Write("dsp/c.h", "");
+    tree.Write("dsp/b.cpp", "#include \"dsp/a.h\"\n");
+    tree.Write("dsp/c.cpp", "#include \"dsp/a.h\"\n");
+    tree.Write("dsp/leads.h", "#include \"dsp/a.h\"\n#include \"utils/x.h\"\n");
+    tree.Write("utils/x.h", "#include \"utils/y.h\"\n");
+    tree.Write("utils/y.h", "#include \"utils/x.h\"\n");
+    EXPECT_EQ(UnitCircles(tree.Root()),
+        (Lines{"dsp/a - dsp/b - dsp/a", "dsp/a - dsp/c - dsp/a", "utils/x - utils/y - utils/x"}));
 }
 
 TEST(SystemSwitches, NameFileAndLine) {
