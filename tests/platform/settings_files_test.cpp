@@ -148,6 +148,15 @@ TEST(SettingsFiles, StayInsideTheStoreWhateverTheKey) {
     }
 }
 
+TEST(SettingsFiles, HaveNoPartBeyondTheRegistrysLimit) { // which Wine's registry doesn't have
+    const std::string longest(255, 'x');
+    EXPECT_TRUE(Write("escape", "value", longest));
+    for (const auto& key : {longest + "x", longest + "x/Below", "Above/" + longest + "x"}) {
+        EXPECT_FALSE(Write("escape", "value", key));
+        EXPECT_EQ(Read("escape", User, key), "(nothing)");
+    }
+}
+
 TEST(SettingsFiles, SurviveManyProcessesThatWriteAtOnce) {
     constexpr int Processes = 6;
     constexpr int Rounds = 15;

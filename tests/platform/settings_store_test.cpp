@@ -94,12 +94,6 @@ TEST(SettingsStore, KeepsLongKeysApart) {
             Read(Key() + "/" + stem.substr(0, cut) + "/" + stem.substr(cut) + "a", "Width"), "(nothing)");
 }
 
-TEST(SettingsStore, RefusesPartsOfKeysBeyond255Characters) {
-    EXPECT_FALSE(Write(Key() + "/" + std::string(256, 'x'), "Width", "1"));
-    EXPECT_FALSE(Write(Key() + "/" + std::string(256, 'x') + "/Below", "Width", "1"));
-    EXPECT_EQ(Read(Key() + "/" + std::string(256, 'x'), "Width"), "(nothing)");
-}
-
 TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
     constexpr int Writers = 4;
     constexpr int Rounds = 10;
