@@ -49,10 +49,13 @@ public:
     const std::string& Display() const noexcept { return _display; }
 
     /// True when the work has ended in time.
-    bool Wait() {
+    bool Wait() noexcept {
         std::unique_lock lock(Overdue().mutex);
         if (_end.wait_for(lock, LongestWait, [this] { return _ended; })) return true;
-        _leftAlone = Overdue().displays.insert(_display);
+        try {
+            _leftAlone = Overdue().displays.insert(_display);
+        } catch (...) { // no memory: the display will be asked again too early
+        }
         return false;
     }
 
@@ -77,14 +80,20 @@ bool RunOnDisplayThread(std::function<void(const std::string& display)> work) {
     if (name == nullptr || !IsHere(name) || Xcb() == nullptr || IsOverdue(name)) return false;
     const auto call = std::make_shared<CCall>(name);
     const CQuietSignals quiet;
-    std::thread([call, work = std::move(work)] {
+    std::thread thread([call, work = std::move(work)] {
         try {
             work(call->Display());
         } catch (...) { // no memory: there is no answer
         }
         call->End();
-    }).detach();
-    return call->Wait();
+    });
+    const bool ended = call->Wait();
+    if (ended) {
+        thread.join(); // at once
+    } else {
+        thread.detach();
+    }
+    return ended;
 }
 
 } // namespace KAV::Platform
