@@ -43,8 +43,7 @@ public:
 
     /// Without a server there is nothing to begin.
     void Start() noexcept;
-    /// Lets a running request end, which Windows does in its own time, and waits for the thread without
-    /// limit.
+    /// Ends a running request, and waits for the thread without limit.
     void Stop() noexcept;
 
     std::u16string LatestVersion() const;   ///< empty while there is no answer

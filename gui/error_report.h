@@ -21,8 +21,7 @@ public:
     /// Begins, once the log of this session has. Without a server there is nothing to begin, and no log is
     /// kept.
     void Start() noexcept;
-    /// Lets a running request end, which Windows does in its own time, and waits for the thread without
-    /// limit.
+    /// Ends a running request, and waits for the thread without limit.
     void Stop() noexcept;
 
 private:

@@ -32,7 +32,7 @@ struct SHttpHead {
 /// Takes an answer, on the thread that asks for it.
 class IHttpReceiver {
 public:
-    /// Asked all the time; false ends the exchange. Windows: asked between two waits for the server.
+    /// Polled at least every 50 ms while the exchange runs; false cancels it.
     virtual bool GoesOn() noexcept = 0;
     /// Once, before any bytes. False ends the exchange.
     virtual bool Begin(const SHttpHead& head) noexcept = 0;
@@ -56,8 +56,9 @@ struct SHttpResult {
 };
 
 /// Sends the request and hands its answer to `receiver`; follows no redirect, keeps no cookie, and gives up
-/// after 256 KB of head. Blocks up to the time limit. Windows: that limit holds for each wait, and for their
-/// sum once the answer has begun. Any thread but the audio thread; nothing throws.
+/// after 256 KB of head. Blocks up to the time limit, whatever the server does. Windows: the system's client
+/// runs on a thread of its own, which may outlive the call for as long as that client takes to notice that
+/// its handles are closed. Any thread but the audio thread; nothing throws.
 SHttpResult ExchangeHttp(const SHttpRequest& request, IHttpReceiver& receiver) noexcept;
 
 } // namespace KAV::Platform

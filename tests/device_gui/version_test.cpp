@@ -183,40 +183,32 @@ TEST(VersionCheck, WithoutAServerNobodyIsAsked) {
 #endif
 }
 
-#if defined(_WIN32) // where a request ends in its own time
-TEST(VersionCheck, TheEndOfTheInstanceWaitsForIt) {
-    std::atomic<bool> answered{false};
-    const CLocalServer server([&](CConnection& connection, const std::string&) {
-        connection.Pause(300);
-        answered = true;
-        connection.Answer(200, "1.0.2.0||http://host||x");
-    });
-    {
-        CInstance instance(server);
-        server.AwaitRequests(1);
-    }
-    EXPECT_TRUE(answered);
-}
-#else
 TEST(VersionCheck, TheEndOfTheInstanceEndsTheRequestAndWaitsForTheThread) {
     std::atomic<bool> wentAway{false};
     const CLocalServer server(
         [&](CConnection& connection, const std::string&) { wentAway = connection.AwaitItsEnd(); });
-    const auto before = Threads();
+    [[maybe_unused]] const auto before = Threads();
     auto asked = std::chrono::steady_clock::now();
     {
         CInstance instance(server);
         server.AwaitRequests(1);
         asked = std::chrono::steady_clock::now();
+#if !defined(_WIN32)
         EXPECT_GT(Threads(), before);
+#endif
     }
+#if !defined(_WIN32) // where one more waits for the server, of which the instance needs nothing
     EXPECT_EQ(Threads(), before);
+#endif
     // Half of the time after which it would have ended by itself.
     EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
+#if !defined(_WIN32) // whose client ends its connection in its own time
     for (int i = 0; i < 100 && !wentAway; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(wentAway);
+#endif
 }
 
+#if !defined(_WIN32)
 TEST(VersionCheck, OpensADownloadFromTheWebAlone) {
     const auto folder = ScratchFolder() / "opener";
     const auto said = folder / "said";

@@ -246,7 +246,6 @@ TEST(ErrorReport, IsSentByOneOfManyProcesses) {
 }
 #endif
 
-#if !defined(_WIN32) // where a request ends in its own time
 TEST(ErrorReport, TheEndOfTheEditorEndsTheRequest) {
     LeaveALog("Error=x\r\n");
     std::atomic<bool> wentAway{false};
@@ -260,7 +259,8 @@ TEST(ErrorReport, TheEndOfTheEditorEndsTheRequest) {
     }
     // Half of the time after which it would have ended by itself.
     EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
+#if !defined(_WIN32) // whose client ends its connection in its own time
     for (int i = 0; i < 100 && !wentAway; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(wentAway);
-}
 #endif
+}

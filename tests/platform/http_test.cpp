@@ -4,11 +4,12 @@
 
 #include "tests/support/local_server.h"
 
+#include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 
 #if !defined(_WIN32)
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <unistd.h>
@@ -164,7 +165,6 @@ TEST(ExchangeHttp, LeavesASignalThatTheHostHoldsBack) {
 }
 #endif
 
-#if !defined(_WIN32) // whose library knows only limits on each wait before it has a head
 TEST(ExchangeHttp, EndsASlowDripOfAHead) {
     const CLocalServer server([](CConnection& connection, const std::string&) {
         connection.Send("HTTP/1.1 200 OK\r\nX: ");
@@ -174,4 +174,25 @@ TEST(ExchangeHttp, EndsASlowDripOfAHead) {
     EXPECT_EQ(ExchangeHttp(Request(server, 500), receiver).end, EHttpEnd::Failed);
     EXPECT_EQ(receiver.begins, 0);
 }
-#endif
+
+TEST(ExchangeHttp, EndsAsSoonAsTheReceiverWantsItWhateverTheServerDoes) {
+    for (const bool greets : {false, true}) {
+        std::atomic<bool> asked{false};
+        const CLocalServer server([&](CConnection& connection, const std::string&) {
+            if (greets) connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
+            asked = true;
+            connection.AwaitItsEnd();
+        });
+        struct SImpatient final : IHttpReceiver {
+            explicit SImpatient(const std::atomic<bool>& serverHasIt) : asked(serverHasIt) {}
+            bool GoesOn() noexcept override { return !asked; }
+            bool Begin(const SHttpHead&) noexcept override { return true; }
+            bool Take(const char*, std::size_t) noexcept override { return true; }
+            const std::atomic<bool>& asked;
+        } receiver(asked);
+        const auto began = std::chrono::steady_clock::now();
+        EXPECT_EQ(ExchangeHttp(Request(server, 10000), receiver).end, EHttpEnd::Failed);
+        // Half of the time after which it would have ended by itself.
+        EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(5));
+    }
+}
