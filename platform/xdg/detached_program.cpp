@@ -44,13 +44,12 @@ struct SLaunch {
 /// Nothing but /dev/null as the standard streams, and no other descriptor of the host's.
 class CNoDescriptors final {
 public:
-    CNoDescriptors() noexcept {
-        _ready = posix_spawn_file_actions_init(&_actions) == 0;
-        _complete = _ready && posix_spawn_file_actions_addopen(&_actions, 0, "/dev/null", O_RDWR, 0) == 0 &&
+    CNoDescriptors() noexcept
+        : _ready(posix_spawn_file_actions_init(&_actions) == 0),
+          _complete(_ready && posix_spawn_file_actions_addopen(&_actions, 0, "/dev/null", O_RDWR, 0) == 0 &&
                     posix_spawn_file_actions_adddup2(&_actions, 0, 1) == 0 &&
                     posix_spawn_file_actions_adddup2(&_actions, 0, 2) == 0 &&
-                    posix_spawn_file_actions_addclosefrom_np(&_actions, 3) == 0;
-    }
+                    posix_spawn_file_actions_addclosefrom_np(&_actions, 3) == 0) {}
     ~CNoDescriptors() {
         if (_ready) posix_spawn_file_actions_destroy(&_actions);
     }
@@ -60,21 +59,20 @@ public:
 
 private:
     posix_spawn_file_actions_t _actions{};
-    bool _ready = false;
-    bool _complete = false;
+    bool _ready;
+    bool _complete;
 };
 
 /// A session of its own, and every signal as a new program expects it.
 class CNoSignals final {
 public:
-    CNoSignals() noexcept {
+    CNoSignals() noexcept : _ready(posix_spawnattr_init(&_attributes) == 0) {
         // sigfillset() would leave out the two that the C library keeps to itself, and the program would
         // begin with those ignored.
         sigset_t all;
         std::memset(&all, 0xFF, sizeof(all));
         sigset_t none;
         sigemptyset(&none);
-        _ready = posix_spawnattr_init(&_attributes) == 0;
         _complete = _ready && posix_spawnattr_setsigdefault(&_attributes, &all) == 0 &&
                     posix_spawnattr_setsigmask(&_attributes, &none) == 0 &&
                     posix_spawnattr_setflags(&_attributes,
@@ -89,7 +87,7 @@ public:
 
 private:
     posix_spawnattr_t _attributes{};
-    bool _ready = false;
+    bool _ready;
     bool _complete = false;
 };
 
