@@ -252,6 +252,16 @@ TEST_F(Engine, GroupThatIsNotShownKeepsCollectingItsInputPeaks) {
     EXPECT_LT(engine.Meters().Output(0), 0.1f);
 }
 
+TEST_F(Engine, MetersShowTheLastGroupForANumberBeyondIt) {
+    MapStraight(3);
+    Take(1, 0, false);
+    Take(1, 3);
+    engine.currentGroup = 9;
+    Settle({0.5f, 0.5f});
+    EXPECT_EQ(engine.Meters().Input(0), 0.0f);
+    EXPECT_GT(engine.Meters().Input(1), 0.5f);
+}
+
 TEST_F(Engine, MetersGlideFromTheOldGroupsValues) {
     Settle({0.9f, 0.9f});
     const float before = engine.Meters().Input(0);

@@ -229,6 +229,19 @@ TYPED_TEST(SignalPath, BlockSizeMayGrowAndShrink) {
         this->Run(plain.engine, expected);
         ASSERT_EQ(this->Ran(input), expected) << frames;
     }
+    // The channels do not get into each other's places either.
+    this->engine.SetBlockSize(4000);
+    CSound sound;
+    for (int block = 0; block < 20; ++block) {
+        sound = {
+            std::vector<float>(4000, 0.1f), std::vector<float>(4000, 0.3f), std::vector<float>(4000, -0.4f)};
+        this->Run(sound);
+    }
+    for (std::size_t i = 0; i < 4000; ++i) {
+        ASSERT_NEAR(sound[0][i], 0.2f, 1e-3f) << i;
+        ASSERT_NEAR(sound[1][i], 0.3f, 1e-3f) << i;
+        ASSERT_NEAR(sound[2][i], -0.4f, 1e-3f) << i;
+    }
 }
 
 TYPED_TEST(SignalPath, TakesRatesUpToTheHighest) {
@@ -514,11 +527,13 @@ TYPED_TEST(SignalPath, AnotherRateEmptiesTheFilters) {
 }
 
 TYPED_TEST(SignalPath, WithoutVectorCodeAChannelSoundsAsIfItWereAlone) {
-    // With it several channels take fused operations, which differ in the last bits.
+    // With it several channels take fused operations, which differ in the last bits: the end of a sound,
+    // which decays to nothing, shows them.
     this->ToggleOff(0);
-    this->settings.oversampling = 1;
+    this->settings.oversampling = 3;
     this->settings.highQuality = true;
-    const CSound four = Noise(4, 1000);
+    CSound four = Noise(4, 1000);
+    for (auto& channel : four) channel.resize(4000, 0.0f);
     const CSound together = this->Ran(four);
     for (std::size_t c = 0; c < 4; ++c) {
         TypeParam other;
