@@ -64,10 +64,10 @@ void Limiter(benchmark::State& state, const SLimiterCase& subject) {
     CBlocks referenceBlocks(subject.rateHz, subject.channels, subject.block);
     DSP::LookaheadLimiter limiter;
     limiter.SetRate(subject.rateHz);
-    limiter.SetParams(static_cast<float>(1.0 - subject.driveDb / 30.0), 1.0f,
-        static_cast<float>(1.0 + std::log10(subject.releaseSeconds) / 5.0), subject.autoRelease);
-    Bench::CReferenceLimiter reference(
-        subject.rateHz, subject.driveDb, subject.releaseSeconds, subject.autoRelease);
+    const auto thresholdPos = static_cast<float>(1.0 - subject.driveDb / 30.0);
+    const auto releasePos = static_cast<float>(1.0 + std::log10(subject.releaseSeconds) / 5.0);
+    limiter.SetParams(thresholdPos, 1.0f, releasePos, subject.autoRelease);
+    Bench::CReferenceLimiter reference(subject.rateHz, thresholdPos, releasePos, subject.autoRelease);
     const auto path = subject.plain ? DSP::EProcessorPath::Plain : DSP::PathFor(subject.features);
     Bench::Against(
         state, CBlocks::Frames,
@@ -78,7 +78,7 @@ void Limiter(benchmark::State& state, const SLimiterCase& subject) {
         },
         [&] {
             referenceBlocks.Run([&](float* const* channels) {
-                reference.Process(channels, subject.channels, subject.block);
+                reference.Process(std::span(channels, subject.channels), subject.block);
             });
         });
 }
@@ -99,8 +99,7 @@ void Cascade(benchmark::State& state, const SCascadeCase& subject) {
     const double cutoff = (subject.order == 32 ? 0.99 : 0.9) * 0.5 / 8.0;
     DSP::BiquadCascade cascade(subject.order);
     cascade.Design(cutoff);
-    std::vector<Bench::CReferenceCascade> reference(
-        subject.channels, Bench::CReferenceCascade(subject.order, cutoff));
+    Bench::CReferenceCascade reference(subject.order, cutoff);
     const auto path = subject.plain ? DSP::EProcessorPath::Plain : DSP::PathFor(subject.features);
     Bench::Against(
         state, CBlocks::Frames,
@@ -111,9 +110,7 @@ void Cascade(benchmark::State& state, const SCascadeCase& subject) {
         },
         [&] {
             referenceBlocks.Run([&](float* const* channels) {
-                for (std::size_t c = 0; c < subject.channels; ++c) {
-                    reference[c].Process(channels[c], subject.block);
-                }
+                reference.Process(std::span(channels, subject.channels), subject.block);
             });
         });
 }

@@ -40,14 +40,6 @@ std::string_view NameOf(ECase which) {
     return Names[static_cast<std::size_t>(which)];
 }
 
-void CCoverage::Hit(ECase which) {
-    _seen.set(static_cast<std::size_t>(which));
-}
-
-void CCoverage::HitIf(bool condition, ECase which) {
-    if (condition) Hit(which);
-}
-
 void CCoverage::CloseBlock() {
     for (std::size_t i = 0; i < CaseCount; ++i) {
         if (_seen.test(i)) ++_occurrences[i];

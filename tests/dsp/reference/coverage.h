@@ -172,8 +172,10 @@ std::string_view NameOf(ECase which);
 /// high figure means many situations and not one long buffer.
 class CCoverage final {
 public:
-    void Hit(ECase which);
-    void HitIf(bool condition, ECase which);
+    void Hit(ECase which) { _seen.set(static_cast<std::size_t>(which)); }
+    void HitIf(bool condition, ECase which) {
+        if (condition) Hit(which);
+    }
     void CloseBlock(); // what was hit since the last call becomes one occurrence
 
     std::size_t Occurrences(ECase which) const; // closed blocks only

@@ -6,14 +6,17 @@
 namespace KAV::Reference {
 
 void CWindowMinimum::SetLength(std::size_t length) {
-    _values.assign(length, 1.0);
-    _write = 0;
+    _length = length;
+    _pushes = 0;
+    _candidates.assign(1, {1.0, length - 1}); // the last of the ones
 }
 
 double CWindowMinimum::Push(double value) {
-    _values[_write] = value;
-    _write = (_write + 1) % _values.size();
-    return *std::min_element(_values.begin(), _values.end());
+    while (!_candidates.empty() && _candidates.back().value >= value) _candidates.pop_back();
+    _candidates.push_back({value, _pushes + _length});
+    if (_candidates.front().leaves == _pushes) _candidates.pop_front();
+    ++_pushes;
+    return _candidates.front().value;
 }
 
 void CMovingAverage::SetLength(std::size_t length) {
@@ -25,7 +28,7 @@ void CMovingAverage::SetLength(std::size_t length) {
 double CMovingAverage::Push(double value) {
     _sum = _sum - _values[_write] + value;
     _values[_write] = value;
-    _write = (_write + 1) % _values.size();
+    if (++_write == _values.size()) _write = 0;
     return _sum / static_cast<double>(_values.size());
 }
 
@@ -37,7 +40,7 @@ void CDelay::SetLength(std::size_t length) {
 double CDelay::Push(double value) {
     const double oldest = _values[_write];
     _values[_write] = value;
-    _write = (_write + 1) % _values.size();
+    if (++_write == _values.size()) _write = 0;
     return oldest;
 }
 

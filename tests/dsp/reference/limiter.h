@@ -4,20 +4,27 @@
 
 #include <array>
 #include <cstddef>
+#include <deque>
 #include <span>
 #include <vector>
 
 namespace KAV::Reference {
 
-/// Minimum of the last `length` values, found by looking at all of them.
+/// Minimum of the last `length` values. Of these only candidates are kept, each lower than all before it: a
+/// value can no longer become the minimum once a lower one has come.
 class CWindowMinimum final {
 public:
     void SetLength(std::size_t length); // then as if `length` ones had been pushed
     double Push(double value);
 
 private:
-    std::vector<double> _values;
-    std::size_t _write = 0;
+    struct SCandidate {
+        double value;
+        std::size_t leaves; // with this push
+    };
+    std::deque<SCandidate> _candidates;
+    std::size_t _length = 0;
+    std::size_t _pushes = 0;
 };
 
 /// Mean of the last `length` values by a running sum, which keeps the rounding of every sample it ever saw.
