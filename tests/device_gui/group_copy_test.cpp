@@ -102,3 +102,13 @@ TEST_F(GroupCopy, TheButtonOfTheShownGroupKeepsCopyMode) {
     Widget<CFxBtn>(0).SetValue(1.0f, false); // it is on already
     EXPECT_EQ(Widget<CFxBtnCopy>().Value(), 1.0f);
 }
+
+TEST_F(GroupCopy, LeavesTheGroupsNamesAlone) {
+    Widget<CFxBtn>(0).SetText(u""); // a list of names would lose this one
+    Widget<CFxBtn>(1).SetText(u"a</b");
+    Device().SetCurrentGroup(1);
+    Gui().CopyGroup(0, 1);
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"");
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"a</b");
+    EXPECT_EQ(Widget<CFxBtn>(2).Text(), u"3");
+}

@@ -469,3 +469,19 @@ TEST_F(PatchStore, OpeningAsksInTheFolderOfPatchesAndProposesNoName) {
     EXPECT_EQ(dialogs.questions[0].folder, PatchFolder());
     EXPECT_EQ(dialogs.questions[0].name, u"");
 }
+
+TEST_F(PatchStore, WithoutADisplayTheListIsThatOfTheFolderAndThePlaceIsKept) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.25");
+    const Utils::SMakerService nobody;
+    CXXXGUI bare(Device(), Device(), nobody);
+    EXPECT_EQ(bare.CurrentPatch(), -1);
+    bare.SelectPatch(1, false);
+    EXPECT_EQ(Threshold(), 0.25f);
+    EXPECT_EQ(bare.CurrentPatch(), 1);
+    Device().SetParam(33, 0.75f, 0);
+    bare.SelectPatch(1, false);
+    EXPECT_EQ(Threshold(), 0.75f) << "it is the present one";
+    bare.SelectPatch(2, false);
+    EXPECT_EQ(bare.CurrentPatch(), 1);
+}
