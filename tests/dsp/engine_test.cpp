@@ -359,14 +359,18 @@ TEST_F(Engine, AutomaticGainIsTheSameEnabledBeforeOrAfterRateAndBlockSize) {
         subject.SetBlockSize(4096);
         if (!before) subject.SetAutoGainLinks({.enable = true, .on = &on, .automatic = &on});
         subject.parameters.channelInGroup[0][0] = true;
+        subject.parameters.channelInGroup[1][0] = true;
         subject.parameters.inputGain[0].SetBase(0.6f);
         auto& result = results.emplace_back();
         for (int block = 0; block < 12; ++block) {
             std::vector<float> samples(4096);
             for (std::size_t i = 0; i < samples.size(); ++i)
                 samples[i] = std::sin(0.1f * static_cast<float>(i % 200));
-            std::vector<float*> channels{samples.data()};
-            subject.Process(channels.data(), nullptr, 1, 4096);
+            std::vector<float> louder = samples; // of its own, so that no channel gets into another's place
+            std::reverse(louder.begin(), louder.end());
+            for (float& x : louder) x *= 1.5f;
+            std::vector<float*> channels{samples.data(), louder.data()};
+            subject.Process(channels.data(), nullptr, 2, 4096);
             result.insert(result.end(), samples.begin(), samples.end());
         }
     }

@@ -49,8 +49,9 @@ TYPED_TEST(Smoother, ArrivesOnceTheDistanceIsAHundredth) {
     EXPECT_EQ(smoother.Step(0.5f, 0.5099f), 0.5099f);
     EXPECT_EQ(smoother.Step(0.5f, 0.4901f), 0.4901f);
     EXPECT_LT(smoother.Step(0.5f, 0.52f), 0.52f);
-    // In single precision the distance is 1 - 0.99, a little more than 0.01.
+    // In single precision the distance is 1 - 0.99, a little less than 0.01.
     EXPECT_EQ(smoother.Step(0.0f, 1.0f - 0.99f), 1.0f - 0.99f);
+    EXPECT_LT(smoother.Step(0.0f, 0.01f), 0.01f);
 }
 
 TYPED_TEST(Smoother, TimeOfZeroJumps) {
