@@ -1,7 +1,5 @@
 #include "platform/x11/selection.h"
 
-#include "platform/quiet_signals.h"
-
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -80,7 +78,6 @@ std::shared_ptr<CSelectionOwner> CSelectionOwner::Create(
     std::shared_ptr<CSelectionOwner> owner(
         new CSelectionOwner(std::move(connection), format, std::move(data)));
     if (!owner->TakeSelection()) return nullptr;
-    const CQuietSignals quiet;
     std::thread([owner] { owner->Serve(); }).detach();
     return owner;
 }

@@ -13,8 +13,8 @@ namespace KAV::Platform {
 /// Owns the selection with a window of its own and hands the data to whoever asks, from a thread that lives
 /// until another program takes the selection or End() is called. Nobody waits for that thread, since the
 /// display may have stopped: it owns this object together with the caller.
-/// Threads: Create() on a display thread, End() on any. The thread of its own reads what never changes after
-/// Create().
+/// Threads: Create() on a display thread, whose blocked signals the thread of its own inherits; End() on any.
+/// The thread of its own reads what never changes after Create().
 class CSelectionOwner final {
 public:
     /// Null when there is no display, it refuses, or the data is more than it takes in one request.

@@ -19,6 +19,7 @@ TEST(HelperThreads, OfAnInstanceTakeNoSignals) {
     const CLocalServer server([](CConnection& connection, const std::string&) { connection.AwaitItsEnd(); });
     const auto before = Threads();
     const CHostedEffect effect(nullptr, {server.Origin(), server.Origin(), u"0123abcd", u"vst24_test", {}});
+    server.AwaitRequests(1);
     const auto started = AwaitNewThreads(before, 2);
     ASSERT_EQ(started.size(), 2u);
     for (const int thread : started) EXPECT_TRUE(BlocksAllSignals(thread));

@@ -1,7 +1,7 @@
 #include "tests/support/other_threads.h"
 #include "utils/thread.h"
 
-#include <csignal>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -11,12 +11,15 @@ using namespace KAV::Tests;
 TEST(Thread, TakesNoSignals) {
     struct SClient final : CThread::IOnThread {
         void OnThread(CThread* thread) override {
+            began = true; // a thread that is just being made has them all blocked by the C library
             while (thread->running) std::this_thread::yield();
         }
+        std::atomic<bool> began{false};
     } client;
     CThread thread(client);
     const auto before = Threads();
     thread.Start();
+    while (!client.began) std::this_thread::yield();
     const auto started = AwaitNewThreads(before, 1);
     ASSERT_EQ(started.size(), 1u);
     EXPECT_TRUE(BlocksAllSignals(*started.begin()));
