@@ -22,6 +22,7 @@ if(KAV_SANITIZE)
     # other presets keep this warning.
     target_compile_options(kav_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     add_compile_options(-fsanitize=${KAV_SANITIZE} -fno-omit-frame-pointer)
+    add_compile_definitions(KAV_SANITIZED) # each compiler has other names of its own for it
     add_link_options(-fsanitize=${KAV_SANITIZE})
     if(KAV_SANITIZE MATCHES "undefined")
         add_compile_options(-fno-sanitize-recover=undefined)
@@ -40,4 +41,10 @@ function(kav_library name)
     set_target_properties(${name} PROPERTIES
         POSITION_INDEPENDENT_CODE ON
         VERIFY_INTERFACE_HEADER_SETS ON)
+endfunction()
+
+# kav_alone(<source>...): sources that a unity build leaves to themselves, since what they keep to themselves has the
+# same names as what a neighbour does.
+function(kav_alone)
+    set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()

@@ -95,7 +95,7 @@ TEST_F(PatchReader, UnknownTagsDoNothing) {
     host.calls.clear();
     Read(Absolute + Param(38, "0.25") + Param(338, "0.25") + Param(0, "0.25") + Param(2147483647, "0.25"));
     EXPECT_EQ(host.Count(VST::audioMasterAutomate), 0u);
-    EXPECT_EQ(Chunk(true), [this] {
+    EXPECT_EQ(Chunk(true), [] {
         SPlainPatch plain;
         plain.name = "";
         return plain.Text(0);

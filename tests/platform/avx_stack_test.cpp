@@ -21,7 +21,7 @@
 namespace {
 
 /// Leaves no vector register as it was, so that the caller must keep its values on the stack.
-__attribute__((noipa, target("avx"))) void ForgetRegisters() {
+__attribute__((noinline, target("avx"))) void ForgetRegisters() {
     asm volatile("vzeroall" ::
                      : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9",
                  "xmm10", "xmm11", "xmm12", "xmm13", "xmm14", "xmm15", "memory");

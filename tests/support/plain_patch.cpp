@@ -43,9 +43,9 @@ std::string PlainDefaultRouting() {
 const std::vector<std::pair<std::int32_t, std::string>>& SPlainPatch::Parameters() {
     static const auto parameters = [] {
         std::vector<std::pair<std::int32_t, std::string>> list;
-        const auto addGroups = [&list](std::int32_t tag, const std::string& name) {
+        const auto addGroups = [&list](std::int32_t tag, const std::string& text) {
             for (int g = 0; g < 4; ++g)
-                list.emplace_back(tag + 100 * g, name + " (" + std::to_string(g + 1) + ")");
+                list.emplace_back(tag + 100 * g, text + " (" + std::to_string(g + 1) + ")");
         };
         addGroups(32, "Input Gain");
         addGroups(33, "Threshold");

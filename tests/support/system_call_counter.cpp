@@ -3,13 +3,8 @@
 #include <cstdlib>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define KAV_SANITIZED 1 // the sanitizer has taken the C library's functions for itself
-#else
-#define KAV_SANITIZED 0
-#endif
-
-#if defined(__linux__) && !KAV_SANITIZED
+// A sanitizer takes the C library's functions for itself.
+#if defined(__linux__) && !defined(KAV_SANITIZED)
 #define KAV_INTERPOSE 1
 #include <dlfcn.h>
 #include <pthread.h>
