@@ -1,6 +1,5 @@
 #include "utils/location.h"
 
-#include "tests/support/display.h"
 #include "tests/support/file_text.h"
 #include "tests/support/scratch_home.h"
 #include "utils/path.h"
@@ -89,15 +88,6 @@ TEST(Universal, SettingsKeepTheirBytes) {
     EXPECT_TRUE(ExistsUniversal(width));
     EXPECT_FALSE(ExistsUniversal(Root + u"Universal/Height"));
     EXPECT_EQ(Read(Root + u"Universal/Height"), "(nothing)");
-}
-
-TEST(Universal, TheClipboardKeepsBytesUnderTheWholeLocation) {
-    const CDisplay display;
-    const auto bytes = "a\0\xFF"s;
-    EXPECT_EQ(Write(u"clipboard:KAV \xE4", bytes), 3u);
-    EXPECT_EQ(Read(u"clipboard:KAV \xE4"), bytes);
-    EXPECT_EQ(Read(u"clipboard:KAV"), "(nothing)");
-    EXPECT_FALSE(ExistsUniversal(u"clipboard:KAV \xE4")); // asked as a path, which it isn't
 }
 
 TEST(Universal, ASettingNeedsARootAKeyAndAName) {
