@@ -10,7 +10,6 @@
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
-#include <latch>
 #include <string>
 #include <thread>
 #include <utility>
@@ -35,12 +34,13 @@ public:
     }
 
     void Run() {
-        std::latch start(static_cast<std::ptrdiff_t>(_members.size()));
+        std::atomic<std::size_t> missing{_members.size()}; // no latch: the Windows library's may never open
         std::atomic<std::size_t> busy{_members.size()};
         std::vector<std::thread> threads;
         for (const SMember& member : _members) {
-            threads.emplace_back([&start, &busy, &member] {
-                start.arrive_and_wait();
+            threads.emplace_back([&missing, &busy, &member] {
+                --missing;
+                while (missing > 0) std::this_thread::yield();
                 for (int n = 0; n < member.rounds || busy > 0; ++n) {
                     member.round(n);
                     if (n + 1 == member.rounds) --busy;
