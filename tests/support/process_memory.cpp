@@ -27,8 +27,16 @@ std::size_t ResidentBytes() {
     return Counters().WorkingSetSize;
 }
 
+/// Committed pages of this process's own. The system's account of them stands still under Wine.
 std::size_t ReservedBytes() {
-    return Counters().PagefileUsage;
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    const char* place = nullptr;
+    while (VirtualQuery(place, &region, sizeof(region)) == sizeof(region)) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+        place = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+    }
+    return bytes;
 }
 
 std::optional<std::size_t> PageFaultsOfThisThread() {
