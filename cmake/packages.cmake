@@ -51,8 +51,8 @@ endif()
 
 set(CPACK_PACKAGE_NAME ${name})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_VENDOR "Kavelin")
-set(CPACK_PACKAGE_CONTACT "Kavelin <support@kavelin.invalid>")
+set(CPACK_PACKAGE_VENDOR "${KAV_VENDOR}")
+set(CPACK_PACKAGE_CONTACT "${KAV_VENDOR} <support@kavelin.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look-ahead brick-wall limiter as a VST 2.4 plug-in")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "A limiter for up to 16 channels in four groups, with patches, routings and\n\

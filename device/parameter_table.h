@@ -1,6 +1,8 @@
 #pragma once
 
 #include "dsp/engine_parameters.h"
+#include "patch/patch_text.h"
+#include "utils/channels.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +11,7 @@
 
 namespace KAV {
 
-inline constexpr int DeviceChannels = 16;
+inline constexpr int DeviceChannels = Utils::MostChannels;
 inline constexpr int DeviceGroups = 4;
 inline constexpr std::int32_t NoHostIndex = -1;
 inline constexpr std::int32_t HighestTag = 337;
@@ -18,8 +20,7 @@ inline constexpr std::int32_t FirstMacroTag = 24;
 /// leaving it. -56 is the editor's own lamp, which stays 0 here.
 inline constexpr std::int32_t FirstMeterTag = -4;
 inline constexpr std::int32_t LastMeterTag = -55;
-inline constexpr std::int32_t GroupTagStep =
-    100; ///< a group's parameter is the first group's plus this per group
+using Patch::GroupTagStep;
 
 /// A buffer of this size holds every full name and its closing zero.
 inline constexpr std::size_t TagNameCapacity = 32;

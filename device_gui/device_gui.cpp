@@ -1,6 +1,7 @@
 #include "device_gui/device_gui.h"
 
 #include "utils/location.h"
+#include "utils/product.h"
 
 #include <cstring>
 #include <utility>
@@ -24,14 +25,15 @@ GUI::SWidgetInfo OversamplingInfo() {
     return info;
 }
 
-constexpr std::u16string_view StoredWidth = u"HKEY_CURRENT_USER/Software/Kavelin/KAV Sorrel Limiter/Width";
+constexpr std::u16string_view StoredWidth =
+    u"HKEY_CURRENT_USER/Software/" KAV_VENDOR "/" KAV_PRODUCT "/Width";
 
 } // namespace
 
 CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
     const Utils::SMakerService& a_psService)
     : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_psService), _iRouting(*this),
-      _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<16>())),
+      _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<DeviceChannels>())),
       _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
       _iOversampling(*this, OversamplingInfo()),
       _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())), _iNewVersion(*this) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/parameter_table.h"
 #include "device_gui/channel_button.h"
 #include "device_gui/fx_button.h"
 #include "device_gui/macro_button.h"
@@ -22,7 +23,7 @@ public:
 
 private:
     CRouting _iRouting;
-    std::array<CChannelBtn, 16> _aiChannels;
+    std::array<CChannelBtn, DeviceChannels> _aiChannels;
     std::array<CFxBtn, 4> _aiGroups;
     CFxBtnCopy _iGroupCopy;
     CPatch _iPatch;

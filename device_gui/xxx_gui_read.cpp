@@ -18,8 +18,6 @@ namespace KAV {
 
 namespace {
 
-constexpr std::int32_t TagsPerGroup = 100;
-
 /// The value of an element that has no marks of its own.
 std::string_view Element(std::string_view a_sText, std::string_view a_sName) {
     return Patch::ExtractTag(a_sText, std::string("<").append(a_sName), ">", "</");
@@ -89,7 +87,7 @@ std::string CXXXGUI::ReadParameters(std::string_view a_sText) {
         const auto line = Patch::ReadParamLine(lines.Piece());
         if (!line) continue;
         if (line->name.find("ToolInp") != std::string_view::npos) {
-            legacy += layouts.Block(line->value, line->tag / TagsPerGroup);
+            legacy += layouts.Block(line->value, line->tag / GroupTagStep);
         } else {
             SetParam(line->tag, line->value, flags);
         }

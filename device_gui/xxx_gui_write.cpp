@@ -7,6 +7,7 @@
 #include "patch/patch_flags.h"
 #include "patch/patch_text.h"
 #include "utils/number.h"
+#include "utils/product.h"
 #include "utils/text.h"
 
 #include <array>
@@ -35,8 +36,8 @@ std::string Setting(double a_fValue) {
 std::string CXXXGUI::PatchText(std::uint32_t a_nFlags) {
     const CChange change(*this);
     const auto* const display = Find<CPatch>();
-    std::string text = Patch::Head(
-        "1.0.1.0", display != nullptr ? Utils::ToUtf8(display->Text()) : "KAV Sorrel Limiter State");
+    std::string text =
+        Patch::Head(KAV_VERSION, display != nullptr ? Utils::ToUtf8(display->Text()) : KAV_PRODUCT " State");
     if (_piDSP.GetGroupCount() > 1) Patch::AddElement(text, "multi_fx", "true");
     if ((a_nFlags & FxNames) != 0) Patch::AddElement(text, "fx_names", JoinTexts<CFxBtn>(*this));
     WriteParameters(text, a_nFlags);

@@ -4,6 +4,7 @@
 #include "dsp/k_weighting.h"
 #include "dsp/rms_window.h"
 #include "dsp/smoother.h"
+#include "utils/channels.h"
 #include "utils/realtime.h"
 #include "utils/shared.h"
 
@@ -31,7 +32,8 @@ struct AutoGainSettings {
 /// Threads: SetRate() and Reserve() while audio is stopped; the rest on the audio thread, allocates nothing.
 class AutoGain final {
 public:
-    static constexpr std::size_t MaxChannels = 16;
+    static constexpr std::size_t MaxChannels = Utils::MostChannels;
+    static_assert(MaxChannels == CChannelBuffers::Count);
 
     AutoGain() = default;
 

@@ -2,6 +2,7 @@
 
 #include "dsp/cascade_run.h"
 #include "dsp/processor_path.h"
+#include "utils/channels.h"
 #include "utils/realtime.h"
 
 #include <array>
@@ -18,7 +19,7 @@ namespace KAV::DSP {
 /// Threads: one at a time; Design() and Process() allocate nothing.
 class BiquadCascade final {
 public:
-    static constexpr std::size_t MaxChannels = 16;
+    static constexpr std::size_t MaxChannels = Utils::MostChannels;
     static constexpr std::size_t MaxStages = SCascadeLaw::MaxStages;
 
     /// `order`: even, 2..32.

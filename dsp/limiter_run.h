@@ -1,5 +1,6 @@
 #pragma once
 
+#include "utils/channels.h"
 #include "utils/realtime.h"
 
 #include <cstddef>
@@ -37,7 +38,7 @@ struct SLimiterState {
 /// point to the place of the run's first value; what was before lies before, and may be overwritten up to a
 /// chunk's length behind the run. No two channels share a buffer, but on the plain path.
 struct SLimiterRun { // NOLINT(cppcoreguidelines-pro-type-member-init)
-    static constexpr std::size_t MaxChannels = 16;
+    static constexpr std::size_t MaxChannels = Utils::MostChannels;
     static constexpr std::size_t MaxMaxima = 12; ///< enough for a look-ahead of 65536 samples
 
     std::size_t channelCount = 0;

@@ -4,6 +4,7 @@
 #include "platform/whole_file.h"
 #include "utils/location.h"
 #include "utils/path.h"
+#include "utils/product.h"
 #include "utils/scan_folder.h"
 #include "utils/text.h"
 
@@ -23,7 +24,7 @@ std::string WithZero(std::string text) {
 
 std::u16string PatchFolder() {
     const auto documents = Utils::GetDocumentsFolder();
-    return documents.empty() ? documents : documents + u"Kavelin/KAV Sorrel Limiter/";
+    return documents.empty() ? documents : documents + u"" KAV_VENDOR "/" KAV_PRODUCT "/";
 }
 
 std::vector<std::u16string> PatchNames() {

@@ -2,6 +2,7 @@
 
 #include "patch/patch_text.h"
 #include "utils/number.h"
+#include "utils/product.h"
 #include "utils/text.h"
 
 #include <algorithm>
@@ -17,7 +18,6 @@ constexpr std::size_t NameBytes = 136;
 constexpr std::size_t PairsOffset = NameOffset + NameBytes;
 constexpr std::size_t PairBytes = 8;
 constexpr std::size_t FxpHead = 60; // bytes before the patch in an .fxp file
-constexpr int GroupStep = 100;      // a group's parameters are those of the first plus this per group
 
 std::uint32_t LittleEndian(std::span<const char> data, std::size_t offset) noexcept {
     std::uint32_t value = 0;
@@ -66,7 +66,7 @@ std::string_view TextOf(std::span<const char> data) noexcept {
 }
 
 std::string TextFromBinary(std::span<const char> data) {
-    std::string text = Head("1.0.1.0", NameOfBinary(data));
+    std::string text = Head(KAV_VERSION, NameOfBinary(data));
     AddElement(text, "patch_info", "FXP-converted");
     for (std::size_t pair = PairsOffset; pair + PairBytes <= data.size(); pair += PairBytes)
         AddBinaryParam(text, LittleEndian(data, pair), std::bit_cast<float>(LittleEndian(data, pair + 4)));
@@ -119,11 +119,11 @@ std::string CopyGroup(
             continue;
         }
         const std::int32_t tag = Utils::ToInt(ExtractTag(line, "tag=", "\"", "\""));
-        const bool isGlobal = tag < GroupStep && !isParameter(tag + GroupStep);
+        const bool isGlobal = tag < GroupTagStep && !isParameter(tag + GroupTagStep);
         const bool isChannel = line.find("ToolCh") != std::string_view::npos;
-        if (isGlobal || isChannel || tag / GroupStep != from) continue;
-        const std::int32_t relative = tag - from * GroupStep;
-        const std::int32_t moved = to * GroupStep + relative;
+        if (isGlobal || isChannel || tag / GroupTagStep != from) continue;
+        const std::int32_t relative = tag - from * GroupTagStep;
+        const std::int32_t moved = to * GroupTagStep + relative;
         copy.append(WithTag(line, isParameter(moved) ? moved : relative)).append(LineEnd);
     }
     return copy;

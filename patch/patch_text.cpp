@@ -1,6 +1,7 @@
 #include "patch/patch_text.h"
 
 #include "utils/number.h"
+#include "utils/product.h"
 
 namespace KAV::Patch {
 
@@ -25,7 +26,7 @@ std::string Head(std::string_view appVersion, std::string_view patchName) {
     std::string text(Opening);
     text += LineEnd;
     AddElement(text, "patch_version", "1");
-    AddElement(text, "app_title", "KAV Sorrel Limiter");
+    AddElement(text, "app_title", KAV_PRODUCT);
     AddElement(text, "app_version", appVersion);
     AddElement(text, "plugin_id", std::to_string(PluginId));
     AddElement(text, "patch_name", patchName);

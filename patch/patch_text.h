@@ -15,6 +15,9 @@
 /// be read. Threads: any.
 namespace KAV::Patch {
 
+/// The tag of a group's parameter is that of the first group's plus this per group.
+inline constexpr std::int32_t GroupTagStep = 100;
+
 using Utils::CPieces;
 using Utils::ExtractTag;
 

@@ -7,6 +7,7 @@
 #include "utils/location.h"
 #include "utils/marked_text.h"
 #include "utils/path.h"
+#include "utils/product.h"
 #include "utils/scan_folder.h"
 #include "utils/text.h"
 
@@ -26,7 +27,7 @@ std::string ReadText(const std::u16string& path) {
 
 std::u16string RoutingFolder() {
     const auto documents = Utils::GetDocumentsFolder();
-    return documents.empty() ? documents : documents + u"Kavelin/Routings/";
+    return documents.empty() ? documents : documents + u"" KAV_VENDOR "/Routings/";
 }
 
 std::vector<std::u16string> RoutingNames() {

@@ -2,6 +2,7 @@
 
 #include "device_gui/xxx_gui.h"
 #include "patch/patch_flags.h"
+#include "utils/product.h"
 #include "utils/text.h"
 
 #include <algorithm>
@@ -210,15 +211,15 @@ void CVSTDSPv2::GetProgramNameIndexed(std::int32_t index, std::span<char> text) 
 }
 
 void CVSTDSPv2::GetEffectName(std::span<char> text) {
-    Utils::CopyText("KAV Sorrel Limiter", text);
+    Utils::CopyText(KAV_PRODUCT, text);
 }
 
 void CVSTDSPv2::GetVendorString(std::span<char> text) {
-    Utils::CopyText("Kavelin", text);
+    Utils::CopyText(KAV_VENDOR, text);
 }
 
 void CVSTDSPv2::GetProductString(std::span<char> text) {
-    Utils::CopyText("KAV Sorrel Limiter", text);
+    Utils::CopyText(KAV_PRODUCT, text);
 }
 
 void CVSTDSPv2::SetProgram(std::int32_t index, bool force) {

@@ -2,6 +2,7 @@
 
 #include "device/xxx_dsp.h"
 #include "plugin/host_survey.h"
+#include "utils/product.h"
 #include "vst/audio_effect_x.h"
 
 #include <cstdint>
@@ -15,7 +16,7 @@ namespace KAV {
 class CVSTDSPv2 : public CXXXDSP, public AudioEffectX {
 public:
     static constexpr std::int32_t UniqueId = VST::FourCharacters('s', 'o', 'r', 'l');
-    static constexpr std::int32_t Version = 1010;
+    static constexpr std::int32_t Version = Utils::VersionDigits(KAV_VERSION);
 
     // CXXXDSP
     std::int32_t GetChunk(void** data, bool isPreset) final;

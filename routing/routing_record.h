@@ -1,6 +1,7 @@
 #pragma once
 
 #include "routing/routing_document.h"
+#include "utils/channels.h"
 #include "utils/shared.h"
 
 #include <array>
@@ -11,7 +12,7 @@
 namespace KAV {
 
 /// Entries that a routing can have; each belongs to one channel toggle of its group.
-inline constexpr int RoutingEntries = 16;
+inline constexpr int RoutingEntries = Utils::MostChannels;
 
 /// One entry: the zero-based host channels that the toggle stands for, -1 for none.
 struct SRoutingPair {

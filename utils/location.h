@@ -7,7 +7,7 @@
 /// One name for everything that can be stored or fetched: a location. How it begins decides what it means:
 ///   "http"        a web resource
 ///   "HKEY_"       a value of the user's settings: root/key/.../key/value, for example
-///                 "HKEY_CURRENT_USER/Software/Kavelin/KAV Sorrel Limiter/Width"
+///                 "HKEY_CURRENT_USER/Software/VENDOR/PRODUCT/Width"
 ///   "clipboard:"  the clipboard's content under a private format, whose name is the whole location
 /// and anything else is the path of a file. Any thread, but never the audio thread. Nothing throws and
 /// nothing is shown: a failure is the empty result.

@@ -1,11 +1,26 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
-/// The names under which users, their systems and the maker know this product.
+// What users, their systems and the vendor call this product, and its version: four numbers of one digit.
+// Macros, so that they can be part of a longer literal, UTF-16 as well. CMake reads them here too.
+#define KAV_VENDOR "Kavelin"
+#define KAV_PRODUCT "KAV Sorrel Limiter"
+#define KAV_VERSION "1.0.1.0"
+
 namespace KAV::Utils {
 
-inline constexpr std::u16string_view ProductName = u"KAV Sorrel Limiter";
-inline constexpr std::u16string_view ProductVersion = u"1.0.1.0";
+inline constexpr std::u16string_view ProductName = u"" KAV_PRODUCT;
+inline constexpr std::u16string_view ProductVersion = u"" KAV_VERSION;
+
+/// A version as VST hosts show it, digit by digit: 1.0.1.0 is 1010.
+constexpr std::int32_t VersionDigits(std::string_view version) noexcept {
+    std::int32_t digits = 0;
+    for (const char letter : version) {
+        if (letter != '.') digits = digits * 10 + (letter - '0');
+    }
+    return digits;
+}
 
 } // namespace KAV::Utils

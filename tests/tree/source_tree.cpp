@@ -221,6 +221,24 @@ std::vector<std::string> UnitCircles(const fs::path& root, const std::set<std::s
     }
 }
 
+std::vector<std::string> RepeatedTexts(const fs::path& root, const std::vector<SLayer>& layers,
+    const std::vector<std::string>& texts, const std::set<std::string>& exceptions) {
+    std::vector<std::string> repeated;
+    for (const auto& file : Sources(root)) {
+        const SLayer* layer = LayerOf(file, layers);
+        if (!layer || !layer->product || exceptions.contains(file)) continue;
+        const auto lines = ReadLines(root / file);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const auto code = lines[i].substr(0, lines[i].find("//"));
+            for (const auto& text : texts) {
+                if (code.find(text) != std::string::npos)
+                    repeated.push_back(Where(file, i) + " repeats " + text);
+            }
+        }
+    }
+    return repeated;
+}
+
 std::vector<std::string> SystemSwitches(const fs::path& root, const std::set<std::string>& exceptions) {
     static const std::regex condition("^\\s*#\\s*(if|ifdef|ifndef|elif|elifdef|elifndef)\\b(.*)");
     static const std::regex system("\\b(_?_?WIN(32|64|DOWS)(__)?|__CYGWIN__|__MINGW(32|64)__|_MSC_VER|"

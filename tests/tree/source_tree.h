@@ -36,6 +36,10 @@ std::vector<std::string> UnusedAllowances(
 std::vector<std::string> UnitCircles(
     const std::filesystem::path& root, const std::set<std::string>& roots = {});
 
+/// Lines of the product that repeat one of the texts in their code; comments don't count.
+std::vector<std::string> RepeatedTexts(const std::filesystem::path& root, const std::vector<SLayer>& layers,
+    const std::vector<std::string>& texts, const std::set<std::string>& exceptions);
+
 /// Preprocessor conditions on the operating system outside the folders that are there for it.
 std::vector<std::string> SystemSwitches(
     const std::filesystem::path& root, const std::set<std::string>& exceptions);

@@ -83,6 +83,15 @@ TEST(LongSources, AreNone) {
         LongSources(Root, ReadLayers(Root / "docs/architecture.md"), LongestSource, LongExceptions), Lines{});
 }
 
+TEST(RepeatedTexts, AreNone) {
+    // The salt of the machine's name keeps its words, or each machine would change its name with the
+    // product's.
+    EXPECT_EQ(RepeatedTexts(Root, ReadLayers(Root / "docs/architecture.md"),
+                  {"\"Kavelin", "/Kavelin/", "KAV Sorrel Limiter", "\"1.0.1.0\""},
+                  {"utils/product.h", "platform/linux/system_info.cpp"}),
+        Lines{});
+}
+
 TEST(UnexplainedPackages, AreNone) {
     EXPECT_EQ(UnexplainedPackages(Root), Lines{});
 }
@@ -225,6 +234,18 @@ TEST(LongSources, CountLinesOfTheProductOnly) {
     tree.Write("tests/long_test.cpp", "1\n2\n3\n4\n");
     EXPECT_EQ(
         LongSources(tree.Root(), ThreeLayers(), 3, {"dsp/table.cpp"}), Lines{"dsp/long.cpp has 4 lines"});
+}
+
+TEST(RepeatedTexts, NameFileAndLine) {
+    const CMadeUpTree tree;
+    tree.Write("utils/name.h", "#define NAME \"Thing 1.2\"\n");
+    tree.Write("dsp/gain.cpp", "// the Thing\nauto a = \"a Thing\"; // our Thing\n");
+    tree.Write("tests/gain_test.cpp", "auto a = \"Thing\";\n");
+    EXPECT_EQ(RepeatedTexts(tree.Root(), ThreeLayers(), {"Thing", "1.2"}, {}),
+        (Lines{
+            "dsp/gain.cpp:2 repeats Thing", "utils/name.h:1 repeats Thing", "utils/name.h:1 repeats 1.2"}));
+    EXPECT_EQ(RepeatedTexts(tree.Root(), ThreeLayers(), {"Thing", "1.2"}, {"utils/name.h"}),
+        Lines{"dsp/gain.cpp:2 repeats Thing"});
 }
 
 TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {

@@ -4,6 +4,7 @@
 
 #include "device/parameter_table.h"
 #include "plugin/vst_dsp_v2.h"
+#include "utils/product.h"
 
 #include <array>
 #include <fstream>
@@ -38,7 +39,7 @@ void WriteLaw(std::ostream& out, const SParameterRow& row) {
 
 void WriteProfile(std::ostream& out) {
     out.imbue(std::locale::classic());
-    out << "{\n  \"name\": \"KAV Sorrel Limiter\",\n  \"unique_id\": " << CVSTDSPv2::UniqueId
+    out << "{\n  \"name\": \"" KAV_PRODUCT "\",\n  \"unique_id\": " << CVSTDSPv2::UniqueId
         << ",\n  \"parameters\": [";
     std::int32_t index = 0;
     for (const std::int32_t tag : HostParamTable()) {

@@ -36,13 +36,16 @@ void PrintError(std::ostream& errors, std::string message) {
     errors << "kavhost: " << Trim(message) << std::endl;
 }
 
+/// The plug-in that comes with kavhost and its profile have this name.
+constexpr const char* OwnPlugin = "KAVSorrelLimiter";
+
 std::filesystem::path OwnFolder() {
     return Platform::ExecutableFile().parent_path();
 }
 
 std::filesystem::path PluginFile(const SOptions& options) {
     if (!options.plugin.empty()) return options.plugin;
-    return OwnFolder() / PathOf("KAVSorrelLimiter" + std::string(Platform::LibrarySuffix()));
+    return OwnFolder() / PathOf(OwnPlugin + std::string(Platform::LibrarySuffix()));
 }
 
 std::optional<SProfile> ProfileFor(const CEffect& effect, const std::filesystem::path& wanted) {
@@ -134,7 +137,7 @@ void RunInspect(const SOptions& options, std::ostream& out) {
         profile = ReadProfile(options.profile);
     else if (content.uniqueId)
         profile = FindProfile(OwnFolder(), *content.uniqueId);
-    else if (const auto own = OwnFolder() / "KAVSorrelLimiter.json";
+    else if (const auto own = OwnFolder() / PathOf(OwnPlugin + std::string(".json"));
              content.form == "binary" && std::filesystem::exists(own))
         profile = ReadProfile(own); // no other effect has that form
     (options.isJson ? PrintPatchAsJson : PrintPatch)(out, content, profile ? &*profile : nullptr);

@@ -3,6 +3,7 @@
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/console/man_page.h"
+#include "utils/product.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -15,7 +16,7 @@ constexpr int MostJobs = 256;
 
 constexpr const char* About =
     "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost;\n"
-    "installs the patches and routings that come with the KAV Sorrel Limiter.";
+    "installs the patches and routings that come with the " KAV_PRODUCT ".";
 
 constexpr const char* Footer = "Examples:\n"
                                "  kavhost info\n"
@@ -82,7 +83,7 @@ constexpr const char* BenchFooter =
     "  kavhost bench --set 100=1 --set2 100=0";
 
 constexpr const char* ContentFooter =
-    "Patches go to \"Kavelin/KAV Sorrel Limiter\", routings to \"Kavelin/Routings\". A file of\n"
+    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". A file of\n"
     "yours is neither overwritten nor removed, and neither is one that you have changed.\n"
     "\n"
     "Examples:\n"
@@ -158,8 +159,7 @@ void AddSaveState(CLI::App& command, STexts& texts, const char* help) {
 }
 
 void AddEffectOptions(CLI::App& command, SOptions& options, STexts& texts) {
-    command
-        .add_option("-p,--plugin", texts.plugin, "The effect's library; the KAV Sorrel Limiter by default")
+    command.add_option("-p,--plugin", texts.plugin, "The effect's library; the " KAV_PRODUCT " by default")
         ->type_name("FILE");
     AddProfile(command, texts);
     AddStateOptions(command, texts);
@@ -343,7 +343,7 @@ ECommand CommandOf(const CLI::App& app) {
 void Build(CLI::App& app, SOptions& options, STexts& texts) {
     app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
-    app.set_version_flag("--version", "kavhost " KAVHOST_VERSION);
+    app.set_version_flag("--version", "kavhost " KAV_VERSION);
     app.require_subcommand(1);
     AddInfo(app, options, texts);
     AddRender(app, options, texts);

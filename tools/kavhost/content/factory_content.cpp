@@ -6,6 +6,7 @@
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/content/content_manifest.h"
+#include "utils/product.h"
 
 #include <algorithm>
 #include <array>
@@ -27,9 +28,9 @@ struct SPart {
     std::string_view extension;
 };
 constexpr std::array<SPart, 2> Parts{
-    {{"Patches", "Kavelin/KAV Sorrel Limiter/", ".kvp"}, {"Routings", "Kavelin/Routings/", ".kvt"}}};
+    {{"Patches", KAV_VENDOR "/" KAV_PRODUCT "/", ".kvp"}, {"Routings", KAV_VENDOR "/Routings/", ".kvt"}}};
 /// Beside the patches; the plug-in lists only what ends like a patch.
-constexpr std::string_view ManifestPlace = "Kavelin/KAV Sorrel Limiter/.factory-content";
+constexpr std::string_view ManifestPlace = KAV_VENDOR "/" KAV_PRODUCT "/.factory-content";
 
 struct SContentFile {
     std::string place;

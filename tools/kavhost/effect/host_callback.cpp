@@ -1,5 +1,6 @@
 #include "tools/kavhost/effect/host_callback.h"
 
+#include "utils/product.h"
 #include "utils/text.h"
 
 #include <cmath>
@@ -13,7 +14,7 @@ namespace {
 
 constexpr std::intptr_t ProcessLevelOffline = 4;
 constexpr std::intptr_t LanguageEnglish = 1;
-constexpr std::intptr_t VendorVersion = 1010; // printed digit by digit: 1.0.1.0
+constexpr std::intptr_t VendorVersion = Utils::VersionDigits(KAV_VERSION);
 
 std::mutex mutex; // an effect may call from threads of its own
 std::map<const VST::AEffect*, SStream> streams;
@@ -52,7 +53,7 @@ std::intptr_t HostCallback(
     case VST::audioMasterGetCurrentProcessLevel:
         return ProcessLevelOffline;
     case VST::audioMasterGetVendorString:
-        return Answer(pointer, "Kavelin", VST::kVstMaxVendorStrLen);
+        return Answer(pointer, KAV_VENDOR, VST::kVstMaxVendorStrLen);
     case VST::audioMasterGetProductString:
         return Answer(pointer, "kavhost", VST::kVstMaxProductStrLen);
     case VST::audioMasterGetVendorVersion:

@@ -4,6 +4,7 @@
 #include "tools/kavhost/measure/delay.h"
 #include "tools/kavhost/report/report.h"
 #include "tools/kavhost/setup/setup.h"
+#include "utils/channels.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -21,7 +22,7 @@ class CEffect;
 class CEffectLibrary;
 class CProgressPart;
 
-inline constexpr int MostRenderChannels = 16;
+inline constexpr int MostRenderChannels = Utils::MostChannels;
 
 struct SRenderOptions {
     std::int32_t blockSize = 512;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/channels.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -17,7 +19,7 @@ inline constexpr std::string_view StateOpening = "<patch_format>textual</patch_f
 inline constexpr std::string_view ListSeparator = "|*|";
 
 /// Toggles of a group, each of which stands for one entry of its routing.
-inline constexpr std::size_t MostRoutingEntries = 16;
+inline constexpr std::size_t MostRoutingEntries = Utils::MostChannels;
 
 /// Which channels a group can take: a document with one entry per toggle.
 struct SRouting {
