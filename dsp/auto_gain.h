@@ -43,14 +43,14 @@ public:
     /// Makes room for blocks of `frames` samples. Throws std::bad_alloc, and then nothing has changed.
     void Reserve(std::size_t frames);
 
-    /// Once per block before the groups: keeps what they will get. `channels`: up to 16 of `frames` samples,
+    /// Once per block before the groups: keeps their input. `channels`: up to 16 of `frames` samples,
     /// null for one that is left out.
     KAV_REALTIME void Prepare(const AutoGainSettings& settings, bool disabled, bool autoOn,
         std::span<float* const> channels, std::size_t frames) noexcept;
 
-    /// Once per block behind the groups, unless disabled: measures the channels that some group used and
-    /// gives all of them the output gain of `position` (0..1 for -24..+24 dB), which it moves in auto mode.
-    /// True when it has moved.
+    /// Once per block after the groups, unless disabled: measures the channels that some group used and
+    /// applies to all of them the output gain of `position` (0..1 for -24..+24 dB), which it moves in auto
+    /// mode. True when it has moved.
     KAV_REALTIME bool Run(const AutoGainSettings& settings, std::span<float* const> channels,
         std::span<const bool> used, std::size_t frames, float& position) noexcept;
 
@@ -59,8 +59,8 @@ public:
     /// Whether the frame has to compute its output gain once more; asks once.
     KAV_REALTIME bool TakeRefresh() noexcept { return std::exchange(_refresh, false); }
     double Ratio() const noexcept { return _ratio; }                   ///< input to output before the gain
-    double CorrectedRatio() const noexcept { return _correctedRatio; } ///< input to output behind the gain
-    double Gain() const noexcept { return _gain; }                     ///< linear, not held to the limits
+    double CorrectedRatio() const noexcept { return _correctedRatio; } ///< input to output after the gain
+    double Gain() const noexcept { return _gain; }                     ///< linear, not clamped to the limits
 
 private:
     struct SLimits;
@@ -76,7 +76,7 @@ private:
     SKWeighting _weighting{44100.0};
     RmsWindow _inputWindow;
     RmsWindow _outputWindow;    // before the gain
-    RmsWindow _correctedWindow; // behind it
+    RmsWindow _correctedWindow; // after the gain
     bool _disabled = true;
     bool _refresh = false;
     double _ratio = 1.0;

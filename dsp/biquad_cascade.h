@@ -14,7 +14,7 @@
 namespace KAV::DSP {
 
 /// A Butterworth low-pass of even order as a cascade of biquads in direct form II, for up to 16 channels.
-/// A channel alone is filtered in plain arithmetic; several at once, where the processor can, with fused
+/// A single channel is filtered in plain arithmetic; several at once, where the processor can, with fused
 /// multiply-add, which differs in the last bits.
 /// Threads: one at a time; Design() and Process() allocate nothing.
 class BiquadCascade final {
@@ -33,11 +33,11 @@ public:
     static std::size_t PassWidth(std::uint64_t features) noexcept;
 
     /// Filters channels of `length` samples in place, in passes of PassWidth() channels and a last one of
-    /// what is left over. A channel's delays are those of its place in the list. A place that not-a-number or
-    /// infinity has got into is emptied at the end, or it would never give sound again.
+    /// what is left over. A channel's delays are those of its place in the list. A place that contains
+    /// not-a-number or infinity is emptied at the end; otherwise it would never produce sound again.
     KAV_REALTIME void Process(
         std::span<float* const> channels, std::size_t length, std::uint64_t features = 0) noexcept;
-    /// The same on a path of one's own choice, which gives the same bits.
+    /// The same on a chosen path; all paths produce the same bits.
     KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length, std::uint64_t features,
         EProcessorPath path) noexcept;
 
@@ -52,7 +52,7 @@ private:
         _prototype;   // analogue poles of the upper half plane, unit radius
     SCascadeLaw _law; // the first _count
     std::array<SCascadeDelays, MaxChannels> _delays{};
-    double _antiDenormal = 1e-8; // flips its sign with each sample, so that it leaves no offset behind
+    double _antiDenormal = 1e-8; // flips its sign with each sample, so that it leaves no offset
 };
 
 } // namespace KAV::DSP

@@ -10,7 +10,7 @@ namespace KAV::DSP {
 
 /// While an object of this class lives, its thread flushes denormals to zero, in operands and in results; the
 /// host's own choice comes back at the end. Other bits of the control word (rounding, masks, sticky flags)
-/// are left alone.
+/// stay as they are.
 class CFlushDenormals final {
 public:
     CFlushDenormals() noexcept : _saved(Read() & Bits) { Write(Read() | Bits); }

@@ -1,8 +1,8 @@
 #pragma once
 
 // The vector registers that the including source is compiled for, under one set of names. Sources that are
-// compiled with flags of their own include this: everything is in an unnamed namespace, so that no code for
-// wide registers can take the place of code for any processor when the program is linked.
+// compiled with flags of their own include this: everything is in an unnamed namespace, so that the
+// linker can't use code for wide registers instead of code for any processor.
 
 #if defined(__x86_64__)
 
@@ -55,7 +55,7 @@ struct SLanes {
         const __m128d two = _mm_min_pd(_mm256_castpd256_pd128(x), _mm256_extractf128_pd(x, 1));
         return _mm_cvtsd_f64(_mm_min_sd(two, _mm_unpackhi_pd(two, two)));
     }
-    /// One behind the other the low lanes of DoubleCount values.
+    /// The low lanes of DoubleCount values, one after another.
     static Doubles Join(const __m128d* x) noexcept {
         return _mm256_set_m128d(_mm_unpacklo_pd(x[2], x[3]), _mm_unpacklo_pd(x[0], x[1]));
     }
@@ -117,7 +117,7 @@ struct SLanes {
     static Floats Max(Floats a, Floats b) noexcept { return _mm_max_ps(a, b); }
     static Doubles Min(Doubles a, Doubles b) noexcept { return _mm_min_pd(a, b); }
     static double Lowest(Doubles x) noexcept { return _mm_cvtsd_f64(_mm_min_sd(x, _mm_unpackhi_pd(x, x))); }
-    /// One behind the other the low lanes of DoubleCount values.
+    /// The low lanes of DoubleCount values, one after another.
     static Doubles Join(const __m128d* x) noexcept { return _mm_unpacklo_pd(x[0], x[1]); }
     static Doubles Join(const double* x) noexcept { return _mm_set_pd(x[1], x[0]); }
     static Floats Magnitude(Floats x) noexcept { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }

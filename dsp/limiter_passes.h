@@ -15,7 +15,7 @@
 //
 // Each released gain needs the one before, nine cycles later on current processors. What is not on that
 // chain comes in this order so that its operands are there when the processor gets to it: instructions that
-// wait for others hold registers, and once these are used up nothing runs beside the chain any more.
+// wait for others hold registers, and once these are used up nothing runs in parallel to the chain.
 //
 // The maximum of a window comes before the division: 1 / x falls as x rises, and so does its rounding, so
 // the lowest of all required gains is that of the highest peak, to the bit.
@@ -57,7 +57,7 @@ private:
     __m128d _gain;
 };
 
-/// The programme-dependent release; release_law.h tells the symbols. The slow envelope needs nothing of the
+/// The programme-dependent release; release_law.h defines the symbols. The slow envelope needs nothing of the
 /// gain and runs a chunk ahead, so that what the gain heads for is known. The coefficient for the next
 /// sample is computed when that sample turns out to recover.
 class CAutomaticRelease final {
@@ -100,13 +100,13 @@ public:
 
 private:
     SReleaseLaw _law;
-    SLimiterState _state;      // of the release alone
+    SLimiterState _state;      // only of the release
     double _slow;              // at the end of the chunk
-    double _slows[Chunk] = {}; // behind each sample of the chunk
+    double _slows[Chunk] = {}; // after each sample of the chunk
     std::size_t _next = 0;
 };
 
-/// The two moving averages, one behind the other, in groups of as many samples as a register holds, and the
+/// The two moving averages, one after another, in groups of as many samples as a register holds, and the
 /// lowest of what comes out.
 class CAverages final {
 public:
@@ -217,12 +217,12 @@ private:
     const double* _averagedBefore;
     double* _gains;
     double _divisor;
-    [[maybe_unused]] double _reciprocal; // of use to fused arithmetic alone
+    [[maybe_unused]] double _reciprocal; // used only by fused arithmetic
     double _firstSum;
     double _secondSum;
     V::Doubles _lowest;
     std::size_t _taken = 0;   // a multiple of Group until the last few
-    std::size_t _due = 0;     // so many of them since all was drained
+    std::size_t _due = 0;     // their count since everything was drained
     std::size_t _skipped = 0; // a multiple of Chunk until the last few
 };
 
@@ -273,7 +273,7 @@ private:
         std::size_t steady = 0; // see SLimiterState
     };
 
-    /// A last chunk that is not full works on copies. What it writes to the histories behind the run is
+    /// A last chunk that is not full works on copies. What it writes to the histories past the run is
     /// overwritten by what comes next.
     template<typename TRelease>
     [[gnu::noinline]] SGainPath<TRelease> ProcessRest(
@@ -361,7 +361,7 @@ private:
 
     /// The highest of the last `lookahead` peaks at each sample. Each step doubles the window it looks at by
     /// taking in what the same step's forerunner found one window ago: up to 16 in registers, from there by
-    /// way of the histories. A last step fills up to a length that is no power of 2.
+    /// way of the histories. A last step fills up to a length that isn't a power of 2.
     SFloats WindowMaximum(SFloats x, std::size_t at) noexcept {
         x = TakeIn<1>(_before[0], x);
         x = TakeIn<2>(_before[1], x);

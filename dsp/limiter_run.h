@@ -31,12 +31,12 @@ struct SLimiterState {
     bool isCoefficientKnown = false;   ///< or is still to be computed from the two above
     double sums[2] = {};               ///< of the two averages, in the order in which values came and went
     double minimum = 1.0;              ///< lowest gain so far
-    std::size_t steady = 0;            ///< so many samples of one and the same released gain came last
+    std::size_t steady = 0;            ///< how many identical released gains came last in a row
 };
 
-/// A run of samples through the limiter. Of the lists only as many places are filled as are used. Histories
-/// point to the place of the run's first value; what was before lies before, and may be overwritten up to a
-/// chunk's length behind the run. No two channels share a buffer, but on the plain path.
+/// A run of samples through the limiter. Only the used places of the lists are filled. Histories point to the
+/// place of the run's first value, with earlier values before it; up to a chunk's length past the end of the
+/// run may be overwritten. No two channels share a buffer, except on the plain path.
 struct SLimiterRun { // NOLINT(cppcoreguidelines-pro-type-member-init)
     static constexpr std::size_t MaxChannels = Utils::MostChannels;
     static constexpr std::size_t MaxMaxima = 12; ///< enough for a look-ahead of 65536 samples

@@ -28,7 +28,7 @@ KAV_REALTIME inline void EncodeMidSide(std::span<float> left, float* right) noex
     }
 }
 
-/// The way back. Of a soloed half both channels are made, of a soloed side in opposite phase.
+/// The way back. A soloed half goes to both channels, a soloed side in opposite phase.
 KAV_REALTIME inline void DecodeMidSide(EMidSide mode, std::span<float> mid, float* side) noexcept {
     for (std::size_t i = 0; i < mid.size(); ++i) {
         const float m = mid[i];

@@ -14,9 +14,9 @@ namespace KAV::DSP {
 class MinTree final {
 public:
     void Reserve(std::size_t length);
-    /// Looks at `length` values (at least 1) from now on, as if that many ones had been pushed.
+    /// Covers `length` values (at least 1) from now on, as if that many ones had been pushed.
     KAV_REALTIME void Reset(std::size_t length);
-    /// Takes a value and gives the minimum of the last `length`.
+    /// Takes a value and returns the minimum of the last `length`.
     KAV_REALTIME double Push(double value) noexcept;
 
 private:
@@ -26,7 +26,7 @@ private:
     static std::size_t Padded(std::size_t entries) { return (entries + Fan - 1) / Fan * Fan; }
     static std::size_t NodesFor(std::size_t length); // all levels and the root
 
-    std::vector<double> _nodes;                   // levels one behind the other, the root last
+    std::vector<double> _nodes;                   // levels one after another, the root last
     std::array<std::size_t, MaxLevels> _starts{}; // where each level begins in _nodes
     std::size_t _levels = 0;                      // levels in front of the root
     std::size_t _root = 0;                        // index of the root; _root < _nodes.size()

@@ -12,7 +12,7 @@
 namespace KAV::DSP {
 
 /// Raises channels to 1, 2, 4 or 8 times their rate by zero-stuffing and a low-pass, and brings them back by
-/// a low-pass and dropping samples. At factor 1 the channels are handed through untouched.
+/// a low-pass and dropping samples. At factor 1 the channels pass unchanged.
 ///
 /// Threads: SetSampleRate() and Reserve() while audio is stopped; the rest on the audio thread, allocates
 /// nothing.
@@ -36,7 +36,7 @@ public:
     KAV_REALTIME void SetFeatures(std::uint64_t features) noexcept { _features = features; }
 
     /// Takes up to 16 channels of `frames` samples (within the reserve), null for one that is left out, and
-    /// puts the raised channels of frames x factor samples in their places.
+    /// replaces them by the raised channels of frames x factor samples.
     KAV_REALTIME void Up(std::span<float*> channels, std::size_t frames) noexcept;
     /// The way back for the same list: puts the channels that Up() took back into their places, holding the
     /// result.

@@ -12,7 +12,7 @@
 
 namespace KAV::DSP {
 
-/// The highest magnitude of a channel, and of `peak`; not-a-number is no peak. Four samples at a time where
+/// The highest magnitude of a channel, and of `peak`; not-a-number is ignored. Four samples at a time where
 /// every processor of the kind can: a maximum is the same in any order.
 KAV_REALTIME inline float PeakOf(std::span<const float> channel, float peak) noexcept {
     std::size_t i = 0;

@@ -7,7 +7,7 @@
 
 namespace KAV::DSP {
 
-/// Holds the highest sample magnitude until somebody takes it.
+/// Holds the highest sample magnitude until it is taken.
 struct PeakProbe final {
     bool off = false;
     float mix = 1.0f;

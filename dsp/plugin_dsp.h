@@ -8,7 +8,7 @@
 
 namespace KAV {
 
-/// The engine as a device holds it: checks what the host hands over, and cuts blocks that are longer than
+/// The engine as a device uses it: checks what the host passes, and splits blocks that are longer than
 /// announced.
 ///
 /// Threads: SetSampleRate() and SetBlockSize() while audio is stopped; Process() on the audio thread.
@@ -29,8 +29,8 @@ public:
     void SetBlockSize(int frames);
 
     /// One block in place; `side` is the side chain, which this engine doesn't use. Null pointers, no
-    /// channels or no frames do nothing; channels beyond the sixteenth are left alone. A block that is longer
-    /// than announced runs as several blocks one after the other.
+    /// channels or no frames do nothing; channels beyond the sixteenth stay unchanged. A block that is longer
+    /// than announced runs as several blocks one after another.
     KAV_REALTIME void Process(TSample** channels, TSample** side, int channelCount, int frames) noexcept;
 
 private:

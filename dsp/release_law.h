@@ -30,7 +30,7 @@ inline double ReleaseWeight(const SReleaseLaw& law, double u) noexcept {
     return (law.curve[2] - law.curve[1]) * ((u - 0.71) / 0.29) + law.curve[1];
 }
 
-/// What the sample behind one of gain `g` keeps of its distance.
+/// What the sample after one of gain `g` keeps of its distance.
 inline double AutomaticCoefficient(const SReleaseLaw& law, double g, double slow) noexcept {
     const double ahead = 2.0 * slow - g;
     const double u = 1.0 < ahead ? 1.0 : ahead;

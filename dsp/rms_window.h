@@ -17,7 +17,7 @@ public:
 
     /// A new window of the same time at another rate: room for ten seconds, untouched. Throws std::bad_alloc.
     RmsWindow WithRate(double rateHz) const;
-    /// Length of the window, held to one sample and ten seconds. Another one empties it.
+    /// Length of the window, limited to one sample up to ten seconds. Changing it empties the window.
     KAV_REALTIME void SetTime(double timeMs) noexcept;
     /// Takes the mean over all channels of (gain x value) squared.
     KAV_REALTIME void Push(std::span<const double> values, double gain) noexcept;

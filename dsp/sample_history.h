@@ -9,7 +9,7 @@
 
 namespace KAV::DSP {
 
-/// The last `length` values of a sequence, at any time one behind the other in memory. Behind them is room
+/// The last `length` values of a sequence, contiguous in memory at any time. After them is room
 /// for more, so that a run of new values is written and old ones are read at plain addresses; values move
 /// only once in a while.
 /// Threads: Reserve() while audio is stopped; the rest on the audio thread, allocates nothing within the
@@ -19,7 +19,7 @@ class CSampleHistory final {
 public:
     /// The longest run that Next() takes.
     static constexpr std::size_t LongestRun = 512;
-    /// So many values behind a run may be overwritten; they mean nothing.
+    /// A run may write this many values past its end; they are ignored.
     static constexpr std::size_t Overhang = 16;
 
     /// Makes room for lengths up to `length`; what is held stays.
@@ -45,7 +45,7 @@ public:
         }
         return _values.data() + _next;
     }
-    /// The first `count` of them are there.
+    /// Commits the first `count` values written at Next().
     KAV_REALTIME void Advance(std::size_t count) noexcept { _next += count; }
 
 private:

@@ -8,7 +8,7 @@
 
 namespace KAV::DSP {
 
-/// Tells whether a channel has been silent for a given number of samples.
+/// Detects whether a channel has been silent for a given number of samples.
 struct SilenceGate final {
     static constexpr float Threshold = 2e-8f; ///< linear; below this a sample counts as silent
 
@@ -18,7 +18,7 @@ struct SilenceGate final {
     std::int64_t count = 0; ///< silent samples so far
     bool silent = false;
 
-    /// Reads one block; `silent` tells afterwards. The sample behind the limit closes the gate, and the first
+    /// Reads one block and updates `silent`. The sample after the limit closes the gate, and the first
     /// sample at or above the threshold opens it, within this very block.
     KAV_REALTIME void Read(std::span<const float> channel) noexcept {
         if (off) return;
