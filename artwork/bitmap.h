@@ -27,7 +27,7 @@ struct SPixels {
     }
 };
 
-/// A picture under work: floats, colour multiplied by alpha, in the screen's encoding, because that is where
+/// A picture being drawn: floats, colour multiplied by alpha, in the screen's encoding, because that is where
 /// the plug-in's renderers blend.
 class CBitmap final {
 public:
@@ -50,7 +50,7 @@ public:
     /// enlarging, interpolated.
     CBitmap Resized(int width, int height) const;
 
-    /// 8 bits per channel. `grain` adds a fixed noise of so many 255ths to the opaque pixels, equal in all
+    /// 8 bits per channel. `grain` adds a fixed noise of this many 255ths to the opaque pixels, equal in all
     /// three colours: it hides the steps of slow gradients and is the texture of the panel's lacquer.
     SPixels Quantised(double grain = 0) const;
 

@@ -43,13 +43,13 @@ struct SPlace {
 /// Every picture there is.
 std::span<const SSprite> Sprites();
 
-/// The picture of this name; throws std::out_of_range when there is none.
+/// The picture of this name; throws std::out_of_range if there is none.
 const SSprite& SpriteOf(std::string_view name);
 
 /// Every widget with a picture, in drawing order.
 std::span<const SPlace> Places();
 
-/// The first widget of this name; throws std::out_of_range when there is none.
+/// The first widget of this name; throws std::out_of_range if there is none.
 const SPlace& PlaceOf(std::string_view name);
 
 /// The gain-reduction curve: a widget without a picture.

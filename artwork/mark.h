@@ -4,7 +4,7 @@
 
 namespace KAV::Artwork {
 
-/// The maker's mark: a peak that runs into a ceiling. Centred on (x, y), `size` high.
+/// The vendor's mark: a peak that hits a ceiling. Centred on (x, y), `size` high.
 void DrawMark(CPen& pen, double x, double y, double size, const SColour& colour, const SColour& ceiling);
 
 } // namespace KAV::Artwork

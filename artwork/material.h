@@ -15,7 +15,7 @@ struct SMaterial {
     EGrain grain = EGrain::None;
     float grainSpread = 0; ///< how far the grooves tilt the surface, as a tangent
     float sheen = 1;       ///< how much of the mirrored light of a lacquer is kept
-    float glow = 0;        ///< light that it gives by itself, in units of its colour
+    float glow = 0;        ///< light that it emits, in units of its colour
 };
 
 } // namespace KAV::Artwork

@@ -18,7 +18,7 @@ struct SLettering {
     double size = 8;
     EFace face = EFace::Regular;
     EAlign align = EAlign::Centre;
-    double tracking = 0; ///< extra space between letters
+    double tracking = 0; ///< extra space between characters
     double weight = 0;   ///< extra width of the strokes
 };
 

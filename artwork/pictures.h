@@ -7,7 +7,7 @@
 
 namespace KAV::Artwork {
 
-/// Draws frame `index` of a picture. Any thread; the result depends on the index alone.
+/// Draws frame `index` of a picture. Any thread; the result depends only on the index.
 using Painter = std::function<CBitmap(int index)>;
 
 /// The frame of a picture, in its own pixels.

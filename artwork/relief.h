@@ -25,7 +25,7 @@ struct SFrame {
 
 /// How a relief meets the panel below.
 struct SSetting {
-    double shadow = 0.55;     ///< darkness of the shadow that falls beside it, 0 none
+    double shadow = 0.55;     ///< darkness of the shadow that falls next to it, 0 none
     double shadowSteep = 1.5; ///< height over length of that shadow
     double occlusion = 0.8;   ///< how much narrow places darken
     double reach = 9;         ///< how far heights are looked for, in panel pixels
@@ -37,8 +37,8 @@ struct SSetting {
 using Shape = std::function<SSurface(double x, double y)>;
 
 /// Lights a shape from above left: 4 x 4 samples a pixel, in linear light, with shadows and ambient occlusion
-/// taken from the heights around. The same light for every picture. Any thread; the result depends on the
-/// arguments alone.
+/// taken from the heights around. The same light for every picture. Any thread; the result depends only on
+/// the arguments.
 CBitmap RenderRelief(const SFrame& frame, const Shape& shape, const SSetting& setting);
 
 } // namespace KAV::Artwork

@@ -16,7 +16,7 @@ inline int FrameOf(double value, int frames = ValueFrames) {
 }
 
 /// Values that frames are drawn at exactly: those with a number on some scale. 63 frames hit few of them by
-/// themselves, and a cap two pixels beside its number looks wrong.
+/// themselves, and a cap two pixels off its number looks wrong.
 inline constexpr std::array FaderAnchors{
     0.0, 1.0 / 6, 0.2, 0.25, 1.0 / 3, 0.4, 0.5, 0.6, 2.0 / 3, 0.75, 0.8, 5.0 / 6, 1.0};
 inline constexpr std::array KnobAnchors{0.0, 0.125, 0.25, 0.375, 0.5, 0.625, 0.75, 0.875, 1.0};
@@ -81,7 +81,7 @@ inline double ReductionHeight(double db) {
     return 1 - std::pow(10.0, -db / 20);
 }
 
-/// A line of a scale: the value it stands at, and what is written beside it; empty for a line between.
+/// A line of a scale: its value, and the text next to it; empty for a line between.
 struct STick {
     double value = 0; ///< 0..1
     const char* text = "";
@@ -100,7 +100,7 @@ inline constexpr std::array MainGainTicks{STick{0.0, "-24"}, STick{0.125}, STick
 inline constexpr std::array MacroTicks{STick{0.0, "-"}, STick{0.125}, STick{0.25}, STick{0.375}, STick{0.5},
     STick{0.625}, STick{0.75}, STick{0.875}, STick{1.0, "+"}};
 
-/// Levels written beside the meters, and reductions written in the display, both in dB.
+/// Levels printed next to the meters, and reductions printed in the display, both in dB.
 inline constexpr std::array MeterLevels{0, -3, -6, -9, -12, -18, -24, -36, -48};
 inline constexpr std::array ReductionLevels{1, 2, 3, 6, 12, 20};
 
