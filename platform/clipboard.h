@@ -9,10 +9,10 @@
 /// clipboard that another program holds, or a system without one, is a failed read or write.
 namespace KAV::Platform {
 
-/// Null when the clipboard holds nothing of that format.
+/// Null if the clipboard has no data of that format.
 SBytes ReadClipboard(const std::string& format) noexcept;
 
-/// Replaces all that the clipboard holds. False when that failed.
+/// Replaces the whole content of the clipboard. False on failure.
 bool WriteClipboard(const std::string& format, const void* data, std::size_t size) noexcept;
 
 } // namespace KAV::Platform

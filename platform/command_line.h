@@ -6,7 +6,7 @@
 namespace KAV::Platform {
 
 /// The program's arguments in UTF-8, without the program's own name. `count` and `values` are those of
-/// `main`, which not every system fills with all characters.
+/// `main`, which some systems fill without all characters.
 std::vector<std::string> CommandLine(int count, char** values);
 
 } // namespace KAV::Platform

@@ -4,7 +4,7 @@
 
 namespace KAV::Platform {
 
-/// The program's own file, absolute and with links resolved. Empty when the system does not tell.
+/// The program's own file, absolute and with links resolved. Empty if the system doesn't provide it.
 std::filesystem::path ExecutableFile();
 
 } // namespace KAV::Platform

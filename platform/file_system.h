@@ -21,22 +21,23 @@ public:
     IFileSystem(const IFileSystem&) = delete;
     IFileSystem& operator=(const IFileSystem&) = delete;
 
-    /// What a path leads to, through links. A link to nothing is missing.
+    /// The kind of a path's target, through links. A link to nothing is missing.
     virtual EKind Kind(const std::filesystem::path& path) noexcept = 0;
-    /// The path with all links followed, as far as it exists; empty when that can't be told.
+    /// The path with all links followed, as far as it exists; empty if that can't be determined.
     virtual std::filesystem::path Resolve(const std::filesystem::path& path) noexcept = 0;
     /// An existing file may be written by this user.
     virtual bool IsWritable(const std::filesystem::path& file) noexcept = 0;
-    /// Makes one folder, for this user alone; true as well when it is there already.
+    /// Makes one folder, for this user only; also true if it exists already.
     virtual bool MakeFolder(const std::filesystem::path& folder) noexcept = 0;
 
-    /// Ordinary files only: whatever else has the name (a pipe, a device, a folder) gives NoFile.
+    /// Ordinary files only: anything else of that name (a pipe, a device, a folder) returns NoFile.
     virtual Handle OpenToRead(const std::filesystem::path& file) noexcept = 0;
-    /// Fails when the name is taken. With `like`, an existing file, the new one gets its permissions.
+    /// Fails if the name is taken. With `like`, an existing file, the new one gets its permissions.
     virtual Handle CreateNew(
         const std::filesystem::path& file, const std::filesystem::path* like) noexcept = 0;
-    /// Opens for reading and writing, made when missing, never through a link, readable by this user alone.
-    /// As long as it is open nobody else gets it this way: then, and when it isn't this user's own, NoFile.
+    /// Opens for reading and writing, created if missing, never through a link, readable only by this user.
+    /// While it is open no other caller can open it this way. Returns NoFile then, and if it isn't this
+    /// user's.
     virtual Handle OpenAlone(const std::filesystem::path& file) noexcept = 0;
 
     virtual bool Size(Handle file, std::uint64_t& bytes) noexcept = 0;
@@ -45,15 +46,15 @@ public:
     virtual std::size_t Write(Handle file, const void* data, std::size_t bytes) noexcept = 0;
     /// Empties an open file and goes to its beginning.
     virtual bool Clear(Handle file) noexcept = 0;
-    /// What was written is on the disk.
+    /// Waits until what was written is on the disk.
     virtual bool Flush(Handle file) noexcept = 0;
-    /// The handle is gone in any case; false when something written before was lost.
+    /// The handle is closed in any case; false if something written before was lost.
     virtual bool Close(Handle file) noexcept = 0;
 
-    /// Gives `from` the name `to` in one step: at any moment the old or the new file is there, whole.
+    /// Renames `from` to `to` in one step: at any moment the complete old or new file is there.
     virtual bool Replace(const std::filesystem::path& from, const std::filesystem::path& to) noexcept = 0;
     virtual bool Remove(const std::filesystem::path& file) noexcept = 0;
-    /// A name given by Replace() survives a power failure.
+    /// Makes a rename by Replace() survive a power failure.
     virtual bool FlushFolder(const std::filesystem::path& folder) noexcept = 0;
 
 protected:

@@ -2,14 +2,14 @@
 
 #include <filesystem>
 
-/// The user's folders. Absolute, without a slash at the end; empty when the system names none. None of them
-/// need exist. Any thread.
+/// The user's folders. Absolute, without a slash at the end; empty if the system has none. They may not
+/// exist. Any thread.
 namespace KAV::Platform {
 
 /// Where the user keeps documents.
 std::filesystem::path DocumentsFolder();
 
-/// For files that nobody misses after the next start of the system.
+/// For files that are not needed after the next start of the system.
 std::filesystem::path TemporaryFolder();
 
 } // namespace KAV::Platform

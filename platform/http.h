@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <string>
 
-/// One exchange over HTTP or HTTPS, by the library that the system offers: loaded at the first call, since an
-/// instance that asks nobody shall not bring the network into its host's process.
+/// One exchange over HTTP or HTTPS, by the library that the system offers: loaded at the first call, because
+/// an instance that makes no request should not bring network code into its host's process.
 namespace KAV::Platform {
 
 struct SHttpRequest {
@@ -16,20 +16,20 @@ struct SHttpRequest {
     std::string path;       ///< begins with '/', with the query; visible ASCII
     std::string body;       ///< UTF-8; empty: GET, otherwise POST as a form
     std::string agent;      ///< UTF-8; empty: none is named
-    /// PEM file of the authorities to trust in place of the system's; empty: those. Windows has its own
-    /// alone.
+    /// PEM file of the authorities to trust instead of the system's; empty: the system's. Windows
+    /// always uses its own.
     std::filesystem::path authorities;
     std::uint32_t timeLimitMs = 0; ///< for all of it; 1..10000
 };
 
-/// What comes before an answer's bytes.
+/// What precedes a response's body.
 struct SHttpHead {
     std::int32_t status = 0;
     std::string encoding; ///< Content-Encoding; empty: none
     std::string location; ///< Location; empty: none
 };
 
-/// Takes an answer, on the thread that asks for it.
+/// Receives a response, on the thread that requests it.
 class IHttpReceiver {
 public:
     /// Polled at least every 50 ms while the exchange runs; false cancels it.
@@ -44,21 +44,21 @@ protected:
 };
 
 enum class EHttpEnd {
-    Whole,    ///< all of the answer came
-    CutShort, ///< it began, and the connection or the server broke it off
+    Whole,    ///< the whole response arrived
+    CutShort, ///< it began, and the connection or the server ended it early
     Refused,  ///< the receiver ended it
-    Failed,   ///< no answer began, or it took too long
+    Failed,   ///< no response began, or it took too long
 };
 
 struct SHttpResult {
     EHttpEnd end = EHttpEnd::Failed;
-    std::int32_t error = 0; ///< the library's own number for what went wrong; 0: nothing did
+    std::int32_t error = 0; ///< the library's own error number; 0: no error
 };
 
-/// Sends the request and hands its answer to `receiver`; follows no redirect, keeps no cookie, and gives up
-/// after 256 KB of head. Blocks up to the time limit, whatever the server does. Windows: the system's client
-/// runs on a thread of its own, which may outlive the call for as long as that client takes to notice that
-/// its handles are closed. Any thread but the audio thread; nothing throws.
+/// Sends the request and passes its response to `receiver`; follows no redirect, keeps no cookie, and gives
+/// up after 256 KB of head. Blocks up to the time limit, whatever the server does. Windows: the system's
+/// client runs on a thread of its own, which may outlive the call until that client notices that its handles
+/// are closed. Any thread but the audio thread; nothing throws.
 SHttpResult ExchangeHttp(const SHttpRequest& request, IHttpReceiver& receiver) noexcept;
 
 } // namespace KAV::Platform

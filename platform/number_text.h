@@ -4,7 +4,7 @@
 
 /// Numbers by the rules of the C library's strtol() and strtof(), in the C locale whatever the process or
 /// another thread has chosen: blanks in front, a sign, "0x" for hexadecimal floats, "inf" and "nan" in any
-/// case, and anything behind. `errno` stays as it was. Any thread.
+/// case, and anything after that. `errno` stays as it was. Any thread.
 namespace KAV::Platform {
 
 enum class ENumber {

@@ -3,7 +3,7 @@
 namespace KAV::Platform {
 
 /// While it lives, threads started by this thread begin with every signal blocked, so that a host's signals
-/// go to the host's own threads. Does nothing on systems without signals. A thread uses it for itself alone.
+/// go to the host's own threads. Does nothing on systems without signals. Each thread uses its own.
 class CQuietSignals final {
 public:
     CQuietSignals() noexcept;

@@ -14,10 +14,10 @@ namespace KAV::Platform {
 
 enum class ESettingsRoot { CurrentUser, ClassesRoot, LocalMachine, Users, CurrentConfig };
 
-/// Null data when there is no such value. A key whose file is damaged has no values.
+/// Null data if there is no such value. A key whose file is damaged has no values.
 SBytes ReadSetting(ESettingsRoot root, const std::string& key, const std::string& name) noexcept;
 
-/// Makes the key when it is missing. False when the value could not be stored: then it is as it was.
+/// Creates the key if it is missing. False if the value could not be stored; then it is unchanged.
 bool WriteSetting(ESettingsRoot root, const std::string& key, const std::string& name, const void* data,
     std::size_t size) noexcept;
 

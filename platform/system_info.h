@@ -4,8 +4,8 @@
 #include <ctime>
 #include <string>
 
-/// What a user's report should tell of the machine. Texts are UTF-8, and empty when the system doesn't tell.
-/// Any thread.
+/// What a user's report should say about the machine. Texts are UTF-8, and empty if the system doesn't
+/// provide them. Any thread.
 namespace KAV::Platform {
 
 /// Milliseconds since the system started, modulo 2^32; only differences mean something.
@@ -17,14 +17,14 @@ std::tm LocalTime() noexcept;
 /// The system's name and version, in words.
 std::string SystemName();
 
-/// The processor's name, in its maker's words.
+/// The processor's name, as its manufacturer writes it.
 std::string ProcessorName();
 
 /// The machine's name in its network.
 std::string MachineName();
 
 /// A text that is always the same for this machine (Windows) or this user on this machine (elsewhere), and
-/// another on any other. Elsewhere than on Windows nobody can work out the machine's own identifier from it.
+/// another on any other. Except on Windows, the machine's own identifier cannot be derived from it.
 std::string MachineIdentifier();
 
 struct SMemory {
@@ -32,11 +32,11 @@ struct SMemory {
     std::uint64_t totalBytes = 0;
 };
 
-/// Physical memory; zeros when the system doesn't tell.
+/// Physical memory; zeros if the system doesn't report it.
 SMemory PhysicalMemory() noexcept;
 
 struct SDisplay {
-    int monitors = 0; ///< 0: there is no display
+    int monitors = 0; ///< 0: no display
     int width = 0;    ///< pixels of the first screen
     int height = 0;
     int refreshHz = 0;

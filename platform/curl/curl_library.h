@@ -1,13 +1,13 @@
 #pragma once
 
-#define CURL_DISABLE_DEPRECATION // the older form of an option is asked where the newer one is missing
+#define CURL_DISABLE_DEPRECATION // the older form of an option is used where the newer one is missing
 #define CURL_DISABLE_TYPECHECK   // it knows the functions by their names only
 #include <curl/curl.h>
 
 /// The client library for HTTP, loaded when it is first needed: linking it would bring it, TLS and a dozen
-/// more into every host, and keep our library from loading where it is missing. It is never unloaded, nor
-/// cleaned up globally, because the host may use the same one. For the Linux part of this folder alone. Any
-/// thread.
+/// other libraries into every host, and our library would not load on systems without it. It is never
+/// unloaded, nor cleaned up globally, because the host may use the same one. Only for the Linux part of this
+/// folder. Any thread.
 namespace KAV::Platform {
 
 /// The library's functions, under their names there.

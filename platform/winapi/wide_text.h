@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-/// The system's texts, of 16-bit units, as UTF-8 and back. For the Windows part of this folder alone. Empty
+/// The system's texts, of 16-bit units, as UTF-8 and back. Only for the Windows part of this folder. Empty
 /// for an ill-formed text.
 namespace KAV::Platform {
 

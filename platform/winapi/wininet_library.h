@@ -5,7 +5,7 @@
 #include <wininet.h>
 
 /// The system's client for HTTP, loaded when it is first needed: it brings two dozen libraries into a host.
-/// For the Windows part of this folder alone. Any thread.
+/// Only for the Windows part of this folder. Any thread.
 namespace KAV::Platform {
 
 /// The library's functions, under their names there.
@@ -21,7 +21,7 @@ struct SWinInet {
     decltype(&::InternetCloseHandle) CloseHandle;
 };
 
-/// The functions, for the life of the process; null when the library is missing.
+/// The functions, for the life of the process; null if the library is missing.
 const SWinInet* WinInet() noexcept;
 
 } // namespace KAV::Platform

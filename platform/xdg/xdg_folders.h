@@ -2,15 +2,15 @@
 
 #include <filesystem>
 
-/// The user's folders by the XDG Base Directory rules. For the Linux part of this folder alone.
+/// The user's folders by the XDG Base Directory rules. Only for the Linux part of this folder.
 namespace KAV::Platform {
 
-/// The home folder: HOME if it is an absolute path, else what the user database says. Empty when neither
-/// names one.
+/// The home folder: HOME if it is an absolute path, else the one in the user database. Empty if neither
+/// has one.
 std::filesystem::path HomeFolder();
 
 /// Where programs keep the user's settings: XDG_CONFIG_HOME if it is an absolute path, else ~/.config. Empty
-/// when there is no home.
+/// if there is no home.
 std::filesystem::path ConfigurationFolder();
 
 } // namespace KAV::Platform
