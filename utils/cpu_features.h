@@ -5,7 +5,7 @@
 
 namespace KAV::Utils {
 
-/// Bits of the processor's features word. Names are the makers' own.
+/// Bits of the processor's features word. Names are the manufacturers' own.
 enum CpuFeature : std::uint64_t {
     Cpu3dNow = std::uint64_t{1} << 1,    ///< AMD only
     Cpu3dNowExt = std::uint64_t{1} << 2, ///< AMD only
@@ -60,7 +60,7 @@ enum CpuFeature : std::uint64_t {
     CpuXsave = std::uint64_t{1} << 51,
 };
 
-/// The features that both the processor and the system offer: what works with wide registers counts only if
+/// The features that both the processor and the system support. Features with wide registers count only if
 /// the system saves these. 0 on processors other than x86. Detected at the first call and kept for the life
 /// of the process, so that later calls cost a load; `refresh` detects anew. Any thread.
 std::uint64_t DetectFeatures(bool refresh = false) noexcept;

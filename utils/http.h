@@ -10,26 +10,26 @@
 
 namespace KAV::Utils {
 
-/// A request beside its address, and what became of it.
+/// A request without its address, and its result.
 struct HttpOptions {
     std::u16string body;  ///< sent as a form by POST, in UTF-8; empty: GET
     std::u16string agent; ///< what the client calls itself; empty: nothing
-    /// Path of a PEM file of the authorities to trust in place of the system's; empty: those. Without effect
-    /// on Windows, which knows its own alone.
+    /// Path of a PEM file of the authorities to trust instead of the system's; empty: the system's. Without
+    /// effect on Windows, which always uses its own.
     std::u16string authorities;
-    const CShared<bool>* goesOn = nullptr; ///< cleared by any thread to end the request; null: nobody will
+    const CShared<bool>* goesOn = nullptr; ///< any thread clears it to end the request; may be null
 
-    std::int32_t status = 0; ///< out: of the last answer; 0: none came
-    std::int32_t error = 0;  ///< out: what the system's client calls its failure; 0: it had none
+    std::int32_t status = 0; ///< out: of the last response; 0: no response
+    std::int32_t error = 0;  ///< out: the error number of the system's client; 0: no error
 };
 
-/// The longest answer, in bytes, as sent and after inflation.
+/// The longest response in bytes, as sent and after inflation.
 inline constexpr std::size_t LongestAnswer = 16u << 20;
 
-/// Asks for a web resource and waits for it, ten seconds at most for all of it. The answer's bytes, with two
-/// zero bytes behind them; null, with a size of 0, for any status but 200, a longer answer, or when none
-/// began. An answer that breaks off gives what came of it, and `options->error` says so if the system told;
-/// an answer of gzip is inflated, and gives what can be.
+/// Requests a web resource and waits for it, ten seconds at most in total. Returns the bytes of the response,
+/// followed by two zero bytes; null, with a size of 0, for any status but 200, a longer response, or no
+/// response. A response that breaks off yields the part that arrived, and `options->error` says so if the
+/// system reports it. A gzip response is inflated as far as possible.
 ///
 /// Follows five redirects at most, and none from https to http. `options` may be null. Any thread but the
 /// audio thread; nothing throws.

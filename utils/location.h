@@ -4,7 +4,7 @@
 #include <memory>
 #include <string_view>
 
-/// One name for everything that can be stored or fetched: a location. How it begins decides what it means:
+/// One name for everything that can be stored or fetched: a location. Its beginning decides what it means:
 ///   "http"        a web resource
 ///   "HKEY_"       a value of the user's settings: root/key/.../key/value, for example
 ///                 "HKEY_CURRENT_USER/Software/VENDOR/PRODUCT/Width"
@@ -13,9 +13,9 @@
 /// nothing is shown: a failure is the empty result.
 namespace KAV::Utils {
 
-/// The content, with two zero bytes behind its `size` bytes, so that text in it ends in either width. Null,
-/// with a size of 0, when there is nothing to read, which is so for a file of 0 bytes as well. `postData`
-/// goes with the request for a web resource (utils/http.h) and means nothing elsewhere.
+/// The content: `size` bytes followed by two zero bytes, so that text in it is terminated in either width.
+/// Null, with a size of 0, if there is nothing to read; that includes a file of 0 bytes. `postData` is sent
+/// with the request for a web resource (utils/http.h) and ignored elsewhere.
 std::unique_ptr<char[]> ReadUniversal(
     std::u16string_view location, std::size_t& size, std::u16string_view postData = {}) noexcept;
 
@@ -23,15 +23,15 @@ std::unique_ptr<char[]> ReadUniversal(
 /// to the web.
 std::size_t WriteUniversal(std::u16string_view location, const void* data, std::size_t size) noexcept;
 
-/// There is such a value, file or folder.
+/// Whether there is such a value, file or folder.
 bool ExistsUniversal(std::u16string_view location) noexcept;
 
-/// Fetches web resources: as ReadUniversal(), whose results it gives. May throw.
+/// Fetches web resources, with the results of ReadUniversal(). May throw.
 using WebReader = std::unique_ptr<char[]> (*)(
     std::u16string_view url, std::size_t& size, std::u16string_view postData);
 
-/// From now on `reader` fetches what begins with "http", HttpGet() does so at the start; null means that
-/// nothing can be fetched. Any thread.
+/// From now on `reader` fetches what begins with "http"; initially that is HttpGet(). Null means that nothing
+/// can be fetched. Any thread.
 void SetWebReader(WebReader reader) noexcept;
 
 } // namespace KAV::Utils

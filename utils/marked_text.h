@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
-/// Finding one's way in texts whose parts stand between marks, in one pass and without a copy. Any bytes can
+/// Finds the parts of texts that are delimited by marks, in one pass and without a copy. Any bytes can
 /// be read. Any thread.
 namespace KAV::Utils {
 
-/// What stands between `mid` and `close`, where `open`, `mid` and `close` follow each other, each searched
-/// from the end of the one before. Empty when one of them is missing.
+/// The text between `mid` and `close`, where `open`, `mid` and `close` follow each other, each searched for
+/// from the end of the one before. Empty if one of them is missing.
 std::string_view ExtractTag(
     std::string_view text, std::string_view open, std::string_view mid, std::string_view close) noexcept;
 
@@ -19,8 +19,8 @@ std::string ReplaceAll(std::string_view text, std::string_view what, std::string
 /// The place of `mark` in `text`, or npos. All searches of this header go through it.
 std::size_t FindMark(std::string_view text, std::string_view mark) noexcept;
 
-/// How many bytes FindMark() has passed over since the program began: by this a test sees whether work grows
-/// with a text or faster.
+/// How many bytes FindMark() has passed over since the program began. A test sees from this whether the work
+/// grows linearly with a text.
 std::uint64_t SearchedBytes() noexcept;
 
 /// Walks through the pieces of a text between occurrences of a delimiter, empty ones included, in one pass
@@ -29,7 +29,7 @@ class CPieces final {
 public:
     CPieces(std::string_view text, std::string_view delimiter) noexcept
         : _rest(text), _delimiter(delimiter), _ended(text.empty()) {}
-    /// Moves to the next piece; false behind the last one.
+    /// Moves to the next piece; false after the last one.
     bool Next() noexcept;
     std::string_view Piece() const noexcept { return _piece; }
 

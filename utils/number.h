@@ -9,13 +9,13 @@
 /// Numbers as text, always as in the C locale. Any thread.
 namespace KAV::Utils {
 
-/// The decimal number at the beginning of a text, by the rules of strtol(): blanks and a sign may stand in
-/// front, anything behind. 0 when there is none, or it doesn't fit.
+/// The decimal number at the beginning of a text, by the rules of strtol(): blanks and a sign may precede
+/// it, anything may follow. 0 if there is no number, or it doesn't fit.
 std::int32_t ToInt(std::string_view text) noexcept;
 std::int32_t ToInt(std::u16string_view text) noexcept;
 
 /// The number at the beginning of a text, by the rules of strtof(): also hexadecimal, "inf" and "nan". The
-/// default when there is none, when it is too large for a float, or when it is so small that a float would
+/// default if there is no number, if it is too large for a float, or if it is so small that a float would
 /// keep only part of its digits.
 float ToFloat(std::string_view text, float defaultValue) noexcept;
 float ToFloat(std::u16string_view text, float defaultValue) noexcept;
@@ -26,8 +26,8 @@ enum class EBase { Decimal, Hexadecimal };
 std::u16string FormatInt(std::int32_t value, EBase base = EBase::Decimal);
 std::u16string FormatUnsigned(std::uint32_t value);
 
-/// As printf's "%.*f" writes it into a buffer of 32 bytes: at most 31 characters, what is longer loses its
-/// end. Infinity is "inf" or "-inf", not-a-number "nan" or "-nan". `decimals` is held to 0..9.
+/// As printf's "%.*f" writes it into a buffer of 32 bytes: at most 31 characters; a longer text is cut at its
+/// end. Infinity is "inf" or "-inf", not-a-number "nan" or "-nan". `decimals` is limited to 0..9.
 std::string FormatFixed(double value, int decimals);
 
 /// Enough for any float with up to two decimals, "-" and "+" included: 39 digits before the point.

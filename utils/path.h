@@ -13,36 +13,36 @@ namespace KAV::Utils {
 /// a network path, keeps two.
 std::u16string NormalizePath(std::u16string_view path);
 
-/// What follows the last slash; the whole path when there is none.
+/// What follows the last slash; the whole path if there is no slash.
 std::u16string GetFileName(std::u16string_view path);
 
-/// Everything through the last slash; the whole path when there is none.
+/// Everything through the last slash; the whole path if there is no slash.
 std::u16string GetFolder(std::u16string_view path);
 
 /// What follows the last "." of the whole path, a folder's included, in lower case; empty without one.
 std::u16string GetExtension(std::u16string_view path);
 
-/// The path up to the last "."; the whole path when there is none.
+/// The path up to the last "."; the whole path if there is no ".".
 std::u16string StripExtension(std::u16string_view path);
 
-/// Where the user keeps documents, with a slash at the end. Empty when the system names no such folder, or
-/// its name isn't text: callers stop then.
+/// Where the user keeps documents, with a slash at the end. Empty if the system has no such folder, or
+/// its name isn't text; then callers stop.
 std::u16string GetDocumentsFolder();
 
 /// For tests: that folder from now on, with a slash at the end, in the whole process; empty for a system that
-/// names none; nothing means the system's own again. No other thread may ask meanwhile.
+/// has none; nothing means the system's own again. No other thread may request it meanwhile.
 void UseDocumentsFolder(std::optional<std::u16string> folder);
 
 /// For files that may be lost, with a slash at the end; empty as above.
 std::u16string GetTemporaryFolder();
 
-/// The file of this library itself; empty when the system doesn't tell, or its name isn't text.
+/// The file of this library itself; empty if the system doesn't provide it, or its name isn't text.
 std::u16string GetModulePath();
 
-/// The path as the system takes it; empty for a text that is ill-formed or holds a zero.
+/// The path in the system's form; empty for a text that is ill-formed or contains a zero.
 std::filesystem::path ToSystemPath(std::u16string_view path);
 
-/// The system's path as text, normalized; empty when it isn't well-formed.
+/// The system's path as text, normalized; empty if it isn't well-formed.
 std::u16string FromSystemPath(const std::filesystem::path& path);
 
 } // namespace KAV::Utils

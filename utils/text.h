@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
-/// Texts. What a user can see, paths and locations are UTF-16; patches, routing files, chunks and the host's
-/// texts are UTF-8. Any thread.
+/// Texts. Those that a user can see, paths and locations are UTF-16; patches, routing files, chunks and the
+/// host's texts are UTF-8. Any thread.
 namespace KAV::Utils {
 
-/// Conversions between the two. Empty when the text is ill-formed anywhere: a surrogate without its partner,
-/// an overlong form, a sequence cut short, a character beyond U+10FFFF. Nothing is dropped or replaced in
-/// silence.
+/// Conversions between the two. Empty if the text is ill-formed anywhere: a surrogate without its partner,
+/// an overlong form, a sequence cut short, a character beyond U+10FFFF. Nothing is silently dropped or
+/// replaced.
 std::u16string ToUtf16(std::string_view text);
 std::string ToUtf8(std::u16string_view text);
 
@@ -20,7 +20,7 @@ std::string ToUtf8(std::u16string_view text);
 std::u16string ToUtf16Repaired(std::string_view text);
 
 /// The pieces between occurrences of the delimiter, as parts of `text`. Empty pieces count, also the one
-/// behind a delimiter at the end. An empty text has no pieces; an empty delimiter doesn't occur.
+/// after a delimiter at the end. An empty text has no pieces; the delimiter must not be empty.
 std::vector<std::string_view> Split(std::string_view text, std::string_view delimiter);
 std::vector<std::u16string_view> Split(std::u16string_view text, std::u16string_view delimiter);
 
@@ -28,7 +28,7 @@ std::vector<std::u16string_view> Split(std::u16string_view text, std::u16string_
 std::u16string ToLower(std::u16string_view text);
 
 /// Copies UTF-8 `text` into `buffer` with a closing zero, cut to what fits. A cut never splits a character:
-/// one whose last byte would not fit is left out whole. Bytes behind the zero stay as they were; an empty
+/// one whose last byte would not fit is left out whole. Bytes after the zero stay as they were; an empty
 /// buffer stays untouched.
 void CopyText(std::string_view text, std::span<char> buffer) noexcept;
 

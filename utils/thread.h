@@ -13,8 +13,8 @@ class CThread final {
 public:
     class IOnThread {
     public:
-        /// Runs on the thread. Ends early once `thread->running` is false. An exception ends the thread
-        /// alone.
+        /// Runs on the thread. Ends early once `thread->running` is false. An exception ends only the
+        /// thread.
         virtual void OnThread(CThread* thread) = 0;
 
     protected:
@@ -27,7 +27,7 @@ public:
     CThread& operator=(const CThread&) = delete;
 
     /// Starts the thread, unless there is one that has not been stopped, even if its operation has ended.
-    /// Without a thread to be had, nothing happens.
+    /// Does nothing if the system has no thread left.
     void Start() noexcept;
     /// Asks the operation to end and waits for it without limit. On the thread itself it only asks.
     void Stop() noexcept;
@@ -37,7 +37,7 @@ public:
 
 private:
     IOnThread& _client;
-    std::thread _handle;              // the owner's alone
+    std::thread _handle;              // used only by the owner
     CShared<std::thread::id> _self{}; // the thread's own, set by it before anything else
 };
 

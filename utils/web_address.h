@@ -18,13 +18,13 @@ struct SWebAddress {
 /// An address that a browser may be given: it begins with "http://" or "https://".
 bool IsWebAddress(std::u16string_view text) noexcept;
 
-/// The parts of an address in UTF-8. The port is 443 for https and 80 for http unless it is told, the path
-/// the root. What a path can't hold as it stands is percent-encoded, and what follows a '#' is dropped.
-/// Nothing for any other scheme, an impossible port, a control character, and a host of anything but letters,
-/// digits, '.', '-' and '_': no names and passwords of users.
+/// The parts of an address in UTF-8. Without a port it is 443 for https and 80 for http; without a path
+/// it is the root. Characters that a path can't contain are percent-encoded, and what follows a '#' is
+/// dropped. Nothing for any other scheme, an impossible port, a control character, and a host of anything but
+/// letters, digits, '.', '-' and '_': no user names or passwords.
 std::optional<SWebAddress> ParseWebAddress(std::string_view text);
 
-/// Where a redirect leads: `location` may be a whole address, or leave out all but its end. Nothing when it
+/// Where a redirect leads: `location` may be a whole address, or only the end of one. Nothing if it
 /// leads from https to http.
 std::optional<SWebAddress> FollowRedirect(const SWebAddress& from, std::string_view location);
 

@@ -28,7 +28,7 @@ private:
         std::swap(_count, other._count);
     }
 
-    double* _first = nullptr; // null when there is none
+    double* _first = nullptr; // null if it is empty
     std::size_t _count = 0;
 };
 
