@@ -12,12 +12,12 @@ public:
     AEffEditor(const AEffEditor&) = delete;
     AEffEditor& operator=(const AEffEditor&) = delete;
 
-    /// Whether a window can be opened at all: hosts that are told of an editor show its window, and no
-    /// controls of their own.
+    /// Whether a window can be opened at all: hosts that know of an editor show its window, and no controls
+    /// of their own.
     virtual bool hasWindow() const noexcept = 0;
-    /// Where to find the editor's size in pixels, which lives as long as the editor; false without one.
+    /// Points `*rect` at the editor's size in pixels, valid as long as the editor. False without a window.
     virtual bool getRect(VST::ERect** rect) = 0;
-    /// Shows the editor in the host's window `parent`. False when it can't be shown.
+    /// Shows the editor in the host's window `parent`. False if it can't be shown.
     virtual bool open(void* parent) = 0;
     virtual void close() = 0;
 

@@ -71,7 +71,7 @@ protected:
     void beginEdit(std::int32_t index) noexcept;
     void endEdit(std::int32_t index) noexcept;
 
-    /// Takes the editor, which is destroyed with this object. The host is told of it if it has a window.
+    /// Takes the editor, which is destroyed with this object. The host is informed of it if it has a window.
     void setEditor(std::unique_ptr<AEffEditor> editor) noexcept;
 
     // Fields of the record

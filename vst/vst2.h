@@ -189,7 +189,7 @@ struct VstSpeakerProperties {
 };
 
 /// A speaker layout with room for `SPEAKERS` speakers. The interface's own record has room for 8; hosts
-/// allocate more behind it when `numChannels` is higher.
+/// allocate more after it when `numChannels` is higher.
 template<std::size_t SPEAKERS>
 struct SpeakerArrangement {
     std::int32_t type;
