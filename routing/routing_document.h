@@ -12,7 +12,7 @@ namespace KAV {
 // escaping. Any bytes of any size can be read; what is missing or cut off reads as empty. Threads: any.
 
 /// What stands between the end of the opening tag that begins with `opening` ("<map", "<name", ...) and the
-/// next "<". Empty when there is no such element, or when it doesn't end.
+/// next "<". Empty if there is no such element, or it doesn't end.
 std::string_view RoutingValue(std::string_view document, std::string_view opening) noexcept;
 
 /// Between the entries of a list, which Utils::CPieces walks through.

@@ -28,13 +28,13 @@ struct SRoutingRecord {
     Utils::CShared<ERoutingType> type{ERoutingType::None};
     std::array<SRoutingPair, RoutingEntries> map;
     /// Bit k: entry k may name a channel. Where it is clear the entry names none, which spares the audio
-    /// thread to look at most of the map.
+    /// thread looking at most of the map.
     Utils::CShared<std::uint32_t> named{0};
 
     /// The routing of a new instance: two entries of one channel each.
     SRoutingRecord();
     /// Takes a document of any bytes. The same document again does nothing; one with the same map keeps the
-    /// pairs as they are. Entries behind the sixteenth are ignored, those that the map lacks name no channel.
+    /// pairs as they are. Entries after the sixteenth are ignored; those that the map lacks name no channel.
     /// Throws std::bad_alloc, and then nothing has changed.
     void Set(std::string_view document);
     /// Makes entry `entry` (0..15) stand for two host channels; a number below 0 means none.
