@@ -26,7 +26,7 @@ public:
     void ClearMacros() noexcept;
 
     /// Lets `tag` (a parameter of any group) follow `macro` (0..4) with `sensitivity` 0..1. A sensitivity of
-    /// exactly 0.5 frees the first slot that holds the tag; if there is none, the tag takes a free slot all
+    /// exactly 0.5 frees the first slot that holds the tag; if there isn't one, the tag takes a free slot all
     /// the same. With no slot free the assignment is lost.
     void AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity) noexcept;
 

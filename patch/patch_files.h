@@ -13,7 +13,7 @@ namespace KAV {
 /// not exist.
 std::u16string PatchFolder();
 
-/// The names of all text patches, sorted by code units; "Default" alone when there are none.
+/// The names of all text patches, sorted by code units; only "Default" if there are none.
 std::vector<std::u16string> PatchNames();
 
 /// Where the patch of that name is: as .fxp if there is one, which wins, else as .kvp. Empty without a
@@ -29,17 +29,17 @@ struct SPatchFile {
 /// parameters.
 SPatchFile ReadPatchFile(std::u16string_view path);
 
-/// What the user is told of a file that belongs to another plug-in.
+/// The message for the user about a file that belongs to another plug-in.
 std::u16string ForeignPatchMessage(std::u16string_view path);
 
 /// The file's name without its folder and extension.
 std::u16string FileTitle(std::u16string_view path);
 
-/// The path with `extension` behind, in lower case, as the lists look for it. A file's name may end with it
+/// The path with `extension` appended, in lower case, as the lists look for it. A file's name may end with it
 /// already; "5.1 (User)" has a dot and no extension.
 std::u16string WithExtension(std::u16string_view path, std::u16string_view extension);
 
-/// Replaces the file whole and makes its folder if that is missing. Nobody is told of a failure: the file is
+/// Replaces the file whole and makes its folder if that is missing. A failure is not reported: the file is
 /// then as it was.
 void WriteUserFile(std::u16string_view path, std::string_view content) noexcept;
 

@@ -4,8 +4,8 @@
 
 namespace KAV {
 
-/// What of the device's state a patch text holds besides parameters and macros, and what of it a reader
-/// takes.
+/// What of the device's state a patch text contains in addition to parameters and macros, and what of it a
+/// reader takes.
 enum PatchFlag : std::uint32_t {
     FxNames = 1,          ///< the names of the groups; read whenever they are there
     Routing = 2,          ///< the routing documents; read whenever they are there

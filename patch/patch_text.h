@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// The parts that the text of a patch is made of. It looks like XML and is none: a sequence of lines, UTF-8,
+/// The parts that the text of a patch is made of. It looks like XML but isn't: a sequence of lines, UTF-8,
 /// each ended by CR LF, with no nesting and no quoting. A reader finds each element by plain search, anywhere
 /// in the text; a name that holds an element's own marks breaks its value, which is accepted. Any bytes can
 /// be read. Threads: any.
@@ -21,7 +21,7 @@ inline constexpr std::int32_t GroupTagStep = 100;
 using Utils::CPieces;
 using Utils::ExtractTag;
 
-/// How a text patch begins; nothing else tells it from other data.
+/// How a text patch begins; nothing else distinguishes it from other data.
 inline constexpr std::string_view Opening = "<patch_format>textual</patch_format>";
 static_assert(Opening.size() == 36);
 
@@ -48,12 +48,12 @@ void AddParamLine(std::string& text, std::int32_t tag, std::string_view name, fl
 
 struct SParamLine {
     std::int32_t tag = 0;      ///< never negative
-    float value = 0.0f;        ///< 0 when it is no number
+    float value = 0.0f;        ///< 0 if it isn't a number
     std::string_view rawValue; ///< not empty
     std::string_view name;     ///< may be empty
 };
 
-/// Nothing for any line that is none of a parameter: without a number of 0 or above, or without a value.
+/// Nothing for a line that isn't a parameter's: without a tag of 0 or above, or without a value.
 std::optional<SParamLine> ReadParamLine(std::string_view line) noexcept;
 
 /// The line without its own number, which is replaced by `tag`; as it is if it has none.
@@ -73,7 +73,7 @@ void AddMacroLine(std::string& text, int macro, std::span<const SMacroTarget> ta
 std::string_view MacroTargets(std::string_view text, int macro);
 SMacroTarget ReadMacroTarget(std::string_view piece) noexcept;
 
-/// A routing document as the block of group `group`: the group's number stands in a line of its own behind
+/// A routing document as the block of group `group`: the group's number is in a line of its own after
 /// the document's opening. The block ends with the end of a line.
 std::string RoutingBlock(std::string_view document, int group);
 
@@ -81,7 +81,7 @@ std::string RoutingBlock(std::string_view document, int group);
 class CRoutingBlocks final {
 public:
     explicit CRoutingBlocks(std::string_view text) noexcept : _rest(text) {}
-    /// Moves to the next whole block; false behind the last one.
+    /// Moves to the next whole block; false after the last one.
     bool Next() noexcept;
     /// The group's number as text; empty when the block has none.
     std::string_view Group() const noexcept;

@@ -14,7 +14,7 @@ namespace KAV {
 /// not exist.
 std::u16string RoutingFolder();
 
-/// The names of all routings, sorted by code units, and "Not found" behind them.
+/// The names of all routings, sorted by code units, followed by "Not found".
 std::vector<std::u16string> RoutingNames();
 
 /// The document of that name, which it bears inside as well. Empty when it can't be read; "Not found" without
