@@ -7,8 +7,8 @@
 
 namespace KAV {
 
-/// The lamp that tells of a newer version: hidden at first, and breathing while it is shown. What the device
-/// says leaves it alone. Threads: the window's, unless told.
+/// The lamp that indicates a newer version: hidden at first, and breathing while it is shown. Ignores values
+/// from the device. Threads: the window's, unless noted.
 class CNewVersionLED final : public GUI::CWidget, public GUI::CValueWidget {
 public:
     explicit CNewVersionLED(GUI::CGUI& a_piGUI);

@@ -14,18 +14,18 @@ namespace KAV::GUI {
 
 /// The root of an editor: its widgets, its history, its size. It lives as long as the instance, with or
 /// without a window, because widgets hold state that patches read and write. It tells the session log of its
-/// beginning and end, and sends the log of the session before to the maker.
+/// beginning and end, and sends the log of the previous session to the vendor.
 ///
 /// Threads: the window's; what patches read and write (texts, visibility, lists, the size, the history) under
 /// CLock on any thread but the audio thread.
 class CGUI : private CHistory {
 public:
-    /// `a_psService`: whom to send to.
+    /// `a_psService`: where to send reports.
     explicit CGUI(const Utils::SMakerService& a_psService);
     /// Waits for its helper thread without limit.
     virtual ~CGUI();
 
-    // The history, in the place of the other threads.
+    // History operations, each under the lock.
     void EnableHistory(bool a_bEnable);
     bool IsHistoryEnabled() const;
     void AddRecord(std::unique_ptr<IHistory> a_piRecord);
@@ -40,7 +40,7 @@ public:
     /// In the order in which they were made, which is that of drawing.
     const std::vector<CWidget*>& Widgets() const noexcept { return _vpiWidgets; }
 
-    /// The first widget of a class, null if there is none; and all of them in their order.
+    /// The first widget of a class, or null; and all of them in order.
     template<typename TWidget>
     TWidget* Find() const {
         for (auto* const widget : _vpiWidgets) {
@@ -57,7 +57,7 @@ public:
         return all;
     }
 
-    // What a widget tells its device: the value 0..1 of a parameter, and that the user has it in hand.
+    // What a widget reports to its device: the value 0..1 of a parameter, and that the user has it in hand.
     virtual void SetParameter(std::int32_t a_nId, float a_fNormal);
     virtual void BeginEdit(std::int32_t a_nId);
     virtual void EndEdit(std::int32_t a_nId);
@@ -70,7 +70,7 @@ public:
     virtual void DestroyGUIWindow();
     /// Any thread. Dropped without a window, and when the window goes before it has come.
     void PostUserMessage(std::uint32_t a_nMessage);
-    /// On the window's thread. False when nobody knows the message.
+    /// On the window's thread. False if the message is unknown.
     virtual bool OnUserMessage(std::uint32_t a_nMessage);
 
 protected:
@@ -86,8 +86,7 @@ private:
     void Leave(const CWidget& a_piWidget) noexcept;
 
     mutable std::recursive_mutex _iMutex;
-    std::vector<CWidget*>
-        _vpiWidgets; // theirs are the widgets; only the editor's construction and end change it
+    std::vector<CWidget*> _vpiWidgets; // not owned; changes only while the editor is built or destroyed
     std::int32_t _nWidth = 754;
     std::int32_t _nHeight = 553;
     bool _bWindow = false;
@@ -95,8 +94,8 @@ private:
     CErrorReport _iReport;
 };
 
-/// Holds what patches read and write in the place of the other threads. Nested ones do no harm. The host is
-/// never called and no box is shown meanwhile: either may wait for a thread that waits for this.
+/// Locks the state that patches read and write. Recursive. Never call the host or open a dialog while it is
+/// held: either may wait for a thread that waits for this lock.
 class CLock final {
 public:
     explicit CLock(const CGUI& a_piGUI) : _iLock(a_piGUI._iMutex) {}
