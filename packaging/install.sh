@@ -1,23 +1,23 @@
 # shellcheck shell=bash
-# Sourced by ./run: puts the built library where hosts look for it, and takes it away again. Beside the library lies a
-# list of what was put there, so that neither touches a file of the name that somebody else has put there.
+# Sourced by ./run: installs the built library where hosts look for it, and removes it again. A list next to the
+# library records what was installed, so that neither touches a file of that name from another source.
 
 library=KAVSorrelLimiter.so
 list=.KAVSorrelLimiter.installed
 
-# plugin_folder [--system]: where hosts look, of this user or of the whole machine; DESTDIR as everywhere.
+# plugin_folder [--system]: prints where hosts look, for this user or the whole machine; honours DESTDIR.
 plugin_folder() {
     case $# in
     0) printf '%s\n' "${HOME:?no home folder}/.vst" ;;
     1)
-        if [ "$1" != --system ]; then say "no such option: $1" && return 2; fi
+        if [ "$1" != --system ]; then say "unknown option: $1" && return 2; fi
         printf '%s\n' "${DESTDIR:-}/usr/local/lib/vst"
         ;;
-    *) say "one option at the most: --system" && return 2 ;;
+    *) say "at most one option is possible: --system" && return 2 ;;
     esac
 }
 
-# as_owner FOLDER COMMAND...: with sudo where this user may not write into the folder, or make it.
+# as_owner FOLDER COMMAND...: runs the command, with sudo if this user may not write into the folder or create it.
 as_owner() {
     local folder=$1
     shift
@@ -27,16 +27,16 @@ as_owner() {
 
 sum_of() { sha256sum <"$1" | cut -d ' ' -f 1; }
 
-# is_ours FOLDER: the library there is the one that was put there, unchanged.
+# is_ours FOLDER: the library there is the one that was installed, unchanged.
 is_ours() {
     [ -f "$1/$library" ] && [ -f "$1/$list" ] && grep -qx "$(sum_of "$1/$library")  $library" "$1/$list"
 }
 
-# keeps_foreign FOLDER: the name is taken by something that was not put there by us.
+# keeps_foreign FOLDER: the name is taken by something that we have not installed.
 keeps_foreign() {
     if [ ! -e "$1/$library" ] && [ ! -L "$1/$library" ]; then return 1; fi
     if is_ours "$1"; then return 1; fi
-    say "kept: $1/$library was not put there by ./run install, or has changed since"
+    say "kept: $1/$library was not installed by ./run install, or has changed since"
 }
 
 install_plugin() {
@@ -45,11 +45,11 @@ install_plugin() {
     if keeps_foreign "$folder"; then return 1; fi
     notes=$(mktemp)
     new=$folder/.$library.new
-    # The folder goes with the library when it came with it.
+    # The folder is removed with the library if it was created with it.
     if [ ! -d "$folder" ] || grep -qsx "folder made" "$folder/$list"; then echo "folder made" >"$notes"; fi
     printf '%s  %s\n' "$(sum_of "$built")" "$library" >>"$notes"
-    # The list comes first, with the old library's line still in it: whatever ends this half way, what lies there is
-    # known as ours. A host that has the old library open keeps it: the new one takes its name only.
+    # The list is written first and still contains the old library's line: if this is interrupted, the library there
+    # is still known as ours. A host that has the old library open keeps it; the new one only takes its name.
     as_owner "$folder" mkdir -p "$folder" &&
         { cat "$notes" && grep -hs "  $library" "$folder/$list"; true; } >"$notes.both" &&
         as_owner "$folder" install -m 644 "$notes.both" "$folder/$list" &&
@@ -74,7 +74,7 @@ uninstall_plugin() {
     say "removed: $folder/$library"
 }
 
-# make_packages: a .deb, and a .zip for Windows, in out/.
+# make_packages: makes a .deb, and a .zip for Windows, in out/.
 make_packages() {
     local preset made targets
     mkdir -p "$root/out"

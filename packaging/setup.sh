@@ -1,14 +1,14 @@
 # shellcheck shell=bash
 # Sourced by ./run and ./test: packages and quiet builds. Nothing here changes the caller's folder. Every function
-# says by its status whether it did its work, so that a caller may go on after a failure.
+# returns a status, so that a caller may go on after a failure.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 logs=$root/build/log
 
-# One line about what happens now; on the error output, since the standard output belongs to the program that is run.
+# Prints a line about what happens now, to standard error, because standard output belongs to the program that is run.
 say() { printf '%s\n' "== $*" >&2; }
 
-# with_log NAME COMMAND...: runs the command in silence; if it fails, shows the end of what it said.
+# with_log NAME COMMAND...: runs the command silently; if it fails, prints the end of its output.
 with_log() {
     local log=$logs/$1.log
     shift
@@ -16,28 +16,28 @@ with_log() {
     if "$@" >"$log" 2>&1; then return 0; fi
     {
         tail -n 60 "$log"
-        printf '%s\n' "failed: $*" "all of its output: $log"
+        printf '%s\n' "failed: $*" "full output: $log"
     } >&2
     return 1
 }
 
-# missing_packages GROUP...: the packages of these groups that are not installed, one per line.
+# missing_packages GROUP...: prints the packages of these groups that are not installed, one per line.
 missing_packages() {
     local wanted installed
     mapfile -t wanted < <(awk -v groups=" $* " \
         '!/^#/ && NF == 2 && index(groups, " " $1 " ") { print $2 }' "$root/packaging/packages.txt")
-    # dpkg-query fails when it has never heard of one of them; it lists the others all the same.
+    # dpkg-query fails if it does not know one of them, but still lists the others.
     installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || true)
     comm -23 <(printf '%s\n' "${wanted[@]}" | sort -u) \
         <(awk '$1 == "installed" { print $2 }' <<<"$installed" | sort -u)
 }
 
-# install_packages GROUP...: asks the system for what is missing, and for nothing when nothing is.
+# install_packages GROUP...: installs the packages that are missing; does nothing if none are.
 install_packages() {
     local missing apt=(env DEBIAN_FRONTEND=noninteractive
         apt-get -q -y -o DPkg::Lock::Timeout=120 --no-install-recommends)
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-        say "no apt-get on this system: packaging/packages.txt lists what has to be there"
+        say "this system has no apt-get: install the packages in packaging/packages.txt yourself"
         return 0
     fi
     mapfile -t missing < <(missing_packages "$@")
@@ -48,7 +48,7 @@ install_packages() {
     with_log apt-install "${apt[@]}" install "${missing[@]}"
 }
 
-# build PRESET [TARGET...]: configures and builds; one at a time in this tree, so that ./run may run in parallel.
+# build PRESET [TARGET...]: configures and builds; one build at a time in this tree, so that ./run may run in parallel.
 build() {
     local preset=$1 targets=()
     shift
