@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-/// The user's folders. Absolute, without a slash at the end; empty if the system has none. They may not
+/// The user's folders. Absolute, without a slash at the end; empty if the system has none. They need not
 /// exist. Any thread.
 namespace KAV::Platform {
 
