@@ -80,7 +80,7 @@ CWavReader::CWavReader(std::istream& stream) : _stream(stream) {
         const std::uint64_t claimed = LittleEndian<std::uint32_t>(chunk.data() + 4);
         const std::uint64_t present = std::min(claimed, size - position);
         if (Named(chunk.data(), "data")) {
-            if (_sampleBytes == 0) throw CFailure("no format in front of this WAV file's audio");
+            if (_sampleBytes == 0) throw CFailure("no format before this WAV file's audio");
             _frames = present / (_sampleBytes * static_cast<std::size_t>(_format.channels));
             _left = _frames;
             return;
@@ -98,14 +98,14 @@ CWavReader::CWavReader(std::istream& stream) : _stream(stream) {
 }
 
 void CWavReader::ReadFormat(std::span<const unsigned char> chunk) {
-    if (chunk.size() < PlainFormat) throw CFailure("a damaged WAV file: its format is cut");
+    if (chunk.size() < PlainFormat) throw CFailure("a damaged WAV file: its format is cut off");
     std::uint32_t tag = LittleEndian<std::uint16_t>(chunk.data());
     const int channels = LittleEndian<std::uint16_t>(chunk.data() + 2);
     const auto rate = LittleEndian<std::uint32_t>(chunk.data() + 4);
     const std::size_t frameBytes = LittleEndian<std::uint16_t>(chunk.data() + 12);
     const unsigned bits = LittleEndian<std::uint16_t>(chunk.data() + 14);
     if (tag == TagExtensible) {
-        if (chunk.size() < ExtensibleFormat) throw CFailure("a damaged WAV file: its format is cut");
+        if (chunk.size() < ExtensibleFormat) throw CFailure("a damaged WAV file: its format is cut off");
         tag = LittleEndian<std::uint16_t>(chunk.data() + 24);
         if (!std::ranges::equal(chunk.subspan(26, CodingTail.size()), CodingTail)) tag = 0;
     }
@@ -126,7 +126,7 @@ void CWavReader::ReadFormat(std::span<const unsigned char> chunk) {
     else if (tag == TagFloat && bits == 64)
         _format.samples = ESampleFormat::Float64;
     else
-        throw CFailure("a WAV file of a coding that is not supported (" + std::to_string(bits) + " bits)");
+        throw CFailure("a WAV file with an unsupported coding (" + std::to_string(bits) + " bits)");
     _sampleBytes = bits / 8;
     if (frameBytes != _sampleBytes * static_cast<std::size_t>(channels)) {
         throw CFailure("a damaged WAV file: its frame size does not fit its channels");

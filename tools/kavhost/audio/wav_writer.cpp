@@ -17,7 +17,7 @@ constexpr std::string_view CodingTail{"\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\
 
 CWavWriter::CWavWriter(std::ostream& stream, const SAudioFormat& format, bool dither)
     : _stream(stream), _format(format), _sampleBytes(SampleBytes(format.samples)) {
-    if (!Holds(EContainer::Wav, format.samples)) throw CFailure("WAV does not hold this sample format");
+    if (!Holds(EContainer::Wav, format.samples)) throw CFailure("WAV cannot store this sample format");
     const int bits = IntegerBits(format.samples);
     if (bits > 0) _quantiser.emplace(bits, dither);
     PutHeader();
@@ -27,7 +27,7 @@ CWavWriter::CWavWriter(std::ostream& stream, const SAudioFormat& format, bool di
 void CWavWriter::Write(std::span<float> interleaved) {
     const auto bytes = interleaved.size() * static_cast<std::size_t>(_sampleBytes);
     constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
-    if (_dataBytes + bytes + _headerBytes > most) throw CFailure("longer than the 4 GiB of a WAV file");
+    if (_dataBytes + bytes + _headerBytes > most) throw CFailure("longer than a WAV file can be, 4 GiB");
     for (float& sample : interleaved) PutSample(sample);
     _dataBytes += bytes;
     _stream.write(_bytes.data(), static_cast<std::streamsize>(_bytes.size()));

@@ -66,7 +66,7 @@ void CheckClock(double measuredNs, double stepNs, double seconds) {
     if (measuredNs >= least) return;
     // A time of no step at all may be anything up to one.
     const double enough = std::ceil(1.2 * seconds * least / std::max(measuredNs, stepNs));
-    throw CFailure("a run is too short for this system's clock, which goes in steps of " +
+    throw CFailure("a run is too short for this system's clock, which ticks in steps of " +
                    Shortest(stepNs * 1e-6) + " ms; try --seconds " + Shortest(enough));
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr int MostJobs = 256;
 
 constexpr const char* About =
-    "Runs audio files through a VST 2 effect, tells what the effect is, and measures its cost;\n"
+    "Runs audio files through a VST 2 effect, describes the effect, and measures its speed;\n"
     "installs the patches and routings that come with the " KAV_PRODUCT ".";
 
 constexpr const char* Footer = "Examples:\n"
@@ -27,7 +27,7 @@ constexpr const char* Footer = "Examples:\n"
                                "  kavhost content install\n"
                                "  kavhost render --help\n"
                                "\n"
-                               "Exit codes: 0 done, 1 something failed, 2 wrong usage, 130 interrupted.";
+                               "Exit codes: 0 success, 1 something failed, 2 wrong usage, 130 interrupted.";
 
 constexpr const char* InfoFooter = "Examples:\n"
                                    "  kavhost info --json\n"
@@ -35,23 +35,22 @@ constexpr const char* InfoFooter = "Examples:\n"
                                    "  kavhost info --plugin other.so --set 2:-3.0";
 
 constexpr const char* RenderFooter =
-    "The output keeps the input's rate and channels, and its sample format where the\n"
-    "output's container has it, else it gets 24 bits; so do MP3 and other coded inputs.\n"
-    "OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
-    "A file appears under its name when it is complete, and not before.\n"
+    "The output keeps the input's rate and channels. It keeps the sample format if the\n"
+    "output's container supports it; otherwise, and for MP3 and other coded inputs, it gets\n"
+    "24 bits. OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
+    "A file appears under its name only when it is complete.\n"
     "\n"
-    "What is set is set in this order: --state, --patch, --routing, --simd, --os, --hq, and\n"
-    "then each --set. A state brings the routings of its groups with it.\n"
+    "Settings are applied in this order: --state, --patch, --routing, --simd, --os, --hq, and\n"
+    "then each --set. A state includes the routings of its groups.\n"
     "\n"
-    "The report's gain is the ratio of the output's RMS to the input's in windows of\n"
-    "10 ms, per channel, where the input is above -60 dBFS. The real-time factor is the\n"
-    "seconds of audio per second that the effect ran; with --jobs the files share the\n"
-    "processor.\n"
+    "The report's gain is output RMS divided by input RMS in windows of 10 ms, per channel,\n"
+    "where the input is above -60 dBFS. The real-time factor is the seconds of audio per\n"
+    "second that the effect ran; with --jobs the files share the processor.\n"
     "\n"
-    "The picture has the input's and the output's waveform, their short-term loudness and\n"
-    "peaks, and the gain reduction: that same gain against the effect's gain for noise\n"
-    "below -60 dBFS, which it has no cause to limit. A file and its picture are there both, or\n"
-    "neither is.\n"
+    "The picture shows the waveform of input and output, their short-term loudness and\n"
+    "peaks, and the gain reduction: the gain above, compared with the effect's gain for\n"
+    "noise below -60 dBFS, which it has no reason to limit. A file and its picture are\n"
+    "written together or not at all.\n"
     "\n"
     "Examples:\n"
     "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
@@ -63,18 +62,18 @@ constexpr const char* RenderFooter =
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
 
 constexpr const char* InspectFooter =
-    "A patch keeps each value as the effect does; with a profile it is told as the quantity\n"
-    "that it stands for.\n"
+    "A patch stores each value as the effect does. With a profile, the quantity that the\n"
+    "value stands for is shown instead.\n"
     "\n"
     "Examples:\n"
     "  kavhost inspect loud.kvp\n"
     "  kavhost inspect --json film.state";
 
 constexpr const char* BenchFooter =
-    "Time is that of the processor in this thread, as the median over the runs. With --vs\n"
-    "the runs of the two alternate; with --set2 alone the effect is measured against\n"
-    "itself. The sound, unless a file is given, is music-like with a peak of -3 dBFS and\n"
-    "the same every time.\n"
+    "The time is the CPU time of this thread, as the median over the runs. With --vs the\n"
+    "runs of the two effects alternate; with --set2 alone the effect is measured against\n"
+    "itself. Unless a file is given, the sound is music-like with a peak of -3 dBFS, and the\n"
+    "same every time.\n"
     "\n"
     "Examples:\n"
     "  kavhost bench --set \"Oversampling=x4\"\n"
@@ -83,17 +82,17 @@ constexpr const char* BenchFooter =
     "  kavhost bench --set 100=1 --set2 100=0";
 
 constexpr const char* ContentFooter =
-    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". A file of\n"
-    "yours is neither overwritten nor removed, and neither is one that you have changed.\n"
+    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". Files\n"
+    "of your own, and files that you have changed, are neither overwritten nor removed.\n"
     "\n"
     "Examples:\n"
     "  kavhost content install\n"
     "  kavhost content uninstall";
 
-constexpr const char* SetHelp = "NAME=QUANTITY as the profile has them, \"Release (1)=100 ms\";\n"
-                                "INDEX=VALUE with a value from 0 to 1; or INDEX:TEXT for\n"
-                                "what the effect's own display shall show. For each setting\n"
-                                "once more.";
+constexpr const char* SetHelp = "NAME=QUANTITY with a name from the profile, such as\n"
+                                "\"Release (1)=100 ms\"; INDEX=VALUE with a value from 0 to 1;\n"
+                                "or INDEX:TEXT with the text that the effect's own display\n"
+                                "should show. May be repeated.";
 
 /// Texts as the parser keeps them; paths become such only later, for it knows no UTF-8.
 struct STexts {
@@ -125,8 +124,8 @@ struct STexts {
 void AddProfile(CLI::App& command, STexts& texts) {
     command
         .add_option("--profile", texts.profile,
-            "Names and laws of the effect's parameters; by default the\n"
-            "*.json beside kavhost that has the effect's unique id")
+            "Names and ranges of the effect's parameters; by default the\n"
+            "*.json next to kavhost that has the effect's unique id")
         ->type_name("FILE");
 }
 
@@ -140,17 +139,17 @@ CLI::Option& AddChoice(CLI::App& command, const char* name, std::string& text,
 }
 
 void AddStateOptions(CLI::App& command, STexts& texts) {
-    command.add_option("--state", texts.state, "The effect's whole state, as --save-state leaves it")
+    command.add_option("--state", texts.state, "The effect's whole state, as written by --save-state")
         ->type_name("FILE");
     command.add_option("--patch", texts.patch, "A patch: .kvp, or .fxp with one program")->type_name("FILE");
     command
         .add_option("--routing", texts.routing,
-            "The channels of group 1: .kvt. Without this and --state a\n"
-            "file of more than two channels has all of them in it")
+            "The channels of group 1: .kvt. Without this and --state all\n"
+            "channels of a file with more than two are in group 1")
         ->type_name("FILE");
     AddChoice(command, "--simd", texts.simd, {"on", "off"}, "The effect's vector code");
     AddChoice(command, "--os", texts.oversampling, {"1", "2", "4", "8"},
-        "Oversampling; short for --set \"Oversampling=x4\" and so on");
+        "Oversampling factor; short for --set \"Oversampling=x4\" and so on");
     AddChoice(command, "--hq", texts.highQuality, {"on", "off"}, "Short for --set \"Hiqh Quality=on\"");
 }
 
@@ -174,31 +173,31 @@ void AddBlock(CLI::App& command, std::int32_t& blockSize) {
 }
 
 void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command = *app.add_subcommand("info", "Tell what the effect is and list its parameters.");
+    auto& command = *app.add_subcommand("info", "Describe the effect and list its parameters.");
     command.footer(InfoFooter);
     AddEffectOptions(command, options, texts);
-    AddSaveState(command, texts, "Gets the effect's whole state");
-    command.add_flag("--json", options.isJson, "Tell it for programs");
+    AddSaveState(command, texts, "Write the effect's whole state to this file");
+    command.add_flag("--json", options.isJson, "Print JSON, for programs");
 }
 
-/// What render gives beside the audio.
+/// What render writes in addition to the audio.
 void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
     command
         .add_option("--plot", texts.plot,
-            "Gets a picture of what became of the file, as .png; a folder\n"
+            "Write a picture of what the effect did, as .png; a folder\n"
             "for several inputs")
         ->type_name("OUT|DIR");
     command
         .add_option("--plot-data", texts.plotData,
-            "Gets the numbers behind the picture, as .csv or .json; a\n"
-            "folder, for .csv, for several inputs")
+            "Write the numbers of the picture, as .csv or .json; a folder,\n"
+            "for .csv, for several inputs")
         ->type_name("OUT|DIR");
-    command.add_option("-j,--jobs", options.jobs, "Files at a time")
+    command.add_option("-j,--jobs", options.jobs, "Files rendered at a time")
         ->check(CLI::Range(1, MostJobs).description(""))
         ->type_name("1.." + std::to_string(MostJobs))
         ->capture_default_str();
     auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
-    AddChoice(command, "--report", texts.report, {"text", "json"}, "Report for people or for programs")
+    AddChoice(command, "--report", texts.report, {"text", "json"}, "Report for people, or for programs")
         .excludes(json);
 }
 
@@ -209,44 +208,43 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     command
         .add_option("-o,--output", texts.output,
             "The output: .wav, .flac, .aif, .aiff or .ogg; a folder,\n"
-            "made when missing, for several inputs")
+            "created if missing, for several inputs")
         ->required()
         ->type_name("OUT|DIR");
     AddEffectOptions(command, options, texts);
-    AddSaveState(command, texts, "Gets the effect's whole state at the beginning of the file");
+    AddSaveState(command, texts, "Write the effect's whole state, as at the beginning of the file");
     AddBlock(command, options.render.blockSize);
     command
         .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
         ->type_name("FORMAT");
     command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
     command.add_flag("--no-preroll", texts.noPreroll,
-        "Begin at once: do not let the effect's gains settle on\n"
-        "silence first");
+        "Start at once; by default the effect's gains first settle\n"
+        "on silence");
     auto* const align = command.add_flag("--align", texts.align,
-        "Take out the effect's delay, as measured, so that the output\n"
-        "lies under the input (the default)");
-    command.add_flag("--no-align", texts.noAlign, "Leave the effect's delay in")->excludes(align);
+        "Remove the effect's delay, as measured, so that the output\n"
+        "lines up with the input (the default)");
+    command.add_flag("--no-align", texts.noAlign, "Keep the effect's delay")->excludes(align);
     AddRenderOutputs(command, options, texts);
 }
 
 void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command = *app.add_subcommand("inspect", "Tell what a patch holds; no effect is loaded.");
+    auto& command = *app.add_subcommand("inspect", "Show the content of a patch; no effect is loaded.");
     command.footer(InspectFooter);
     command.add_option("FILE", texts.inspected, "A patch, .kvp or .fxp, or a state")
         ->required()
         ->type_name("");
     AddProfile(command, texts);
-    command.add_flag("--json", options.isJson, "Tell it for programs");
+    command.add_flag("--json", options.isJson, "Print JSON, for programs");
 }
 
 void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command = *app.add_subcommand("bench", "Measure the time that the effect takes.");
+    auto& command = *app.add_subcommand("bench", "Measure how much time the effect takes.");
     auto& bench = options.bench;
     command.footer(BenchFooter);
     AddEffectOptions(command, options, texts);
     command.add_option("--vs", texts.otherPlugin, "Another effect to measure against")->type_name("FILE");
-    command
-        .add_option("--set2", options.otherSettings, "A setting of the other effect, in the forms of --set")
+    command.add_option("--set2", options.otherSettings, "A setting of the other effect, in a form of --set")
         ->type_name("SETTING")
         ->allow_extra_args(false);
     auto* const input =
@@ -262,35 +260,35 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
         ->capture_default_str()
         ->excludes(input);
     AddBlock(command, bench.blockSize);
-    command.add_option("--gain", bench.gainDb, "Makes the sound louder, or softer")
+    command.add_option("--gain", bench.gainDb, "Make the sound louder, or softer")
         ->check(CLI::Range(-200.0, 60.0).description(""))
         ->type_name("DB")
         ->capture_default_str();
-    command.add_option("--seconds", bench.seconds, "Audio of each run, from the front of a file")
+    command.add_option("--seconds", bench.seconds, "Audio per run, from the start of a file")
         ->check(CLI::Range(0.01, 3600.0).description(""))
         ->type_name("S")
         ->capture_default_str();
-    command.add_option("--runs", bench.runs, "Runs")
+    command.add_option("--runs", bench.runs, "Number of runs")
         ->check(CLI::Range(1, 10000).description(""))
         ->type_name("N")
         ->capture_default_str();
-    command.add_flag("--json", options.isJson, "Report for programs");
+    command.add_flag("--json", options.isJson, "Print JSON, for programs");
 }
 
 void AddContent(CLI::App& app, STexts& texts) {
     auto& command =
-        *app.add_subcommand("content", "Install, remove or list the patches and routings that come along.");
+        *app.add_subcommand("content", "Install, remove or list the factory patches and routings.");
     command.footer(ContentFooter);
     command.require_subcommand(1);
     const auto add = [&](const char* name, const char* help) { return command.add_subcommand(name, help); };
     for (auto* const action : {add("install", "Copy them into your documents folder"),
-             add("list", "Tell which of them are there")}) {
+             add("list", "List them, and which of them are installed")}) {
         action
-            ->add_option(
-                "--from", texts.content, "Patches and Routings; by default in content, beside kavhost")
+            ->add_option("--from", texts.content,
+                "Folder with Patches and Routings; by default content, next to kavhost")
             ->type_name("FOLDER");
     }
-    add("uninstall", "Remove those that were installed and are unchanged");
+    add("uninstall", "Remove those that were installed and have not been changed");
 }
 
 void TakeStateTexts(SOptions& options, const STexts& texts) {
@@ -325,7 +323,7 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     if (texts.format.empty()) return;
     options.render.samples = FormatOf(texts.format);
     if (!options.render.samples) {
-        throw CUsageError("--format: \"" + texts.format + "\" is none of 8, 16, 24, 32, float, double");
+        throw CUsageError("--format: \"" + texts.format + "\" is not one of 8, 16, 24, 32, float, double");
     }
 }
 
@@ -369,7 +367,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
         options.text = app.help();
         return options;
     } catch (const CLI::Error& error) {
-        throw CUsageError(std::string(error.what()) + "; kavhost --help tells more");
+        throw CUsageError(std::string(error.what()) + "; see kavhost --help");
     }
     TakeTexts(options, texts);
     options.command = CommandOf(app);

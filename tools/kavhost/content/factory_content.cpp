@@ -91,7 +91,7 @@ std::vector<SContentFile> ReadContent(const fs::path& content) {
 }
 
 void CheckDocuments(const fs::path& documents) {
-    if (documents.empty()) throw CFailure("the system names no folder for documents");
+    if (documents.empty()) throw CFailure("the system has no documents folder");
 }
 
 /// Before anything is changed.
@@ -137,11 +137,11 @@ std::string_view Word(EContentFate fate) noexcept {
     case EContentFate::Renewed:
         return "renewed";
     case EContentFate::There:
-        return "there already";
+        return "already there";
     case EContentFate::Users:
         return "yours, kept";
     case EContentFate::Missing:
-        return "gone already";
+        return "already gone";
     case EContentFate::Removed:
         return "removed";
     case EContentFate::Failed:

@@ -45,14 +45,14 @@ CEffect::CEffect(const CEffectLibrary& library, const SStream& stream)
         const CEntryScope entry(_stream);
         _effect = library.Entry()(HostCallback);
     }
-    if (_effect == nullptr) throw CFailure(_file + ": not a VST 2 effect: its entry made nothing");
+    if (_effect == nullptr) throw CFailure(_file + ": not a VST 2 effect: its entry point returned nothing");
     // A record with another mark is not ours to call into, not even to close it.
     if (_effect->magic != VST::kEffectMagic)
-        throw CFailure(_file + ": not a VST 2 effect: its record has no mark");
+        throw CFailure(_file + ": not a VST 2 effect: its record lacks the magic number");
     if (_effect->dispatcher == nullptr || _effect->setParameter == nullptr ||
         _effect->getParameter == nullptr ||
         (_effect->processReplacing == nullptr && _effect->process == nullptr)) {
-        throw CFailure(_file + ": not a VST 2 effect: its record lacks an operation");
+        throw CFailure(_file + ": not a VST 2 effect: its record lacks a function");
     }
     RememberEffect(_effect, _stream);
     Dispatch(VST::effOpen);

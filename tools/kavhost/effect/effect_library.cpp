@@ -20,7 +20,7 @@ CEffectLibrary::CEffectLibrary(const std::filesystem::path& file)
         if (_entry != nullptr) return;
     }
     Platform::CloseLibrary(_library);
-    throw CFailure(Utf8(file) + ": not a VST 2 effect: no entry \"VSTPluginMain\" or \"main\"");
+    throw CFailure(Utf8(file) + ": not a VST 2 effect: no entry point \"VSTPluginMain\" or \"main\"");
 }
 
 CEffectLibrary::~CEffectLibrary() {

@@ -8,7 +8,7 @@ namespace KAV::Host {
 
 CStateFile::CStateFile(const std::filesystem::path& file, const CEffect& effect) : _file(file) {
     const auto bytes = effect.Chunk(EChunk::Bank);
-    if (bytes.empty()) throw CFailure(Utf8(file) + ": " + effect.Name() + " gives no state to save");
+    if (bytes.empty()) throw CFailure(Utf8(file) + ": " + effect.Name() + " provides no state to save");
     _file.Stream().write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 

@@ -87,7 +87,8 @@ std::vector<std::string> Notes(const SRenderReport& report, const STimeline& tim
         if (high - low >= 0.05) text += " to " + Number(high, 1);
         notes.push_back(text + " dB");
     }
-    if (!report.isAligned) notes.emplace_back("not aligned: the effect's delay is left in, no gain is told");
+    if (!report.isAligned)
+        notes.emplace_back("not aligned: the effect's delay is left in, so no gain is shown");
     if (static_cast<double>(report.frames) < ShortTermSeconds * report.format.rateHz)
         notes.emplace_back("shorter than 3 s: no short-term loudness");
     if (report.clipped > 0) {
@@ -96,7 +97,7 @@ std::vector<std::string> Notes(const SRenderReport& report, const STimeline& tim
     }
     const auto notFinite = report.before.notFinite + report.after.notFinite;
     if (notFinite > 0) {
-        notes.push_back("no numbers: " + std::to_string(report.before.notFinite) + " samples before, " +
+        notes.push_back("not finite: " + std::to_string(report.before.notFinite) + " samples before, " +
                         std::to_string(report.after.notFinite) + " after");
     }
     return notes;

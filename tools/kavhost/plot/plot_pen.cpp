@@ -58,7 +58,8 @@ CPlotPen::CPlotPen(int width, int height) : _native(std::make_unique<SNative>())
     auto& native = *_native;
     native.sheet.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height));
     native.cairo.reset(cairo_create(native.sheet.get()));
-    if (cairo_status(native.cairo.get()) != CAIRO_STATUS_SUCCESS) throw CFailure("no memory for a picture");
+    if (cairo_status(native.cairo.get()) != CAIRO_STATUS_SUCCESS)
+        throw CFailure("out of memory for a picture");
     cairo_set_line_join(native.cairo.get(), CAIRO_LINE_JOIN_ROUND);
     // A map of its own, since the library's usual one stays for the life of a thread.
     native.fonts.reset(pango_cairo_font_map_new());

@@ -224,7 +224,7 @@ void DrawLevels(const CPanel& panel, const SPlot& plot, const SAxis& values) {
     DrawLine(panel, plot.after.shortTerm, plot.seconds, {After, 2.6}, true);
     pen.Unclip();
     panel.DrawFrame();
-    panel.Name("short-term loudness (3 s, at their end) and sample peak", "LUFS, dBFS");
+    panel.Name("short-term loudness (last 3 s) and sample peak", "LUFS, dBFS");
     DrawLegend(panel,
         std::array{SLegendEntry{"loudness before", BeforeDark, 2.6, true},
             SLegendEntry{"loudness after", After, 2.6}, SLegendEntry{"peak before", Faint(Before, 0.9), 1.5},
@@ -241,13 +241,13 @@ void DrawReduction(const CPanel& panel, const SPlot& plot) {
     FillBins(panel, plot.reduction, plot.seconds, Faint(Reduction, 0.70), Highest);
     pen.Unclip();
     panel.DrawFrame();
-    panel.Name("gain reduction: RMS out / in of 10 ms, against the gain without limiting", "dB");
+    panel.Name("gain reduction: RMS out / in over 10 ms, relative to the gain without limiting", "dB");
     DrawLegend(panel,
-        std::array{SLegendEntry{"least", Faint(Reduction, 0.81), 10},
-            SLegendEntry{"most, over the windows and channels behind a column", Faint(Reduction, 0.45), 10}});
+        std::array{SLegendEntry{"smallest", Faint(Reduction, 0.81), 10},
+            SLegendEntry{"largest, over the windows and channels of a column", Faint(Reduction, 0.45), 10}});
     if (std::ranges::all_of(plot.reduction.bins, &SSpan::IsEmpty))
-        panel.Say("no 10 ms above \xE2\x88\x92"
-                  "60 dBFS to measure it by");
+        panel.Say("no window above \xE2\x88\x92"
+                  "60 dBFS to measure");
 }
 
 /// Title and texts; returns where they end.

@@ -8,7 +8,7 @@ bool CanDrawPlots() noexcept {
 }
 
 void DrawPlot(const SPlot&, std::ostream&) {
-    throw CFailure("this build draws no pictures");
+    throw CFailure("this build cannot draw pictures");
 }
 
 } // namespace KAV::Host

@@ -119,7 +119,7 @@ private:
 void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file) {
     if (format.channels <= MostRenderChannels) return;
     throw CFailure(Utf8(file) + ": unsupported channel count: " + std::to_string(format.channels) +
-                   ", at most " + std::to_string(MostRenderChannels) + " are possible");
+                   ", at most " + std::to_string(MostRenderChannels) + " are supported");
 }
 
 /// The picture of a file and its data, on their way.

@@ -24,7 +24,8 @@ void MakeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (!fs::is_directory(folder)) {
-        throw CFailure(Utf8(folder) + ": cannot be made a folder" + (error ? ": " + error.message() : ""));
+        throw CFailure(
+            Utf8(folder) + ": cannot be created as a folder" + (error ? ": " + error.message() : ""));
     }
 }
 
@@ -58,7 +59,7 @@ fs::path ExtraFor(const SExtra& extra, const SRenderJob& job, std::size_t inputs
         std::string possible;
         for (const auto& one : extra.extensions) possible += (possible.empty() ? "" : " and ") + one;
         throw CUsageError(std::string(extra.option) + ": " + Utf8(extra.wanted) + ": only " + possible +
-                          (extra.extensions.size() == 1 ? " is possible" : " are possible"));
+                          (extra.extensions.size() == 1 ? " is supported" : " are supported"));
     }
     auto name = extra.wanted / job.output.filename();
     return name.replace_extension(extra.extensions.front());
@@ -77,7 +78,7 @@ void MakeExtraFolder(const SExtra& extra, std::size_t inputs) {
 void PlanExtras(
     std::vector<SRenderJob>& jobs, const std::vector<fs::path>& inputs, const SRenderOptions& options) {
     if (!options.plot.empty() && !CanDrawPlots()) {
-        throw CUsageError("--plot: this build draws no pictures; --plot-data gives the numbers");
+        throw CUsageError("--plot: this build cannot draw pictures; --plot-data writes the numbers");
     }
     const SExtra plot{"--plot", options.plot, {".png"}};
     const SExtra data{"--plot-data", options.plotData, {".csv", ".json"}};
@@ -88,13 +89,13 @@ void PlanExtras(
         for (const auto& file : {job.plot, job.plotData}) {
             if (file.empty()) continue;
             if (!taken.insert(file).second) {
-                throw CUsageError(Utf8(file) + ": two inputs would give this file");
+                throw CUsageError(Utf8(file) + ": two inputs would produce this file");
             }
             for (const auto& input : inputs) {
                 if (AreSame(file, input)) throw CUsageError(Utf8(file) + ": would replace an input");
             }
             if (AreSame(file, job.output) || (!options.state.empty() && AreSame(file, options.state))) {
-                throw CUsageError(Utf8(file) + ": cannot take two things");
+                throw CUsageError(Utf8(file) + ": is named for two different outputs");
             }
         }
     }
@@ -113,11 +114,11 @@ void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs, co
     const auto container = ContainerOf(output);
     if (!container) {
         throw CUsageError(
-            Utf8(output) + ": unknown output format; .wav, .flac, .aif, .aiff and .ogg are possible");
+            Utf8(output) + ": unknown output format; .wav, .flac, .aif, .aiff and .ogg are supported");
     }
     if (samples && !Holds(*container, *samples)) {
         throw CUsageError(Utf8(output) + ": " + std::string(ContainerName(*container)) +
-                          " does not hold the format " + std::string(FormatName(*samples)));
+                          " cannot store the format " + std::string(FormatName(*samples)));
     }
     for (const auto& input : inputs) {
         std::error_code error; // a file that does not exist is no other's
@@ -125,7 +126,7 @@ void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs, co
             throw CUsageError(Utf8(output) + ": would replace an input");
     }
     if (!options.state.empty() && AreSame(output, options.state)) {
-        throw CUsageError(Utf8(output) + ": cannot take both the audio and the state");
+        throw CUsageError(Utf8(output) + ": is named for both the audio and the state");
     }
 }
 
@@ -144,7 +145,7 @@ std::vector<SRenderJob> PlanOutputs(
     for (const auto& input : inputs) {
         jobs.push_back({input, NameIn(output, input)});
         if (!outputs.insert(jobs.back().output).second) {
-            throw CUsageError(Utf8(jobs.back().output) + ": two inputs would give this file");
+            throw CUsageError(Utf8(jobs.back().output) + ": two inputs would produce this file");
         }
         CheckOutput(jobs.back().output, inputs, options);
     }

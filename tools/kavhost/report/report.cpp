@@ -54,7 +54,7 @@ void PrintGain(std::ostream& out, const SRenderReport& report) {
 
 void PrintDelay(std::ostream& out, const SRenderReport& report) {
     if (!report.isAligned) return;
-    Line(out, "delay taken out") << report.delay.frames << " frames";
+    Line(out, "delay removed") << report.delay.frames << " frames";
     if (!report.delay.isMeasured) {
         out << ", reported by the effect: no clear correlation to measure";
     } else if (report.reportedDelay != report.delay.frames) {
@@ -114,8 +114,8 @@ void PrintReport(std::ostream& out, const SRenderReport& report) {
     PrintLevels(out, "loudness", before.loudnessLufs, after.loudnessLufs, "LUFS");
     PrintGain(out, report);
     if (report.clipped > 0) Line(out, "clipped samples") << report.clipped << "\n";
-    if (before.notFinite > 0) Line(out, "no numbers, before") << before.notFinite << " samples\n";
-    if (after.notFinite > 0) Line(out, "no numbers, after") << after.notFinite << " samples\n";
+    if (before.notFinite > 0) Line(out, "not finite, before") << before.notFinite << " samples\n";
+    if (after.notFinite > 0) Line(out, "not finite, after") << after.notFinite << " samples\n";
     Line(out, "real-time factor") << Fixed(report.realTimeFactor, 1) << "\n";
 }
 

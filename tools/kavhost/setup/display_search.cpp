@@ -62,7 +62,7 @@ private:
 float NearerSide(CDisplay& display, std::string_view wanted, double target, std::pair<float, float> jump) {
     const auto below = display.NumberAt(jump.first);
     const auto above = display.NumberAt(jump.second);
-    if (!below || !above) Fail(display, wanted, "and is no scale there");
+    if (!below || !above) Fail(display, wanted, "and is not a scale there");
     const bool takeBelow = std::abs(below->value - target) < std::abs(above->value - target);
     const SNumber& nearer = takeBelow ? *below : *above;
     const double lastDigit = std::pow(10.0, -std::max(below->decimals, above->decimals));

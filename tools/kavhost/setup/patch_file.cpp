@@ -26,7 +26,8 @@ constexpr std::size_t ChunkAt = 60;
 
 /// `size` bytes at `place`; throws CFailure when the record ends before.
 std::string_view Part(std::string_view record, std::size_t place, std::size_t size) {
-    if (place > record.size() || size > record.size() - place) throw CFailure("no whole patch: too short");
+    if (place > record.size() || size > record.size() - place)
+        throw CFailure("not a complete patch: too short");
     return record.substr(place, size);
 }
 
@@ -39,7 +40,8 @@ std::uint32_t Number(std::string_view record, std::size_t place) {
 float Value(std::string_view record, std::size_t index) {
     const auto value = std::bit_cast<float>(Number(record, ValuesAt + 4 * index));
     if (value >= 0 && value <= 1) return value; // not-a-number is neither
-    throw CFailure("no patch: the value of parameter " + std::to_string(index) + " is not between 0 and 1");
+    throw CFailure(
+        "not a patch: the value of parameter " + std::to_string(index) + " is not between 0 and 1");
 }
 
 std::vector<float> ReadValues(std::string_view record) {
@@ -55,7 +57,7 @@ CPatchFile::CPatchFile(const std::filesystem::path& file) : _file(Utf8(file.file
     const auto extension = Utf8(file.extension());
     const bool isText = EqualIgnoringCase(extension, ".kvp");
     if (!isText && !EqualIgnoringCase(extension, ".fxp")) {
-        throw CUsageError(Utf8(file) + ": unknown kind of patch; .kvp and .fxp are possible");
+        throw CUsageError(Utf8(file) + ": unknown kind of patch; .kvp and .fxp are supported");
     }
     const auto bytes = ReadFileBytes(file);
     if (isText) {
@@ -74,7 +76,7 @@ void CPatchFile::ReadText(const std::string& bytes) {
 
 void CPatchFile::ReadRecord(const std::string& bytes) {
     const std::string_view record(bytes);
-    if (Part(record, MagicAt, 4) != "CcnK") throw CFailure("no patch: its beginning is another");
+    if (Part(record, MagicAt, 4) != "CcnK") throw CFailure("not a patch: it does not begin like one");
     const auto form = Part(record, FormAt, 4);
     _uniqueId = static_cast<std::int32_t>(Number(record, UniqueIdAt));
     if (form == "FPCh") {
@@ -85,7 +87,7 @@ void CPatchFile::ReadRecord(const std::string& bytes) {
         const auto name = Part(record, NameAt, VST::kVstMaxProgNameLen - 1);
         _name = name.substr(0, name.find('\0'));
     } else {
-        throw CFailure("no patch of one program: its form is unknown");
+        throw CFailure("not a patch of one program: its form is unknown");
     }
 }
 
@@ -95,7 +97,7 @@ void CPatchFile::Apply(CEffect& effect) const {
     }
     if (const auto* const chunk = Chunk()) {
         if (!effect.SetChunk(*chunk, EChunk::Program)) {
-            throw CFailure(_file + ": " + effect.Name() + " does not take this patch");
+            throw CFailure(_file + ": " + effect.Name() + " does not accept this patch");
         }
     } else {
         const auto& values = std::get<std::vector<float>>(_content);

@@ -18,14 +18,14 @@ using Json = nlohmann::json;
 constexpr std::uintmax_t LargestFile = 16 << 20;
 
 [[noreturn]] void Fail(const std::string& where, const std::string& what) {
-    throw CFailure("no effect profile: " + where + what);
+    throw CFailure("not an effect profile: " + where + what);
 }
 
 const Json& Member(const Json& object, const char* name, Json::value_t type, const std::string& where) {
     const auto member = object.find(name);
     if (member == object.end()) Fail(where, std::string("\"") + name + "\" is missing");
     const bool fits = type == Json::value_t::number_float ? member->is_number() : member->type() == type;
-    if (!fits) Fail(where, std::string("\"") + name + "\" is of the wrong kind");
+    if (!fits) Fail(where, std::string("\"") + name + "\" has the wrong type");
     return *member;
 }
 
@@ -41,7 +41,7 @@ std::int32_t IntegerMember(const Json& object, const char* name, const std::stri
     const double number = NumberMember(object, name, where);
     // Numbers of four characters are at home in both views of 32 bits.
     if (number != std::floor(number) || number < -0x1p31 || number >= 0x1p32) {
-        Fail(where, std::string("\"") + name + "\" is no 32-bit number");
+        Fail(where, std::string("\"") + name + "\" is not a 32-bit number");
     }
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(number)));
 }
@@ -73,7 +73,7 @@ SParameterProfile ParseParameter(const Json& object, const std::string& where) {
     }
     if (parameter.law == ELaw::Choice) {
         for (const auto& choice : Member(object, "choices", Json::value_t::array, where)) {
-            if (!choice.is_string()) Fail(where, "a choice is no text");
+            if (!choice.is_string()) Fail(where, "a choice is not a text");
             parameter.choices.push_back(choice.get<std::string>());
         }
         if (parameter.choices.size() < 2) Fail(where, "fewer than two choices");
@@ -188,7 +188,8 @@ SProfile ParseProfile(std::string_view text) {
 SProfile ReadProfile(const std::filesystem::path& file) {
     return Naming(Utf8(file), [&] {
         if (!std::filesystem::is_regular_file(file)) throw CFailure("no such file");
-        if (std::filesystem::file_size(file) > LargestFile) throw CFailure("no effect profile: too large");
+        if (std::filesystem::file_size(file) > LargestFile)
+            throw CFailure("not an effect profile: too large");
         return ParseProfile(FileText(file));
     });
 }
@@ -215,7 +216,7 @@ float HostValue(const SParameterProfile& parameter, std::string_view quantity) {
                        : parameter.law == ELaw::Choice ? Choice(parameter, quantity)
                                                        : Continuous(parameter, quantity);
     if (!value) {
-        throw CUsageError(parameter.name + ": \"" + std::string(quantity) + "\" is not possible, only " +
+        throw CUsageError(parameter.name + ": \"" + std::string(quantity) + "\" is not accepted, only " +
                           Allowed(parameter));
     }
     return static_cast<float>(*value);

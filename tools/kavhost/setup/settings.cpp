@@ -34,7 +34,7 @@ std::int32_t CheckedIndex(int index, const CEffect& effect) {
         const auto index = indices[static_cast<std::size_t>(nearest - names.data())];
         message += "; the nearest is \"" + *nearest + "\", index " + std::to_string(index);
     }
-    if (profile == nullptr) message += "; without a profile only INDEX=VALUE and INDEX:TEXT are taken";
+    if (profile == nullptr) message += "; without a profile only INDEX=VALUE and INDEX:TEXT are accepted";
     throw CUsageError(message);
 }
 
@@ -50,7 +50,7 @@ SSetting ResolveByIndex(int index, std::string_view text, const CEffect& effect)
     const auto number = ReadNumber(text);
     if (!number || !number->unit.empty() || number->value < 0 || number->value > 1) {
         throw CUsageError("parameter " + std::to_string(index) + ": \"" + std::string(text) +
-                          "\" is not possible, only 0 to 1; " + std::to_string(index) +
+                          "\" is not accepted, only 0 to 1; " + std::to_string(index) +
                           ":TEXT sets what the effect displays");
     }
     return {checked, static_cast<float>(number->value)};
@@ -68,8 +68,8 @@ SSetting Resolve(std::string_view text, CEffect& effect, const SProfile* profile
     }
     const auto equals = text.find('='); // a name may have a colon in it
     if (equals == std::string_view::npos) {
-        throw CUsageError(
-            "setting \"" + std::string(text) + "\" is none of NAME=QUANTITY, INDEX=VALUE, INDEX:TEXT");
+        throw CUsageError("setting \"" + std::string(text) +
+                          "\" is not of the form NAME=QUANTITY, INDEX=VALUE or INDEX:TEXT");
     }
     return ResolveByName(Trim(text.substr(0, equals)), Trim(text.substr(equals + 1)), effect, profile);
 }

@@ -13,7 +13,8 @@ namespace {
 constexpr std::int32_t ChannelsThatNeedNoRouting = 2;
 
 [[noreturn]] void FailWithoutPlace(const char* option, const CEffect& effect, const char* what) {
-    throw CUsageError(std::string(option) + ": the state of " + effect.Name() + " is no text with " + what);
+    throw CUsageError(
+        std::string(option) + ": the state of " + effect.Name() + " is not a text with " + what);
 }
 
 } // namespace
@@ -26,13 +27,13 @@ CSetup::CSetup(const SStateOptions& options) : _simd(options.simd) {
     if (!options.patch.empty()) _patch.emplace(options.patch);
     if (!options.routing.empty()) {
         _routing = ReadRouting(ReadFileBytes(options.routing));
-        if (!_routing) throw CFailure(Utf8(options.routing) + ": no routing");
+        if (!_routing) throw CFailure(Utf8(options.routing) + ": not a routing");
     }
 }
 
 void CSetup::Apply(CEffect& effect) const {
     if (_state && !effect.SetChunk(*_state, EChunk::Bank)) {
-        throw CFailure(_stateFile + ": " + effect.Name() + " does not take this state");
+        throw CFailure(_stateFile + ": " + effect.Name() + " does not accept this state");
     }
     if (_patch) _patch->Apply(effect);
     EditState(effect);
@@ -52,7 +53,7 @@ void CSetup::EditState(CEffect& effect) const {
     if (_simd && !isSwitched) FailWithoutPlace("--simd", effect, "a switch of vector code");
     if (!isRouted && !isSwitched) return;
     if (!effect.SetChunk(text->Bytes(), EChunk::Bank)) {
-        throw CFailure(effect.Name() + " does not take its own state with another routing or vector code");
+        throw CFailure(effect.Name() + " does not accept its own state with another routing or vector code");
     }
 }
 

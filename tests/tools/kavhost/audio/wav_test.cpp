@@ -124,7 +124,7 @@ TEST(WavReader, RefusesWhatIsNoWavFile) {
     EXPECT_EQ(Error("RIFF" + Little(4, 4) + "AVI "), "not a WAV file");
     EXPECT_EQ(Error(Riff("")), "no audio in this WAV file");
     EXPECT_EQ(Error(Riff(Chunk("fmt ", Format({})))), "no audio in this WAV file");
-    EXPECT_EQ(Error(Riff(Chunk("data", TwoSamples))), "no format in front of this WAV file's audio");
+    EXPECT_EQ(Error(Riff(Chunk("data", TwoSamples))), "no format before this WAV file's audio");
 }
 
 TEST(WavReader, RefusesFormatsThatMakeNoSense) {
@@ -136,12 +136,12 @@ TEST(WavReader, RefusesFormatsThatMakeNoSense) {
     EXPECT_EQ(error({.rate = 0}), "a damaged WAV file: no usable sample rate");
     EXPECT_EQ(error({.rate = 0xFFFFFFFF}), "a damaged WAV file: no usable sample rate");
     EXPECT_EQ(error({.frameBytes = 3}), "a damaged WAV file: its frame size does not fit its channels");
-    EXPECT_EQ(error({.bits = 0}), "a WAV file of a coding that is not supported (0 bits)");
-    EXPECT_EQ(error({.tag = 3}), "a WAV file of a coding that is not supported (16 bits)");
-    EXPECT_EQ(error({.tag = 2, .bits = 4}), "a WAV file of a coding that is not supported (4 bits)");
-    EXPECT_EQ(error({.tag = 0xFFFE}), "a damaged WAV file: its format is cut"); // extensible, yet short
+    EXPECT_EQ(error({.bits = 0}), "a WAV file with an unsupported coding (0 bits)");
+    EXPECT_EQ(error({.tag = 3}), "a WAV file with an unsupported coding (16 bits)");
+    EXPECT_EQ(error({.tag = 2, .bits = 4}), "a WAV file with an unsupported coding (4 bits)");
+    EXPECT_EQ(error({.tag = 0xFFFE}), "a damaged WAV file: its format is cut off"); // extensible, yet short
     EXPECT_EQ(Error(Riff(Chunk("fmt ", "abc") + Chunk("data", TwoSamples))),
-        "a damaged WAV file: its format is cut");
+        "a damaged WAV file: its format is cut off");
 }
 
 TEST(WavReader, GivesTheWholeFramesOfAFileCutAnywhere) {
@@ -173,7 +173,7 @@ TEST(WavReader, SurvivesEveryByteOfAHeaderGoneWrong) {
 TEST(WavReader, RefusesAnUnknownExtensibleCoding) {
     auto bytes = Written(Noise(3, 5, 0.5f, ESampleFormat::Int24));
     bytes[12 + 8 + 30] = 'x'; // in the tail of the coding's name
-    EXPECT_EQ(Error(bytes), "a WAV file of a coding that is not supported (24 bits)");
+    EXPECT_EQ(Error(bytes), "a WAV file with an unsupported coding (24 bits)");
 }
 
 TEST(WavWriter, WritesWhatTheReaderReads) {

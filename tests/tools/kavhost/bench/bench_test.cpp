@@ -72,7 +72,7 @@ TEST(CheckClock, TellsHowMuchWouldDo) {
     };
     // 20 steps of 10 ms are 200 ms; a run of 10 s took 50 ms, so that 40 s would do, and a fifth for safety.
     EXPECT_EQ(message(5e7),
-        "a run is too short for this system's clock, which goes in steps of 10 ms; try --seconds 48");
+        "a run is too short for this system's clock, which ticks in steps of 10 ms; try --seconds 48");
     EXPECT_EQ(message(0),
-        "a run is too short for this system's clock, which goes in steps of 10 ms; try --seconds 240");
+        "a run is too short for this system's clock, which ticks in steps of 10 ms; try --seconds 240");
 }

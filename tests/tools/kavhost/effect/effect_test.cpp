@@ -40,10 +40,10 @@ TEST(EffectLibrary, TellsWhyAFileIsNoEffect) {
     EXPECT_TRUE(Contains(OpenError(folder), ": not a file"));
     EXPECT_TRUE(Contains(OpenError(folder / "text.so"), "text.so: cannot be loaded as a library: "));
     EXPECT_TRUE(Contains(OpenError(EffectFile("no_entry")), ": not a VST 2 effect: no entry"));
-    EXPECT_TRUE(
-        Contains(OpenError(EffectFile("returns_null")), ": not a VST 2 effect: its entry made nothing"));
-    EXPECT_TRUE(
-        Contains(OpenError(EffectFile("wrong_mark")), ": not a VST 2 effect: its record has no mark"));
+    EXPECT_TRUE(Contains(
+        OpenError(EffectFile("returns_null")), ": not a VST 2 effect: its entry point returned nothing"));
+    EXPECT_TRUE(Contains(
+        OpenError(EffectFile("wrong_mark")), ": not a VST 2 effect: its record lacks the magic number"));
 }
 
 TEST(Effect, TellsWhatItIs) {

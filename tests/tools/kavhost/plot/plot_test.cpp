@@ -176,7 +176,7 @@ TEST_F(Plot, TellsOfSamplesThatAreNoNumbersAndLeavesThemOut) {
     WriteWav(_folder / "in.wav", audio);
     ASSERT_EQ(Run({"--plot-data", Path("d.json")}).code, 0);
     const auto data = nlohmann::json::parse(BytesOf(_folder / "d.json"));
-    EXPECT_EQ(data["notes"].back(), "no numbers: 2 samples before, 2 after");
+    EXPECT_EQ(data["notes"].back(), "not finite: 2 samples before, 2 after");
     const auto peaks = DataOf("d.json").at("peak after")["highest"];
     EXPECT_FALSE(peaks.empty());
     for (const auto& peak : peaks) EXPECT_LT(peak.get<double>(), -6);
@@ -226,7 +226,7 @@ TEST_F(Plot, NeverReplacesAnInputOrTheOutput) {
     for (const char* name : {"d.txt", "out.wav", "d"}) {
         const auto run = Run({"--plot-data", Path(name)});
         EXPECT_EQ(run.code, 2) << name;
-        EXPECT_TRUE(Contains(run.errors, "only .csv and .json are possible")) << run.errors;
+        EXPECT_TRUE(Contains(run.errors, "only .csv and .json are supported")) << run.errors;
     }
     EXPECT_EQ(FilesIn(_folder), (std::vector<std::string>{"in.csv", "in.wav"}));
 }
@@ -253,7 +253,7 @@ TEST_F(Plot, IsAPictureWhereTheBuildDrawsAndAClearRefusalElsewhere) {
         EXPECT_EQ(Run({"--plot", Path("p.jpg")}).code, 2);
     } else {
         EXPECT_EQ(run.code, 2);
-        EXPECT_TRUE(Contains(run.errors, "this build draws no pictures; --plot-data")) << run.errors;
+        EXPECT_TRUE(Contains(run.errors, "this build cannot draw pictures; --plot-data")) << run.errors;
         EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{"in.wav"});
     }
 }

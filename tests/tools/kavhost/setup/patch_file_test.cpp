@@ -69,7 +69,7 @@ TEST_F(PatchFile, OfValuesNeedsNoChunks) {
     CEffect fader(library, {48000, 512});
     EXPECT_EQ(Apply(ValueRecord(Fader, "", {0.25f}), fader), "no error");
     EXPECT_EQ(fader.Parameter(0), 0.25f);
-    EXPECT_EQ(Apply(ChunkRecord(Fader, "x"), fader), "p.fxp: Test Fader does not take this patch");
+    EXPECT_EQ(Apply(ChunkRecord(Fader, "x"), fader), "p.fxp: Test Fader does not accept this patch");
 }
 
 TEST_F(PatchFile, OfAnotherPlugInIsRefused) {
@@ -85,7 +85,7 @@ TEST_F(PatchFile, OfAnotherPlugInIsRefused) {
 
 TEST_F(PatchFile, OfTextIsTakenOnlyAsTheEffectTakesIt) {
     const auto text = "<plugin_id>" + std::to_string(Keeper) + "</plugin_id>";
-    EXPECT_EQ(Apply(text, _keeper, "p.kvp"), "p.kvp: Test Keeper does not take this patch");
+    EXPECT_EQ(Apply(text, _keeper, "p.kvp"), "p.kvp: Test Keeper does not accept this patch");
     // What stands behind the zero is no part of the text.
     EXPECT_EQ(Apply(std::string(1, '\0') + text, _keeper, "p.kvp"),
         "Patch \"p.kvp\" was created for another plug-in");
@@ -96,7 +96,7 @@ TEST_F(PatchFile, CutOffAnywhereIsNone) {
              ChunkRecord(Keeper, KeeperChunk("PROG", {0.25f, 0.5f, 0.75f}))}) {
         for (std::size_t size = 0; size < whole.size(); ++size) {
             const auto message = Apply(whole.substr(0, size), _keeper);
-            EXPECT_TRUE(Contains(message, size == 0 ? ": empty" : "p.fxp: no whole patch: too short"))
+            EXPECT_TRUE(Contains(message, size == 0 ? ": empty" : "p.fxp: not a complete patch: too short"))
                 << size << ": " << message;
         }
     }
@@ -111,17 +111,17 @@ TEST_F(PatchFile, IsReadNoFurtherThanItGoesWhateverSizesItClaims) {
         EXPECT_TRUE(Contains(Apply(WithNumber(chunk, 56, size), _keeper), "too short")) << size;
     }
     // A chunk of no bytes is whole, but nothing that an effect would take.
-    EXPECT_TRUE(Contains(Apply(WithNumber(chunk, 56, 0), _keeper), "does not take this patch"));
+    EXPECT_TRUE(Contains(Apply(WithNumber(chunk, 56, 0), _keeper), "does not accept this patch"));
     EXPECT_EQ(Apply(WithNumber(values, 24, 0), _keeper), "no error");
     EXPECT_EQ(_keeper.Parameter(0), 1.0f);
 }
 
 TEST_F(PatchFile, HasAMarkAndAKnownForm) {
     const auto whole = ValueRecord(Keeper, "", {0.25f});
-    EXPECT_TRUE(Contains(Apply("RIFF" + whole.substr(4), _keeper), "p.fxp: no patch: "));
+    EXPECT_TRUE(Contains(Apply("RIFF" + whole.substr(4), _keeper), "p.fxp: not a patch: "));
     for (const char* form : {"FxBk", "FBCh", "\0\0\0\0"}) {
         const auto other = whole.substr(0, 8) + std::string(form, 4) + whole.substr(12);
-        EXPECT_TRUE(Contains(Apply(other, _keeper), "p.fxp: no patch of one program")) << form;
+        EXPECT_TRUE(Contains(Apply(other, _keeper), "p.fxp: not a patch of one program")) << form;
     }
 }
 

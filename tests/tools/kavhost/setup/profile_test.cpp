@@ -91,43 +91,43 @@ TEST(HostValue, OfAChoiceIsItsPlace) {
 
 TEST(HostValue, RefusesWhatHasNoPlaceAndTellsWhatHas) {
     EXPECT_EQ(
-        QuantityError("Threshold (1)", "-31"), "Threshold (1): \"-31\" is not possible, only -30 to 0 dB");
-    EXPECT_EQ(QuantityError("Threshold (1)", "3"), "Threshold (1): \"3\" is not possible, only -30 to 0 dB");
+        QuantityError("Threshold (1)", "-31"), "Threshold (1): \"-31\" is not accepted, only -30 to 0 dB");
+    EXPECT_EQ(QuantityError("Threshold (1)", "3"), "Threshold (1): \"3\" is not accepted, only -30 to 0 dB");
     EXPECT_EQ(
-        QuantityError("Threshold (1)", "-6,5"), "Threshold (1): \"-6,5\" is not possible, only -30 to 0 dB");
+        QuantityError("Threshold (1)", "-6,5"), "Threshold (1): \"-6,5\" is not accepted, only -30 to 0 dB");
     EXPECT_EQ(
-        QuantityError("Release (1)", "1 s"), "Release (1): \"1 s\" is not possible, only 0.01 to 1000 ms");
+        QuantityError("Release (1)", "1 s"), "Release (1): \"1 s\" is not accepted, only 0.01 to 1000 ms");
     EXPECT_EQ(
-        QuantityError("Release (1)", "fast"), "Release (1): \"fast\" is not possible, only 0.01 to 1000 ms");
-    EXPECT_EQ(QuantityError("Limiter (1)", "2"), "Limiter (1): \"2\" is not possible, only on or off");
+        QuantityError("Release (1)", "fast"), "Release (1): \"fast\" is not accepted, only 0.01 to 1000 ms");
+    EXPECT_EQ(QuantityError("Limiter (1)", "2"), "Limiter (1): \"2\" is not accepted, only on or off");
     EXPECT_EQ(QuantityError("Oversampling", "x16"),
-        "Oversampling: \"x16\" is not possible, only one of \"OS x1\", \"OS x2\", \"OS x4\", \"OS x8\"");
+        "Oversampling: \"x16\" is not accepted, only one of \"OS x1\", \"OS x2\", \"OS x4\", \"OS x8\"");
     EXPECT_NE(QuantityError("Oversampling", "4"), "no error");
     EXPECT_NE(QuantityError("Oversampling", "-1"), "no error");
 }
 
 TEST(ParseProfile, TellsWhereAFaultIs) {
-    EXPECT_EQ(ParseError("{"), "no effect profile: not a JSON object");
-    EXPECT_EQ(ParseError("[]"), "no effect profile: not a JSON object");
-    EXPECT_EQ(ParseError(R"({"name": "x"})"), "no effect profile: \"unique_id\" is missing");
+    EXPECT_EQ(ParseError("{"), "not an effect profile: not a JSON object");
+    EXPECT_EQ(ParseError("[]"), "not an effect profile: not a JSON object");
+    EXPECT_EQ(ParseError(R"({"name": "x"})"), "not an effect profile: \"unique_id\" is missing");
     EXPECT_EQ(ParseError(R"({"name": "x", "unique_id": 1.5, "parameters": []})"),
-        "no effect profile: \"unique_id\" is no 32-bit number");
+        "not an effect profile: \"unique_id\" is not a 32-bit number");
     EXPECT_EQ(ParseError(R"({"name": "x", "unique_id": 1, "parameters": 5})"),
-        "no effect profile: \"parameters\" is of the wrong kind");
-    EXPECT_EQ(ParseError(With("5")), "no effect profile: parameter 1: not an object");
+        "not an effect profile: \"parameters\" has the wrong type");
+    EXPECT_EQ(ParseError(With("5")), "not an effect profile: parameter 1: not an object");
     EXPECT_EQ(ParseError(With(R"({"index": -1, "name": "a", "law": "toggle"})")),
-        "no effect profile: parameter 1: the index is negative");
+        "not an effect profile: parameter 1: the index is negative");
     EXPECT_EQ(ParseError(With(R"({"index": 0, "name": "a", "law": "cubic"})")),
-        "no effect profile: parameter 1: the law \"cubic\" is unknown");
+        "not an effect profile: parameter 1: the law \"cubic\" is unknown");
     EXPECT_EQ(ParseError(With(R"({"index": 0, "name": "a", "law": "linear", "minimum": 0})")),
-        "no effect profile: parameter 1: \"maximum\" is missing");
+        "not an effect profile: parameter 1: \"maximum\" is missing");
     EXPECT_EQ(ParseError(With(R"({"index": 0, "name": "a", "law": "linear", "minimum": 1, "maximum": 1})")),
-        "no effect profile: parameter 1: the range is empty");
+        "not an effect profile: parameter 1: the range is empty");
     EXPECT_EQ(
         ParseError(With(R"({"index": 0, "name": "a", "law": "exponential", "minimum": 0, "maximum": 1})")),
-        "no effect profile: parameter 1: an exponential range must be above 0");
+        "not an effect profile: parameter 1: an exponential range must be above 0");
     EXPECT_EQ(ParseError(With(R"({"index": 0, "name": "a", "law": "choice", "choices": ["one"]})")),
-        "no effect profile: parameter 1: fewer than two choices");
+        "not an effect profile: parameter 1: fewer than two choices");
 }
 
 TEST(ParseProfile, TakesUniqueIdsOfEitherSign) {

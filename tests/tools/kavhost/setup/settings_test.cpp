@@ -116,7 +116,7 @@ TEST_F(Settings, NameTheNearestParameter) {
         "unknown parameter \"Fal Time\"; the nearest is \"Fall Time\", index 2");
     EXPECT_EQ(Error("Gian=3"),
         "unknown parameter \"Gian\"; the nearest is \"Gain\", index 0; without a profile only "
-        "INDEX=VALUE and INDEX:TEXT are taken");
+        "INDEX=VALUE and INDEX:TEXT are accepted");
 }
 
 TEST_F(Settings, RefuseIndicesThatTheEffectDoesNotHave) {
@@ -128,11 +128,11 @@ TEST_F(Settings, RefuseIndicesThatTheEffectDoesNotHave) {
 
 TEST_F(Settings, RefuseHostValuesOutsideTheirRange) {
     for (const char* text : {"0=1.01", "0=-0.1", "0=", "0=x", "0=0,5", "0=0.5 dB", "0=nan", "0=inf"}) {
-        EXPECT_NE(Error(text).find("is not possible, only 0 to 1"), std::string::npos) << text;
+        EXPECT_NE(Error(text).find("is not accepted, only 0 to 1"), std::string::npos) << text;
     }
 }
 
 TEST_F(Settings, RefuseTextsThatAreNoSetting) {
-    EXPECT_EQ(Error("loud"), "setting \"loud\" is none of NAME=QUANTITY, INDEX=VALUE, INDEX:TEXT");
-    EXPECT_EQ(Error(""), "setting \"\" is none of NAME=QUANTITY, INDEX=VALUE, INDEX:TEXT");
+    EXPECT_EQ(Error("loud"), "setting \"loud\" is not of the form NAME=QUANTITY, INDEX=VALUE or INDEX:TEXT");
+    EXPECT_EQ(Error(""), "setting \"\" is not of the form NAME=QUANTITY, INDEX=VALUE or INDEX:TEXT");
 }

@@ -97,8 +97,8 @@ TEST_F(Setup, FailsForAStateThatTheEffectRefuses) {
         EXPECT_EQ(run.out, "");
         return run.errors;
     };
-    EXPECT_TRUE(Contains(message("keeper", "s"), "s: Test Keeper does not take this state\n"));
-    EXPECT_TRUE(Contains(message("fader", "s"), "s: Test Fader does not take this state\n"));
+    EXPECT_TRUE(Contains(message("keeper", "s"), "s: Test Keeper does not accept this state\n"));
+    EXPECT_TRUE(Contains(message("fader", "s"), "s: Test Fader does not accept this state\n"));
     EXPECT_TRUE(Contains(message("keeper", "empty"), "empty: empty\n"));
     EXPECT_TRUE(Contains(message("keeper", "missing"), "missing: no such file\n"));
     EXPECT_TRUE(Contains(message("keeper", "."), ": not a plain file\n"));
@@ -119,10 +119,10 @@ TEST_F(Setup, RefusesWhatHasNoPlaceInTheEffectsState) {
         const auto routing = Info(effect, {"--routing", Path("r.kvt")});
         EXPECT_EQ(routing.code, 2);
         EXPECT_TRUE(Contains(routing.errors, "kavhost: --routing: the state of Test ")) << routing.errors;
-        EXPECT_TRUE(Contains(routing.errors, " is no text with a routing\n")) << routing.errors;
+        EXPECT_TRUE(Contains(routing.errors, " is not a text with a routing\n")) << routing.errors;
         const auto simd = Info(effect, {"--simd", "on"});
         EXPECT_EQ(simd.code, 2);
-        EXPECT_TRUE(Contains(simd.errors, " is no text with a switch of vector code\n")) << simd.errors;
+        EXPECT_TRUE(Contains(simd.errors, " is not a text with a switch of vector code\n")) << simd.errors;
         EXPECT_EQ(Info(effect, {"--os", "4"}).code, 2); // no parameter of that name
         EXPECT_EQ(Info(effect, {"--hq", "on"}).code, 2);
     }
@@ -139,7 +139,7 @@ TEST_F(Setup, TakesNoOtherWordsThanItsOptionsHave) {
 TEST_F(Setup, SavesNoStateWhereThereIsNone) {
     const auto run = Info("fader", {"--save-state", Path("s")});
     EXPECT_EQ(run.code, 1);
-    EXPECT_TRUE(Contains(run.errors, "s: Test Fader gives no state to save\n")) << run.errors;
+    EXPECT_TRUE(Contains(run.errors, "s: Test Fader provides no state to save\n")) << run.errors;
     EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{});
 }
 
@@ -156,7 +156,7 @@ TEST_F(Setup, SavesTheStateOfOneFileWhenThatIsDone) {
     const std::vector<std::string> inputs{"a.wav", "b.wav"};
     EXPECT_EQ(save(inputs, "out", "s").errors, "kavhost: --save-state: there is more than one input\n");
     EXPECT_TRUE(Contains(save({"a.wav"}, "o.wav", "a.wav").errors, "a.wav: would replace an input\n"));
-    EXPECT_TRUE(Contains(save({"a.wav"}, "o.wav", "./o.wav").errors, "cannot take both"));
+    EXPECT_TRUE(Contains(save({"a.wav"}, "o.wav", "./o.wav").errors, "is named for both"));
     EXPECT_EQ(save({"missing.wav"}, "o.wav", "s").code, 1);
     EXPECT_EQ(save({"a.wav"}, "o.wav", "no/such/folder/s").code, 1);
     EXPECT_EQ(save({"a.wav"}, "no/such/folder/o.wav", "s").code, 1);

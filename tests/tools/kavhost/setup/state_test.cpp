@@ -243,7 +243,7 @@ TEST_F(State, RefusesFilesThatAreNoRouting) {
         WriteBytes(_folder / "r.kvt", bytes);
         const auto run = Run({"info", "--routing", Path("r.kvt")});
         EXPECT_EQ(run.code, 1);
-        EXPECT_TRUE(Contains(run.errors, "r.kvt: no routing\n")) << run.errors;
+        EXPECT_TRUE(Contains(run.errors, "r.kvt: not a routing\n")) << run.errors;
     }
     EXPECT_EQ(Run({"info", "--routing", Path("missing.kvt")}).code, 1);
 }
