@@ -6,7 +6,7 @@
 
 namespace KAV::Host {
 
-/// Channels of the same length, one behind the other, as effects take them; files interleave them.
+/// Channels of the same length, one after another, as effects take them; files interleave them.
 class CPlanarBuffer final {
 public:
     CPlanarBuffer(std::size_t channels, std::size_t frames);

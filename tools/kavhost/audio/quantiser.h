@@ -8,7 +8,7 @@
 namespace KAV::Host {
 
 /// Rounds samples to whole numbers of 8 to 32 bits. What does not fit is clipped to the nearest value that
-/// does, so nothing wraps; what is no number becomes 0. Dither adds triangular noise of two steps' width
+/// does, so nothing wraps; not-a-number becomes 0. Dither adds triangular noise of two steps' width
 /// before rounding, which makes the error's mean and power independent of the signal; its noise is the same
 /// in every run.
 class CQuantiser final {

@@ -17,7 +17,7 @@ enum class ESampleFormat {
     Coded, ///< no plain number: lossy or companded
 };
 
-/// What kavhost writes, told by a file name's extension.
+/// The containers that kavhost writes; a file name's extension selects one.
 enum class EContainer { Wav, Flac, Aiff, Ogg };
 
 struct SAudioFormat {

@@ -15,7 +15,7 @@ namespace KAV::Host {
 class CWavReader final {
 public:
     /// `stream` is binary, at its start, can seek, and outlives the reader. Throws CFailure with a text that
-    /// wants a file name in front when this is no WAV file, or one of another coding.
+    /// wants a file name in front if this is not a WAV file, or one with another coding.
     explicit CWavReader(std::istream& stream);
 
     const SAudioFormat& Format() const noexcept { return _format; }

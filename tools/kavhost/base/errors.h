@@ -4,22 +4,22 @@
 #include <string>
 #include <utility>
 
-/// Why kavhost gives up. Each text is one line that stands alone behind "kavhost: ".
+/// Why kavhost gives up. Each text is one line, to be printed after "kavhost: ".
 namespace KAV::Host {
 
-/// What was asked for makes no sense: a bad option, an unknown parameter, a value out of range.
+/// The request makes no sense: a bad option, an unknown parameter, a value out of range.
 class CUsageError final : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What was asked for makes sense and did not work: a missing file, a library that is no effect, a full disk.
+/// The request makes sense but failed: a missing file, a library that is not an effect, a full disk.
 class CFailure final : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Runs `operation`, which knows no file name; its failure gets `name` in front.
+/// Runs `operation`, which knows no file name, and prefixes its failure with `name`.
 template<typename OPERATION>
 decltype(auto) Naming(const std::string& name, OPERATION&& operation) {
     try {
@@ -29,13 +29,13 @@ decltype(auto) Naming(const std::string& name, OPERATION&& operation) {
     }
 }
 
-/// The user asked to end.
+/// The user interrupted the program.
 class CInterruption final : public std::runtime_error {
 public:
     CInterruption() : std::runtime_error("interrupted") {}
 };
 
-/// What the process returns to its caller.
+/// The exit codes of the process.
 enum class EExitCode {
     Done = 0,
     Failure = 1,

@@ -5,8 +5,8 @@
 
 namespace KAV::Host {
 
-/// A file's bytes. Throws CFailure when the file is missing, no plain file, empty, unreadable, or larger than
-/// any state of an effect.
+/// A file's bytes. Throws CFailure if the file is missing, not a plain file, empty, unreadable, or larger
+/// than any state of an effect.
 std::string ReadFileBytes(const std::filesystem::path& file);
 
 } // namespace KAV::Host

@@ -7,7 +7,7 @@
 
 namespace KAV::Host {
 
-/// A bar on the terminal while something is worked on; nothing when standard error is no terminal.
+/// A progress bar on the terminal; nothing if standard error is not a terminal.
 /// Threads: Advance() on any number at once.
 class CProgress final {
 public:
@@ -23,8 +23,8 @@ private:
     std::unique_ptr<SBar> _bar;
 };
 
-/// One piece of the work behind a bar, which it moves by `share` in all: what is missing follows when the
-/// piece ends, however it ends. The bar must outlive it.
+/// One piece of the work that a bar shows. It moves the bar by `share` in total; however the piece ends, its
+/// end moves the bar by what is left. The bar must outlive it.
 class CProgressPart final {
 public:
     CProgressPart(CProgress& bar, std::uint64_t share) : _bar(bar), _share(share) {}

@@ -11,36 +11,35 @@ namespace KAV::Host {
 
 std::string_view Trim(std::string_view text) noexcept;
 
-/// Differences of ASCII case do not count.
+/// Ignores ASCII case.
 bool EqualIgnoringCase(std::string_view a, std::string_view b) noexcept;
 
 struct SNumber {
     double value;
-    std::string_view unit; ///< what stands behind the digits, trimmed; part of the text that was read
-    int decimals;          ///< digits behind the point
+    std::string_view unit; ///< what follows the digits, trimmed; part of the text that was read
+    int decimals;          ///< digits after the point
 };
 
-/// Reads a text that begins with a decimal number, such as "-6", "+0.5 dB" or "-inf dB". Nothing when it does
-/// not.
+/// Reads a text that begins with a decimal number, such as "-6", "+0.5 dB" or "-inf dB". Nothing if it
+/// doesn't.
 std::optional<SNumber> ReadNumber(std::string_view text) noexcept;
 
-/// A whole number that fills the text; nothing when it does not, or is out of an int's range.
+/// A whole number that is the whole text; nothing if it isn't, or if it is out of an int's range.
 std::optional<int> ReadIndex(std::string_view text) noexcept;
 
-/// The fewest characters that must be changed, added or removed to make `a` of `b`, differences of case
-/// aside.
+/// The fewest characters that must be changed, added or removed to turn `b` into `a`, ignoring case.
 std::size_t EditDistance(std::string_view a, std::string_view b);
 
-/// The candidate with the smallest edit distance to `text`, the first of several; null when there are none.
+/// The candidate with the smallest edit distance to `text`, the first of several; null if there are none.
 const std::string* Nearest(std::string_view text, std::span<const std::string> candidates);
 
-/// "12.34", or "-inf" for what a logarithm makes of silence; up to 80 decimals.
+/// "12.34", or "-inf" for the logarithm of silence; up to 80 decimals.
 std::string Fixed(double value, int decimals);
 
-/// The number in as few digits as tell it from its neighbours.
+/// The number with the fewest digits that distinguish it from its neighbours.
 std::string Shortest(double value);
 
-/// File names travel as UTF-8 in all texts.
+/// File names are UTF-8 in all texts.
 std::filesystem::path PathOf(std::string_view utf8);
 std::string Utf8(const std::filesystem::path& path);
 

@@ -23,33 +23,32 @@ struct SBenchOptions {
     std::filesystem::path input; ///< audio to measure with; empty: music-like sound
 };
 
-/// What is measured with, at a peak of about -3 dBFS unless it comes from a file.
+/// The sound to measure with, at a peak of about -3 dBFS unless it comes from a file.
 struct SMaterial {
     int rateHz;
     CPlanarBuffer audio;
 };
 
-/// Sound with the ways of music: notes of a few partials that begin and die away, each channel with its own
-/// phases, over a floor of noise with beats. The same in every run.
+/// Music-like sound: notes of a few partials that begin and die away, each channel with its own phases, over
+/// a noise floor with beats. The same in every run.
 SMaterial MakeMaterial(const SBenchOptions& options);
 
-/// The file's rate and channels, and as much of it as `seconds` asks for. Throws CFailure for an empty one.
+/// The file's rate and channels, and up to `seconds` of it. Throws CFailure for an empty file.
 SMaterial ReadMaterial(const SBenchOptions& options);
 
 /// One effect, prepared and ready to be measured.
 class CBenchSubject final {
 public:
-    /// Throws CFailure when the effect does not take the material's channels. The library and the material
+    /// Throws CFailure if the effect doesn't support the material's channels. The library and the material
     /// must outlive it.
     CBenchSubject(const CEffectLibrary& library, const CSetup& setup, const SMaterial& material,
         std::int32_t blockSize);
 
-    /// Runs the material until gains that glide from a fresh effect's start have arrived, and caches are
-    /// warm.
+    /// Runs the material until the gains of a fresh effect have settled and caches are warm.
     void WarmUp();
 
-    /// Thread-CPU nanoseconds per frame of one run of the material, which is put back before, for an effect
-    /// may write to its inputs.
+    /// Thread-CPU nanoseconds per frame of one run of the material. The material is restored first, because
+    /// an effect may write to its inputs.
     double Run();
 
     const CEffect& Effect() const noexcept { return _effect; }
@@ -64,8 +63,8 @@ private:
     CPlanarBuffer _out; // one block
 };
 
-/// Throws CFailure when a time that was measured is so few steps of the clock that it says little; the text
-/// asks for more than the `seconds` of audio that were run.
+/// Throws CFailure if the measured time is too few steps of the clock to be accurate. The text asks for more
+/// audio than the `seconds` that were run.
 void CheckClock(double measuredNs, double stepNs, double seconds);
 
 struct SBenchResult {
@@ -73,11 +72,11 @@ struct SBenchResult {
     std::vector<double> second; ///< of the other effect in runs that alternate with these; may be empty
 };
 
-/// Measures one effect, or two in turns: what slows the machine for a while then slows both. `second` may be
-/// null.
+/// Measures one effect, or two in turns, so that anything that slows the machine for a while slows both.
+/// `second` may be null.
 SBenchResult Measure(CBenchSubject& first, CBenchSubject* second, int runs);
 
-/// What is told of a result.
+/// A result, and the conditions of its measurement.
 struct SBenchReport {
     std::string first; ///< the effects, by name
     std::string second;

@@ -19,13 +19,13 @@ struct SOptions {
     std::string text; ///< to print: help, or the version
 
     std::filesystem::path plugin;  ///< empty: the one that comes with kavhost
-    std::filesystem::path profile; ///< empty: the one beside kavhost that fits the effect, if any
+    std::filesystem::path profile; ///< empty: the one next to kavhost that fits the effect, if any
     SStateOptions state;
     std::vector<std::string> settings;
     bool isJson = false;
 
     std::filesystem::path patch;      ///< to inspect
-    std::filesystem::path savedState; ///< gets the effect's state, of info; may be empty
+    std::filesystem::path savedState; ///< where info saves the effect's state; may be empty
 
     std::vector<std::filesystem::path> inputs;
     std::filesystem::path output;
@@ -36,13 +36,14 @@ struct SOptions {
     std::vector<std::string> otherSettings;
     SBenchOptions bench;
 
-    std::filesystem::path content; ///< patches and routings to install; empty: those beside kavhost
+    std::filesystem::path content; ///< patches and routings to install; empty: those next to kavhost
 };
 
 /// Reads UTF-8 arguments, the program's name not among them. Throws CUsageError.
 SOptions ReadOptions(std::vector<std::string> arguments);
 
-/// The manual page, for man(1): made of the same as the help, so that neither lacks what the other has.
+/// The manual page, for man(1). It is generated from the same definitions as the help, so neither lacks what
+/// the other has.
 std::string ManPage();
 
 } // namespace KAV::Host

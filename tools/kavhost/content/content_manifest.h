@@ -8,7 +8,8 @@
 
 namespace KAV::Host {
 
-/// What a file held, by size and a hash that tells contents apart that differ by accident, not by design.
+/// Identifies a file's content by size and a hash. It distinguishes contents that differ by accident, not by
+/// design.
 struct SFingerprint {
     std::uint64_t size = 0;
     std::uint64_t hash = 0;
@@ -17,7 +18,7 @@ struct SFingerprint {
 };
 SFingerprint FingerprintOf(std::string_view content) noexcept;
 
-/// A file that was put somewhere.
+/// A file that was installed.
 struct SInstalledFile {
     std::string place; ///< UTF-8, relative to the documents folder, with forward slashes
     SFingerprint content;
@@ -28,8 +29,8 @@ struct SInstalledFile {
 /// A text that remembers which files were installed, one line each.
 class CContentManifest final {
 public:
-    /// A missing file is an empty manifest. Throws CFailure for one that is there and is none: files that it
-    /// may speak of are better left alone.
+    /// A missing file is an empty manifest. Throws CFailure for a file that is not a manifest, because the
+    /// files that it may list should be left alone.
     explicit CContentManifest(std::filesystem::path file);
 
     /// A place can have several contents, while an installation is under way.
@@ -43,7 +44,7 @@ public:
     void Settle(std::string_view place, const SFingerprint& content);
     void Forget(std::string_view place);
 
-    /// Replaces the file as a whole; removes it when there is nothing to remember. Throws CFailure.
+    /// Replaces the file as a whole; removes it if there is nothing to remember. Throws CFailure.
     void Save() const;
 
 private:

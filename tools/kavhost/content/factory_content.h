@@ -7,16 +7,16 @@
 #include <vector>
 
 /// Patches and routings that come with the plug-in, in the user's documents, where the plug-in looks for
-/// patches and routings. What is there and was not installed, or has been changed since, belongs to the user:
-/// it is neither overwritten nor removed.
+/// patches and routings. Files that were not installed, or have been changed since, belong to the user: they
+/// are neither overwritten nor removed.
 namespace KAV::Host {
 
-/// What became of one file, or how it is.
+/// The result for one file, or its state.
 enum class EContentFate {
     Installed, ///< new, or again
     Renewed,   ///< had been installed from an older version, and not changed since
-    There,     ///< is there with this content already
-    Users,     ///< another file of the name is there
+    There,     ///< already there with this content
+    Users,     ///< another file of this name is there
     Missing,
     Removed,
     Failed, ///< the system refused
@@ -28,19 +28,20 @@ struct SContentLine {
 };
 using ContentReport = std::vector<SContentLine>;
 
-/// Copies what lies in `content`/Patches and `content`/Routings, and remembers what it has copied. Throws
-/// CFailure, with nothing changed, when there is no content or no documents folder, or when what is
-/// remembered cannot be read or written.
+/// Copies the files in `content`/Patches and `content`/Routings, and records what it has copied. Throws
+/// CFailure, with nothing changed, if there is no content or no documents folder, or if the record cannot be
+/// read or written.
 ContentReport InstallContent(const std::filesystem::path& content, const std::filesystem::path& documents);
 
-/// Removes what was installed and is unchanged, and then the folders that are left empty. Throws CFailure.
+/// Removes files that were installed and are unchanged, and then folders that are left empty. Throws
+/// CFailure.
 ContentReport UninstallContent(const std::filesystem::path& documents);
 
-/// How each file of the content is: There when it was installed, Renewed when an older one is, Users, or
+/// The state of each file of the content: There if it was installed, Renewed if an older one is, Users, or
 /// Missing. Throws CFailure.
 ContentReport ListContent(const std::filesystem::path& content, const std::filesystem::path& documents);
 
-/// Files that stand out, one line each, and how many there are of each kind.
+/// Notable files, one line each, and the count of each kind.
 void PrintChanges(std::ostream& out, const ContentReport& report);
 /// Every file with its state.
 void PrintContent(std::ostream& out, const ContentReport& report);

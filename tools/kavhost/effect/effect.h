@@ -10,27 +10,27 @@ namespace KAV::Host {
 
 class CEffectLibrary;
 
-/// What an effect's chunk is the state of.
+/// What the state in an effect's chunk belongs to.
 enum class EChunk { Bank, Program };
 
 /// One instance of an effect, opened for a stream. The library must outlive it.
 /// Threads: the one that made it.
 class CEffect final {
 public:
-    /// Throws CFailure when the library's entry makes no effect.
+    /// Throws CFailure if the library's entry point returns no effect.
     CEffect(const CEffectLibrary& library, const SStream& stream);
     ~CEffect();
     CEffect(const CEffect&) = delete;
     CEffect& operator=(const CEffect&) = delete;
 
-    /// Asks for `channels` inputs and outputs; throws CFailure unless the effect then has just these. While
-    /// stopped.
+    /// Requests `channels` inputs and outputs; throws CFailure unless the effect then has exactly these.
+    /// While stopped.
     void SetChannels(int channels);
     void Start();
     void Stop() noexcept;
 
-    /// Replaces `outputs` by what the effect makes of `inputs`; as many pointers each as the effect has
-    /// channels, at most as many frames as the stream's block size. While started.
+    /// Processes `inputs` into `outputs`. Each has as many pointers as the effect has channels; `frames` is
+    /// at most the stream's block size. While started.
     void Process(float** inputs, float** outputs, std::int32_t frames);
 
     void SetParameter(std::int32_t index, float value) { _effect->setParameter(_effect, index, value); }
@@ -41,8 +41,8 @@ public:
     std::string ParameterLabel(std::int32_t index) const { return Text(VST::effGetParamLabel, index); }
 
     bool HasChunks() const noexcept { return (Flags() & VST::effFlagsProgramChunks) != 0; }
-    std::string Chunk(EChunk kind) const; ///< empty when the effect gives none
-    /// False when the effect refuses the bytes, or keeps no state in chunks. While stopped.
+    std::string Chunk(EChunk kind) const; ///< empty if the effect provides none
+    /// False if the effect refuses the bytes, or keeps no state in chunks. While stopped.
     bool SetChunk(std::string bytes, EChunk kind);
 
     std::string ProgramName() const { return Text(VST::effGetProgramName, 0); }
@@ -61,7 +61,7 @@ public:
     std::int32_t Programs() const noexcept { return _effect->numPrograms; }
     std::int32_t UniqueId() const noexcept { return _effect->uniqueID; }
     std::int32_t Version() const noexcept { return _effect->version; }
-    std::int32_t ReportedDelay() const noexcept { return _effect->initialDelay; } ///< the effect's word only
+    std::int32_t ReportedDelay() const noexcept { return _effect->initialDelay; } ///< may be wrong
     const SStream& Stream() const noexcept { return _stream; }
 
 private:

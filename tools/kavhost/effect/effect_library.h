@@ -6,10 +6,10 @@
 
 namespace KAV::Host {
 
-/// A library file with a VST 2 effect in it, loaded for the life of the object.
+/// A library file with a VST 2 effect, loaded for the life of the object.
 class CEffectLibrary final {
 public:
-    /// Throws CFailure when the file is missing, no library, or a library with no entry of an effect.
+    /// Throws CFailure if the file is missing, is not a library, or has no entry point of an effect.
     explicit CEffectLibrary(const std::filesystem::path& file);
     ~CEffectLibrary();
     CEffectLibrary(const CEffectLibrary&) = delete;

@@ -9,7 +9,7 @@ namespace KAV::Host {
 class CEffect;
 
 /// An effect's present state as the bytes of a bank's chunk, in a file that appears with Commit(). Throws
-/// CFailure when the effect gives no state, or as CPendingFile does.
+/// CFailure if the effect provides no state, or as CPendingFile does.
 class CStateFile final {
 public:
     CStateFile(const std::filesystem::path& file, const CEffect& effect);

@@ -8,8 +8,8 @@ namespace KAV::Host {
 class CEffect;
 struct SProfile;
 
-/// What an effect tells about itself and its parameters; with full names where `profile`, which may be null,
-/// has them.
+/// What an effect reports about itself and its parameters; with full names where `profile`, which may be
+/// null, has them.
 void PrintInfo(
     std::ostream& out, const std::filesystem::path& file, const CEffect& effect, const SProfile* profile);
 

@@ -21,13 +21,13 @@ struct SGainRange {
 /// Frames of a window of the gain meter.
 std::size_t GainWindowFrames(int rateHz) noexcept;
 
-/// Estimates an effect's gain from outside. The gain of a channel in a window of 10 ms is the ratio of the
-/// output's RMS to that of the input, so it is the mean over the window, weighted by the signal's power.
-/// Windows with an input below -60 dBFS are left out: there the noise of dither would pass for gain. So are
-/// those with a sample that is no finite number. Input and output must be aligned; the output may come later.
+/// Estimates an effect's gain from outside. The gain of a channel in a window of 10 ms is output RMS divided
+/// by input RMS, which is the mean over the window, weighted by the signal's power. Windows with an input
+/// below -60 dBFS are left out, because there the noise of dither would look like gain. So are windows with a
+/// sample that is not a finite number. Input and output must be aligned; the output may come later.
 class CGainMeter final {
 public:
-    /// Gets the gains of each window, channel by channel; not-a-number for those that are left out.
+    /// Receives the gains of each window, channel by channel; not-a-number for those that are left out.
     using WindowSink = std::function<void(std::span<const double> gains)>;
 
     CGainMeter(int channels, int rateHz, WindowSink onWindow = {});
@@ -35,7 +35,7 @@ public:
     void AddInput(std::span<const float> interleaved);
     void AddOutput(std::span<const float> interleaved);
 
-    /// Nothing when no whole window had a signal.
+    /// Nothing if no whole window had a signal.
     std::optional<SGainRange> Range() const { return _range; }
 
 private:

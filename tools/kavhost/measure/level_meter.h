@@ -12,9 +12,9 @@ namespace KAV::Host {
 /// Levels of a file, over all channels.
 struct SLevels {
     double samplePeakDbfs = 0;
-    std::optional<double> truePeakDbtp; ///< where the build measures it
-    std::optional<double> loudnessLufs; ///< where the build measures it; minus infinity for silence
-    std::uint64_t notFinite = 0;        ///< samples that are no number or infinite; the levels leave them out
+    std::optional<double> truePeakDbtp; ///< if the build measures it
+    std::optional<double> loudnessLufs; ///< if the build measures it; minus infinity for silence
+    std::uint64_t notFinite = 0;        ///< samples that are not finite; the levels leave them out
 };
 
 class CLevelMeter final {

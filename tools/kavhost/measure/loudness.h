@@ -8,10 +8,10 @@
 
 namespace KAV::Host {
 
-/// True peak and loudness after ITU-R BS.1770 and EBU R 128, where this build has the library for it.
+/// True peak and loudness after ITU-R BS.1770 and EBU R 128, if this build has the library for it.
 class CLoudness final {
 public:
-    /// Gets the loudness of each tenth of a second, ungated; minus infinity for silence.
+    /// Receives the loudness of each tenth of a second, ungated; minus infinity for silence.
     using TenthSink = std::function<void(double lufs)>;
 
     /// Without the library `onTenth` is never called.

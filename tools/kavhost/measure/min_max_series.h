@@ -8,7 +8,7 @@
 
 namespace KAV::Host {
 
-/// The lowest and the highest of some values; empty without any.
+/// The lowest and the highest of some values; empty if there are none.
 struct SSpan {
     double lowest = std::numeric_limits<double>::infinity();
     double highest = -std::numeric_limits<double>::infinity();
@@ -19,9 +19,9 @@ struct SSpan {
     bool operator==(const SSpan&) const noexcept = default;
 };
 
-/// How a value went over a time of any length, in memory that does not grow with it: equal steps of time go
-/// into bins, and whenever there are too many bins each two neighbours become one. A bin holds the same as if
-/// its steps had gone into it from the start.
+/// The lowest and highest of a value over time, in memory that does not grow with the time. Equal steps of
+/// time are collected in bins, and whenever there are too many bins each pair of neighbours is merged. A
+/// merged bin equals one that had collected its steps from the start.
 class CMinMaxSeries final {
 public:
     static constexpr std::size_t UsualMostBins = 4096;
@@ -42,7 +42,7 @@ private:
     std::vector<SSpan> _bins;
     std::uint64_t _stepsPerBin = 1;
     std::uint64_t _steps = 0;
-    std::uint64_t _room = 0; ///< steps that the last bin still lacks
+    std::uint64_t _room = 0; ///< steps that the last bin can still take
 };
 
 } // namespace KAV::Host

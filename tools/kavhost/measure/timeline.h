@@ -9,15 +9,15 @@
 
 namespace KAV::Host {
 
-/// Frames that have a loudness of their own, a tenth of a second.
+/// The number of frames per loudness value, a tenth of a second.
 std::size_t LoudnessStepFrames(int rateHz) noexcept;
 
-/// How the levels of a signal go over time.
+/// The levels of a signal over time.
 class CSignalTimeline final {
 public:
     explicit CSignalTimeline(int channels) : _channels(static_cast<std::size_t>(channels)) {}
 
-    /// Over all channels, a step for each frame; samples that are no finite number are left out.
+    /// Over all channels, a step for each frame; samples that are not finite are left out.
     void AddSamples(std::span<const float> interleaved);
 
     /// The loudness of the next tenth of a second, in LUFS.
@@ -36,19 +36,19 @@ private:
     std::deque<double> _powers; ///< of the last tenths, at most three seconds
 };
 
-/// What becomes of a file, over time.
+/// What an effect does to a file, over time.
 struct STimeline {
     STimeline(int channels, std::span<const double> idleDb)
         : before(channels), after(channels), idleGainsDb(idleDb.begin(), idleDb.end()) {}
 
-    /// Takes a gain per channel, in decibels; not-a-number where there was too little sound to tell.
+    /// Takes a gain per channel, in decibels; not-a-number if there was too little sound to measure.
     void AddGains(std::span<const double> gains);
 
     CSignalTimeline before;
     CSignalTimeline after;
     std::vector<double> idleGainsDb; ///< of each channel: the effect's gain while it has nothing to limit
     CMinMaxSeries gain;              ///< in decibels, over the channels
-    CMinMaxSeries reduction;         ///< the same against the gain at rest: 0 or below where an effect limits
+    CMinMaxSeries reduction; ///< the same relative to the idle gain: 0 or below where an effect limits
 };
 
 } // namespace KAV::Host

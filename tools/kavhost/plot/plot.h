@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// What became of a file, over time: for a picture, and as numbers. Both show the same record.
+/// What an effect did to a file, over time: for a picture, and as numbers. Both show the same record.
 namespace KAV::Host {
 
 struct STimeline;
@@ -20,23 +20,23 @@ struct SPlotSeries {
     std::vector<SSpan> bins;
 };
 
-/// What is told of a sound before the effect and of that after it.
+/// The series of the sound before the effect, or of the sound after it.
 struct SPlotSignal {
     SPlotSeries amplitude; ///< over all channels, full scale is 1
     SPlotSeries peak;      ///< of runs of those bins, in dBFS
-    SPlotSeries shortTerm; ///< loudness of three seconds in LUFS, at their end; no bins where not measured
+    SPlotSeries shortTerm; ///< loudness of three seconds in LUFS, at their end; no bins if not measured
 };
 
 struct SPlot {
     std::string title;
-    std::string settings; ///< what differs from a fresh effect
+    std::string settings; ///< those that differ from a fresh effect's
     std::string measures;
-    std::vector<std::string> notes; ///< what a reader must know to read the rest
+    std::vector<std::string> notes; ///< what a reader must know to interpret the rest
     double seconds = 0;
     SPlotSignal before;
     SPlotSignal after;
-    SPlotSeries gain;      ///< output RMS to input RMS in windows of 10 ms, in dB, over the channels
-    SPlotSeries reduction; ///< the same against each channel's gain without limiting
+    SPlotSeries gain;      ///< output RMS / input RMS in windows of 10 ms, in dB, over the channels
+    SPlotSeries reduction; ///< the same relative to each channel's gain without limiting
 };
 
 /// `settings`: those that differ from a fresh effect's, in words.
@@ -51,7 +51,7 @@ std::string PlotAsJson(const SPlot& plot);
 inline constexpr int PlotWidth = 1600;
 inline constexpr int PlotHeight = 1000;
 
-/// This build has the libraries that draw.
+/// Whether this build has the libraries that draw.
 bool CanDrawPlots() noexcept;
 
 /// Writes the picture as PNG. Threads: any number at once. Throws CFailure.

@@ -7,7 +7,7 @@ namespace KAV::Host {
 
 struct SPlot;
 
-/// The part of a quantity that a picture shows, and where it is lettered.
+/// The part of a quantity that a picture shows, and where its labels are.
 struct SAxis {
     double from = 0; ///< at the left or at the bottom
     double to = 1;
@@ -16,11 +16,11 @@ struct SAxis {
 
 SAxis TimeAxis(double seconds);
 
-/// The same to both sides of 0, and full scale unless the sound is above it or far below.
+/// Symmetric about 0; full scale unless the sound is above it or far below.
 SAxis AmplitudeAxis(const SPlot& plot);
 
-/// Loudness and peaks: up to 0 dB, or to the highest of them; down to -60 dB at most, and no farther than
-/// there is sound for a twentieth of the time.
+/// Loudness and peaks: up to 0 dB, or to the highest of them; down to -60 dB at most, and no further than
+/// sound reaches for a twentieth of the time.
 SAxis LevelAxis(const SPlot& plot);
 
 /// 0 dB at the top, or the highest gain above it.

@@ -56,7 +56,7 @@ public:
     void Clip(const SBox& box); ///< until Unclip() nothing outside is drawn
     void Unclip();
     void Fill(const SBox& box, const SColour& colour);
-    /// As one shape: where boxes meet there is no seam. Thousands are no matter, as they would be to an
+    /// As one shape: where boxes meet there is no seam. Thousands are no problem, as they would be to an
     /// outline with as many corners.
     void Fill(std::span<const SBox> boxes, const SColour& colour);
     void Stroke(std::span<const SPoint> points, const SLine& line);

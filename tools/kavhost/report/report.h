@@ -26,20 +26,20 @@ struct SRenderReport {
     SAudioFormat format; ///< of the output
     std::uint64_t frames = 0;
     bool isAligned = false;
-    SDelay delay; ///< that was taken out, of aligned files
+    SDelay delay; ///< that was removed, of aligned files
     std::int32_t reportedDelay = 0;
     SLevels before;
     SLevels after;                  ///< as stored: rounded, clipped
     std::optional<SGainRange> gain; ///< of aligned files
-    std::uint64_t clipped = 0;      ///< samples that did not fit the output's format
+    std::uint64_t clipped = 0;      ///< samples beyond the output format's range
     double realTimeFactor = 0;      ///< seconds of audio per second that the effect ran
 };
 
-/// One file's report for people.
+/// The report of one file, for people.
 void PrintReport(std::ostream& out, const SRenderReport& report);
 
-/// Reports for programs: a JSON array with one object per file. What a build does not measure, and minus
-/// infinity, are null.
+/// Reports for programs: a JSON array with one object per file. Values that a build does not measure, and
+/// minus infinity, are null.
 std::string ReportsAsJson(std::span<const SRenderReport> reports);
 
 } // namespace KAV::Host

@@ -7,12 +7,12 @@ namespace KAV::Host {
 
 class CEffect;
 
-/// The host's value at which an effect's own display of a parameter shows `wanted`. The effect is asked by
-/// setting the parameter; afterwards it stands at the value that is returned.
+/// The host's value at which an effect's own display of a parameter shows `wanted`. The search sets the
+/// parameter; afterwards it has the value that is returned.
 ///
-/// A number, its unit behind it or not, is found by halving, provided that the display shows numbers at both
-/// ends and runs one way; the middle of the values that show it is returned. Any other text, and numbers of a
-/// display that is no scale, are looked for in steps of a thousandth. Throws CUsageError when the display
+/// A number, with or without its unit, is found by bisection if the display shows numbers at both ends and is
+/// monotonic; the middle of the values that show it is returned. Any other text, and numbers of a display
+/// that is not such a scale, are searched for in steps of a thousandth. Throws CUsageError if the display
 /// never shows it.
 float FindDisplayed(CEffect& effect, std::int32_t index, std::string_view wanted);
 

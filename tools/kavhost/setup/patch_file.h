@@ -15,11 +15,11 @@ class CEffect;
 /// record in which hosts keep one program of any effect.
 class CPatchFile final {
 public:
-    /// Throws CUsageError for a file of another ending, and CFailure for one that cannot be read or is no
+    /// Throws CUsageError for a file with another ending, and CFailure for one that cannot be read or is no
     /// patch.
     explicit CPatchFile(const std::filesystem::path& file);
 
-    /// The number of the effect that the patch was made with; nothing when it does not tell.
+    /// The number of the effect that the patch was made with; nothing if it doesn't say.
     std::optional<std::int32_t> UniqueId() const noexcept { return _uniqueId; }
 
     /// Throws CFailure when the patch belongs to another effect, or the effect does not take it.

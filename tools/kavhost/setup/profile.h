@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-/// What an effect's own interface cannot tell: its parameters' full names, of which a host sees 7 characters,
-/// and the laws between a host's 0 to 1 and the real quantities, which the effect's display may show in
-/// another way.
+/// What an effect's own interface cannot provide: its parameters' full names, of which a host sees 7
+/// characters, and the laws between a host's 0 to 1 and the real quantities, which the effect's display may
+/// show in another way.
 ///
 /// A profile is a JSON file:
 ///
@@ -26,7 +26,7 @@
 ///
 /// With x for the host's value: linear is minimum + x (maximum - minimum); exponential is
 /// minimum (maximum / minimum)^x; a toggle is off at 0 and on at 1; choice k of n stands at x = k / (n - 1).
-/// "unique_id" is the number by which an effect tells itself from others. A parameter may have a "tag", the
+/// "unique_id" is the number that distinguishes an effect from others. A parameter may have a "tag", the
 /// number by which the effect's patches know it. Unknown members are ignored.
 namespace KAV::Host {
 
@@ -63,7 +63,7 @@ SProfile ReadProfile(const std::filesystem::path& file);
 /// are no profile are passed over; a profile of the right number with a fault throws CFailure.
 std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::int32_t uniqueId);
 
-/// The host's value for a quantity as a user writes it: a number, with the unit behind it or not, for the
+/// The host's value for a quantity as a user writes it: a number, with or without the unit, for the
 /// continuous laws; on, off, 1, 0, true, false, yes, no for a toggle; for a choice its text, its last word,
 /// or its place from 0. Throws CUsageError for what has no place.
 float HostValue(const SParameterProfile& parameter, std::string_view quantity);

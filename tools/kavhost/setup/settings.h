@@ -20,7 +20,7 @@ struct SSetting {
 ///
 ///     NAME=QUANTITY   a parameter and a quantity as the profile has them: "Fall=100 ms"
 ///     INDEX=VALUE     the host's value, 0 to 1
-///     INDEX:TEXT      what the effect's own display shall show
+///     INDEX:TEXT      what the effect's own display should show
 ///
 /// The effect's parameters are changed on the way and stand at the settings afterwards. `profile` may be
 /// null. Throws CUsageError for what is unknown or out of range.

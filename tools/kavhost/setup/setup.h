@@ -11,7 +11,7 @@
 
 namespace KAV::Host {
 
-/// What a command line asks of an effect beside settings; a path may be empty.
+/// What a command line specifies for an effect in addition to settings; a path may be empty.
 struct SStateOptions {
     std::filesystem::path state;   ///< bytes of a bank's chunk
     std::filesystem::path patch;   ///< .kvp or .fxp
@@ -19,23 +19,23 @@ struct SStateOptions {
     std::optional<bool> simd;
 };
 
-/// What an effect shall be before it runs, and the order in which it becomes that: its state, a patch, which
-/// channels its first group takes, vector code, settings. Every instance of one effect that does the same
-/// work is prepared with one of these.
+/// What an effect is set to before it runs, in this order: its state, a patch, which channels its first group
+/// takes, vector code, settings. All instances of an effect that do the same work are set up with one of
+/// these.
 class CSetup final {
 public:
-    CSetup() = default; ///< leaves an effect as it is, but for the channels of its first group
+    CSetup() = default; ///< leaves an effect as it is, except for the channels of its first group
 
-    /// Reads the files. Throws CFailure for one that cannot be read or is no such file, CUsageError for a
+    /// Reads the files. Throws CFailure for one that cannot be read or is not of its kind, CUsageError for a
     /// patch of an unknown kind.
     explicit CSetup(const SStateOptions& options);
 
-    /// Settings come after all else; they replace earlier ones.
+    /// Settings are applied after everything else; they replace earlier ones.
     void Set(std::vector<SSetting> settings) { _settings = std::move(settings); }
 
-    /// For a fresh effect that has its channels and is stopped. With more than two channels and no state or
-    /// routing asked for, the first group takes them all, where the effect has groups. Throws CFailure when
-    /// the effect refuses a state or a patch, CUsageError when it has nothing like what was asked for.
+    /// For a fresh, stopped effect that has its channels. With more than two channels, and no state or
+    /// routing given, the first group takes them all if the effect has groups. Throws CFailure if the effect
+    /// refuses a state or a patch, CUsageError if it has nothing of the kind that was requested.
     void Apply(CEffect& effect) const;
 
 private:

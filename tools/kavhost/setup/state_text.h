@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
-/// States that are text: lines that look like XML and are none, without nesting or quoting, in which each
-/// element is found by plain search. A host changes in them what is no parameter. Any bytes can be read;
+/// States that are text: lines that look like XML but aren't, without nesting or quoting, in which each
+/// element is found by plain search. A host edits in them what is not a parameter. Any bytes can be read;
 /// threads: any.
 namespace KAV::Host {
 
-/// How a state that is text begins; nothing else tells it from other bytes.
+/// How a state that is text begins; nothing else distinguishes it from other bytes.
 inline constexpr std::string_view StateOpening = "<patch_format>textual</patch_format>";
 
 /// Between the names of a list.
@@ -37,7 +37,7 @@ SRouting RoutingOfChannels(int channels);
 /// A state with the elements that a host edits. A zero ends the text; what follows it stays as it is.
 class CStateText final {
 public:
-    /// Nothing for a state that is no text.
+    /// Nothing for a state that isn't text.
     static std::optional<CStateText> Read(std::string bytes);
 
     /// Gives the first group this routing and switches its toggles: on for the entries that the routing has,
