@@ -8,7 +8,7 @@
 
 namespace KAV::Bench {
 
-/// Runs the subject and the reference in turns, each for `frames` frames a turn; both flush denormals, as the
+/// Runs the subject and the reference alternately, `frames` frames each time; both flush denormals, as the
 /// engine does. The case's time is the subject's; `ns_frame` and `reference` are medians per frame, `times`
 /// is how many times as fast as the reference the subject is.
 template<typename TSubject, typename TReference>

@@ -1,6 +1,6 @@
-// The engine's blocks alone, against the speed reference in the same run. Stereo, 48 kHz, blocks of 512,
-// 12 dB of limiting, 10 ms of release, the best path of this processor, unless a case tells otherwise: one
-// thing varies per case.
+// Single building blocks of the engine, compared with the speed reference in the same run. Stereo, 48 kHz,
+// blocks of 512, 12 dB of limiting, 10 ms of release and the processor's best path, unless a case says
+// otherwise: one thing varies per case.
 
 #include "bench/against_reference.h"
 #include "bench/material.h"
@@ -31,7 +31,7 @@ struct SLimiterCase {
     bool plain = false;
 };
 
-/// The material's first second, over and over, in blocks; each channel a little later than the one before.
+/// Repeats the material's first second in blocks; each channel is a little later than the previous one.
 class CBlocks final {
 public:
     CBlocks(double rateHz, std::size_t channels, std::size_t block)
@@ -92,7 +92,7 @@ struct SCascadeCase {
     bool plain = false;
 };
 
-/// At eight times the rate, one way.
+/// At eight times the rate, in one direction.
 void Cascade(benchmark::State& state, const SCascadeCase& subject) {
     CBlocks blocks(48000.0, subject.channels, subject.block);
     CBlocks referenceBlocks(48000.0, subject.channels, subject.block);

@@ -16,11 +16,11 @@ using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 struct SCase {
     std::size_t channels = 2;
     std::size_t block = 512;
-    std::int32_t oversampling = 0; ///< the factor is 2 to that power
+    std::int32_t oversampling = 0; ///< the factor is 2 to this power
     bool highQuality = false;
     bool automatic = false;
     bool simd = true;
-    std::size_t groups = 1; ///< side by side, each with its part of the channels
+    std::size_t groups = 1; ///< in parallel, each with its share of the channels
     float thresholdDb = -12;
     float gain = 1.0f; ///< of the sound, linear; 0 is silence
 };
@@ -67,7 +67,7 @@ void Process(benchmark::State& state, const SCase& settings) {
             pointers.data(), nullptr, static_cast<int>(settings.channels), static_cast<int>(block));
         start = start + 2 * block <= material.size() ? start + block : 0;
     };
-    // Until the ramps have ended, and until silence counts as such.
+    // Run until the ramps have ended and silence is detected.
     for (std::size_t frames = 0; frames < 6 * 48000; frames += block) run();
     for (auto _ : state) {
         run();

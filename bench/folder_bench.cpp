@@ -1,4 +1,4 @@
-// A user's folder of patches, listed each time the list is renewed.
+// Lists a user's folder of patches, as happens each time the list is refreshed.
 
 #include "utils/path.h"
 #include "utils/scan_folder.h"
@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A folder of that many empty files, gone at the end.
+/// A folder of this many empty files, removed at the end.
 class CManyFiles final {
 public:
     explicit CManyFiles(int files)
@@ -23,7 +23,7 @@ public:
         for (int i = 0; i < files; ++i) std::ofstream(_folder / (std::to_string(i) + " A patch.kvp"));
     }
     ~CManyFiles() {
-        std::error_code ignored; // a leftover in the temporary folder is no failure
+        std::error_code ignored; // a leftover in the temporary folder isn't a failure
         fs::remove_all(_folder, ignored);
     }
     CManyFiles(const CManyFiles&) = delete;

@@ -7,8 +7,8 @@
 
 namespace KAV::Bench {
 
-/// Two seconds of something like music: three tones under a slow swell, and noise. Peaks at about 1; the same
-/// always.
+/// Two seconds that resemble music: three tones with a slow swell, and noise. Peaks at about 1; the same in
+/// every run.
 inline std::vector<float> Material(double rateHz, std::uint32_t seed = 1) {
     std::vector<float> samples(static_cast<std::size_t>(2.0 * rateHz));
     std::uint32_t noise = seed;

@@ -1,4 +1,4 @@
-// What an instance of the engine costs in memory that is really there.
+// How much resident memory an instance of the engine needs.
 
 #include "dsp/plugin_dsp.h"
 #include "tests/support/process_memory.h"
@@ -14,8 +14,8 @@ namespace {
 
 using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
-/// Rate in Hz, whether a second of stereo has run at x8. `resident` is per instance: the mean of many, so
-/// that the allocator's own steps do not show.
+/// Arguments: the rate in Hz, and whether a second of stereo has run at x8. `resident` is the mean over many
+/// instances, so that the allocator's step size doesn't show.
 void ResidentBytes(benchmark::State& state) {
     constexpr std::size_t Instances = 16;
     constexpr int Block = 512;

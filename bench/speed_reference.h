@@ -9,7 +9,7 @@
 
 namespace KAV::Bench {
 
-/// What speed is measured against: the limiter of the plain model that the engine is compared with bit for
+/// The reference for speed: the limiter of the plain model with which the tests compare the engine bit for
 /// bit.
 class CReferenceLimiter final {
 public:
@@ -27,7 +27,7 @@ private:
     Reference::CLimiter _limiter{_coverage};
 };
 
-/// The model's low-pass, each channel for itself.
+/// The model's low-pass, one channel at a time.
 class CReferenceCascade final {
 public:
     CReferenceCascade(std::size_t order, double cutoff) : _filter(static_cast<int>(order)) {

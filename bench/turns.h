@@ -20,7 +20,7 @@ inline double Median(std::vector<double> values) {
     return values.empty() ? 0.0 : *middle;
 }
 
-/// Times of a subject and of what it is measured against, taken in turns.
+/// Times of a subject and of its reference, measured alternately.
 class CTurns final {
 public:
     template<typename TSubject, typename TReference>

@@ -12,7 +12,7 @@ void ReleaseTimes(std::ostream& out);
 void Distortion(std::ostream& out);
 void FilterResponses(std::ostream& out);
 void Delays(std::ostream& out);
-/// `music`: a real piece at `rateHz`.
+/// `music`: a piece of real music at `rateHz`.
 void Peaks(std::ostream& out, const Audio& music, float rateHz);
 void Speed(std::ostream& out);
 

@@ -13,12 +13,12 @@ namespace {
 struct SPair {
     const char* name;
     std::size_t order;
-    double corner; ///< of the base Nyquist frequency
+    double corner; ///< relative to the base Nyquist frequency
     bool highQuality;
 };
 constexpr std::array Pairs{SPair{"standard", 4, 0.9, false}, SPair{"high quality", 32, 0.99, true}};
 
-/// The frequency, in base Nyquist frequencies, where the response is -3.01 dB, by halving.
+/// The frequency, relative to base Nyquist, at which the response is -3.01 dB, found by bisection.
 double Corner(const std::vector<float>& impulse, int factor) {
     double low = 0.5;
     double high = 1.0;
@@ -32,15 +32,16 @@ double Corner(const std::vector<float>& impulse, int factor) {
 } // namespace
 
 void FilterResponses(std::ostream& out) {
-    out << "## Oversampling filters\n\n"
-           "Each of the two filters, up and down, by its impulse response in plain arithmetic. Frequencies "
-           "are parts of the\n"
-           "base Nyquist frequency: 1 is 24 kHz at 48 kHz, and what a frequency f between 1 and 2 becomes at "
-           "the base rate is\n"
-           "2 - f. A signal that goes up and down passes both, so its figures are twice these.\n\n"
-           "| pair | factor | at 0.5, dB | at 0.8, dB | corner (-3.01 dB) | at 1, dB | at 1.1, dB | at 1.5, "
-           "dB |\n"
-           "|---|---|---|---|---|---|---|---|\n";
+    out << R"(## Oversampling filters
+
+The response of one filter (there are two, for up-sampling and down-sampling), from its impulse response in plain
+arithmetic. Frequencies are relative to the base Nyquist frequency: 1 is 24 kHz at 48 kHz. A frequency f between 1
+and 2 appears at 2 - f at the base rate. A signal passes both filters, so the attenuation in dB is twice these
+figures.
+
+| pair | factor | at 0.5, dB | at 0.8, dB | corner (-3.01 dB) | at 1, dB | at 1.1, dB | at 1.5, dB |
+|---|---|---|---|---|---|---|---|
+)";
     for (const auto& pair : Pairs) {
         for (const int factor : {2, 4, 8}) {
             DSP::BiquadCascade cascade(pair.order);
@@ -55,17 +56,22 @@ void FilterResponses(std::ostream& out) {
                 << " |\n";
         }
     }
-    out << "\nFigures below about -140 dB are the rounding of the impulse response to single precision.\n\n";
+    out << R"(
+Figures below about -140 dB show only that the impulse response is rounded to single precision.
+
+)";
 }
 
 void Delays(std::ostream& out) {
-    out << "## Delay\n\n"
-           "An impulse at -40 dB through the engine at 48 kHz; the place of the largest sample behind it. "
-           "The look-ahead alone\n"
-           "is what the host would be told, divided by the factor; the filters' own delay is reported "
-           "nowhere.\n\n"
-           "| pair | factor | look-ahead, samples | measured, samples | of the filters "
-           "|\n|---|---|---|---|---|\n";
+    out << R"(## Delay
+
+An impulse at -40 dB through the engine at 48 kHz; the delay is the position of the largest output sample. The
+look-ahead is the delay that the host is given, divided by the factor. The delay of the filters is not reported to the
+host.
+
+| pair | factor | look-ahead, samples | measured, samples | of the filters |
+|---|---|---|---|---|
+)";
     for (const auto& pair : Pairs) {
         for (const int factor : {1, 2, 4, 8}) {
             CRig rig({.factor = factor, .highQuality = pair.highQuality}, 1);

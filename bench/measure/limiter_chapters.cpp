@@ -14,7 +14,7 @@ namespace {
 constexpr float RateHz = 48000.0f;
 constexpr std::array Releases{0.1, 1.0, 10.0, 100.0, 1000.0};
 
-/// A constant of that level for that long, behind what is there.
+/// Appends a constant of this level and length.
 void Append(std::vector<float>& signal, double level, double seconds) {
     signal.insert(signal.end(), static_cast<std::size_t>(seconds * RateHz), static_cast<float>(level));
 }
@@ -22,14 +22,15 @@ void Append(std::vector<float>& signal, double level, double seconds) {
 } // namespace
 
 void StepResponse(std::ostream& out) {
-    out << "## Step response\n\n"
-           "A constant at -40 dB rises in one sample to 0 dB, with the threshold at -12 dB and the ceiling "
-           "at 0 dB:\n"
-           "12 dB of limiting. Overshoot is the highest output over the ceiling; one tap of the smoothing "
-           "window sees\n"
-           "its value one sample late. Settled means within 0.001 dB of the ceiling.\n\n"
-           "| factor | overshoot, dB | output moves after, samples | settled after, samples "
-           "|\n|---|---|---|---|\n";
+    out << R"(## Step response
+
+A constant rises from -40 dB to 0 dB within one sample, with the threshold at -12 dB and the ceiling at 0 dB: 12 dB of
+limiting. Overshoot is how far the output exceeds the ceiling; one tap of the smoothing window receives its value one
+sample late. Settled means within 0.001 dB of the ceiling.
+
+| factor | overshoot, dB | output moves after, samples | settled after, samples |
+|---|---|---|---|
+)";
     for (const int factor : {1, 2, 4, 8}) {
         CRig rig({.rateHz = RateHz, .thresholdDb = -12.0f, .factor = factor, .highQuality = true}, 1);
         Audio audio(1);
@@ -46,18 +47,23 @@ void StepResponse(std::ostream& out) {
         out << "| " << factor << " | " << Db(SamplePeak(output)) << " | " << moves << " | " << settled
             << " |\n";
     }
-    out << "\nAbove factor 1 the filters ring at the step. The ringing is limited as well, and the release "
-           "after it, of 10 ms,\nis what settles last.\n\n";
+    out << R"(
+Above factor 1 the filters ring at the step. The ringing is limited as well, and the 10 ms release after it is the last
+to settle.
+
+)";
 }
 
 void ReleaseTimes(std::ostream& out) {
-    out << "## Release\n\n"
-           "12 dB of limiting end in one sample. The law: what is left of the reduction, 1 - gain, falls to "
-           "a tenth in the\n"
-           "set time. Measured at factor 1 from the gain of a constant at -60 dB, between 90 % and 9 % of "
-           "the full\n"
-           "reduction, so that the averages over the look-ahead stand on neither end.\n\n"
-           "| set, ms | measured, ms |\n|---|---|\n";
+    out << R"(## Release
+
+12 dB of limiting end within one sample. By definition, the rest of the reduction, 1 - gain, falls to a tenth in the set
+time. Measured at factor 1 from the gain of a constant at -60 dB, between 90 % and 9 % of the full reduction, so that
+the averages over the look-ahead affect neither end.
+
+| set, ms | measured, ms |
+|---|---|
+)";
     for (const double releaseMs : Releases) {
         CRig rig({.rateHz = RateHz, .thresholdDb = -12.0f, .releaseMs = releaseMs}, 1);
         Audio audio(1);
@@ -70,7 +76,7 @@ void ReleaseTimes(std::ostream& out) {
         const auto reduction = [&](std::size_t i) { return 1.0 - static_cast<double>(audio[0][i]) / unity; };
         const double full = 1.0 - FromDb(-12.0);
         const auto start = end + static_cast<std::size_t>(rig.LookaheadDelay());
-        const auto fallsTo = [&](double part) { // between two samples, by a straight line
+        const auto fallsTo = [&](double part) { // interpolated linearly between two samples
             std::size_t i = start;
             while (i + 1 < audio[0].size() && reduction(i) > part * full) ++i;
             const double before = reduction(i - 1);
@@ -78,16 +84,21 @@ void ReleaseTimes(std::ostream& out) {
         };
         out << "| " << releaseMs << " | " << (fallsTo(0.09) - fallsTo(0.9)) / RateHz * 1000.0 << " |\n";
     }
-    out << "\nThe two averages together are as long as the look-ahead, 1.33 ms at 48 kHz: no release is "
-           "shorter than they are.\n\n";
+    out << R"(
+The two averages together are as long as the look-ahead, 1.33 ms at 48 kHz. No release is shorter than that.
+
+)";
 }
 
 void Distortion(std::ostream& out) {
-    out << "## Distortion\n\n"
-           "A sine of 60 Hz, 6 dB over the threshold of -12 dB, at factor 1. All that is left when the sine "
-           "itself is taken\n"
-           "away, over one second after three of settling, relative to it.\n\n"
-           "| release | residue, dB | in per cent |\n|---|---|---|\n";
+    out << R"(## Distortion
+
+A sine of 60 Hz, 6 dB above the threshold of -12 dB, at factor 1. The residue is what remains when the sine is
+subtracted, over one second after three seconds of settling, relative to the sine.
+
+| release | residue, dB | in per cent |
+|---|---|---|
+)";
     const auto measure = [&](const char* name, double releaseMs, bool automatic) {
         CRig rig(
             {.rateHz = RateHz, .thresholdDb = -12.0f, .releaseMs = releaseMs, .autoRelease = automatic}, 1);

@@ -39,12 +39,12 @@ int main(int argc, char** argv) {
         KAV::Host::CAudioReader file(argv[1]);
         const auto music = Middle(file);
         std::ofstream out(argv[2]);
-        out << std::fixed << std::setprecision(3)
-            << "# Measurements\n\n"
-               "What the engine does, measured from outside and written by `bench/measure/run`. These are "
-               "the algorithm's own\n"
-               "figures, whether they flatter it or not. Single precision in and out; 48 kHz unless "
-               "told.\n\n";
+        out << std::fixed << std::setprecision(3) << R"(# Measurements
+
+What the engine does, measured from outside. `bench/measure/run` writes this page. These are the algorithm's own
+figures, whether they flatter it or not. Input and output are single precision, at 48 kHz unless stated otherwise.
+
+)";
         StepResponse(out);
         ReleaseTimes(out);
         Distortion(out);

@@ -22,7 +22,7 @@ struct SMode {
 constexpr std::array Modes{SMode{1, false}, SMode{2, false}, SMode{4, false}, SMode{8, false}, SMode{2, true},
     SMode{4, true}, SMode{8, true}};
 
-/// True peak by libebur128, of all channels.
+/// The highest true peak of all channels, by libebur128.
 double LibraryTruePeak(const Audio& audio, float rateHz) {
     Host::CLoudness loudness(static_cast<int>(audio.size()), static_cast<int>(rateHz));
     std::vector<float> interleaved(audio.size() * audio[0].size());
@@ -52,7 +52,7 @@ void Row(std::ostream& out, const std::string& name, const SMode& mode, const Au
         << Db(samples) << " | " << Db(LibraryTruePeak(audio, rateHz)) << " | " << Db(between) << " |\n";
 }
 
-/// Half a second of it in one channel, faded in and out so that nothing but the case itself makes peaks.
+/// Half a second of it in one channel, faded in and out so that only the case itself causes peaks.
 Audio Case(float rateHz, const std::function<double(std::size_t)>& sample) {
     Audio audio(1, std::vector<float>(static_cast<std::size_t>(rateHz / 2.0f)));
     const auto length = static_cast<double>(audio[0].size());
@@ -67,19 +67,21 @@ Audio Case(float rateHz, const std::function<double(std::size_t)>& sample) {
 } // namespace
 
 void Peaks(std::ostream& out, const Audio& music, float rateHz) {
-    out << "## Peaks\n\n"
-           "Threshold -12 dB, ceiling -1 dB, release 10 ms: 12 dB of drive into the limiter. Sample peak, "
-           "true peak by\n"
-           "libebur128, and true peak by a meter of our own at 8 times the rate, all in dB. The look-ahead "
-           "holds what the\n"
-           "limiter sees at its own rate; the filter that brings it back to the base rate rings over it.\n\n"
-           "- music: ten seconds of a produced track at its own rate\n"
-           "- quarter: a sine of a quarter of the rate whose samples all lie at 0.71 of its peaks\n"
-           "- sixth: a sine of a sixth of the rate, the same with 0.87\n"
-           "- square: blocks of five samples of each sign\n"
-           "- noise: every sample full scale, its sign at random\n\n"
-           "| material | factor | sample peak | true peak, libebur128 | true peak, 8 times "
-           "|\n|---|---|---|---|---|\n";
+    out << R"(## Peaks
+
+Threshold -12 dB, ceiling -1 dB, release 10 ms: 12 dB of drive into the limiter. Sample peak, true peak by libebur128,
+and true peak by our own meter at 8 times the rate, all in dB. The look-ahead limits every sample at the limiter's own
+rate; the filter that returns to the base rate rings above that.
+
+- music: ten seconds of a produced track at its own rate
+- quarter: a sine at a quarter of the rate, whose samples are all at 0.71 of its peaks
+- sixth: a sine at a sixth of the rate, whose samples are all at 0.87 of its peaks
+- square: blocks of five samples of each sign
+- noise: every sample at full scale with a random sign
+
+| material | factor | sample peak | true peak, libebur128 | true peak, 8 times |
+|---|---|---|---|---|
+)";
     constexpr float caseRateHz = 48000.0f;
     const auto sine = [](double cycles, double phase) {
         return [cycles, phase](std::size_t i) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t Block = 512;
 
-/// The position of a control that spans -30..0 dB.
+/// The position of a control whose range is -30..0 dB.
 float Position(float db) noexcept {
     return (db + 30.0f) / 30.0f;
 }

@@ -7,7 +7,7 @@
 
 namespace KAV::Measure {
 
-/// Channels of one length, full scale at 1.
+/// Channels of equal length; full scale is 1.
 using Audio = std::vector<std::vector<float>>;
 
 struct SSettings {
@@ -25,10 +25,9 @@ class CRig final {
 public:
     CRig(const SSettings& settings, std::size_t channels);
 
-    /// In place, in blocks of 512.
+    /// Processes in place, in blocks of 512.
     void Run(Audio& audio);
-    /// Delay in samples at the rate of the audio, as the look-ahead makes it: oversampling filters add
-    /// theirs.
+    /// The delay of the look-ahead in samples at the rate of the audio. Oversampling filters add their own.
     double LookaheadDelay() const noexcept;
 
 private:

@@ -18,7 +18,7 @@ constexpr std::size_t Block = 512;
 constexpr std::size_t Frames = 32 * Block;
 constexpr int Runs = 101;
 
-/// Two channels of the benchmarks' material, filled anew before each block, and `process` run on it.
+/// Runs `process` on two channels of the benchmarks' material, which is filled in again before each block.
 template<typename TProcess>
 void Play(const std::vector<float>& material, Audio& work, const TProcess& process) {
     std::array<float*, 2> channels{work[0].data(), work[1].data()};
@@ -71,14 +71,16 @@ void FilterRow(std::ostream& out, const char* name, std::size_t order, std::uint
 
 void Speed(std::ostream& out) {
     const std::uint64_t all = Utils::DetectFeatures();
-    out << "## Speed of the blocks\n\n"
-           "Nanoseconds of processor time a frame of two channels, in blocks of 512, of the machine that "
-           "wrote "
-           "this file; and\n"
-           "of the plain model that the tests compare the engine with, in the same run and in turns: one "
-           "sample and one\n"
-           "channel at a time, compiled at -O2. Medians. Only the last column means something elsewhere.\n\n"
-           "| block | ns | reference, ns | times as fast |\n|---|---|---|---|\n";
+    out << R"(## Speed of the blocks
+
+Nanoseconds of processor time per frame of two channels, in blocks of 512, on the machine that wrote this page. The
+reference is the plain model with which the tests compare the engine: one sample and one channel at a time, compiled at
+-O2. Both run alternately in the same run. All figures are medians. Only the last column is meaningful on other
+machines.
+
+| block | ns | reference, ns | times as fast |
+|---|---|---|---|
+)";
     LimiterRow(out, "limiter, 12 dB of limiting", 48000.0, 0.6f, false, all);
     LimiterRow(out, "limiter without the processor's features", 48000.0, 0.6f, false, 0);
     LimiterRow(out, "limiter, nothing to limit", 48000.0, 1.0f, false, all);
@@ -90,17 +92,17 @@ void Speed(std::ostream& out) {
     FilterRow(out, "filter of order 4, one way", 4, all);
     FilterRow(out, "filter of order 4 without the features", 4, 0);
     out << R"(
-What the arithmetic needs at the least, in cycles of a current processor, and where the rest goes. Measured on Zen 3:
-additions and products take 3 cycles, fused operations 4; eight fused ones begin in 4.1 cycles, eight fused ones and
-eight additions in 5.0, eight fused ones and eight shuffles in 6.1. The dependent operations are counted, the others are
-those of the compiled loops.
+The least that the arithmetic needs, in cycles of a current processor, and where the rest of the time is spent. Measured
+on Zen 3: additions and multiplications take 3 cycles, fused operations 4. Eight fused operations start within 4.1
+cycles, eight fused operations and eight additions within 5.0, eight fused operations and eight shuffles within 6.1. The
+dependent operations (chain) are counted in the source; the others (throughput) are those of the compiled loops.
 
 | block | chain | throughput | what the rest is |
 |---|---|---|---|
-| limiter, fixed release | 9: difference, product, sum of each released gain | 5: 36 conversions, 16 divisions and some 170 other vector operations a chunk of 16 samples; 60 for the chains themselves a group of 4 | about 15 are taken: the vector work of the next chunk gets only in part into the gaps of the chain, since waiting instructions use up the registers behind it |
-| limiter, auto release | about 75: fourth power, reciprocal, exponential, release | as above | about 115 are taken: for one sample in six the library is asked, and each time a branch is guessed wrong |
-| filter of order 32 | 4 fused, 10 plain: what a stage's delay waits for | 18: 28 fused operations and products, 10 additions, 8 shuffles and 2 conversions a sample of two channels | about 24 are taken: 11 in the first eight stages, 9 in the others, 3 to narrow and store, and the ends of a block, where lanes begin and end one by one |
-| filter of order 4 | 4 fused, 12 plain: two products' rounding, and the value against denormals, behind each other | 5 | about 7 fused, 12 plain: the chain itself, and the turns between vectors and samples |
+| limiter, fixed release | 9: subtraction, multiplication and addition for each released gain | 5: 36 conversions, 16 divisions and about 170 other vector operations per chunk of 16 samples; 60 for the chains themselves per group of 4 | about 15 are used: the vector work of the next chunk only partly fills the gaps in the chain, because waiting instructions occupy the registers |
+| limiter, auto release | about 75: fourth power, reciprocal, exponential, release | as above | about 115 are used: for one sample in six the C library is called, and each time a branch is mispredicted |
+| filter of order 32 | 4 fused, 10 plain: the operations that a stage's delay waits for | 18: 28 fused operations and multiplications, 10 additions, 8 shuffles and 2 conversions per sample of two channels | about 24 are used: 11 in the first eight stages, 9 in the others, 3 to convert and store, and the ends of a block, where lanes start and end one by one |
+| filter of order 4 | 4 fused, 12 plain: the rounding of two products and the value against denormals, one after the other | 5 | about 7 fused, 12 plain: the chain itself, and the changes between vectors and samples |
 
 )";
 }
