@@ -39,7 +39,7 @@ constexpr SParameterRow ToggleRow(std::int32_t firstTag, int count, bool perGrou
         nullptr, nullptr};
 }
 
-/// A continuous parameter whose text tells its real value.
+/// A continuous parameter whose text shows its real value.
 constexpr SParameterRow LinearRow(std::int32_t firstTag, int count, bool perGroup, std::string_view name,
     std::string_view unit, int decimals, double minimum, double maximum, float (*initial)(int, int),
     DSP::SValueTriple& (*slot)(Values&, int, int)) {
@@ -57,8 +57,8 @@ constexpr auto Rows = std::to_array<SParameterRow>({
         [](Values& v, int, int g) -> ToggleSlot& { return v.autoRelease[At(g)]; }),
     ToggleRow(34, 1, true, "Limiter", On, //
         [](Values& v, int, int g) -> ToggleSlot& { return v.limiter[At(g)]; }),
-    // The host's text of the release has always been linear, while the engine's law is exponential;
-    // automation that users have written against that text keeps its meaning.
+    // The text that hosts show for the release has always been linear, although the engine's curve is
+    // exponential. So automation that users wrote by that text keeps its meaning.
     {36, 1, true, "Release", Kind::Continuous, "ms", {999.99, 0.01, 2, false}, Law::Exponential, 0.01, 1000.0,
         [](int, int) { return 0.4f; }, nullptr, nullptr,
         [](Values& v, int, int g) -> DSP::SValueTriple& { return v.release[At(g)]; }},
@@ -99,7 +99,7 @@ constexpr std::size_t CountParameters() {
 constexpr std::size_t HostParameters = CountParameters();
 static_assert(HostParameters == 109, "hosts keep automation by index: rows may be added at the end only");
 
-/// Both directions of the numbering, and the row behind each tag.
+/// The numbering in both directions, and the row of each tag.
 struct SIndex {
     std::array<std::int32_t, HostParameters> tags{};
     std::array<std::int32_t, At(HighestTag) + 1> hostIndexes{};
@@ -131,7 +131,7 @@ bool IsTag(std::int32_t tag) noexcept {
     return tag >= 0 && tag <= HighestTag;
 }
 
-/// Builds a short text piece by piece; what doesn't fit is lost.
+/// Builds a short text piece by piece; whatever doesn't fit is dropped.
 template<std::size_t CAPACITY>
 class CTextBuilder final {
 public:

@@ -14,9 +14,9 @@ namespace KAV::GUI {
 
 namespace {
 
-std::atomic<bool> sent{false}; // by any instance of this process, or at least tried
+std::atomic<bool> sent{false}; // or tried, by any instance of this process
 
-/// Any of these means that the server has the log, whether or not it had something to say about it.
+/// Any of these means that the server has the log, whether or not its response has a body.
 bool IsSuccess(std::int32_t a_nStatus) noexcept {
     return a_nStatus >= 200 && a_nStatus < 300;
 }
@@ -56,7 +56,7 @@ void CErrorReport::OnThread(Utils::CThread* a_piThread) {
     options.agent = u"KAV GUI";
     options.authorities = _sService.authorities;
     options.goesOn = &_iThread.running;
-    if (sent.exchange(true)) return; // another instance was as far at the same time
+    if (sent.exchange(true)) return; // another instance got here at the same time
     std::size_t size = 0;
     Utils::HttpGet(address, size, &options);
     if (IsSuccess(options.status)) Utils::DropUnsentLog();

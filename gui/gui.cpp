@@ -7,12 +7,12 @@
 namespace KAV::GUI {
 
 CGUI::CGUI(const Utils::SMakerService& a_psService) : _iReport(a_psService) {
-    Utils::LogSessionStart(); // which takes the log of the session before
+    Utils::LogSessionStart(); // also takes over the previous session's log
     _iReport.Start();
 }
 
 CGUI::~CGUI() {
-    Utils::LogSessionEnd(); // first, so that a host that doesn't wait looks like no crash
+    Utils::LogSessionEnd(); // first, so that a host that doesn't wait for the rest doesn't look crashed
     _iReport.Stop();
 }
 

@@ -6,7 +6,7 @@ namespace KAV::GUI {
 
 namespace {
 
-/// Takes no records while it lives: what an applied step changes is no step of its own.
+/// Stops recording while it lives: what an applied step changes is not a new step.
 class CPause final {
 public:
     explicit CPause(bool& a_bEnabled) noexcept : _bEnabled(a_bEnabled) { a_bEnabled = false; }

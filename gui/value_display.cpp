@@ -37,7 +37,7 @@ void CValueDisplay::SetFromHost(float a_fNormal) {
 
 void CValueDisplay::SetText(std::u16string_view a_sText) {
     const CLock lock(Root());
-    if (a_sText == Text()) return; // entries of one name: the one that was chosen stays
+    if (a_sText == Text()) return; // several entries have this name: keep the chosen one
     CLabel::SetText(a_sText);
     const auto found = std::find(Items().begin(), Items().end(), a_sText);
     if (found != Items().end()) Place(static_cast<std::int32_t>(found - Items().begin()));

@@ -14,7 +14,7 @@ std::vector<std::u16string> Entries(std::u16string_view a_sList) {
     return entries;
 }
 
-/// A value that a widget had.
+/// A previous value of a widget.
 class CWidgetHistory final : public IHistory {
 public:
     explicit CWidgetHistory(CValueWidget& a_piTarget) : _piTarget(&a_piTarget), _fValue(a_piTarget.Value()) {}
@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    /// In a radio group the present target is another button than that which was on then.
+    /// In a radio group the current target is not the button that was on then.
     void Swap() {
         CValueWidget& present = _piTarget->HistoryTarget();
         const float value = present.Value();

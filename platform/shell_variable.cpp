@@ -4,7 +4,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// What a shell makes of the text behind "NAME="; false when it doesn't end on its line.
+/// The value that a shell reads after "NAME="; false when it doesn't end on its line.
 bool Unquote(std::string_view text, std::string& value) {
     value.clear();
     char quote = 0;
@@ -16,7 +16,7 @@ bool Unquote(std::string_view text, std::string& value) {
             quote = c;
         } else if (c == '\\' && quote != '\'') {
             if (++i == text.size()) return false;
-            // Inside double quotes a backslash before an ordinary letter is itself.
+            // Inside double quotes a backslash before an ordinary character stands for itself.
             const bool special =
                 quote == 0 || std::string_view("\"\\$`").find(text[i]) != std::string_view::npos;
             if (!special) value += '\\';

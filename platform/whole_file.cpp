@@ -16,18 +16,19 @@ namespace {
 
 using EKind = IFileSystem::EKind;
 
-/// A name that nobody else uses: short, so that it fits beside any other, and hidden from listings by users.
+/// A name that no other program uses. It is short, so that it is valid wherever the target's name is, and
+/// hidden from users' listings.
 std::filesystem::path TemporaryName(const std::filesystem::path& folder) {
     static std::atomic<std::uint32_t> names{0};
     const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     const std::uint64_t number =
-        now * 1024u + names.fetch_add(1, std::memory_order_relaxed) % 1024u; // CreateNew() settles the rest
+        now * 1024u + names.fetch_add(1, std::memory_order_relaxed) % 1024u; // CreateNew() finds collisions
     std::array<char, 16> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
     return folder / (".kav-" + std::string(digits.data(), end.ptr) + ".tmp");
 }
 
-/// Writes and closes; true when every byte is on the disk.
+/// Writes and closes the file; true when every byte is on the disk.
 bool FillAndClose(
     IFileSystem& files, IFileSystem::Handle handle, const void* data, std::size_t size) noexcept {
     const bool written = files.Write(handle, data, size) == size && files.Flush(handle);
@@ -39,12 +40,12 @@ bool Replace(const std::filesystem::path& file, const void* data, std::size_t si
     const EKind kind = files.Kind(file);
     if (kind == EKind::Folder || kind == EKind::Other) return false;
     const bool exists = kind == EKind::File;
-    // Giving another file the name would get round a write protection that the user has set.
+    // Renaming another file to this name would bypass a write protection that the user has set.
     if (exists && !files.IsWritable(file)) return false;
     const auto target = exists ? files.Resolve(file) : file;
     if (target.empty()) return false;
 
-    constexpr int attempts = 16; // names taken by others
+    constexpr int attempts = 16; // in case names are taken
     for (int attempt = 0; attempt < attempts; ++attempt) {
         const auto temporary = TemporaryName(target.parent_path());
         const auto handle = files.CreateNew(temporary, exists ? &target : nullptr);
@@ -53,7 +54,7 @@ bool Replace(const std::filesystem::path& file, const void* data, std::size_t si
             continue;
         }
         if (FillAndClose(files, handle, data, size) && files.Replace(temporary, target)) {
-            files.FlushFolder(target.parent_path()); // the new content is there, whatever this says
+            files.FlushFolder(target.parent_path()); // the new content is in place, even if this fails
             return true;
         }
         files.Remove(temporary);

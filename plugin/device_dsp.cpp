@@ -18,7 +18,7 @@ SParameter HostParameter(std::int32_t hostIndex) noexcept {
     return FindParameter(HostParamTable()[static_cast<std::size_t>(hostIndex)]);
 }
 
-/// The whole part of a value, held to the selector's range; not-a-number gives 0.
+/// The integer part of a value, clamped to the selector's range; 0 for not-a-number.
 std::int32_t SelectorIndex(float value) noexcept {
     return value > 0.0f ? static_cast<std::int32_t>(std::min(value, HighestOversampling)) : 0;
 }
@@ -31,8 +31,8 @@ CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService
     auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this, service);
     gui = editor.get();
     setEditor(std::move(editor));
-    // A patch may speak of the current group alone; from the last group to the first each gets its defaults,
-    // and the first stays current.
+    // A patch without group numbers applies to the current group only. So it is loaded once per group, from
+    // the last to the first, and the first stays current.
     gui->BeginCreation();
     for (int group = DeviceGroups - 1; group >= 0; --group) {
         SetCurrentGroup(group);
@@ -141,7 +141,7 @@ void CDeviceDSP::Store(const SParameter& parameter, float value, std::uint32_t f
     const SParameterRow& row = *parameter.row;
     switch (row.kind) {
     case EParameterKind::Toggle:
-        row.toggle(parameters, parameter.n, parameter.g) = value != 0.0f; // not-a-number is on
+        row.toggle(parameters, parameter.n, parameter.g) = value != 0.0f; // not-a-number counts as on
         break;
     case EParameterKind::Selector:
         row.selector(parameters) =

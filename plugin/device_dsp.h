@@ -14,8 +14,8 @@
 namespace KAV {
 
 /// One instance of the limiter: the parameters, the engine and the host's record. The DSP object owns every
-/// value; there is no lock between those who write values and the audio thread, which reads each of them once
-/// per block.
+/// value. There is no lock between the threads that write values and the audio thread, which reads each value
+/// once per block.
 ///
 /// Threads: Process() on the audio thread; SetSampleRate() and SetBlockSize() while audio is stopped;
 /// everything else on any thread.
@@ -25,10 +25,10 @@ class CDeviceDSP final : public CVSTDSPv2,
 public:
     using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
-    /// Asks the host about itself, builds the editor's half, which needs no window, and takes what new
+    /// Asks the host about itself, builds the editor's half, which needs no window, and loads what new
     /// instances start with: the first patch and the first routing of the user's lists. `audioMaster` may be
-    /// null. With a server in `service` two helper threads ask it for news and send it the last session's
-    /// log; the end of the instance waits for them.
+    /// null. If `service` names a server, two helper threads ask it for the latest version and send it the
+    /// previous session's log; the end of the instance waits for them.
     explicit CDeviceDSP(
         VST::HostCallback audioMaster, const Utils::SMakerService& service = Utils::ConfiguredService());
     ~CDeviceDSP() override = default;
@@ -67,8 +67,8 @@ public:
     CXXXGUI& GUI() noexcept { return *gui; }
 
 private:
-    /// Macros that are being spread in a chain of calls, one bit each: a macro that moves itself, directly or
-    /// through others, ends there.
+    /// The macros that the current chain of calls is applying, one bit each: the chain ends at a macro that
+    /// moves itself, directly or through others.
     using MacroChain = std::uint32_t;
 
     static std::size_t Place(int group) noexcept { return static_cast<std::size_t>(group); }

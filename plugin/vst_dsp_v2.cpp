@@ -41,7 +41,7 @@ CVSTDSPv2::CVSTDSPv2(HostCallback audioMaster)
 SHostSurvey CVSTDSPv2::AskHost() {
     SHostSurvey survey;
     const auto askText = [this](std::int32_t opcode, std::size_t length) {
-        std::array<char, 256> answer{}; // hosts have been seen to write more than the interface's 64 bytes
+        std::array<char, 256> answer{}; // some hosts write more than the interface's 64 bytes
         CallHost(opcode, 0, 0, answer.data());
         const auto end =
             std::find(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(length - 1), '\0');
@@ -65,8 +65,8 @@ void CVSTDSPv2::processReplacing(float** inputs, float** outputs, std::int32_t f
         if (inputs[channel] == nullptr || outputs[channel] == nullptr) return;
     }
     for (std::int32_t channel = 0; channel < channels; ++channel) {
-        // Hosts hand in the same buffer for both; overlapping ones would be the host's error, and still no
-        // overrun.
+        // Hosts pass the same buffer for both. Buffers that overlap otherwise would be the host's error, but
+        // still cause no overrun.
         std::memmove(outputs[channel], inputs[channel], static_cast<std::size_t>(frames) * sizeof(float));
     }
     Process(outputs, _sideChannels > 0 ? inputs + channels : nullptr, channels, frames);
@@ -147,7 +147,7 @@ bool CVSTDSPv2::setSpeakerArrangement(
 
 bool CVSTDSPv2::getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output) {
     if (!_arrangementsValid) return false;
-    // A longer record of the same beginning; the host reads as many speakers as its header tells.
+    // A longer record that begins in the same way; the host reads as many speakers as the header says.
     if (input != nullptr) *input = reinterpret_cast<VstSpeakerArrangement*>(&_inputArrangement);
     if (output != nullptr) *output = reinterpret_cast<VstSpeakerArrangement*>(&_outputArrangement);
     return true;

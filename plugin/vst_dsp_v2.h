@@ -11,8 +11,8 @@
 
 namespace KAV {
 
-/// Joins the device to a VST 2.4 host: every host call goes to the operation of CXXXDSP that it means. Holds
-/// no audio and no parameter state. Threads: as AudioEffectX.
+/// Connects the device to a VST 2.4 host: every host call is passed to the matching operation of CXXXDSP.
+/// Holds no audio and no parameter state. Threads: as AudioEffectX.
 class CVSTDSPv2 : public CXXXDSP, public AudioEffectX {
 public:
     static constexpr std::int32_t UniqueId = VST::FourCharacters('s', 'o', 'r', 'l');
@@ -45,7 +45,7 @@ protected:
     explicit CVSTDSPv2(VST::HostCallback audioMaster);
     ~CVSTDSPv2() override = default;
 
-    /// Brings the record's delay up to date without telling the host, which reads it when it wants to.
+    /// Updates the delay in the record without notifying the host, which reads it when it wants to.
     void RefreshInitialDelay() noexcept { setInitialDelay(GetLatency()); }
 
     // AudioEffectX
@@ -78,7 +78,7 @@ private:
     std::int32_t EditedHostIndex(std::int32_t tag) const noexcept;
     void MarkEditing(std::int32_t hostIndex, bool edited) noexcept;
 
-    std::int32_t _sideChannels = 0; // input channels of the host's that are a side chain; none in this device
+    std::int32_t _sideChannels = 0; // host input channels that are a side chain; this device has none
     Arrangement _inputArrangement{};
     Arrangement _outputArrangement{};
     bool _arrangementsValid = false; // the host has set both

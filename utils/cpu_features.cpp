@@ -75,10 +75,10 @@ constexpr std::array Names{
 
 #if defined(__x86_64__) || defined(__i386__)
 
-/// The registers that tell of features.
+/// The registers that report features.
 enum ERegister : std::size_t { Leaf1Ecx, Leaf1Edx, Leaf7Ebx, Leaf7Ecx, ExtendedEcx, ExtendedEdx, Registers };
 
-/// What besides its own bit a feature needs.
+/// What a feature needs in addition to its own bit.
 enum class ENeed { Nothing, Intel, Amd, Avx, AvxOfAmd, Avx512 };
 
 struct SSource {
@@ -142,7 +142,7 @@ constexpr std::array Sources{
     SSource{Cpu3dNow, ExtendedEdx, 31, ENeed::Amd},
 };
 
-/// What the processor and the system say of themselves.
+/// What the processor and the system report about themselves.
 struct SProcessor {
     std::array<unsigned int, Registers> registers{};
     bool isIntel = false;
@@ -196,7 +196,7 @@ SProcessor Ask() noexcept {
 
     constexpr unsigned int osSaves = 1u << 27;
     constexpr unsigned int avx = 0x06;    // XMM and the upper halves of YMM
-    constexpr unsigned int avx512 = 0xE6; // besides, masks and all of ZMM
+    constexpr unsigned int avx512 = 0xE6; // also the masks and all of ZMM
     if ((registers[Leaf1Ecx] & osSaves) != 0) {
         const unsigned int saved = SavedRegisters();
         processor.savesAvx = (saved & avx) == avx;

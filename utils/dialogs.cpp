@@ -18,7 +18,7 @@ public:
         try {
             if (!Platform::ShowErrorBox(ToUtf8(title), ToUtf8(text)))
                 LogLine(u"Error=" + std::u16string(text));
-        } catch (...) { // no memory to tell of it
+        } catch (...) { // no memory to report it
             return;
         }
     }

@@ -10,7 +10,7 @@ namespace {
 using Utils::FormatInt;
 using Utils::FormatUnsigned;
 
-/// Of std::u16string, by which alone these are joined.
+/// As std::u16string, the only type with which these can be joined.
 template<typename... Texts>
 std::u16string Join(const Texts&... texts) {
     std::u16string joined;

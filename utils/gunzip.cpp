@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <array>
 
-#define ZLIB_CONST // it only reads what it inflates
+#define ZLIB_CONST // the library only reads what it inflates
 #include <zlib.h>
 
 namespace KAV::Utils {
 
 namespace {
 
-constexpr int GzipWindowBits = 31; // the largest window, and gzip's head and end around the stream
+constexpr int GzipWindowBits = 31; // the largest window, and a stream with gzip's header and trailer
 constexpr std::size_t Block = 4096;
 
 } // namespace

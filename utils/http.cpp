@@ -22,7 +22,7 @@ bool IsRedirect(std::int32_t status) noexcept {
     return (status >= 301 && status <= 303) || status == 307 || status == 308;
 }
 
-/// Keeps an answer of status 200, inflated, up to its limit.
+/// Keeps the inflated body of a response with status 200, up to its limit.
 class CAnswer final : public Platform::IHttpReceiver {
 public:
     explicit CAnswer(const CShared<bool>* goesOn) noexcept : _goesOn(goesOn) {}
@@ -56,7 +56,7 @@ private:
     const CShared<bool>* _goesOn;
     Platform::SHttpHead _head;
     std::optional<CGunzip> _gunzip;
-    std::size_t _sent = 0; // bytes, as they came
+    std::size_t _sent = 0; // bytes, as received
     std::string _text;
 };
 
@@ -72,12 +72,12 @@ Platform::SHttpRequest Request(const SWebAddress& address, const HttpOptions& op
     return request;
 }
 
-/// The answer after all redirects; none when it isn't to be had.
+/// The response after all redirects; none when there was no response.
 std::optional<std::string> Fetch(std::u16string_view url, HttpOptions& options) {
     auto address = ParseWebAddress(ToUtf8(url));
     if (!address) return std::nullopt;
     auto request = Request(*address, options);
-    if (request.body.empty() != options.body.empty()) return std::nullopt; // no text
+    if (request.body.empty() != options.body.empty()) return std::nullopt; // ill-formed text
     if (request.agent.find_first_of("\r\n") != std::string::npos) return std::nullopt;
     const std::uint32_t begin = Platform::TickMs();
     for (int redirects = 0; redirects <= MostRedirects; ++redirects) {
@@ -94,7 +94,7 @@ std::optional<std::string> Fetch(std::u16string_view url, HttpOptions& options) 
         if (!IsRedirect(options.status)) return std::nullopt;
         address = FollowRedirect(*address, answer.Head().location);
         if (!address) return std::nullopt;
-        if (options.status <= 303) request.body.clear(); // these say: look there; the others: ask there
+        if (options.status <= 303) request.body.clear(); // these mean GET; the others repeat the request
         request.secure = address->secure;
         request.host = address->host;
         request.port = address->port;

@@ -50,7 +50,7 @@ struct SSetting {
     std::string name;
 };
 
-/// Nothing when the location has fewer than three parts, an unknown root or ill-formed text.
+/// Empty when the location has fewer than three parts, an unknown root or ill-formed text.
 std::optional<SSetting> ParseSetting(std::u16string_view location) {
     const auto first = location.find(u'/');
     const auto last = location.rfind(u'/');
@@ -59,7 +59,7 @@ std::optional<SSetting> ParseSetting(std::u16string_view location) {
         if (root.name != location.substr(0, first)) continue;
         const auto text = ToUtf8(location);
         if (text.empty() || text.find('\0') != std::string::npos) return std::nullopt;
-        const auto key = text.find('/') + 1; // the roots' names are as long in either encoding
+        const auto key = text.find('/') + 1; // the names of the roots have the same length in both encodings
         const auto name = text.rfind('/') + 1;
         return SSetting{root.root, text.substr(key, name - 1 - key), text.substr(name)};
     }

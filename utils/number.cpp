@@ -10,11 +10,11 @@ namespace KAV::Utils {
 
 namespace {
 
-/// Calls `read` with the text as the C library wants it, ended by a zero. What can't be part of a number ends
-/// it as well.
+/// Calls `read` with the text ended by a zero, as the C library wants it. A character that can't be part of
+/// a number ends the text as well.
 template<typename View, typename Read>
 auto WithZeroBehind(View text, Read read) noexcept {
-    constexpr std::size_t shortLength = 64; // of as good as every number
+    constexpr std::size_t shortLength = 64; // enough for nearly every number
     const auto narrow = [](auto c) { return c > 0 && c < 0x80 ? static_cast<char>(c) : '\0'; };
     try {
         if (text.size() < shortLength) {

@@ -15,8 +15,8 @@ bool IsSlash(char16_t c) noexcept {
     return c == u'/' || c == u'\\';
 }
 
-/// Adds a character to a normalized path and keeps it normalized. A slash that closes "/./" takes the point
-/// away; what is left of it is the slash in front.
+/// Adds a character to a normalized path and keeps it normalized. A slash that closes "/./" removes the dot,
+/// which leaves the slash before it.
 void Append(std::u16string& path, char16_t c) {
     if (c == u'/') {
         if (path.ends_with(u"/.")) path.pop_back();
@@ -30,7 +30,7 @@ std::u16string WithSlash(std::u16string folder) {
     return folder;
 }
 
-/// Of a test; never destroyed, because the folder is asked until the very end of the process.
+/// Set by a test; never destroyed, because the folder is needed until the very end of the process.
 std::optional<std::u16string>& DocumentsOfTest() {
     static auto* const folder = new std::optional<std::u16string>;
     return *folder;
@@ -85,7 +85,7 @@ std::u16string GetModulePath() {
 }
 
 std::filesystem::path ToSystemPath(std::u16string_view path) {
-    if (path.find(u'\0') != std::u16string_view::npos) return {}; // the system would see half of it
+    if (path.find(u'\0') != std::u16string_view::npos) return {}; // the system would stop there
     const auto text = ToUtf8(path);
     return std::u8string(text.begin(), text.end());
 }

@@ -23,10 +23,10 @@ namespace {
 using Platform::Files;
 using Platform::IFileSystem;
 
-/// Longer than any session's log; of what is longer only the end is read.
+/// Longer than any session's log. Only the end of a longer file is read.
 constexpr std::size_t LongestLog = 16u << 20;
 
-/// Empty when the system names no temporary folder.
+/// Empty when the system has no temporary folder.
 std::u16string PathOf(std::u16string_view ending) {
     const auto folder = GetTemporaryFolder();
     if (folder.empty()) return {};
@@ -36,7 +36,7 @@ std::u16string PathOf(std::u16string_view ending) {
 /// The log of the process.
 class CSessionLog final {
 public:
-    /// When nothing of this library runs any more, but threads may have ended with the lock held.
+    /// Nothing of this library runs any more then, but threads may have ended while they held the lock.
     void CloseWithoutLock() noexcept {
         if (_file != IFileSystem::NoFile) Files().Close(_file);
         _file = IFileSystem::NoFile;
@@ -67,7 +67,7 @@ public:
 
     void DropUnsent() {
         const std::scoped_lock lock(_mutex);
-        if (_file == IFileSystem::NoFile) return; // the file may be that of the process that has the log
+        if (_file == IFileSystem::NoFile) return; // the file may belong to the process that has the log
         Files().Remove(ToSystemPath(UnsentLogPath()));
     }
 
@@ -91,13 +91,13 @@ private:
 
     std::recursive_mutex _mutex; // the first line writes another
     bool _begun = false;
-    IFileSystem::Handle _file = IFileSystem::NoFile; // at its end, since nobody else writes it
+    IFileSystem::Handle _file = IFileSystem::NoFile; // positioned at its end; no other process writes it
     std::u16string _previous;
     std::u16string _unsent;
 };
 
-/// Never destroyed: a host may end its instances when the library's static objects are gone, and the number
-/// of a closed file is that of the next one that the host opens.
+/// Never destroyed: a host may end its instances after the library's static objects are destroyed, and the
+/// descriptor of a closed file is reused for the next file that the host opens.
 CSessionLog& Log() {
     static CSessionLog& log = *[] {
         auto* const made = new CSessionLog;
@@ -107,12 +107,12 @@ CSessionLog& Log() {
     return log;
 }
 
-/// Writes a text that `make` composes; nothing when there is no memory for it.
+/// Writes the text that `make` composes; does nothing when there is no memory for it.
 template<typename Make>
 void WriteMade(Make make) noexcept {
     try {
         Log().Write(make());
-    } catch (...) { // the log is never an error
+    } catch (...) { // a failure to log is never an error
         return;
     }
 }

@@ -16,7 +16,7 @@ bool ShellOpen(std::u16string_view path, std::u16string_view arguments) noexcept
 
 bool OpenUrlOrFile(std::u16string_view target, std::u16string_view arguments, bool asAdministrator) noexcept {
     try {
-        if (target.find(u'\0') != std::u16string_view::npos) return false; // the system would see half of it
+        if (target.find(u'\0') != std::u16string_view::npos) return false; // the system would stop there
         const auto text = ToUtf8(target);
         if (text.empty()) return false;
         return Platform::OpenWithDesktop(

@@ -8,19 +8,19 @@ namespace KAV::Utils {
 
 CThread::~CThread() {
     Stop();
-    if (_handle.joinable()) _handle.detach(); // its own operation destroys it
+    if (_handle.joinable()) _handle.detach(); // the thread's own operation destroys the object
 }
 
 void CThread::Start() noexcept {
     if (_handle.joinable()) return;
     running = true;
     try {
-        const Platform::CQuietSignals quiet; // a host's signals are for the host's own threads
+        const Platform::CQuietSignals quiet; // the host's signals belong on the host's own threads
         _handle = std::thread([this] {
             _self = std::this_thread::get_id();
             try {
                 _client.OnThread(this);
-            } catch (...) { // it would end the host
+            } catch (...) { // an exception here would end the host
                 running = false;
             }
         });

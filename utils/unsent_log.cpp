@@ -11,7 +11,7 @@ namespace {
 using Platform::Files;
 using Platform::IFileSystem;
 
-/// A file that no other process has while this lives, if it could be opened.
+/// A file that no other process can open while this object lives, if it could be opened.
 class CFileAlone final {
 public:
     explicit CFileAlone(const std::filesystem::path& file) : _handle(Files().OpenAlone(file)) {}
@@ -32,7 +32,7 @@ bool ContinuesACharacter(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80u;
 }
 
-/// Reads and drops this many bytes.
+/// Reads this many bytes and discards them.
 bool Skip(IFileSystem::Handle file, std::uint64_t bytes) {
     std::array<char, 65536> piece{};
     while (bytes > 0) {
@@ -44,7 +44,7 @@ bool Skip(IFileSystem::Handle file, std::uint64_t bytes) {
 }
 
 void AppendLines(std::string& text, std::string_view lines) {
-    if (!text.empty() && text.back() != '\n') text += "\r\n"; // a crash has cut the last line
+    if (!text.empty() && text.back() != '\n') text += "\r\n"; // a crash cut the last line
     text += lines;
 }
 
@@ -53,7 +53,7 @@ void AppendLines(std::string& text, std::string_view lines) {
 std::string_view LastLines(std::string_view text, std::size_t longest) noexcept {
     if (text.size() <= longest) return text;
     const std::size_t cut = text.size() - longest;
-    const auto lineEnd = text.find('\n', cut - 1); // a cut right after a line's end keeps the whole next one
+    const auto lineEnd = text.find('\n', cut - 1); // a cut at the end of a line keeps the whole next one
     if (lineEnd != std::string_view::npos && lineEnd + 1 < text.size()) return text.substr(lineEnd + 1);
     text.remove_prefix(cut);
     const auto character = std::ranges::find_if_not(text, ContinuesACharacter);

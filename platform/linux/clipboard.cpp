@@ -12,7 +12,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// What this process has put there last.
+/// What this process last copied to the clipboard.
 class COwnedSelection final {
 public:
     void Keep(std::shared_ptr<CSelectionOwner> owner) {
@@ -20,15 +20,15 @@ public:
             const std::scoped_lock lock(_mutex);
             _owner.swap(owner);
         }
-        if (owner != nullptr) owner->End(); // the one before has lost the selection to this one
+        if (owner != nullptr) owner->End(); // the previous owner has lost the selection to this one
     }
 
 private:
     std::mutex _mutex;
-    std::shared_ptr<CSelectionOwner> _owner; // under the mutex
+    std::shared_ptr<CSelectionOwner> _owner; // guarded by the mutex
 };
 
-/// Never destroyed: a host may write to the clipboard when the library's own objects are gone.
+/// Never destroyed: a host may write to the clipboard after the library's static objects are destroyed.
 COwnedSelection& Owned() {
     static auto& selection = *new COwnedSelection;
     return selection;

@@ -11,7 +11,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// Adds the entry if it is one; asks for its kind only where the folder itself doesn't tell.
+/// Adds a directory entry; queries its type only where the directory itself doesn't say it.
 void Add(const dirent& entry, int folder, std::vector<SDirectoryEntry>& entries) {
     const std::string_view name = entry.d_name;
     if (name == "." || name == ".." || !utf8::is_valid(name.begin(), name.end())) return;

@@ -14,7 +14,7 @@ namespace KAV::Platform {
 namespace {
 
 template<typename Call>
-auto Retry(Call call) noexcept { // a signal to the host is no failure of ours
+auto Retry(Call call) noexcept { // a call interrupted by a signal of the host hasn't failed
     auto result = call();
     while (result < 0 && errno == EINTR) result = call();
     return result;
@@ -28,7 +28,7 @@ bool IsFile(int descriptor, struct stat& status) noexcept {
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// The longest piece that one call may take.
+/// The most that is passed to one call.
 constexpr std::size_t LongestPiece = std::size_t{1} << 30;
 
 class CSystemFiles final : public IFileSystem {
@@ -45,7 +45,7 @@ public:
         std::filesystem::path result;
         try {
             if (resolved != nullptr) result = resolved;
-        } catch (...) { // no memory: nothing to tell
+        } catch (...) { // no memory: nothing to report
             result.clear();
         }
         free(resolved);
@@ -61,7 +61,7 @@ public:
     }
 
     Handle OpenToRead(const std::filesystem::path& file) noexcept override {
-        // Opening a pipe would otherwise wait for its writer.
+        // Otherwise opening a pipe would wait for its writer.
         const int descriptor =
             Retry([&] { return open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
         struct stat status {};
@@ -86,7 +86,8 @@ public:
     }
 
     Handle OpenAlone(const std::filesystem::path& file) noexcept override {
-        // Its folder may be one in which everybody plants files: no link, no pipe, nothing of another user's.
+        // The folder may be one in which anyone can plant files: accept no link, no pipe and no file of
+        // another user.
         const int descriptor = Retry([&] {
             return open(
                 file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0600);
@@ -143,7 +144,7 @@ public:
     }
 
     bool Close(Handle file) noexcept override {
-        return close(Descriptor(file)) == 0 || errno == EINTR; // after a signal it is closed all the same
+        return close(Descriptor(file)) == 0 || errno == EINTR; // after a signal it is closed nevertheless
     }
 
     bool Replace(const std::filesystem::path& from, const std::filesystem::path& to) noexcept override {

@@ -14,10 +14,11 @@ namespace KAV::Platform {
 namespace {
 
 constexpr std::size_t LongestHead = 256u << 10;
-constexpr int LongestWaitMs = 50; // until the receiver is asked again
+constexpr int LongestWaitMs = 50; // until the receiver is polled again
 
-/// A connection that the server has closed raises SIGPIPE in the library for TLS, and a host may die of it.
-/// While this lives the signal is held back from this thread; what has come by then is taken away.
+/// On a connection that the server has closed, the TLS library raises SIGPIPE, which could end the host.
+/// While this object lives, the signal is blocked in this thread; one that is pending at its end is
+/// discarded.
 class CNoPipeSignal final {
 public:
     CNoPipeSignal() noexcept {
@@ -52,7 +53,7 @@ struct SFreeList {
     void operator()(curl_slist* list) const noexcept { Curl()->slist_free_all(list); }
 };
 
-/// An answer on its way from the library to the receiver.
+/// A response on its way from the library to the receiver.
 struct SAnswer {
     IHttpReceiver& receiver;
     SHttpHead head;
@@ -74,7 +75,7 @@ std::string_view Trimmed(std::string_view text) noexcept {
 }
 
 void ReadHeadLine(std::string_view line, SHttpHead& head) {
-    if (line.starts_with("HTTP/")) { // of this answer or, after a status below 200, of the next one
+    if (line.starts_with("HTTP/")) { // of this response or, after a status below 200, of the next one
         head = {};
         const auto blank = line.find(' ');
         if (blank == std::string_view::npos) return;
@@ -90,7 +91,7 @@ void ReadHeadLine(std::string_view line, SHttpHead& head) {
     if (EqualNames(name, "Location")) head.location = Trimmed(line.substr(colon + 1));
 }
 
-/// One line of the head, or of what may follow the bytes; 0 ends the exchange.
+/// One line of the head, or of the trailer that may follow the body; 0 ends the exchange.
 std::size_t OnHeadLine(char* data, std::size_t, std::size_t size, void* user) noexcept {
     auto& answer = *static_cast<SAnswer*>(user);
     answer.headSize += size;
@@ -119,7 +120,7 @@ std::size_t OnBytes(char* data, std::size_t, std::size_t size, void* user) noexc
 
 using List = std::unique_ptr<curl_slist, SFreeList>;
 
-/// Adds a line to a list that owns itself; false when there is no memory.
+/// Appends a line to a curl list; false when there is no memory.
 bool Append(List& list, const char* line) noexcept {
     curl_slist* const longer = Curl()->slist_append(list.get(), line);
     if (longer == nullptr) return false;
@@ -128,7 +129,7 @@ bool Append(List& list, const char* line) noexcept {
     return true;
 }
 
-/// The same lines as on the other system: none of the library's own but Host and what describes the body.
+/// The same header lines as on Windows: of the library's own only Host and those that describe the body.
 bool HeadLines(const SHttpRequest& request, List& list) noexcept {
     return Append(list, "Accept:") && Append(list, "Expect:") && Append(list, "Pragma: no-cache") &&
            (request.body.empty() || Append(list, "Content-Type: application/x-www-form-urlencoded"));
@@ -142,7 +143,7 @@ bool Prepare(CURL* easy, const SHttpRequest& request, const List& lines, SAnswer
                      std::to_string(request.port) + request.path;
     const long limitMs = static_cast<long>(request.timeLimitMs);
     set(CURLOPT_PATH_AS_IS, 1L);
-    set(CURLOPT_QUICK_EXIT, 1L); // a look-up of a name that nobody waits for any more; unknown before 7.87
+    set(CURLOPT_QUICK_EXIT, 1L); // don't wait for an abandoned name look-up; unknown before 7.87
     return set(CURLOPT_URL, url.c_str()) && set(CURLOPT_NOSIGNAL, 1L) &&
            (set(CURLOPT_PROTOCOLS_STR, "http,https") ||
                set(CURLOPT_PROTOCOLS, static_cast<long>(CURLPROTO_HTTP | CURLPROTO_HTTPS))) &&
@@ -161,8 +162,8 @@ bool Prepare(CURL* easy, const SHttpRequest& request, const List& lines, SAnswer
            set(CURLOPT_WRITEFUNCTION, &OnBytes) && set(CURLOPT_WRITEDATA, static_cast<void*>(&answer));
 }
 
-/// Runs what was added to `multi`. Not by the library's blocking call, which looks up only once a second
-/// whether it shall go on.
+/// Runs what was added to `multi`. The library's blocking call would not do, because it checks only once a
+/// second whether to continue.
 CURLcode Run(CURLM* multi, IHttpReceiver& receiver) noexcept {
     int running = 1;
     while (running > 0) {

@@ -14,8 +14,8 @@ extern "C" void NoteInterrupt(int) {
     interrupted.store(true, std::memory_order_relaxed);
 }
 
-/// A signal that the caller had the program ignore stays ignored: nohup and shells' background jobs rely on
-/// it.
+/// A signal that was ignored when the program started stays ignored: nohup and background jobs of shells rely
+/// on that.
 void Watch(int signal) noexcept {
     struct sigaction action {};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) return;

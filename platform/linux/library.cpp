@@ -9,7 +9,7 @@ std::string_view LibrarySuffix() noexcept {
 }
 
 void* OpenLibrary(const std::filesystem::path& file, std::string& reason) {
-    // Resolved now: a missing symbol shall be an error here and no crash in the first call.
+    // Symbols are resolved now, so that a missing one is an error here and not a crash in the first call.
     void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         const char* const error = dlerror();

@@ -22,7 +22,7 @@ bool HasDisplay() noexcept {
 bool ShowErrorBox(const std::string& title, const std::string& text) noexcept {
     try {
         if (!HasDisplay()) return false;
-        // The first that is there: of GNOME and its kin, of KDE, of any X server.
+        // The first program that is installed: for GNOME and its relatives, for KDE, for any X server.
         if (const auto box = FindProgram("zenity"); !box.empty())
             return StartDetached(box, {"--error", "--no-markup", "--title=" + title, "--text=" + text});
         if (const auto box = FindProgram("kdialog"); !box.empty())

@@ -13,10 +13,10 @@ namespace KAV::Platform {
 
 namespace {
 
-const char Anchor = 0; // any address of ours will do
+const char Anchor = 0; // any address in this module will do
 
-/// The kernel's own name of the file that is mapped where `address` lies: absolute whatever the host passed
-/// to the loader. Its table has one line per mapping: "from-to rights offset device inode   path".
+/// The kernel's name of the file that is mapped at `address`: absolute, whatever path the host passed to the
+/// loader. The kernel's table has one line per mapping: "from-to rights offset device inode   path".
 std::string MappedFile(std::uintptr_t address) {
     const auto table = ReadTable("/proc/self/maps");
     std::string_view lines = table;

@@ -11,11 +11,11 @@ namespace KAV::Platform {
 namespace {
 
 locale_t CLocale() noexcept {
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr); // the C library's own, never freed
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr); // the C library's, never freed
     return locale;
 }
 
-/// `errno` belongs to the caller's thread and to whatever it was just doing.
+/// Clears `errno` for a call of the C library, and restores it, because the calling thread may rely on it.
 class CKeepErrno final {
 public:
     CKeepErrno() noexcept { errno = 0; }

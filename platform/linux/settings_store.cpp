@@ -10,10 +10,10 @@
 #include <thread>
 #include <vector>
 
-// A key is a file of the configuration folder: kavelin/settings/<root>/<part>/.../<part>.json, an object that
-// has one member per value, its bytes as hexadecimal digits. A part that is too long for a file name is a
-// chain of folders, all but the last of which end with "%+". Whoever writes or moves a file holds the lock
-// file of the whole store; readers need none, since files are only ever replaced whole.
+// A key is a file in the configuration folder: kavelin/settings/<root>/<part>/.../<part>.json. It is an
+// object with one member per value, whose bytes are hexadecimal digits. A part that is too long for a file
+// name is a chain of folders, all but the last of which end with "%+". A process that writes or moves a file
+// holds the lock file of the whole store; readers need no lock, since files are only ever replaced whole.
 
 namespace KAV::Platform {
 
@@ -23,8 +23,8 @@ using Json = nlohmann::json;
 namespace fs = std::filesystem;
 
 constexpr std::size_t LongestPart = 255;              // UTF-16 code units, as in the registry
-constexpr std::size_t LongestName = 230;              // bytes; ".json.damaged-100" has to fit behind it
-constexpr std::uint64_t LargestFile = 16u << 20;      // of one key; larger isn't ours
+constexpr std::size_t LongestName = 230;              // bytes; ".json.damaged-100" has to fit after it
+constexpr std::uint64_t LargestFile = 16u << 20;      // of one key; a larger file isn't ours
 constexpr auto LongestWait = std::chrono::seconds(2); // for another process's write, which takes milliseconds
 
 const char* RootName(ESettingsRoot root) noexcept {
@@ -73,7 +73,7 @@ bool ContinuesACharacter(unsigned char byte) noexcept {
     return (byte & 0xC0u) == 0x80u;
 }
 
-/// Of UTF-8 text, in UTF-16 code units.
+/// The length of UTF-8 text in UTF-16 code units.
 std::size_t Length(std::string_view text) {
     std::size_t length = 0;
     for (const char c : text) {
@@ -128,13 +128,13 @@ bool IsOurs(const Json& values) {
 
 enum class EKey { Missing, Unreadable, Damaged, Good };
 
-/// Why nothing could be read. A file that can't be opened just now is no damaged one.
+/// The result of reading a key. A file that can't be opened at the moment isn't damaged.
 EKey WhyNothing(const fs::path& file) {
     const auto handle = Files().OpenToRead(file);
     if (handle == IFileSystem::NoFile)
         return Files().Kind(file) == IFileSystem::EKind::Missing ? EKey::Missing : EKey::Unreadable;
     std::uint64_t size = 0;
-    // A crash of the whole system may leave an empty file.
+    // A crash of the whole system can leave an empty file.
     const bool empty = Files().Size(handle, size) && size == 0;
     Files().Close(handle);
     return empty ? EKey::Damaged : EKey::Unreadable;
@@ -151,7 +151,7 @@ EKey ReadKey(const fs::path& file, Json& values) {
     return EKey::Good;
 }
 
-/// The store is this process's and this thread's while it lives, if it says so.
+/// While this object lives and Held() is true, no other process and no other thread has the store.
 class CStoreLock final {
 public:
     CStoreLock() {
@@ -176,7 +176,7 @@ private:
     IFileSystem::Handle _file = IFileSystem::NoFile;
 };
 
-/// Gives a damaged file another name, so that nothing of it is lost. Only under the lock.
+/// Renames a damaged file, so that nothing in it is lost. Call only with the lock held.
 bool KeepAside(const fs::path& file) {
     constexpr int kept = 100; // the last of them is overwritten
     for (int number = 1; number <= kept; ++number) {
@@ -188,12 +188,12 @@ bool KeepAside(const fs::path& file) {
     return false;
 }
 
-/// The values of a key for a reader. A damaged file is kept aside, and has none.
+/// The values of a key for a reader. A damaged file is kept under another name and counts as empty.
 Json Values(const fs::path& file) {
     Json values;
     if (ReadKey(file, values) != EKey::Damaged) return values;
     const CStoreLock lock;
-    if (lock.Held() && ReadKey(file, values) == EKey::Damaged) KeepAside(file); // nobody mended it meanwhile
+    if (lock.Held() && ReadKey(file, values) == EKey::Damaged) KeepAside(file); // still, under the lock
     return values;
 }
 

@@ -19,7 +19,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// The value of the first line "name : value" of a table of the kernel's.
+/// The value of the first line "name : value" in one of the kernel's tables.
 std::string TableValue(const std::string& table, const std::string& name) {
     for (std::size_t line = 0; line < table.size();) {
         const auto end = std::min(table.find('\n', line), table.size());
@@ -41,7 +41,7 @@ std::uint64_t Kilobytes(const std::string& table, const char* name) {
     return kilobytes * 1024;
 }
 
-/// The machine's own identifier, 32 hexadecimal digits that the system made at random when it was installed.
+/// The machine's identifier, 32 random hexadecimal digits chosen when the system was installed.
 std::string RawMachineIdentifier() {
     for (const char* const file : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
         auto text = ReadTable(file).substr(0, 32);
@@ -96,7 +96,7 @@ std::string MachineName() {
 std::string MachineIdentifier() {
     const auto raw = RawMachineIdentifier();
     if (raw.empty()) return {};
-    // A name-based UUID: a hash of the user's number under the key that the machine's identifier is.
+    // A name-based UUID: a hash of the user's number, with the machine's identifier as its key.
     boost::uuids::uuid key{};
     for (std::size_t i = 0; i < key.size(); ++i)
         std::from_chars(&raw[2 * i], &raw[2 * i] + 2, key.data[i], 16);
@@ -108,7 +108,7 @@ SMemory PhysicalMemory() noexcept {
     try {
         const auto table = ReadTable("/proc/meminfo");
         return {Kilobytes(table, "MemAvailable"), Kilobytes(table, "MemTotal")};
-    } catch (...) { // no memory left to read it into
+    } catch (...) { // no memory to read it into
         return {};
     }
 }

@@ -4,7 +4,7 @@
 
 namespace KAV::Platform {
 
-void PrepareTerminal() noexcept {} // takes UTF-8 as it is
+void PrepareTerminal() noexcept {} // terminals accept UTF-8 as it is
 
 bool ErrorStreamIsTerminal() noexcept {
     return isatty(STDERR_FILENO) == 1;

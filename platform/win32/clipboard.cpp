@@ -13,16 +13,15 @@ UINT Format(const std::string& format) {
     return RegisterClipboardFormatW(ToWide(format).c_str());
 }
 
-/// A window that is never seen and gets messages of its own thread alone. Whoever empties the clipboard
-/// becomes its owner by the window with which it was opened; without one there is no owner, and Windows
-/// refuses data from nobody.
+/// An invisible window that receives only messages of its own thread. Emptying the clipboard makes the window
+/// with which it was opened its owner. Without a window there is no owner, and Windows then refuses data.
 class CMessageWindow final {
 public:
     CMessageWindow() noexcept
         : _window(
               CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {}
     ~CMessageWindow() {
-        if (_window != nullptr) DestroyWindow(_window); // what was given stays
+        if (_window != nullptr) DestroyWindow(_window); // the data remains on the clipboard
     }
     CMessageWindow(const CMessageWindow&) = delete;
     CMessageWindow& operator=(const CMessageWindow&) = delete;
@@ -56,7 +55,7 @@ SBytes Copy(HGLOBAL memory) noexcept {
     return bytes;
 }
 
-/// The clipboard owns it if this succeeds.
+/// On success the clipboard owns it.
 bool Give(UINT format, const void* data, std::size_t size) noexcept {
     const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, size);
     if (memory == nullptr) return false;

@@ -13,7 +13,7 @@ std::filesystem::path ExecutableFile() {
             name.resize(length);
             return name;
         }
-        name.resize(name.size() * 2); // it was cut
+        name.resize(name.size() * 2); // the name was truncated
     }
 }
 

@@ -8,14 +8,14 @@ namespace KAV::Platform {
 
 namespace {
 
-/// The longest piece that one call may take.
+/// The most that is passed to one call.
 constexpr std::size_t LongestPiece = std::size_t{1} << 30;
 
 HANDLE Native(IFileSystem::Handle file) noexcept {
     return reinterpret_cast<HANDLE>(file);
 }
 
-/// A disk file; pipes and consoles have handles as well.
+/// Whether this is a disk file; pipes and consoles have handles as well.
 IFileSystem::Handle OnDisk(HANDLE file) noexcept {
     if (file == INVALID_HANDLE_VALUE) return IFileSystem::NoFile;
     if (GetFileType(file) != FILE_TYPE_DISK) {
@@ -36,7 +36,7 @@ public:
 
     std::filesystem::path Resolve(const std::filesystem::path& path) noexcept override {
         try {
-            return path; // links are rare here, and following them takes rights that users lack
+            return path; // links are rare here, as most users may not create them
         } catch (...) {
             return {};
         }
@@ -120,7 +120,7 @@ public:
     }
 
     bool FlushFolder(const std::filesystem::path&) noexcept override {
-        return true; // Replace() has written through
+        return true; // Replace() writes through to the disk
     }
 };
 

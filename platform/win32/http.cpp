@@ -14,9 +14,9 @@ namespace KAV::Platform {
 namespace {
 
 constexpr std::uint32_t LongestLimitMs = 10000;
-constexpr std::uint32_t LongestWaitMs = 50; // until the receiver is asked again
+constexpr std::uint32_t LongestWaitMs = 50; // until the receiver is polled again
 
-/// Hands over what comes until the end, or nothing when it isn't to be waited for any more.
+/// Passes on what arrives, until the end or until the receiver cancels.
 SHttpResult Fetch(CWinInetExchange& exchange, std::uint32_t limitMs, IHttpReceiver& receiver) noexcept {
     const ULONGLONG endTick = GetTickCount64() + limitMs;
     while (true) {

@@ -27,10 +27,10 @@ std::string_view LibrarySuffix() noexcept {
 }
 
 void* OpenLibrary(const std::filesystem::path& file, std::string& reason) {
-    // Without this the system may ask for a missing library in a message box, and a batch run would stand
-    // still.
+    // Without this the system may ask for a missing library in a message box, which would stop a batch run.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-    // The altered search order looks for the library's own needs beside it; it wants backslashes.
+    // The altered search order finds the libraries that this one needs in its own folder. It requires
+    // backslashes.
     auto native = file;
     native.make_preferred();
     const HMODULE library = LoadLibraryExW(native.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

@@ -8,7 +8,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// A service has a desktop that nobody sees, where a box would wait for ever.
+/// A service has an invisible desktop, where a message box would wait for ever.
 bool HasUser() noexcept {
     USEROBJECTFLAGS flags{};
     DWORD length = 0;

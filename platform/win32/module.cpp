@@ -7,7 +7,7 @@
 namespace KAV::Platform {
 
 void* ThisModule() noexcept {
-    static const char anchor = 0; // any address of ours will do
+    static const char anchor = 0; // any address in this module will do
     HMODULE module = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
         reinterpret_cast<LPCWSTR>(&anchor), &module);
@@ -18,12 +18,12 @@ std::filesystem::path ModuleFile() {
     std::array<wchar_t, MAX_PATH + 1> path{};
     const DWORD length =
         GetModuleFileNameW(static_cast<HMODULE>(ThisModule()), path.data(), static_cast<DWORD>(path.size()));
-    if (length == 0 || length >= path.size()) return {}; // half a path leads elsewhere
+    if (length == 0 || length >= path.size()) return {}; // a truncated path names something else
     return std::wstring(path.data(), length);
 }
 
 void AtUnload(void (*function)()) noexcept {
-    std::atexit(function); // a library has a list of its own, which its unloading works off
+    std::atexit(function); // a library has its own list, which runs when it is unloaded
 }
 
 } // namespace KAV::Platform

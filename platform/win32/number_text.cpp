@@ -7,9 +7,9 @@
 #include <string_view>
 #include <system_error>
 
-// Of the C library's readers here, the one that takes a locale knows neither hexadecimal nor "inf" and "nan",
-// and has no single precision; the others take the decimal point from the process's locale. The C++ library
-// reads exactly and knows no locale; what C allows around the digits is added here.
+// The function of this C library that accepts a locale reads neither hexadecimal nor "inf" and "nan", and
+// has no single precision; the others take the decimal point from the process's locale. The C++ library reads
+// exactly and ignores the locale. What C also allows around the digits is handled here.
 
 namespace KAV::Platform {
 
@@ -28,12 +28,12 @@ SSigned SkipBlanksAndSign(const char* text) noexcept {
         rest.negative = rest.digits.front() == '-';
         rest.digits.remove_prefix(1);
     }
-    // The C++ library would take a second minus.
+    // The C++ library would accept a second minus.
     if (rest.digits.starts_with('-')) rest.digits = {};
     return rest;
 }
 
-/// The digits in front of the exponent aren't all zero.
+/// Whether any digit before the exponent is not zero.
 bool HasValue(std::string_view mantissa, char exponent) noexcept {
     for (const char c : mantissa) {
         if ((c | 0x20) == exponent) return false;
@@ -42,8 +42,8 @@ bool HasValue(std::string_view mantissa, char exponent) noexcept {
     return false;
 }
 
-/// Reads digits of one kind; what is too large or too small for a float is out of range, whichever way the
-/// library tells it.
+/// Reads decimal or hexadecimal digits. A value too large or too small for a float is out of range, however
+/// the library reports that.
 std::from_chars_result Read(
     std::string_view digits, float& number, std::chars_format format, char exponent) noexcept {
     auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number, format);
@@ -55,7 +55,7 @@ std::from_chars_result Read(
     return result;
 }
 
-/// "0x" is a prefix only if hexadecimal digits follow; otherwise the number is its zero.
+/// "0x" is a prefix only if hexadecimal digits follow; otherwise the number is just its "0".
 std::from_chars_result ReadDigits(std::string_view digits, float& number) noexcept {
     const bool prefix = digits.size() > 2 && digits[0] == '0' && (digits[1] | 0x20) == 'x';
     if (prefix && digits[2] != '-' && (digits[2] | 0x20) != 'i' && (digits[2] | 0x20) != 'n') {

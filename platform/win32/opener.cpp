@@ -21,7 +21,7 @@ bool OpenWithDesktop(const std::string& target, const std::string& arguments, EO
         request.nShow = SW_SHOWNORMAL;
         if (ShellExecuteExW(&request) == 0) return false;
         if (request.hProcess != nullptr) {
-            SetPriorityClass(request.hProcess, NORMAL_PRIORITY_CLASS); // not the host's raised one
+            SetPriorityClass(request.hProcess, NORMAL_PRIORITY_CLASS); // not the host's raised priority
             CloseHandle(request.hProcess);
         }
         return true;

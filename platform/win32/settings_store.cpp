@@ -26,14 +26,14 @@ HKEY Root(ESettingsRoot root) noexcept {
     return HKEY_CURRENT_USER;
 }
 
-/// The registry's form of a key: each part with a backslash behind.
+/// The registry's form of a key: each part is followed by a backslash.
 std::wstring KeyPath(const std::string& key) {
     auto path = ToWide(key);
     std::replace(path.begin(), path.end(), L'/', L'\\');
     return path + L'\\';
 }
 
-/// An open key, closed in all cases.
+/// An open key, closed at the end of the scope.
 class CKey final {
 public:
     CKey() = default;
@@ -68,7 +68,7 @@ SBytes Read(ESettingsRoot root, const std::string& key, const std::string& name)
     DWORD read = size;
     const LSTATUS status = RegQueryValueExW(
         open.Get(), value.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(bytes.data.get()), &read);
-    if (status != ERROR_SUCCESS || read != size) return {}; // somebody wrote in between
+    if (status != ERROR_SUCCESS || read != size) return {}; // another process wrote in between
     return bytes;
 }
 

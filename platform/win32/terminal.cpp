@@ -12,7 +12,7 @@ void PrepareTerminal() noexcept {
 }
 
 bool ErrorStreamIsTerminal() noexcept {
-    DWORD mode = 0; // only a console has one; the null device counts as a character device, too
+    DWORD mode = 0; // only a console has a mode; the null device is a character device, too
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 

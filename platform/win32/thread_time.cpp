@@ -19,7 +19,7 @@ std::int64_t ThreadTimeNs() noexcept {
 }
 
 std::int64_t ThreadTimeStepNs() noexcept {
-    return 15'625'000; // the scheduler's tick, 64 in a second, unless a program has asked for a faster one
+    return 15'625'000; // the scheduler's tick, 64 per second, unless a program has requested a faster one
 }
 
 } // namespace KAV::Platform

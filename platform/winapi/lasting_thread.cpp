@@ -9,7 +9,7 @@ namespace KAV::Platform {
 namespace {
 
 struct SWork {
-    HMODULE library = nullptr; // held once more by this thread
+    HMODULE library = nullptr; // this thread's own reference
     std::function<void()> run;
 };
 
@@ -20,7 +20,7 @@ DWORD WINAPI Run(void* given) {
         library = work->library;
         work->run();
     }
-    FreeLibraryAndExitThread(library, 0); // there may be no code of ours to return to
+    FreeLibraryAndExitThread(library, 0); // our code may be unloaded by now, so we can't return to it
 }
 
 } // namespace
@@ -37,7 +37,7 @@ bool StartLastingThread(std::function<void()> work) {
         FreeLibrary(given->library);
         return false;
     }
-    (void)given.release(); // the thread's
+    (void)given.release(); // the thread owns it now
     CloseHandle(thread);
     return true;
 }

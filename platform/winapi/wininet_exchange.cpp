@@ -17,13 +17,13 @@ namespace {
 
 constexpr DWORD LongestHead = 256u << 10; // bytes
 constexpr DWORD Block = 4096;
-constexpr std::size_t MostUnfetched = 1u << 20; // bytes that wait to be fetched
+constexpr std::size_t MostUnfetched = 1u << 20; // bytes received but not yet fetched
 
 SHttpResult LastFailure(EHttpEnd end = EHttpEnd::Failed) noexcept {
     return {end, static_cast<std::int32_t>(GetLastError())};
 }
 
-/// Of one handle: not every version of the library hands the limits on to those that are made from it.
+/// Sets the limits of one handle: some versions of the library don't pass them on to handles made from it.
 void LimitWaits(HINTERNET handle, DWORD limitMs) noexcept {
     DWORD once = 1;
     for (const int option :
@@ -33,7 +33,7 @@ void LimitWaits(HINTERNET handle, DWORD limitMs) noexcept {
     WinInet()->SetOption(handle, INTERNET_OPTION_CONNECT_RETRIES, &once, sizeof(once));
 }
 
-/// A line of the head by the library's number for it; empty when there is none.
+/// A header line by the library's number for it; empty when there is no such line.
 std::string HeadLine(HINTERNET request, DWORD which) {
     DWORD size = 0;
     DWORD first = 0;
@@ -68,7 +68,7 @@ bool ReadHead(HINTERNET request, SHttpHead& head) {
     return true;
 }
 
-/// How many bytes follow the head; the largest number when it doesn't tell.
+/// How many bytes follow the head; the largest number when the head doesn't say.
 std::uint64_t BodyLength(HINTERNET request) {
     const auto text = HeadLine(request, HTTP_QUERY_CONTENT_LENGTH);
     std::uint64_t length = 0;
@@ -113,7 +113,7 @@ void CWinInetExchange::GiveUp() noexcept {
     CloseHandles();
 }
 
-/// Of those that are made from others the last one first. Closed once, by whichever thread comes first.
+/// Closes handles in reverse order of creation. Each is closed once, by the first thread to get here.
 void CWinInetExchange::CloseHandles() noexcept {
     std::vector<void*> handles;
     {
@@ -123,7 +123,7 @@ void CWinInetExchange::CloseHandles() noexcept {
     for (auto* const handle : std::views::reverse(handles)) WinInet()->CloseHandle(handle);
 }
 
-/// Null for no handle, and when the exchange has been given up.
+/// Null when there is no handle, and when the exchange has been abandoned.
 void* CWinInetExchange::Keep(void* handle) {
     if (handle == nullptr) return nullptr;
     const std::scoped_lock lock(_mutex);
@@ -154,7 +154,7 @@ bool CWinInetExchange::Take(const char* data, std::size_t size) {
     return true;
 }
 
-/// What has come is taken at once: reading whole blocks would wait for a server that sends a byte a second.
+/// Takes what has arrived at once: reading whole blocks would wait for a server that sends one byte a second.
 SHttpResult CWinInetExchange::ReadBytes(void* request, std::uint64_t length) {
     std::array<char, Block> block{};
     while (true) {
@@ -166,7 +166,7 @@ SHttpResult CWinInetExchange::ReadBytes(void* request, std::uint64_t length) {
             return LastFailure(
                 GetLastError() == ERROR_INTERNET_TIMEOUT ? EHttpEnd::Failed : EHttpEnd::CutShort);
         }
-        got = static_cast<DWORD>(std::min<std::uint64_t>(got, length)); // more may lie in the same packet
+        got = static_cast<DWORD>(std::min<std::uint64_t>(got, length)); // the same packet may contain more
         length -= got;
         if (got == 0) return {EHttpEnd::Whole, 0};
         if (!Take(block.data(), got)) return GivenUp;
@@ -196,7 +196,7 @@ SHttpResult CWinInetExchange::Exchange() {
     }
     SHttpHead head;
     if (!ReadHead(asked, head)) return LastFailure();
-    if (head.status == 0) return {EHttpEnd::Failed, ERROR_HTTP_INVALID_SERVER_RESPONSE}; // broken off in it
+    if (head.status == 0) return {EHttpEnd::Failed, ERROR_HTTP_INVALID_SERVER_RESPONSE}; // cut off in it
     if (HeadIsTooLong(asked)) return {EHttpEnd::Failed, ERROR_HTTP_INVALID_SERVER_RESPONSE};
     const auto length = BodyLength(asked);
     if (!Begin(std::move(head))) return GivenUp;

@@ -15,7 +15,7 @@ bool Find(HMODULE library, const char* name, Function& function) noexcept {
     return function != nullptr;
 }
 
-/// Of the system's own folder: a host's current folder may hold anything under that name.
+/// From the system's own folder: the host's current folder may contain anything under that name.
 HMODULE LoadSystemLibrary(const wchar_t* name) {
     std::array<wchar_t, MAX_PATH> folder{};
     const UINT length = GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size()));

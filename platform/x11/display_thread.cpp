@@ -17,20 +17,20 @@ namespace {
 
 constexpr auto LongestWait = std::chrono::seconds(3);
 
-/// The display of a name like ":0" or "unix:0.0" or "localhost:10" is near.
+/// Whether a display with a name like ":0" or "unix:0.0" or "localhost:10" is on this machine.
 bool IsHere(std::string_view display) noexcept {
     const auto host = display.substr(0, display.rfind(':'));
     return host.size() < display.size() &&
            (host.empty() || host == "unix" || host == "localhost" || host.front() == '/');
 }
 
-/// Displays with work that was left to itself.
+/// Displays on which abandoned work is still running.
 struct SOverdue {
     std::mutex mutex;
-    std::multiset<std::string> displays; // under the mutex
+    std::multiset<std::string> displays; // guarded by the mutex
 };
 
-/// Never destroyed: work that was left to itself may end at any time.
+/// Never destroyed: abandoned work may end at any time.
 SOverdue& Overdue() {
     static auto& overdue = *new SOverdue;
     return overdue;
@@ -41,20 +41,20 @@ bool IsOverdue(const std::string& display) {
     return Overdue().displays.contains(display);
 }
 
-/// What the thread and the one that waits for it share.
+/// What the thread shares with the one that waits for it.
 class CCall final {
 public:
     explicit CCall(std::string display) : _display(std::move(display)) {}
 
     const std::string& Display() const noexcept { return _display; }
 
-    /// True when the work has ended in time.
+    /// True when the work ended in time.
     bool Wait() noexcept {
         std::unique_lock lock(Overdue().mutex);
         if (_end.wait_for(lock, LongestWait, [this] { return _ended; })) return true;
         try {
             _leftAlone = Overdue().displays.insert(_display);
-        } catch (...) { // no memory: the display will be asked again too early
+        } catch (...) { // no memory: this display will be tried again too early
         }
         return false;
     }
@@ -69,7 +69,7 @@ public:
 private:
     const std::string _display;
     std::condition_variable _end;
-    bool _ended = false; // under the mutex, as is the next
+    bool _ended = false; // guarded by the mutex, like the next one
     std::multiset<std::string>::iterator _leftAlone = Overdue().displays.end();
 };
 
@@ -89,7 +89,7 @@ bool RunOnDisplayThread(std::function<void(const std::string& display)> work) {
     });
     const bool ended = call->Wait();
     if (ended) {
-        thread.join(); // at once
+        thread.join(); // returns at once
     } else {
         thread.detach();
     }

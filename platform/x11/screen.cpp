@@ -10,8 +10,8 @@ namespace KAV::Platform {
 
 namespace {
 
-/// What the desktop has put into the root window for its programs: lines "name:\tvalue". Dots per inch, 96
-/// when nobody has set any.
+/// Dots per inch as the desktop announces them in a property of the root window, which has lines
+/// "name:\tvalue". 96 when there is no such line.
 int DotsPerInch(xcb_connection_t* connection, xcb_window_t root) {
     constexpr int usual = 96;
     constexpr std::uint32_t words = 0x10000;

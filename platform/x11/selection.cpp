@@ -16,7 +16,7 @@ namespace {
 
 using XEvent = XReply<xcb_generic_event_t>;
 
-constexpr auto LongestWait = std::chrono::seconds(1); // for the answer of another program
+constexpr auto LongestWait = std::chrono::seconds(1); // for another program's answer
 
 xcb_window_t MakeWindow(xcb_connection_t* connection) {
     const auto* const screen = FirstScreen(connection);
@@ -27,7 +27,7 @@ xcb_window_t MakeWindow(xcb_connection_t* connection) {
     return window;
 }
 
-/// The next event of a connection, waited for until the deadline; null when none came or it broke.
+/// Waits until the deadline for a connection's next event; null when none arrived or the connection broke.
 XEvent NextEvent(xcb_connection_t* connection, std::chrono::steady_clock::time_point deadline) {
     while (true) {
         XEvent event(Xcb()->poll_for_event(connection));
@@ -40,7 +40,7 @@ XEvent NextEvent(xcb_connection_t* connection, std::chrono::steady_clock::time_p
     }
 }
 
-/// The answer to our request for the selection has come.
+/// The answer to our request for the selection has arrived.
 bool Answered(xcb_connection_t* connection) {
     const auto deadline = std::chrono::steady_clock::now() + LongestWait;
     while (const auto event = NextEvent(connection, deadline)) {
@@ -63,7 +63,7 @@ SBytes Property(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t pr
     return bytes;
 }
 
-/// What fits into one request that changes a property, in bytes.
+/// How many bytes fit into one request that changes a property.
 std::size_t LargestProperty(xcb_connection_t* connection) {
     constexpr std::size_t head = 64;
     return std::size_t{Xcb()->get_maximum_request_length(connection)} * 4 - head;
@@ -116,7 +116,7 @@ void CSelectionOwner::Serve() noexcept {
             if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return;
             if (waits[1].revents != 0) return;
         }
-    } catch (...) { // no memory: whoever asks gets no answer
+    } catch (...) { // no memory: the program that asks gets no answer
         return;
     }
 }
@@ -124,7 +124,7 @@ void CSelectionOwner::Serve() noexcept {
 bool CSelectionOwner::Handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7Fu) {
     case XCB_SELECTION_CLEAR:
-        return false; // another program's from now on
+        return false; // another program owns it from now on
     case XCB_SELECTION_REQUEST:
         Answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
         break;
@@ -135,7 +135,7 @@ bool CSelectionOwner::Handle(const xcb_generic_event_t& event) {
 }
 
 void CSelectionOwner::Answer(const xcb_selection_request_event_t& request) {
-    std::array<char, 32> message{}; // events have this size on the wire, whatever they hold
+    std::array<char, 32> message{}; // every event has this size on the wire
     xcb_selection_notify_event_t answer{};
     answer.response_type = XCB_SELECTION_NOTIFY;
     answer.time = request.time;

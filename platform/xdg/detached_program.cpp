@@ -23,7 +23,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// The environment without what the host may have set for the loader of its own libraries.
+/// The environment without the variables that the host may have set for loading its own libraries.
 std::vector<char*> Environment() {
     std::vector<char*> variables;
     for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
@@ -33,7 +33,7 @@ std::vector<char*> Environment() {
     return variables;
 }
 
-/// All that a new process is started with.
+/// Everything that a new process is started with.
 struct SLaunch {
     std::string program;
     std::vector<std::string> texts; // the program's arguments
@@ -41,7 +41,7 @@ struct SLaunch {
     std::vector<char*> arguments; // the program and its arguments, ended by null
 };
 
-/// Nothing but /dev/null as the standard streams, and no other descriptor of the host's.
+/// The standard streams are /dev/null, and no other descriptor of the host is inherited.
 class CNoDescriptors final {
 public:
     CNoDescriptors() noexcept
@@ -63,12 +63,12 @@ private:
     bool _complete;
 };
 
-/// A session of its own, and every signal as a new program expects it.
+/// Its own session, and every signal as a new program expects it.
 class CNoSignals final {
 public:
     CNoSignals() noexcept : _ready(posix_spawnattr_init(&_attributes) == 0) {
-        // sigfillset() would leave out the two that the C library keeps to itself, and the program would
-        // begin with those ignored.
+        // sigfillset() would leave out the two signals that the C library reserves, and the program would
+        // start with those ignored.
         sigset_t all;
         std::memset(&all, 0xFF, sizeof(all));
         sigset_t none;
@@ -91,9 +91,9 @@ private:
     bool _complete = false;
 };
 
-/// The new program's number; -1 when it can't be started. Unlike fork(), this doesn't write-protect the
-/// host's memory to share it with a copy: the audio thread would pay for that with a page fault for each page
-/// it writes to next.
+/// The process number of the new program; -1 when it can't be started. Unlike fork(), this doesn't
+/// write-protect the host's memory to share it with a copy. That would cost the audio thread a page fault
+/// for each page that it writes next.
 pid_t Spawn(const SLaunch& launch) noexcept {
     const CNoDescriptors descriptors;
     const CNoSignals signals;
@@ -104,22 +104,22 @@ pid_t Spawn(const SLaunch& launch) noexcept {
     return error == 0 ? program : -1;
 }
 
-/// Gives up the raised priority that this thread may have from the one that started it. Programs that it
-/// starts inherit what it has then.
+/// Gives up a raised priority that this thread may have inherited from the one that started it, so that the
+/// programs it starts don't inherit it in turn.
 void TakeOrdinaryPriority() noexcept {
     const sched_param ordinary{};
     sched_setscheduler(0, SCHED_OTHER, &ordinary);
-    if (getpriority(PRIO_PROCESS, 0) < 0) setpriority(PRIO_PROCESS, 0, 0); // on Linux that of a thread
+    if (getpriority(PRIO_PROCESS, 0) < 0) setpriority(PRIO_PROCESS, 0, 0); // on Linux this is the thread's
 }
 
-/// Waits for the end of one program and for no other child: those are the host's. A host that ignores its
-/// children, or waits for all of them, leaves none to wait for.
+/// Waits for the end of one program and for no other child, because those are the host's. If the host ignores
+/// its children or waits for all of them, there is nothing left to wait for.
 void Reap(pid_t program) noexcept {
     while (waitpid(program, nullptr, 0) < 0 && errno == EINTR) {}
 }
 
-/// Starts the program from a thread of its own, which stays until the program ends: a program whose parent
-/// doesn't wait for it would be left as a zombie.
+/// Starts the program from a new thread, which stays until the program ends: a program whose parent doesn't
+/// wait for it would remain as a zombie.
 bool Start(const SLaunch& launch) {
     std::promise<bool> promise;
     auto started = promise.get_future();
@@ -127,7 +127,7 @@ bool Start(const SLaunch& launch) {
     std::thread([&launch, promise = std::move(promise)]() mutable {
         TakeOrdinaryPriority();
         const pid_t program = Spawn(launch);
-        promise.set_value(program > 0); // from here on there is no launch any more
+        promise.set_value(program > 0); // `launch` must not be used after this
         if (program > 0) Reap(program);
     }).detach();
     return started.get();
@@ -142,7 +142,7 @@ std::string FindProgram(std::string_view name) {
         const auto end = folders.find(':');
         const auto folder = folders.substr(0, end);
         folders.remove_prefix(end == std::string_view::npos ? folders.size() : end + 1);
-        if (!folder.starts_with('/')) continue; // "here" is wherever the host happens to be
+        if (!folder.starts_with('/')) continue; // relative to whatever folder the host happens to be in
         auto program = std::string(folder).append("/").append(name);
         if (access(program.c_str(), X_OK) == 0) return program;
     }
