@@ -99,8 +99,8 @@ Painter BodyPainter(const SFrame& frame) {
                 .radius = 1.8,
                 .depth = 2.4,
                 .ground = &Gap});
-        carve({.rect = {GainReductionRect.x - 3, GainReductionRect.y - 3, GainReductionRect.w + 6,
-                   GainReductionRect.h + 6},
+        carve({.rect = {GainReductionRect().x - 3, GainReductionRect().y - 3, GainReductionRect().w + 6,
+                   GainReductionRect().h + 6},
             .radius = 3,
             .depth = 1.8,
             .ground = &Glass});

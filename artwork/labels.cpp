@@ -40,12 +40,12 @@ struct SMeterScale {
 constexpr SMeterScale MeterScales[] = {{255.2, 1}, {499.8, -1}};
 
 double MeterY(double db) {
-    const SRect rect = PlaceOf("Input Meter").rect;
+    const SRect rect = PlaceOf("Input Meter 1").rect;
     return rect.Bottom() - rect.h * MeterValue(db);
 }
 
 double ReductionY(double db) {
-    return GainReductionRect.y + GainReductionRect.h * ReductionHeight(db);
+    return GainReductionRect().y + GainReductionRect().h * ReductionHeight(db);
 }
 
 void AddBodyLabels(std::vector<SLabel>& labels) {
@@ -72,9 +72,10 @@ void AddBodyLabels(std::vector<SLabel>& labels) {
             labels.push_back({std::to_string(n + 1), x + side, 440.5, ETone::Fine});
     }
     for (const int db : ReductionLevels)
-        labels.push_back({std::to_string(db), GainReductionRect.x + 11.5, ReductionY(db), ETone::Number, 1});
-    labels.push_back({"Gain Reduction", GainReductionRect.CentreX(), 380, ETone::Name});
-    labels.push_back({"dB", GainReductionRect.CentreX(), 391, ETone::Number});
+        labels.push_back(
+            {std::to_string(db), GainReductionRect().x + 11.5, ReductionY(db), ETone::Number, 1});
+    labels.push_back({"Gain Reduction", GainReductionRect().CentreX(), 380, ETone::Name});
+    labels.push_back({"dB", GainReductionRect().CentreX(), 391, ETone::Number});
 }
 
 void AddKnobLabels(std::vector<SLabel>& labels, std::string_view place) {
@@ -93,7 +94,7 @@ void AddKnobLabels(std::vector<SLabel>& labels, std::string_view place) {
 /// Only the direction: a macro has no unit of its own.
 void AddMacroLabels(std::vector<SLabel>& labels) {
     for (const auto& place : Places()) {
-        if (place.name != "MacroKnob") continue;
+        if (place.widget != EClass::MacroKnob) continue;
         labels.push_back({"\u2212", place.rect.CentreX() - 20, place.rect.CentreY() + 18.2, ETone::Number});
         labels.push_back({"+", place.rect.CentreX() + 20, place.rect.CentreY() + 18.2, ETone::Number});
     }
@@ -128,7 +129,7 @@ void AddBodyLines(std::vector<SScaleLine>& lines) {
     }
     for (const int db : ReductionLevels)
         lines.push_back(
-            {GainReductionRect.x + 14, ReductionY(db), GainReductionRect.Right(), ReductionY(db), false});
+            {GainReductionRect().x + 14, ReductionY(db), GainReductionRect().Right(), ReductionY(db), false});
 }
 
 } // namespace
@@ -177,7 +178,7 @@ std::vector<SScaleLine> ScaleLinesOf(EBand band) {
         for (const auto* place : {"Main Input Gain", "Main Output Gain"})
             AddKnobLines(lines, PlaceOf(place).rect, MainGainTicks, MainTickInner, MainTickOuter);
         for (const auto& place : Places()) {
-            if (place.name == "MacroKnob")
+            if (place.widget == EClass::MacroKnob)
                 AddKnobLines(lines, place.rect, MacroTicks, MacroTickInner, MacroTickOuter);
         }
     }

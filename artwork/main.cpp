@@ -20,16 +20,16 @@ void WriteManifest(const std::filesystem::path& folder) {
     std::ofstream manifest(folder / "manifest.txt", std::ios::binary);
     manifest
         << "# FILE RESOURCE: the pictures, and the names under which the library carries them (type IMG).\n";
-    for (const auto& sprite : Sprites()) manifest << sprite.name << ".png " << sprite.resource << '\n';
+    for (const auto& sprite : Sprites) manifest << sprite.stem << ".png " << ResourceNameOf(sprite) << '\n';
 }
 
 int Run(const std::filesystem::path& folder, const std::vector<std::string>& names) {
     std::filesystem::create_directories(folder);
     if (names.empty()) WriteManifest(folder);
     for (const auto& name : names) SpriteOf(name);
-    for (const auto& sprite : Sprites()) {
-        if (!names.empty() && std::find(names.begin(), names.end(), sprite.name) == names.end()) continue;
-        WritePng(folder / (std::string(sprite.name) + ".png"), Paint(sprite));
+    for (const auto& sprite : Sprites) {
+        if (!names.empty() && std::find(names.begin(), names.end(), sprite.stem) == names.end()) continue;
+        WritePng(folder / (std::string(sprite.stem) + ".png"), Paint(sprite));
     }
     return 0;
 }

@@ -81,8 +81,8 @@ void ForEach(int count, const Work& work) {
 } // namespace
 
 Painter PainterOf(const SSprite& sprite) {
-    const auto found = Factories().find(sprite.name);
-    if (found == Factories().end()) throw std::out_of_range("nobody draws " + std::string(sprite.name));
+    const auto found = Factories().find(sprite.stem);
+    if (found == Factories().end()) throw std::out_of_range("nobody draws " + std::string(sprite.stem));
     return found->second(FrameOf(sprite));
 }
 

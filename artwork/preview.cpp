@@ -49,19 +49,19 @@ double FaderValueOf(std::string_view name, bool busy) {
 SLook TopBarLook(const SPlace& place, int ordinal, bool busy) {
     SLook look;
     const int channels = busy ? 6 : 2;
-    if (place.name == "ToolMeterCh") {
+    if (place.name.starts_with("ToolMeterCh")) {
         look.frame = busy ? FrameOf(MeterAt(ordinal, 0.9), 16) : 0;
-    } else if (place.name == "ToolMeterFx") {
+    } else if (place.name.starts_with("ToolMeterFx")) {
         constexpr std::array<double, 4> levels{0.6, 0.86, 0, 0.3};
         look.frame = busy ? FrameOf(levels[static_cast<std::size_t>(ordinal)], 16) : 0;
-    } else if (place.name == "ToolCh") {
+    } else if (place.widget == EClass::ChannelBtn) {
         constexpr std::array<const char*, 6> names{"L", "R", "C", "LFE", "Ls", "Rs"};
         look.visible = ordinal < channels;
         look.frame = look.visible ? 1 : 0;
         if (look.visible) look.text = names[static_cast<std::size_t>(ordinal)];
         look.textSize = PointsToPixels(place.rect.w * (ordinal % 8 < 4 ? 0.13 : 0.12));
         look.textColour = ButtonText;
-    } else if (place.name == "ToolBtnFx") {
+    } else if (place.widget == EClass::FxBtn) {
         look.frame = ordinal == (busy ? 1 : 0) ? 1 : 0;
         if (busy && ordinal == 1) look.tint = Solo;
         if (busy && ordinal == 2) look.tint = Mute;
@@ -74,7 +74,7 @@ SLook TopBarLook(const SPlace& place, int ordinal, bool busy) {
 
 SLook MacroLook(const SPlace& place, int ordinal, bool busy) {
     SLook look;
-    if (place.name == "MacroKnob") {
+    if (place.widget == EClass::MacroKnob) {
         constexpr std::array<double, 5> values{0.72, 0.5, 0.31, 0.5, 0.94};
         look.frame = FrameOf(busy ? values[static_cast<std::size_t>(ordinal)] : 0.5);
         return look;
@@ -95,7 +95,7 @@ struct SMoment {
 };
 constexpr std::array Moments{
     SMoment{"Limiter", {1, 1}, {"", ""}},
-    SMoment{"High Quality", {0, 1}, {"", ""}},
+    SMoment{"Hiqh Quality", {0, 1}, {"", ""}},
     SMoment{"UpdateLed", {0, 1}, {"", ""}},
     SMoment{"ToolBtnUndo", {1, 0}, {"", ""}},
     SMoment{"ToolBtnRedo", {1, 1}, {"", ""}},
@@ -103,13 +103,19 @@ constexpr std::array Moments{
     SMoment{"Oversampling", {0, 0}, {"OS x1", "OS x4"}},
 };
 
+/// The number at the end of a name, counted from 0; 0 without one.
+int OrdinalOf(std::string_view name) {
+    const auto digits = name.find_first_of("0123456789");
+    return digits == std::string_view::npos ? 0 : std::stoi(std::string(name.substr(digits))) - 1;
+}
+
 SLook LookOf(const SPlace& place, int ordinal, bool busy) {
     SLook look;
     if (place.name.starts_with("Macro")) return MacroLook(place, ordinal, busy);
-    if (place.name.ends_with(" Meter")) {
-        const double loudest = place.name == "Input Meter" ? 0.97 : 0.93;
+    if (place.name.find(" Meter ") != std::string_view::npos) {
+        const double loudest = place.name.starts_with("Input") ? 0.97 : 0.93;
         look.frame = busy ? FrameOf(MeterAt(ordinal, loudest)) : 0;
-    } else if (place.kind == EKind::Value) {
+    } else if (place.widget == EClass::Knob || place.widget == EClass::Release) {
         look.frame = FrameOf(FaderValueOf(place.name, busy));
     } else {
         look = TopBarLook(place, ordinal, busy);
@@ -184,7 +190,7 @@ double ReductionAt(double t) {
 }
 
 void DrawReduction(CStage& stage) {
-    const SRect& rect = GainReductionRect;
+    const SRect& rect = GainReductionRect();
     constexpr int columns = 182;
     CPen pen(stage.Frame());
     for (int i = 0; i < columns; ++i) {
@@ -209,9 +215,9 @@ void DrawReduction(CStage& stage) {
 } // namespace
 
 CPreview::CPreview(const std::filesystem::path& folder) {
-    for (const auto& sprite : Sprites())
+    for (const auto& sprite : Sprites)
         _pictures.emplace(
-            std::string(sprite.name), CBitmap(ReadPng(folder / (std::string(sprite.name) + ".png"))));
+            std::string(sprite.stem), CBitmap(ReadPng(folder / (std::string(sprite.stem) + ".png"))));
 }
 
 namespace {
@@ -276,16 +282,15 @@ void DrawHint(CStage& stage, const Pictures& pictures, const SRect& rect, std::s
 SPixels CPreview::Compose(EScene scene, double scale) const {
     const bool busy = scene == EScene::Busy;
     CStage stage(scale);
-    std::map<std::string_view, int> ordinals;
     for (const auto& place : Places()) {
-        const SSprite& sprite = SpriteOf(place.sprite);
-        const SLook look = LookOf(place, ordinals[place.name]++, busy);
+        const SSprite& sprite = *place.sprite;
+        const SLook look = LookOf(place, OrdinalOf(place.name), busy);
         if (!look.visible) continue;
-        stage.Draw(CellOf(PictureOf(_pictures, place.sprite), sprite, look.frame), place.rect, look.tint);
+        stage.Draw(CellOf(PictureOf(_pictures, sprite.stem), sprite, look.frame), place.rect, look.tint);
         if (!look.text.empty()) stage.Write(look.text, place.rect, look.textSize, look.textColour);
     }
-    stage.Write(
-        busy ? "5.1" : "Stereo", RoutingTextRect, PointsToPixels(RoutingTextRect.h * 0.35), Hex(0xFFFFFF));
+    const SRect& routing = PlaceOf("ToolInputRouting").rect;
+    stage.Write(busy ? "5.1" : "Stereo", routing, PointsToPixels(routing.h * 0.35), Hex(0xFFFFFF));
     if (busy) {
         DrawReduction(stage);
         DrawMacroPanels(stage, _pictures);

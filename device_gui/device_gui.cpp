@@ -1,5 +1,6 @@
 #include "device_gui/device_gui.h"
 
+#include "device_gui/row_info.h"
 #include "utils/location.h"
 #include "utils/product.h"
 
@@ -16,15 +17,6 @@ std::array<TWidget, sizeof...(Places)> MakeAll(CXXXGUI& a_piGUI, std::index_sequ
     return {TWidget(a_piGUI, static_cast<int>(Places))...};
 }
 
-GUI::SWidgetInfo OversamplingInfo() {
-    GUI::SWidgetInfo info;
-    info.nId = 30;
-    info.sName = u"Oversampling";
-    info.sText = u"OS x1";
-    info.sList = u"OS x1||OS x2||OS x4||OS x8";
-    return info;
-}
-
 constexpr std::u16string_view StoredWidth =
     u"HKEY_CURRENT_USER/Software/" KAV_VENDOR "/" KAV_PRODUCT "/Width";
 
@@ -35,7 +27,7 @@ CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceContro
     : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_psService), _iRouting(*this),
       _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<DeviceChannels>())),
       _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
-      _iOversampling(*this, OversamplingInfo()),
+      _iOversampling(*this, InfoOf(Panel::RowOf(Panel::EClass::Oversampling))),
       _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())), _iNewVersion(*this) {
     std::size_t size = 0;
     const auto stored = Utils::ReadUniversal(StoredWidth, size);

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "device_gui/plugin_widget.h"
-#include "utils/number.h"
-
-#include <string>
+#include "device_gui/row_info.h"
 
 namespace KAV {
 
@@ -11,15 +9,8 @@ namespace KAV {
 class CMacroBtn final : public CPluginButton {
 public:
     /// `a_nMacro` 0..4.
-    CMacroBtn(CXXXGUI& a_piPlugin, int a_nMacro) : CPluginButton(a_piPlugin, Info(a_nMacro)) {}
-
-private:
-    static GUI::SWidgetInfo Info(int a_nMacro) {
-        GUI::SWidgetInfo info;
-        info.sName = u"Macro " + Utils::FormatInt(a_nMacro + 1);
-        info.sText = info.sName;
-        return info;
-    }
+    CMacroBtn(CXXXGUI& a_piPlugin, int a_nMacro)
+        : CPluginButton(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::MacroBtn, a_nMacro))) {}
 };
 
 } // namespace KAV

@@ -1,5 +1,7 @@
 #include "device_gui/new_version_led.h"
 
+#include "device_gui/row_info.h"
+
 #include <algorithm>
 
 namespace KAV {
@@ -8,18 +10,11 @@ namespace {
 
 constexpr float WayMs = 1000.0f; // from dark to bright, and back
 
-GUI::SWidgetInfo LampInfo() {
-    GUI::SWidgetInfo info;
-    info.nId = -56;
-    info.sName = u"UpdateLed";
-    info.bVisible = false;
-    return info;
-}
-
 } // namespace
 
 CNewVersionLED::CNewVersionLED(GUI::CGUI& a_piGUI)
-    : GUI::CWidget(a_piGUI, LampInfo()), GUI::CValueWidget(0.0f, {}) {}
+    : GUI::CWidget(a_piGUI, InfoOf(Panel::RowOf(Panel::EClass::NewVersionLED))), GUI::CValueWidget(0.0f, {}) {
+}
 
 bool CNewVersionLED::SetValue(float a_fNormal, bool) {
     if (!Take(Held(a_fNormal))) return false;

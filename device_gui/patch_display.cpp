@@ -1,21 +1,12 @@
 #include "device_gui/patch_display.h"
 
+#include "device_gui/row_info.h"
 #include "patch/patch_files.h"
 
 namespace KAV {
 
-namespace {
-
-GUI::SWidgetInfo Info() {
-    GUI::SWidgetInfo info;
-    info.sName = u"ToolPatch";
-    info.sText = u"Text";
-    return info;
-}
-
-} // namespace
-
-CPatch::CPatch(CXXXGUI& a_piPlugin) : CPluginValueDisplay(a_piPlugin, Info()) {
+CPatch::CPatch(CXXXGUI& a_piPlugin)
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {
     SetItems(PatchNames());
 }
 

@@ -1,24 +1,14 @@
 #include "device_gui/routing_display.h"
 
+#include "device_gui/row_info.h"
 #include "patch/routing_files.h"
 
 #include <algorithm>
 
 namespace KAV {
 
-namespace {
-
-GUI::SWidgetInfo Info() {
-    GUI::SWidgetInfo info;
-    info.nId = -2;
-    info.sName = u"ToolInputRouting";
-    info.sText = u"Text";
-    return info;
-}
-
-} // namespace
-
-CRouting::CRouting(CXXXGUI& a_piPlugin) : CPluginValueDisplay(a_piPlugin, Info()) {
+CRouting::CRouting(CXXXGUI& a_piPlugin)
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Routing))) {
     Refresh();
 }
 

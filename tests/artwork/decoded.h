@@ -10,7 +10,7 @@
 namespace KAV::Artwork {
 
 inline std::filesystem::path FileOf(const SSprite& sprite) {
-    return std::filesystem::path(KAV_RESOURCES) / (std::string(sprite.name) + ".png");
+    return std::filesystem::path(KAV_RESOURCES) / (std::string(sprite.stem) + ".png");
 }
 
 /// One frame of a decoded picture.
@@ -37,7 +37,7 @@ inline double BrightnessAt(const SCell& cell, int u, int v) {
 }
 
 inline void PrintTo(const SSprite& sprite, std::ostream* out) {
-    *out << sprite.name;
+    *out << sprite.stem;
 }
 
 } // namespace KAV::Artwork

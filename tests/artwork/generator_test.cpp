@@ -41,5 +41,5 @@ TEST_P(GeneratedPicture, EqualsTheCommittedOne) {
     EXPECT_LE(LargestDifference(drawn, committed), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, GeneratedPicture, testing::ValuesIn(Sprites().begin(), Sprites().end()),
-    [](const auto& one) { return std::string(one.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, GeneratedPicture, testing::ValuesIn(Sprites.begin(), Sprites.end()),
+    [](const auto& one) { return std::string(one.param.stem); });

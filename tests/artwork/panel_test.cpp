@@ -165,7 +165,7 @@ class Fader : public testing::TestWithParam<SFader> {};
 void ExpectPointerMeetsTicks(const SPixels& pixels, const SPlace& place, std::span<const STick> ticks,
     double capInner, double capOuter, double tickInner, double tickOuter) {
     static const CBand toolbar(EBand::Toolbar);
-    const SSprite& sprite = SpriteOf(place.sprite);
+    const SSprite& sprite = *place.sprite;
     for (const auto& tick : ticks) {
         const int frame = FrameOf(tick.value);
         const double pointer = PointerAngle(pixels, sprite, frame, capInner, capOuter);
@@ -210,7 +210,7 @@ TEST(MainKnobs, PointAtTheirTicks) {
 TEST(MacroKnobs, PointAtTheirTicks) {
     const SPixels pixels = ReadPng(FileOf(SpriteOf("knob03")));
     for (const auto& place : Places()) {
-        if (place.name == "MacroKnob")
+        if (place.widget == EClass::MacroKnob)
             ExpectPointerMeetsTicks(pixels, place, MacroTicks, 6, 10, MacroTickInner, MacroTickOuter - 0.8);
     }
 }
@@ -251,7 +251,7 @@ TEST(MeterFrames, FillFromTheBottomSegmentBySegment) {
 
 TEST(MeterScales, StandAtTheirLevels) {
     const CBand body(EBand::Body);
-    const SRect rect = PlaceOf("Input Meter").rect;
+    const SRect rect = PlaceOf("Input Meter 1").rect;
     for (const int db : MeterLevels) {
         const double expected = rect.Bottom() - rect.h * MeterValue(db);
         std::vector<std::pair<double, double>> rows;
@@ -264,14 +264,16 @@ TEST(MeterScales, StandAtTheirLevels) {
 TEST(ReductionGrid, StandsWhereTheCurveReachesItsDecibels) {
     const CBand body(EBand::Body);
     for (const int db : ReductionLevels) {
-        const double expected = GainReductionRect.y + GainReductionRect.h * (1 - std::pow(10.0, -db / 20.0));
-        EXPECT_NEAR(TickHeight(body, GainReductionRect.x + 50, expected), expected, HalfPixel) << db << " dB";
+        const double expected =
+            GainReductionRect().y + GainReductionRect().h * (1 - std::pow(10.0, -db / 20.0));
+        EXPECT_NEAR(TickHeight(body, GainReductionRect().x + 50, expected), expected, HalfPixel)
+            << db << " dB";
     }
 }
 
 /// The part of a meter that lights up, on the panel.
 SRect LitRect(const SPlace& meter) {
-    if (meter.sprite == "meterled")
+    if (meter.sprite->stem == "meterled")
         return {meter.rect.x + MeterLeft, meter.rect.y, MeterRight - MeterLeft, meter.rect.h};
     return {meter.rect.x + 2, meter.rect.y + 1.35, meter.rect.w - 4, 2.9};
 }
@@ -283,7 +285,7 @@ struct SCovering {
 };
 
 SCovering Covering(const SPlace& place, const SPixels& pixels, const SRect& rect) {
-    const SSprite& sprite = SpriteOf(place.sprite);
+    const SSprite& sprite = *place.sprite;
     const double scaleX = sprite.FrameWidth() / place.rect.w;
     const double scaleY = sprite.FrameHeight() / place.rect.h;
     const auto clip = [](double x, int size) {
@@ -306,19 +308,24 @@ SCovering Covering(const SPlace& place, const SPixels& pixels, const SRect& rect
     return covering;
 }
 
+/// A name without the number at its end.
+std::string_view FamilyOf(std::string_view name) {
+    return name.substr(0, name.find_last_not_of("0123456789") + 1);
+}
+
 /// The panel in its drawing order: whatever is drawn after a meter leaves the meter's lit part free in each
 /// of its frames.
 TEST(Panel, CoversNoLitPartOfAnyMeterInAnyFrame) {
     std::map<std::string_view, SPixels> pictures;
-    for (const auto& sprite : Sprites()) pictures.emplace(sprite.name, ReadPng(FileOf(sprite)));
+    for (const auto& sprite : Sprites) pictures.emplace(sprite.stem, ReadPng(FileOf(sprite)));
     std::map<std::string_view, int> overlaps;
-    const auto places = Places();
+    const auto& places = Places();
     for (std::size_t m = 0; m < places.size(); ++m) {
-        if (places[m].kind != EKind::Meter) continue;
+        if (places[m].widget != EClass::Meter) continue;
         for (std::size_t later = m + 1; later < places.size(); ++later) {
             const auto covering =
-                Covering(places[later], pictures.at(places[later].sprite), LitRect(places[m]));
-            if (covering.pixels > 0) ++overlaps[places[later].name];
+                Covering(places[later], pictures.at(places[later].sprite->stem), LitRect(places[m]));
+            if (covering.pixels > 0) ++overlaps[FamilyOf(places[later].name)];
             EXPECT_EQ(covering.strongestAlpha, 0) << places[later].name << " over " << places[m].name;
         }
     }

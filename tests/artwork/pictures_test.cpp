@@ -124,8 +124,8 @@ TEST_P(Picture, IsEmptyBehindItsLastFrame) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Picture, testing::ValuesIn(Sprites().begin(), Sprites().end()),
-    [](const auto& one) { return std::string(one.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, Picture, testing::ValuesIn(Sprites.begin(), Sprites.end()),
+    [](const auto& one) { return std::string(one.param.stem); });
 
 TEST(ReadPng, RefusesWhatIsNoPictureOrOnlyHalfOfOne) {
     const auto folder = KAV::Tests::ScratchFolder();
@@ -151,15 +151,15 @@ TEST(WritePng, KeepsEveryPixel) {
 
 TEST(Pictures, AreThirtyFiveOfLessThanTenMegabytesTogether) {
     std::uintmax_t size = 0;
-    for (const auto& sprite : Sprites()) size += std::filesystem::file_size(FileOf(sprite));
-    EXPECT_EQ(Sprites().size(), 35u);
+    for (const auto& sprite : Sprites) size += std::filesystem::file_size(FileOf(sprite));
+    EXPECT_EQ(Sprites.size(), 35u);
     EXPECT_LT(size, 10'000'000u);
 }
 
 TEST(Pictures, AreAllInTheManifestAndTheFolderHoldsNothingElse) {
     std::vector<std::string> expected;
-    for (const auto& sprite : Sprites())
-        expected.push_back(std::string(sprite.name) + ".png " + std::string(sprite.resource));
+    for (const auto& sprite : Sprites)
+        expected.push_back(std::string(sprite.stem) + ".png " + ResourceNameOf(sprite));
     std::vector<std::string> found;
     std::ifstream manifest(Resources / "manifest.txt");
     for (std::string line; std::getline(manifest, line);) {
@@ -173,16 +173,16 @@ TEST(Pictures, AreAllInTheManifestAndTheFolderHoldsNothingElse) {
 
 /// The grid that a resource's name tells, "((FRAMESxCOLUMNS))" or "((FRAMES))", is that of the layout.
 TEST(Pictures, AreNamedAfterTheirGrid) {
-    for (const auto& sprite : Sprites()) {
+    for (const auto& sprite : Sprites) {
         std::string grid;
         if (sprite.columns > 1)
             grid = "((" + std::to_string(sprite.frames) + "X" + std::to_string(sprite.columns) + "))";
         else if (sprite.frames > 1)
             grid = "((" + std::to_string(sprite.frames) + "))";
-        std::string stem(sprite.name);
+        std::string stem(sprite.stem);
         std::transform(stem.begin(), stem.end(), stem.begin(),
             [](char c) { return static_cast<char>(std::toupper(c)); });
-        EXPECT_EQ(sprite.resource, stem + grid + "##SZ-1X-1PXSB0.PNG");
+        EXPECT_EQ(ResourceNameOf(sprite), stem + grid + "##SZ-1X-1PXSB0.PNG");
     }
 }
 

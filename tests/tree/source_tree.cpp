@@ -46,6 +46,11 @@ std::vector<std::string> Sources(const fs::path& root) {
     return sources;
 }
 
+std::string WithoutBlanks(std::string text) {
+    std::erase(text, ' ');
+    return text;
+}
+
 bool LiesIn(const std::string& file, const std::string& folder) {
     return file.starts_with(folder + "/");
 }
@@ -289,6 +294,23 @@ std::vector<std::string> LongSources(const fs::path& root, const std::vector<SLa
         if (length > limit) sources.push_back(file + " has " + std::to_string(length) + " lines");
     }
     return sources;
+}
+
+std::vector<std::string> Repetitions(
+    const fs::path& root, const std::set<std::string>& texts, const std::set<std::string>& folders) {
+    std::vector<std::string> repetitions;
+    for (const auto& file : Sources(root)) {
+        if (std::any_of(folders.begin(), folders.end(),
+                [&file](const std::string& folder) { return LiesIn(file, folder); }))
+            continue;
+        std::string all;
+        for (const auto& line : ReadLines(root / file)) all += WithoutBlanks(line);
+        for (const auto& text : texts) {
+            if (all.find(WithoutBlanks(text)) != std::string::npos)
+                repetitions.push_back(file + " repeats " + text);
+        }
+    }
+    return repetitions;
 }
 
 std::vector<std::string> UnexplainedPackages(const fs::path& root) {

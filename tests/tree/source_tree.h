@@ -51,6 +51,10 @@ std::vector<std::string> MissingPorts(const std::filesystem::path& root);
 std::vector<std::string> LongSources(const std::filesystem::path& root, const std::vector<SLayer>& layers,
     std::size_t limit, const std::set<std::string>& exceptions);
 
+/// Sources outside `folders` that hold one of these texts, blanks and line ends aside: what is said once.
+std::vector<std::string> Repetitions(const std::filesystem::path& root, const std::set<std::string>& texts,
+    const std::set<std::string>& folders);
+
 /// Packages that packaging/packages.txt asks for and docs/dependencies.md does not explain.
 std::vector<std::string> UnexplainedPackages(const std::filesystem::path& root);
 

@@ -1,9 +1,12 @@
 #include "tests/tree/source_tree.h"
 
+#include "panel/layout.h"
 #include "tests/support/scratch_home.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 
@@ -23,6 +26,20 @@ const std::set<std::string> LongExceptions{};
 
 // The roots of the widgets: each widget reports to the root that lists it.
 const std::set<std::string> CircleExceptions{"gui/gui", "device_gui/xxx_gui"};
+
+/// What only the table of the panel says: rectangles, images, and names as the editor's widgets have them,
+/// those of a family without their number.
+std::set<std::string> SaidByThePanel() {
+    std::set<std::string> texts;
+    for (const auto& row : KAV::Panel::Rows()) {
+        std::ostringstream rect;
+        rect << row.rect.x << ',' << row.rect.y << ',' << row.rect.w << ',' << row.rect.h << '}';
+        texts.insert('{' + rect.str());
+        if (row.sprite != nullptr) texts.emplace(row.sprite->image);
+        texts.insert("u\"" + std::string(row.name.substr(0, row.name.find_last_not_of("0123456789 ") + 1)));
+    }
+    return texts;
+}
 
 /// A small tree of files, gone when the test process ends.
 class CMadeUpTree final {
@@ -90,6 +107,17 @@ TEST(RepeatedTexts, AreNone) {
                   {"\"Kavelin", "/Kavelin/", "KAV Sorrel Limiter", "\"1.0.1.0\""},
                   {"utils/product.h", "platform/linux/system_info.cpp"}),
         Lines{});
+}
+
+TEST(Panel, IsOneTableForTheEditorAndForItsPictures) {
+    EXPECT_EQ(Repetitions(Root, SaidByThePanel(), {"panel", "tests"}), Lines{});
+    const auto layers = ReadLayers(Root / "docs/architecture.md");
+    for (const auto* folder : {"device_gui", "artwork"}) {
+        const auto isFolder = [folder](const SLayer& layer) { return layer.folder == folder; };
+        const auto layer = std::find_if(layers.begin(), layers.end(), isFolder);
+        ASSERT_NE(layer, layers.end());
+        EXPECT_TRUE(layer->allowed.contains("panel")) << folder;
+    }
 }
 
 TEST(UnexplainedPackages, AreNone) {
@@ -246,6 +274,15 @@ TEST(RepeatedTexts, NameFileAndLine) {
             "dsp/gain.cpp:2 repeats Thing", "utils/name.h:1 repeats Thing", "utils/name.h:1 repeats 1.2"}));
     EXPECT_EQ(RepeatedTexts(tree.Root(), ThreeLayers(), {"Thing", "1.2"}, {"utils/name.h"}),
         Lines{"dsp/gain.cpp:2 repeats Thing"});
+}
+
+TEST(Repetitions, NameFileAndTextAcrossBlanksAndLines) {
+    const CMadeUpTree tree;
+    tree.Write("panel/layout.cpp", "{1, 2, 3, 4}");
+    tree.Write("artwork/knobs.cpp", "rect {1,2,\n    3, 4}\n");
+    tree.Write("gui/label.cpp", "{1, 2, 3, 45}\nu\"Tool Patch\"\n");
+    EXPECT_EQ(Repetitions(tree.Root(), {"{1,2,3,4}", "u\"Tool Patch\""}, {"panel"}),
+        (Lines{"artwork/knobs.cpp repeats {1,2,3,4}", "gui/label.cpp repeats u\"Tool Patch\""}));
 }
 
 TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {
