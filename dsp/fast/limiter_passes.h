@@ -20,8 +20,8 @@
 // The maximum of a window comes before the division: 1 / x falls as x rises, and so does its rounding, so
 // the lowest of all required gains is that of the highest peak, to the bit.
 
-#include "dsp/exact_quotient.h"
-#include "dsp/lanes.h"
+#include "dsp/fast/exact_quotient.h"
+#include "dsp/fast/lanes.h"
 #include "dsp/limiter_run.h"
 #include "dsp/release_law.h"
 

@@ -1,5 +1,5 @@
 // Compiled for processors with AVX and fused multiply-add; nobody else may call what is in here.
-#include "dsp/limiter_passes.h"
+#include "dsp/fast/limiter_passes.h"
 
 namespace KAV::DSP {
 

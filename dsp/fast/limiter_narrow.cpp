@@ -1,5 +1,5 @@
 // Compiled for any x86-64.
-#include "dsp/limiter_passes.h"
+#include "dsp/fast/limiter_passes.h"
 
 namespace KAV::DSP {
 

@@ -1,6 +1,6 @@
 // The limiter's paths against each other, sample for sample and bit for bit.
 
-#include "dsp/exact_quotient.h"
+#include "dsp/fast/exact_quotient.h"
 #include "dsp/flush_denormals.h"
 #include "dsp/lookahead_limiter.h"
 #include "tests/dsp/processor_paths.h"

@@ -18,7 +18,7 @@
 // their delays are kept as they are.
 
 #include "dsp/cascade_run.h"
-#include "dsp/lanes.h"
+#include "dsp/fast/lanes.h"
 
 #if defined(__x86_64__)
 

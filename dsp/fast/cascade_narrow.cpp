@@ -1,5 +1,5 @@
 // Compiled for any x86-64.
-#include "dsp/cascade_passes.h"
+#include "dsp/fast/cascade_passes.h"
 
 namespace KAV::DSP {
 
