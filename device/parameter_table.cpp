@@ -96,12 +96,12 @@ constexpr std::size_t CountParameters() {
     return count;
 }
 
-constexpr std::size_t HostParameters = CountParameters();
-static_assert(HostParameters == 109, "hosts keep automation by index: rows may be added at the end only");
+static_assert(CountParameters() == At(HostParameters),
+    "hosts keep automation by index: rows may be added at the end only");
 
 /// The numbering in both directions, and the row of each tag.
 struct SIndex {
-    std::array<std::int32_t, HostParameters> tags{};
+    std::array<std::int32_t, At(HostParameters)> tags{};
     std::array<std::int32_t, At(HighestTag) + 1> hostIndexes{};
     std::array<SParameter, At(HighestTag) + 1> parameters{};
 };

@@ -15,6 +15,7 @@ inline constexpr int DeviceChannels = Utils::MostChannels;
 inline constexpr int DeviceGroups = 4;
 inline constexpr std::int32_t NoHostIndex = -1;
 inline constexpr std::int32_t HighestTag = 337;
+inline constexpr int HostParameters = 109;
 inline constexpr std::int32_t FirstMacroTag = 24;
 /// Meters, from -4 down: 16 entries before any processing, 4 groups, 16 entries entering the shown group, 16
 /// leaving it. -56 is the editor's own lamp, which stays 0 here.

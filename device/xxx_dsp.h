@@ -75,7 +75,7 @@ protected:
     CXXXGUI* gui = nullptr;       ///< null only while the device is being built; owned by the effect's record
     std::int32_t dspChannels = 2; ///< as the host's speaker arrangement says
     /// See IsEdited(): the flag of NoHostIndex, then one per host index.
-    std::array<Utils::CShared<bool>, 110> editing;
+    std::array<Utils::CShared<bool>, HostParameters + 1> editing;
 };
 
 } // namespace KAV
