@@ -190,7 +190,7 @@ CAudioWriter::CAudioWriter(const std::filesystem::path& file, EContainer contain
         _native->pending.Check();
         throw CFailure(_native->name + ": cannot be written: " + std::string(Trim(sf_strerror(nullptr))));
     }
-    // The peak chunk carries the time of day: the same input would never give the same file twice.
+    // The peak chunk contains the time of day, so the same input would never produce the same file twice.
     sf_command(_native->file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     double quality = VorbisQuality;
     sf_command(_native->file.get(), SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof(quality)); // of OGG alone

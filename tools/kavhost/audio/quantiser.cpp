@@ -17,8 +17,8 @@ std::int32_t CQuantiser::Quantise(float sample) noexcept {
     double steps = std::floor(static_cast<double>(sample) * _scale + noise + 0.5);
     if (std::isnan(steps)) return 0;
     if (steps < -_scale || steps > _scale - 1) {
-        // Full scale itself lies one step above the highest number, and dither may add one: that is no
-        // clipping.
+        // Full scale itself is one step above the highest number, and dither may add one. That doesn't count
+        // as clipping.
         if (std::fabs(static_cast<double>(sample)) > 1.0 + 1.0 / _scale) ++_clipped;
         steps = steps < 0 ? -_scale : _scale - 1;
     }

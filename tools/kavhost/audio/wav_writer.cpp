@@ -10,7 +10,7 @@ namespace KAV::Host {
 
 namespace {
 
-/// The tail of the extensible header's name of a coding, behind the tag; see wav_reader.cpp.
+/// The part after the tag of a coding's identifier in the extensible header; see wav_reader.cpp.
 constexpr std::string_view CodingTail{"\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14};
 
 } // namespace
@@ -85,7 +85,7 @@ void CWavWriter::PutHeader() {
     if (counted) Put(extensible ? 22 : 0, 2); // bytes of the header that follow
     if (extensible) {
         Put(sampleBytes * 8, 2);
-        Put(channels == 1 ? 4 : channels == 2 ? 3 : 0, 4); // speakers: centre, left and right, not told
+        Put(channels == 1 ? 4 : channels == 2 ? 3 : 0, 4); // speakers: centre; left and right; unspecified
         Put(tag, 2);
         _bytes.append(CodingTail);
     }

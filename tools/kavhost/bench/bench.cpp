@@ -34,8 +34,8 @@ void CBenchSubject::WarmUp() {
     }
 }
 
-/// What comes out goes to the same block again and again, as in a host: an output as long as the sound would
-/// measure the memory more than the effect.
+/// The output is written to the same block again and again, as in a host. An output as long as the sound
+/// would measure the memory rather than the effect.
 void CBenchSubject::Process() {
     std::vector<float*> in(_in.Pointers(), _in.Pointers() + _in.Channels());
     const std::size_t blockSize = _out.Frames();

@@ -36,7 +36,7 @@ void PrintError(std::ostream& errors, std::string message) {
     errors << "kavhost: " << Trim(message) << std::endl;
 }
 
-/// The plug-in that comes with kavhost and its profile have this name.
+/// The name of the plug-in that comes with kavhost, and of its profile.
 constexpr const char* OwnPlugin = "KAVSorrelLimiter";
 
 std::filesystem::path OwnFolder() {

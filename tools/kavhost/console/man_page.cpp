@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view ExamplesHead = "Examples:";
 
-/// A line of text that the formatter takes as nothing else.
+/// A line of text, escaped so that the formatter doesn't interpret it.
 std::string Escaped(std::string_view text) {
     std::string line;
     if (text.starts_with('.') || text.starts_with('\'')) line = "\\&";
@@ -19,7 +19,7 @@ std::string Escaped(std::string_view text) {
         if (letter == '\\')
             line += "\\e";
         else if (letter == '-')
-            line += "\\-"; // else it may become a hyphen, which no shell takes
+            line += "\\-"; // otherwise it may become a hyphen, which no shell accepts
         else
             line += letter;
     }

@@ -298,7 +298,7 @@ void TakeStateTexts(SOptions& options, const STexts& texts) {
         .simd = {}};
     if (!texts.simd.empty()) options.state.simd = texts.simd == "on";
     options.savedState = options.render.state = PathOf(texts.savedState);
-    std::vector<std::string> first; // settings come in this order
+    std::vector<std::string> first; // settings are applied in this order
     if (!texts.oversampling.empty()) first.push_back("Oversampling=x" + texts.oversampling);
     if (!texts.highQuality.empty()) first.push_back("Hiqh Quality=" + texts.highQuality);
     options.settings.insert(options.settings.begin(), first.begin(), first.end());
@@ -337,7 +337,7 @@ ECommand CommandOf(const CLI::App& app) {
     return content.got_subcommand("list") ? ECommand::ListContent : ECommand::UninstallContent;
 }
 
-/// What takes the program's arguments apart, into `options` and `texts`.
+/// The parser that splits the program's arguments into `options` and `texts`.
 void Build(CLI::App& app, SOptions& options, STexts& texts) {
     app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
@@ -357,7 +357,7 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     STexts texts;
     CLI::App app(About, "kavhost");
     Build(app, options, texts);
-    std::ranges::reverse(arguments); // the parser takes them from the back
+    std::ranges::reverse(arguments); // the parser starts at the end
     try {
         app.parse(std::move(arguments));
     } catch (const CLI::CallForVersion&) {

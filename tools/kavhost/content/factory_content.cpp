@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using EKind = Platform::IFileSystem::EKind;
 
-/// A folder of the content, where it goes, and what of it counts.
+/// A folder of the content, where it is installed, and which of its files count.
 struct SPart {
     std::string_view folder;
     std::string_view place;
@@ -118,7 +118,7 @@ EContentFate Remove(std::string_view place, const fs::path& documents, const CCo
     return Platform::Files().Remove(path) ? EContentFate::Removed : EContentFate::Failed;
 }
 
-/// The folders that hold `place`, from the inside out; the documents folder is none of them.
+/// Removes the folders around `place` that are empty, from the inside out, but never the documents folder.
 void RemoveEmptyFolders(const fs::path& documents, std::string_view place) noexcept {
     std::error_code error;
     for (auto folder = PathOf(place).parent_path(); !folder.empty(); folder = folder.parent_path()) {
@@ -126,7 +126,7 @@ void RemoveEmptyFolders(const fs::path& documents, std::string_view place) noexc
         const auto type = fs::symlink_status(path, error).type();
         if (type == fs::file_type::not_found) continue;
         if (type != fs::file_type::directory) return; // the user's link to a folder elsewhere
-        if (!fs::remove(path, error)) return;         // it still holds something
+        if (!fs::remove(path, error)) return;         // it isn't empty
     }
 }
 
@@ -172,7 +172,7 @@ ContentReport InstallContent(const fs::path& content, const fs::path& documents)
     ContentReport report;
     for (const auto& file : files) report.push_back({file.place, StateOf(file, documents, manifest)});
 
-    // Remembered before it is done: a file that is there and that nobody remembers would stay for ever.
+    // Recorded before it is done, because a file without a record would never be removed.
     const auto isToBeWritten = [](EContentFate fate) {
         return fate == EContentFate::Missing || fate == EContentFate::Renewed;
     };

@@ -11,7 +11,7 @@ namespace KAV::Host {
 
 namespace {
 
-/// The interface gives texts 8 to 64 bytes; effects are known that write more.
+/// The interface allows 8 to 64 bytes for texts, but some effects write more.
 constexpr std::size_t TextCapacity = 1024;
 
 constexpr std::size_t MostChannels = 64;

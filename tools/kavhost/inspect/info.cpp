@@ -62,7 +62,7 @@ std::string FullName(const CEffect& effect, std::int32_t index, const SProfile* 
 std::vector<std::string> PatchNames(const CEffect& effect) {
     std::vector<std::string> names;
     if (!effect.HasChunks() && effect.Programs() <= 0) return names;
-    // Effects with programs have been seen to read behind their last one.
+    // Some effects with programs read past the end of their list.
     const std::int32_t most = effect.Programs() > 0 ? std::min(effect.Programs(), MostPatches) : MostPatches;
     while (static_cast<std::int32_t>(names.size()) < most) {
         auto name = effect.ProgramName(static_cast<std::int32_t>(names.size()));

@@ -34,7 +34,7 @@ struct SKnown {
     std::string quantity;
 };
 
-/// The group stands in brackets behind the names of its parameters.
+/// The names of a group's parameters end with its number in parentheses.
 int GroupOf(const std::string& name) noexcept {
     const auto size = name.size();
     const bool isInBrackets = size > 3 && name[size - 3] == '(' && name[size - 1] == ')';
@@ -54,7 +54,8 @@ const SParameterProfile* LawOf(const SPatchParameter& parameter, const SProfile*
     return named == nullptr && parameter.tag ? profile->FindByTag(*parameter.tag) : named;
 }
 
-/// Numbers of the first group stand for whichever is current in a patch that is relative: its name goes.
+/// In a relative patch the numbers of the first group mean the current group, so its number is removed from
+/// names.
 void MakeRelative(SKnown& known) {
     if (known.group != 1) return;
     known.name.resize(known.name.size() - std::string_view(" (1)").size());

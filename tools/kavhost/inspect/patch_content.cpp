@@ -42,7 +42,7 @@ std::int32_t WholeNumber(std::string_view text) noexcept {
     return ReadIndex(Trim(text)).value_or(0);
 }
 
-/// A number that cannot be read is 0, as it is to the effect; so is one that is none.
+/// 0 for a number that can't be read, and for text that isn't a number, as in the effect.
 double RealNumber(std::string_view text) noexcept {
     const auto number = ReadNumber(text);
     return number ? number->value : 0;

@@ -66,11 +66,11 @@ std::optional<SMatch> FindSignal(std::span<const float> signal, std::span<const 
     for (const float sample : signal)
         signalEnergy += static_cast<double>(sample) * static_cast<double>(sample);
     if (!(signalEnergy > 0) || !(energies.back() > 0))
-        return std::nullopt; // "not above" takes not-a-number in, too
+        return std::nullopt; // "not above" includes not-a-number
     if (!std::isfinite(energies.back())) return std::nullopt;
 
     const auto correlation = Correlate(signal, recording);
-    // Below this the window holds the rounding of the transform rather than a signal.
+    // Below this the window contains only the transform's rounding, not a signal.
     const double leastEnergy = 1e-6 * energies.back();
     SMatch best;
     for (std::size_t lag = 0; lag < correlation.size(); ++lag) {

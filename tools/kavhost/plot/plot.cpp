@@ -26,7 +26,7 @@ SPlotSeries SeriesOf(const CMinMaxSeries& series, double stepSeconds) {
         {series.Bins().begin(), series.Bins().end()}};
 }
 
-/// A peak for each run of bins, few enough to be told apart.
+/// A peak for each run of bins, few enough to be distinguishable.
 SPlotSeries PeaksOf(const SPlotSeries& amplitude) {
     std::size_t run = (amplitude.bins.size() + MostPeaks - 1) / MostPeaks;
     run = std::max(run, static_cast<std::size_t>(std::ceil(LeastPeakSeconds / amplitude.binSeconds)));

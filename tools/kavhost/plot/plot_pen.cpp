@@ -65,7 +65,7 @@ CPlotPen::CPlotPen(int width, int height) : _native(std::make_unique<SNative>())
     native.fonts.reset(pango_cairo_font_map_new());
     native.context.reset(pango_font_map_create_context(native.fonts.get()));
     auto* const options = cairo_font_options_create();
-    cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY); // a desktop's taste is no matter here
+    cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY); // not what the desktop prefers
     cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_SLIGHT);
     cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
     pango_cairo_context_set_font_options(native.context.get(), options);
@@ -155,7 +155,7 @@ double CPlotPen::WidthOf(const std::string& text, const SLetters& letters) {
 void CPlotPen::WritePng(std::ostream& png) {
     cairo_surface_flush(_native->sheet.get());
     const auto status = cairo_surface_write_to_png_stream(_native->sheet.get(), Append, &png);
-    // A stream that takes no more is for its owner to tell.
+    // The stream's owner reports that it couldn't be written.
     if (status != CAIRO_STATUS_SUCCESS && status != CAIRO_STATUS_WRITE_ERROR)
         throw CFailure(std::string("a picture cannot be drawn: ") + cairo_status_to_string(status));
 }

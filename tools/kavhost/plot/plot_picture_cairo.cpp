@@ -12,7 +12,7 @@ namespace KAV::Host {
 
 namespace {
 
-// Of the palette by Okabe and Ito, which the colour-blind can tell apart; one is darker, so that print in
+// From the palette by Okabe and Ito, which the colour-blind can distinguish; one is darker, so that print in
 // grey can.
 constexpr SColour Before{0.337, 0.706, 0.914, 1};
 constexpr SColour BeforeDark{0.0, 0.447, 0.698, 1};

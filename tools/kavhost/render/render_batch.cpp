@@ -92,10 +92,10 @@ private:
     CRenderer& _renderer;
     std::span<const SRenderJob> _jobs;
     const std::function<void(SOutcome)>& _tell;
-    std::unique_ptr<CProgress> _bar; ///< null when all is told but what it kept back
+    std::unique_ptr<CProgress> _bar; ///< null when only the texts that it kept back are unreported
     std::atomic<std::size_t> _next{0};
     std::mutex _mutex;
-    std::vector<std::optional<SOutcome>> _outcomes; ///< nothing where a job is not done, or is told
+    std::vector<std::optional<SOutcome>> _outcomes; ///< empty for unfinished and for reported jobs
     std::size_t _told = 0;
     std::exception_ptr _error;
 };
@@ -112,7 +112,7 @@ void RenderAll(CRenderer& renderer, std::span<const SRenderJob> jobs, int thread
             while (helpers.size() + 1 < wanted) helpers.emplace_back([&batch] { batch.Work(); });
         } catch (const std::system_error&) { // the system has no more threads: fewer do it as well
         }
-        batch.Work(); // this one works, too: with one there is no other
+        batch.Work(); // this thread works, too; with one thread it is the only one
     }
     batch.Finish();
 }

@@ -37,7 +37,7 @@ bool AreSame(const fs::path& a, const fs::path& b) {
     return !error && whole == fs::weakly_canonical(b, error);
 }
 
-/// A name that the user has given for something beside the audio.
+/// A name that the user has given for an additional output.
 struct SExtra {
     const char* option;
     const fs::path& wanted;
@@ -49,7 +49,7 @@ bool IsFolder(const fs::path& path, std::size_t inputs) {
     return inputs > 1 || fs::is_directory(path, error) || !path.has_filename();
 }
 
-/// Where the extra of a job goes.
+/// The path of a job's additional output.
 fs::path ExtraFor(const SExtra& extra, const SRenderJob& job, std::size_t inputs) {
     if (extra.wanted.empty()) return {};
     if (!IsFolder(extra.wanted, inputs)) {
@@ -121,7 +121,7 @@ void CheckOutput(const fs::path& output, const std::vector<fs::path>& inputs, co
                           " cannot store the format " + std::string(FormatName(*samples)));
     }
     for (const auto& input : inputs) {
-        std::error_code error; // a file that does not exist is no other's
+        std::error_code error; // a file that doesn't exist can't be an input
         if (fs::equivalent(output, input, error))
             throw CUsageError(Utf8(output) + ": would replace an input");
     }

@@ -9,7 +9,7 @@ namespace KAV::Host {
 
 namespace {
 
-/// With as many channels a group of a fresh effect takes them all.
+/// Up to this many channels, a group of a new effect takes all of them.
 constexpr std::int32_t ChannelsThatNeedNoRouting = 2;
 
 [[noreturn]] void FailWithoutPlace(const char* option, const CEffect& effect, const char* what) {

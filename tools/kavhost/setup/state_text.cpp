@@ -53,7 +53,7 @@ std::optional<std::string_view> FirstGroupsBlock(std::string_view text) noexcept
     }
 }
 
-/// Inside a state the group's number stands in a line of its own behind the document's opening.
+/// In a state the group's number is on its own line, after the opening of the document.
 std::string FirstGroupsBlock(const SRouting& routing) {
     return std::string(RoutingOpening)
         .append("\r\n\t<fx>0</fx>")
@@ -98,8 +98,8 @@ std::optional<SRouting> ReadRouting(std::string_view bytes) {
     const auto text = Trim(UpToZero(bytes));
     if (!text.starts_with(RoutingOpening) || !text.ends_with(RoutingEnd)) return std::nullopt;
     const auto inside = text.substr(RoutingOpening.size());
-    // A state holds several of these, each with its group, beside parameters: a document that holds such
-    // marks itself would be read as more than one.
+    // A state contains several of these, each with its group, next to parameters. A document that contains
+    // such marks itself would be read as more than one.
     for (const auto mark : {RoutingOpening, std::string_view("<fx"), std::string_view("<param ")}) {
         if (FindMark(inside, mark) != std::string_view::npos) return std::nullopt;
     }
