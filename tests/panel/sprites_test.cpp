@@ -18,7 +18,7 @@ struct SSize {
 };
 
 /// What a PNG file says in its first chunk: two words of four bytes, the highest first, from byte 16 on.
-SSize StoredSize(const std::filesystem::path& file) {
+SSize SizeInFile(const std::filesystem::path& file) {
     std::array<unsigned char, 24> head{};
     std::ifstream stream(file, std::ios::binary);
     stream.read(reinterpret_cast<char*>(head.data()), head.size());
@@ -35,7 +35,7 @@ TEST(Sprites, FillTheirStoredPicturesWithTheirGrid) {
     for (const auto& sprite : Sprites) {
         SCOPED_TRACE(sprite.stem);
         const auto size =
-            StoredSize(std::filesystem::path(KAV_RESOURCES) / (std::string(sprite.stem) + ".png"));
+            SizeInFile(std::filesystem::path(KAV_RESOURCES) / (std::string(sprite.stem) + ".png"));
         EXPECT_EQ(sprite.columns * sprite.FrameWidth(), size.width);
         EXPECT_EQ(sprite.Rows() * sprite.FrameHeight(), size.height);
         EXPECT_EQ(sprite.width, size.width);
