@@ -91,7 +91,7 @@ CSelectionOwner::~CSelectionOwner() {
     if (_wake >= 0) close(_wake);
 }
 
-void CSelectionOwner::End() noexcept {
+void CSelectionOwner::End() const noexcept {
     eventfd_write(_wake, 1);
 }
 

@@ -24,7 +24,7 @@ public:
     CSelectionOwner(const CSelectionOwner&) = delete;
     CSelectionOwner& operator=(const CSelectionOwner&) = delete;
 
-    void End() noexcept;
+    void End() const noexcept;
 
 private:
     CSelectionOwner(XConnection connection, const std::string& format, std::vector<char> data);
