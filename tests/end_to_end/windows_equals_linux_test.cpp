@@ -133,11 +133,10 @@ TEST(Windows, InspectsAPatchAsLinuxDoes) {
     EXPECT_NE(here.find("Threshold (1)"), std::string::npos);
 }
 
-// Its clock goes in steps of 16 ms, of which a run has to take a good number.
+// Its clock goes in steps of 16 ms; a second of sound takes less.
 TEST(Windows, MeasuresItsTime) {
     WriteMusic(ScratchFolder() / "in.wav", RealMusic());
-    const auto said = Said(There, "bench --input in.wav --seconds 20 --runs 1 --json --os 8 --hq on"
-                                  " --set 'Threshold (1)=-12' --set 'Auto Release (1)=on'");
+    const auto said = Said(There, "bench --input in.wav --seconds 1 --runs 1 --json");
     const auto at = said.find("\"ns_per_frame\"");
     ASSERT_NE(at, std::string::npos) << said;
     EXPECT_GT(std::strtod(said.c_str() + said.find(':', at) + 1, nullptr), 0.0) << said;

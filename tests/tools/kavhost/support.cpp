@@ -83,8 +83,4 @@ std::vector<std::string> FilesIn(const fs::path& folder) {
     return names;
 }
 
-bool WasMeasured(const SRun& run) {
-    return run.code == 0 || run.errors.find("too short for this system's clock") != std::string::npos;
-}
-
 } // namespace KAV::Tests

@@ -45,9 +45,6 @@ struct SRun {
     std::string errors;
 };
 
-/// A run of bench that came to its end, on a clock that is too coarse for it as well: Windows has steps of 16
-/// ms.
-bool WasMeasured(const SRun& run);
 SRun RunHost(const std::vector<std::string>& arguments);
 
 /// Names of the files in a folder, sorted.

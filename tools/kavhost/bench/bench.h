@@ -4,7 +4,9 @@
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/setup/setup.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -47,8 +49,8 @@ public:
     /// Runs the material until the gains of a fresh effect have settled and caches are warm.
     void WarmUp();
 
-    /// Thread-CPU nanoseconds per frame of one run of the material. The material is restored first, because
-    /// an effect may write to its inputs.
+    /// Thread-CPU nanoseconds per frame of one run of the material, which is repeated as often as the clock
+    /// needs. The material is restored first, because an effect may write to its inputs.
     double Run();
 
     const CEffect& Effect() const noexcept { return _effect; }
@@ -63,9 +65,11 @@ private:
     CPlanarBuffer _out; // one block
 };
 
-/// Throws CFailure if the measured time is too few steps of the clock to be accurate. The text asks for more
-/// audio than the `seconds` that were run.
-void CheckClock(double measuredNs, double stepNs, double seconds);
+/// Nanoseconds that one `pass` takes. It is repeated until twenty steps of the clock have gone by, so that
+/// even a clock of coarse steps is right within 5 %. `nowNs` is the time, `stepNs` its step. Throws CFailure
+/// if the clock stands still through `mostPasses`.
+double TimeOfAPass(const std::function<void()>& pass, const std::function<std::int64_t()>& nowNs,
+    std::int64_t stepNs, int mostPasses = 1'000'000);
 
 struct SBenchResult {
     std::vector<double> first;  ///< nanoseconds per frame, run by run

@@ -56,23 +56,48 @@ TEST(Material, IsLouderByTheGain) {
     }
 }
 
-TEST(CheckClock, AsksForTwentySteps) {
-    EXPECT_NO_THROW(CheckClock(20, 1, 10));
-    EXPECT_THROW(CheckClock(19, 1, 10), CFailure);
+namespace {
+
+/// A clock that goes in steps; each pass takes the time that it is given.
+class CCoarseClock final {
+public:
+    CCoarseClock(std::int64_t stepNs, std::int64_t passNs) : _stepNs(stepNs), _passNs(passNs) {}
+
+    double TimeOfAPass(int mostPasses = 1000) {
+        return KAV::Host::TimeOfAPass(
+            [this] {
+                ++passes;
+                _timeNs += _passNs;
+            },
+            [this] { return _timeNs / _stepNs * _stepNs; }, _stepNs, mostPasses);
+    }
+
+    int passes = 0;
+
+private:
+    std::int64_t _stepNs;
+    std::int64_t _passNs;
+    std::int64_t _timeNs = 12345678; // somewhere between two steps
+};
+
+} // namespace
+
+TEST(TimeOfAPass, TakesOnePassWhereTheClockIsFine) {
+    CCoarseClock clock(1, 1'000'000);
+    EXPECT_EQ(clock.TimeOfAPass(), 1e6);
+    EXPECT_EQ(clock.passes, 1);
 }
 
-TEST(CheckClock, TellsHowMuchWouldDo) {
-    const auto message = [](double measuredNs) -> std::string {
-        try {
-            CheckClock(measuredNs, 1e7, 10);
-        } catch (const CFailure& failure) {
-            return failure.what();
-        }
-        return "no error";
-    };
-    // 20 steps of 10 ms are 200 ms; a run of 10 s took 50 ms, so that 40 s would do, and a fifth for safety.
-    EXPECT_EQ(message(5e7),
-        "a run is too short for this system's clock, which ticks in steps of 10 ms; try --seconds 48");
-    EXPECT_EQ(message(0),
-        "a run is too short for this system's clock, which ticks in steps of 10 ms; try --seconds 240");
+TEST(TimeOfAPass, GoesOnForTwentyStepsOfACoarseClock) {
+    CCoarseClock clock(16'000'000, 5'000'000);
+    const double ns = clock.TimeOfAPass();
+    EXPECT_NEAR(ns, 5e6, 5e6 * 0.05);
+    EXPECT_GE(clock.passes * std::int64_t{5'000'000}, 19 * std::int64_t{16'000'000});
+    EXPECT_LE(clock.passes * std::int64_t{5'000'000}, 22 * std::int64_t{16'000'000});
+}
+
+TEST(TimeOfAPass, FailsWhenTheClockStandsStill) {
+    CCoarseClock clock(16'000'000, 0);
+    EXPECT_THROW(clock.TimeOfAPass(), CFailure);
+    EXPECT_EQ(clock.passes, 1000);
 }
