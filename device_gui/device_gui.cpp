@@ -23,18 +23,22 @@ constexpr std::u16string_view StoredWidth =
 } // namespace
 
 CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
-    const Utils::SMakerService& a_psService)
-    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_psService), _iRouting(*this),
+    CDeviceState& a_piState, const Utils::SMakerService& a_psService)
+    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_piState, a_psService), _iRouting(*this),
       _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<DeviceChannels>())),
       _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
       _iOversampling(*this, InfoOf(Panel::RowOf(Panel::EClass::Oversampling))),
       _aiMacros(MakeAll<CMacroBtn>(*this, std::make_index_sequence<5>())), _iNewVersion(*this) {
+    {
+        Utils::CTurn turn(State().Turns());
+        ShowAtTurnEnds(turn);
+    }
     std::size_t size = 0;
     const auto stored = Utils::ReadUniversal(StoredWidth, size);
     std::int32_t width = 0;
     if (stored == nullptr || size != sizeof(width)) return;
     std::memcpy(&width, stored.get(), sizeof(width));
-    ResizeToWidth(width);
+    State().ResizeToWidth(width);
 }
 
 } // namespace KAV

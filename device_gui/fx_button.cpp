@@ -9,11 +9,17 @@ CFxBtn::CFxBtn(CXXXGUI& a_piPlugin, int a_nGroup)
 
 void CFxBtn::OnValueChanged(float a_fNormal, std::int32_t) {
     if (a_fNormal == 0.0f) return;
-    const int from = Device().GetCurrentGroup();
-    Plugin().Controls().SetCurrentGroup(_nGroup);
-    if (_bCopy) Plugin().CopyGroup(from, _nGroup);
+    Plugin().State().SelectGroup(_nGroup, _bCopy);
     if (auto* const copy = Plugin().Find<CFxBtnCopy>()) copy->SetValue(0.0f, false);
-    Plugin().ApplyRouting();
+}
+
+void CFxBtn::SetText(std::u16string_view a_sText) {
+    CPluginButton::SetText(a_sText);
+    Plugin().State().NameGroup(static_cast<std::size_t>(_nGroup), a_sText);
+}
+
+void CFxBtn::ShowPanel(const SPanelState& a_psPanel) {
+    CPluginButton::SetText(a_psPanel.groupNames[static_cast<std::size_t>(_nGroup)]);
 }
 
 CFxBtnCopy::CFxBtnCopy(CXXXGUI& a_piPlugin)

@@ -1,16 +1,16 @@
 #include "device_gui/history_patch.h"
 
-#include "device_gui/xxx_gui.h"
+#include "state/device_state.h"
 
 #include <utility>
 
 namespace KAV {
 
-CHistoryPatch::CHistoryPatch(CXXXGUI& a_piGUI) : _piGUI(a_piGUI), _sText(a_piGUI.PatchText(0)) {}
+CHistoryPatch::CHistoryPatch(CDeviceState& a_piState) : _piState(a_piState), _sText(a_piState.PatchText(0)) {}
 
 void CHistoryPatch::Swap() {
-    auto present = _piGUI.PatchText(0);
-    _piGUI.ApplyPatchData(_sText.data(), _sText.size(), 0);
+    auto present = _piState.PatchText(0);
+    _piState.ApplyPatchData(_sText.data(), _sText.size(), 0);
     _sText = std::move(present);
 }
 

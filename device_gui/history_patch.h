@@ -6,14 +6,14 @@
 
 namespace KAV {
 
-class CXXXGUI;
+class CDeviceState;
 
 /// All parameters and macros as they were before a patch was loaded. Routing, names and settings stay as they
 /// are.
 class CHistoryPatch final : public GUI::IHistory {
 public:
     /// Takes the present state.
-    explicit CHistoryPatch(CXXXGUI& a_piGUI);
+    explicit CHistoryPatch(CDeviceState& a_piState);
 
     void Redo() override { Swap(); }
     void Undo() override { Swap(); }
@@ -22,7 +22,7 @@ public:
 private:
     void Swap();
 
-    CXXXGUI& _piGUI;
+    CDeviceState& _piState;
     std::string _sText;
 };
 

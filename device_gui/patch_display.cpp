@@ -1,17 +1,19 @@
 #include "device_gui/patch_display.h"
 
 #include "device_gui/row_info.h"
-#include "patch/patch_files.h"
 
 namespace KAV {
 
 CPatch::CPatch(CXXXGUI& a_piPlugin)
-    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {
-    SetItems(PatchNames());
-}
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {}
 
 void CPatch::OnValueChanged(float, std::int32_t a_nItem) {
-    Plugin().SelectPatch(a_nItem, false);
+    Plugin().State().ChoosePatch(a_nItem);
+}
+
+void CPatch::ShowPanel(const SPanelState& a_psPanel) {
+    const auto& patch = a_psPanel.patch;
+    Copy(patch.Names(), patch.Place(), patch.Name());
 }
 
 } // namespace KAV

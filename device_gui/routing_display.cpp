@@ -8,24 +8,20 @@
 namespace KAV {
 
 CRouting::CRouting(CXXXGUI& a_piPlugin)
-    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Routing))) {
-    Refresh();
-}
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Routing))) {}
 
-void CRouting::Refresh() {
-    const GUI::CLock lock(Plugin());
-    const auto text = Text();
-    SetItems(RoutingNames());
-    SetText(text); // the list is new, the routing isn't
-    _vnChannels.assign(Items().size(), Unread);
+void CRouting::ShowPanel(const SPanelState& a_psPanel) {
+    const auto& routing = a_psPanel.routing;
+    Copy(routing.Names(), routing.Place(), routing.Name());
+    if (_nScans != a_psPanel.routingScans) _vnChannels.assign(Items().size(), Unread);
+    _nScans = a_psPanel.routingScans;
 }
 
 void CRouting::OnValueChanged(float, std::int32_t a_nItem) {
-    Plugin().SelectRouting(a_nItem, false);
+    Plugin().State().ChooseRouting(a_nItem);
 }
 
 bool CRouting::IsItemEnabled(std::int32_t a_nItem) {
-    const GUI::CLock lock(Plugin());
     if (a_nItem < 0 || a_nItem >= ItemCount()) return false;
     auto& channels = _vnChannels[static_cast<std::size_t>(a_nItem)];
     if (channels == Unread)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device_gui/panel_view.h"
 #include "device_gui/plugin_widget.h"
 
 #include <cstddef>
@@ -10,13 +11,10 @@
 namespace KAV {
 
 /// The current group's routing: its text is the routing's name, its list the names of the user's routings.
-class CRouting final : public CPluginValueDisplay {
+class CRouting final : public CPluginValueDisplay, public IPanelView {
 public:
-    /// Looks for the user's routings and selects none.
     explicit CRouting(CXXXGUI& a_piPlugin);
 
-    /// Looks for the user's routings again.
-    void Refresh();
     void OnValueChanged(float a_fNormal, std::int32_t a_nItem) override;
     /// The host gives enough channels for the routing. Its file is read when this is asked for the first
     /// time.
@@ -25,7 +23,10 @@ public:
 private:
     static constexpr std::size_t Unread = static_cast<std::size_t>(-1);
 
+    void ShowPanel(const SPanelState& a_psPanel) override;
+
     std::vector<std::size_t> _vnChannels; // entries of each routing
+    std::uint32_t _nScans = 0;            // that of the list
 };
 
 } // namespace KAV

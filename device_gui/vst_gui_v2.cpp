@@ -3,12 +3,14 @@
 namespace KAV {
 
 CVSTGUIv2::CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
-    const Utils::SMakerService& a_psService)
-    : CXXXGUI(a_piDSP, a_piControls, a_psService), _piEffect(a_piEffect) {}
+    CDeviceState& a_piState, const Utils::SMakerService& a_psService)
+    : CXXXGUI(a_piDSP, a_piControls, a_piState, a_psService), _piEffect(a_piEffect) {}
 
 bool CVSTGUIv2::getRect(VST::ERect** a_psRect) {
-    _sRect.bottom = static_cast<std::int16_t>(Height());
-    _sRect.right = static_cast<std::int16_t>(Width());
+    const Utils::CTurn turn(State().Turns());
+    const auto& panel = State().Panel(turn);
+    _sRect.bottom = static_cast<std::int16_t>(panel.height);
+    _sRect.right = static_cast<std::int16_t>(panel.width);
     *a_psRect = &_sRect;
     return true;
 }

@@ -6,13 +6,12 @@
 
 namespace KAV {
 
-/// The editor as a VST 2.4 host knows it. It has no window yet: it holds the state, and a host shows controls
-/// of its own.
+/// The editor as a VST 2.4 host knows it. It has no window yet: a host shows controls of its own.
 class CVSTGUIv2 : public AEffEditor, public CXXXGUI {
 public:
-    /// All three are parts of the instance that owns this object.
+    /// The first four are parts of the instance that owns this object.
     CVSTGUIv2(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
-        const Utils::SMakerService& a_psService);
+        CDeviceState& a_piState, const Utils::SMakerService& a_psService);
 
     // AEffEditor
     bool hasWindow() const noexcept override { return false; }

@@ -1,66 +1,105 @@
 #include "device_gui/xxx_gui.h"
 
-#include "device/parameter_table.h"
 #include "device/value_flags.h"
+#include "device_gui/channel_button.h"
+#include "device_gui/history_patch.h"
 #include "device_gui/new_version_led.h"
-#include "device_gui/patch_display.h"
+#include "device_gui/panel_view.h"
 
-#include <algorithm>
-#include <limits>
-#include <utility>
+#include <array>
+#include <memory>
 
 namespace KAV {
 
-namespace {
-
-constexpr std::int32_t LeastWidth = 500;
-constexpr float Aspect = 1.363472f; // the panel's 754 by 553 pixels
-constexpr std::int32_t LargestWidth =
-    std::numeric_limits<std::int16_t>::max(); // the host's record has 16 bits
-
-} // namespace
-
-CXXXGUI::CChange::CChange(CXXXGUI& a_piGUI) : _piGUI(a_piGUI), _iLock(std::in_place, a_piGUI) {
-    ++_piGUI._nChanges;
-}
-
-CXXXGUI::CChange::~CChange() {
-    if (--_piGUI._nChanges > 0) return;
-    const auto notices = std::exchange(_piGUI._vsNotices, {});
-    _iLock.reset();
-    for (const auto& notice : notices) _piGUI._piDSP.SetParameterAutomated(notice.nTag, notice.fNormal);
-}
-
-CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, const Utils::SMakerService& a_psService)
-    : CGUI(a_psService), _piDSP(a_piDSP), _piControls(a_piControls), _sService(a_psService),
-      _iVersion(*this, a_psService) {
+CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
+    const Utils::SMakerService& a_psService)
+    : CGUI(a_piState.Turns(), a_psService), _piDSP(a_piDSP), _piControls(a_piControls), _piState(a_piState),
+      _iVersion(*this, a_psService), _iMaker(_iVersion, a_psService) {
+    Utils::CTurn turn(_piState.Turns());
+    _piState.SetWitness(turn, this);
     _iVersion.Start();
 }
 
 CXXXGUI::~CXXXGUI() {
     _iVersion.Stop();
+    Utils::CTurn turn(_piState.Turns());
+    _piState.SetWitness(turn, nullptr);
+    _piState.Turns().SetEnd(turn, nullptr);
 }
 
-void CXXXGUI::SetParam(std::int32_t a_nTag, float a_fValue, std::uint32_t a_nFlags) {
-    _piDSP.SetParam(a_nTag, a_fValue, a_nFlags);
-    const std::int32_t tag = _piControls.ResolveTag(a_nTag, a_nFlags);
-    if (HostIndexOf(tag) != NoHostIndex)
-        _vsNotices.push_back({tag, _piDSP.GetParam(tag, Normalized | BaseValue)});
+// The widgets and the state
+
+void CXXXGUI::ShowAtTurnEnds(const Utils::CTurn& a_piTurn) noexcept {
+    _piState.Turns().SetEnd(a_piTurn, this);
 }
 
-void CXXXGUI::Undo() {
-    const CChange change(*this);
-    CGUI::Undo();
+void CXXXGUI::OnTurnEnd(Utils::CTurn& a_piTurn) {
+    if (!_bWindow) ShowPanel(a_piTurn);
 }
 
-void CXXXGUI::Redo() {
-    const CChange change(*this);
-    CGUI::Redo();
+void CXXXGUI::BeforePatch(Utils::CTurn&) {
+    if (IsHistoryEnabled()) AddRecord(std::make_unique<CHistoryPatch>(_piState));
 }
+
+void CXXXGUI::ShowPanel(const Utils::CTurn& a_piTurn) {
+    const auto& panel = _piState.Panel(a_piTurn);
+    const std::uint32_t generation = panel.generation;
+    if (generation == _nShown) return;
+    for (auto* const view : FindAll<IPanelView>()) view->ShowPanel(panel);
+    Resize(panel.width, panel.height);
+    _nShown = generation;
+}
+
+// The window
+
+void CXXXGUI::CreateGUIWindow() {
+    CGUI::CreateGUIWindow();
+    {
+        const Utils::CTurn turn(_piState.Turns());
+        ShowPanel(turn);
+        _bWindow = true;
+    }
+    ShowLamp();
+    _piState.Errors().ShowHeld();
+}
+
+void CXXXGUI::DestroyGUIWindow() {
+    CGUI::DestroyGUIWindow();
+    const Utils::CTurn turn(_piState.Turns());
+    _bWindow = false;
+}
+
+bool CXXXGUI::OnUserMessage(std::uint32_t a_nMessage) {
+    if (a_nMessage != NewVersionMessage) return CGUI::OnUserMessage(a_nMessage);
+    ShowLamp();
+    return true;
+}
+
+void CXXXGUI::ShowLamp() {
+    if (!_iVersion.TakeLamp()) return;
+    if (auto* const lamp = Find<CNewVersionLED>()) lamp->SetVisible(true);
+}
+
+void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
+    DeliverMessages();
+    if (auto* const lamp = Find<CNewVersionLED>()) lamp->Tick(a_nElapsedMs);
+    _piDSP.OnValueChanged();
+    for (auto* const widget : Widgets())
+        widget->SetFromHost(_piDSP.GetParam(widget->Id(), Normalized | GroupRelative));
+    if (_piState.Generation() != _nShown) {
+        const Utils::CTurn turn(_piState.Turns());
+        ShowPanel(turn);
+    }
+    const std::int32_t latency = _piDSP.GetLatency();
+    if (latency == _nLastLatency) return;
+    _nLastLatency = latency;
+    OnLatencyChanged(latency);
+}
+
+// What others do
 
 void CXXXGUI::SetParameter(std::int32_t a_nId, float a_fNormal) {
-    const CChange change(*this);
-    SetParam(a_nId, a_fNormal, Normalized | GroupRelative);
+    _piState.SetParameter(a_nId, a_fNormal);
 }
 
 void CXXXGUI::BeginEdit(std::int32_t a_nId) {
@@ -71,69 +110,41 @@ void CXXXGUI::EndEdit(std::int32_t a_nId) {
     _piDSP.EndEdit(a_nId);
 }
 
-void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
-    DeliverMessages();
-    if (auto* const lamp = Find<CNewVersionLED>()) lamp->Tick(a_nElapsedMs);
-    _piDSP.OnValueChanged();
-    for (auto* const widget : Widgets())
-        widget->SetFromHost(_piDSP.GetParam(widget->Id(), Normalized | GroupRelative));
-    const std::int32_t latency = _piDSP.GetLatency();
-    if (latency == _nLastLatency) return;
-    _nLastLatency = latency;
-    OnLatencyChanged(latency);
-}
-
 void CXXXGUI::OnLatencyChanged(std::int32_t) {}
 
-void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
-    if (a_nWidth <= 0 || a_nHeight <= 0) return;
-    Resize(std::clamp(a_nWidth, LeastWidth, LargestWidth), std::min(a_nHeight, LargestWidth));
+std::string CXXXGUI::GetRouting(int a_nGroup) {
+    return _piState.GetRouting(a_nGroup);
 }
 
-void CXXXGUI::ResizeToWidth(std::int32_t a_nWidth) {
-    // In single precision, which rounds: 754 has to give 553, though the aspect is a little above 754 / 553.
-    ResizeTo(a_nWidth, static_cast<std::int32_t>(static_cast<float>(a_nWidth) / Aspect));
+void CXXXGUI::SetRouting(std::string_view a_sText, int a_nGroup) {
+    _piState.SetRouting(a_sText, a_nGroup);
+}
+
+void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
+    _piState.ResizeTo(a_nWidth, a_nHeight);
+}
+
+bool CXXXGUI::ApplyPatchData(const void* a_pData, std::size_t a_nSize, std::uint32_t a_nFlags) {
+    return _piState.ApplyPatchData(a_pData, a_nSize, a_nFlags);
+}
+
+bool CXXXGUI::ReadPatch(std::string_view a_sText, std::uint32_t a_nFlags) {
+    return _piState.ReadPatch(a_sText, a_nFlags);
 }
 
 std::size_t CXXXGUI::WritePatch(const char** a_psData, std::uint32_t a_nFlags) {
-    if (a_psData == nullptr) return 0;
-    const CChange change(*this);
-    _sPatch = PatchText(a_nFlags);
-    *a_psData = _sPatch.c_str();
-    return _sPatch.size() + 1;
+    return _piState.WritePatch(a_psData, a_nFlags);
 }
 
-std::size_t CXXXGUI::WriteChunk(void** a_psData, std::uint32_t a_nFlags) {
-    if (a_psData == nullptr) return 0;
-    const CChange change(*this);
-    _sChunk = PatchText(a_nFlags);
-    *a_psData = _sChunk.data();
-    return _sChunk.size() + 1;
+void CXXXGUI::SelectPatch(std::int32_t a_nIndex, bool a_bForce) {
+    _piState.SelectPatch(a_nIndex, a_bForce);
 }
 
-void CXXXGUI::SetPatchName(std::u16string_view a_sName) {
-    const CChange change(*this);
-    if (auto* const display = Find<CPatch>()) {
-        display->SetText(a_sName);
-        _nPatch = display->Item();
-    }
-}
-
-std::u16string CXXXGUI::PatchName() const {
-    const auto* const display = Find<CPatch>();
-    return display != nullptr ? display->Text() : std::u16string();
-}
-
-std::u16string CXXXGUI::PatchNameAt(std::int32_t a_nIndex) const {
-    const GUI::CLock lock(*this);
-    const auto* const display = Find<CPatch>();
-    if (display == nullptr || a_nIndex < 0 || a_nIndex >= display->ItemCount()) return {};
-    return display->Items()[static_cast<std::size_t>(a_nIndex)];
-}
-
-std::int32_t CXXXGUI::CurrentPatch() const {
-    const GUI::CLock lock(*this);
-    return _nPatch;
+void CXXXGUI::SaveRouting(std::u16string_view a_sPath) {
+    std::array<bool, SPanelState::Channels> on{};
+    std::size_t channel = 0;
+    for (const auto* const button : FindAll<CChannelBtn>()) on.at(channel++) = button->Value() != 0.0f;
+    _piState.SaveRouting(a_sPath, on);
 }
 
 } // namespace KAV

@@ -6,7 +6,8 @@
 
 namespace KAV::GUI {
 
-CGUI::CGUI(const Utils::SMakerService& a_psService) : _iReport(a_psService) {
+CGUI::CGUI(Utils::CTurns& a_piTurns, const Utils::SMakerService& a_psService)
+    : _piTurns(a_piTurns), _iReport(a_psService) {
     Utils::LogSessionStart(); // also takes over the previous session's log
     _iReport.Start();
 }
@@ -21,75 +22,60 @@ void CGUI::Leave(const CWidget& a_piWidget) noexcept {
 }
 
 void CGUI::EnableHistory(bool a_bEnable) {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     CHistory::EnableHistory(a_bEnable);
 }
 
 bool CGUI::IsHistoryEnabled() const {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     return CHistory::IsHistoryEnabled();
 }
 
 void CGUI::AddRecord(std::unique_ptr<IHistory> a_piRecord) {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     CHistory::AddRecord(std::move(a_piRecord));
 }
 
 void CGUI::Undo() {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     CHistory::Undo();
 }
 
 void CGUI::Redo() {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     CHistory::Redo();
 }
 
 bool CGUI::CanUndo() const {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     return CHistory::CanUndo();
 }
 
 bool CGUI::CanRedo() const {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     return CHistory::CanRedo();
 }
 
 std::size_t CGUI::Records() const {
-    const CLock lock(*this);
+    const Utils::CTurn turn(_piTurns);
     return CHistory::Records();
 }
 
-std::int32_t CGUI::Width() const {
-    const CLock lock(*this);
-    return _nWidth;
-}
-
-std::int32_t CGUI::Height() const {
-    const CLock lock(*this);
-    return _nHeight;
-}
-
 void CGUI::Resize(std::int32_t a_nWidth, std::int32_t a_nHeight) {
-    const CLock lock(*this);
     _nWidth = a_nWidth;
     _nHeight = a_nHeight;
 }
 
 void CGUI::CreateGUIWindow() {
-    const CLock lock(*this);
-    _bWindow = true;
+    _iMessages.Open();
 }
 
 void CGUI::DestroyGUIWindow() {
-    const CLock lock(*this);
-    _bWindow = false;
-    _vnMessages.clear();
+    _iMessages.Close();
 }
 
 void CGUI::PostUserMessage(std::uint32_t a_nMessage) {
-    const CLock lock(*this);
-    if (_bWindow) _vnMessages.push_back(a_nMessage);
+    _iMessages.Post(a_nMessage);
 }
 
 bool CGUI::OnUserMessage(std::uint32_t) {
@@ -97,12 +83,7 @@ bool CGUI::OnUserMessage(std::uint32_t) {
 }
 
 void CGUI::DeliverMessages() {
-    std::vector<std::uint32_t> messages;
-    {
-        const CLock lock(*this);
-        messages.swap(_vnMessages);
-    }
-    for (const auto message : messages) OnUserMessage(message);
+    for (const auto message : _iMessages.Take()) OnUserMessage(message);
 }
 
 void CGUI::SetParameter(std::int32_t, float) {}

@@ -7,16 +7,16 @@
 
 namespace KAV::GUI {
 
-/// A widget with a text. Threads: the text on any.
+/// A widget with a text.
 class CLabel : public CWidget {
 public:
     CLabel(CGUI& a_piGUI, const SWidgetInfo& a_sInfo);
 
-    std::u16string Text() const; ///< a copy: another thread may load a patch meanwhile
+    const std::u16string& Text() const noexcept { return _sText; }
     virtual void SetText(std::u16string_view a_sText);
 
 private:
-    std::u16string _sText; // under the root's lock
+    std::u16string _sText;
 };
 
 } // namespace KAV::GUI

@@ -11,19 +11,15 @@ CValueDisplay::CValueDisplay(CGUI& a_piGUI, const SWidgetInfo& a_sInfo)
     : CLabel(a_piGUI, a_sInfo), CValueWidget(a_sInfo.fValue, a_sInfo.sList) {}
 
 bool CValueDisplay::SetValue(float a_fNormal, bool a_bHistory) {
-    {
-        const CLock lock(Root());
-        if (a_bHistory) Root().AddRecord(MakeHistory());
-        if (!Take(Held(a_fNormal))) return false;
-        if (ItemCount() > 0) CLabel::SetText(Items()[static_cast<std::size_t>(Item())]);
-    }
+    if (a_bHistory) Root().AddRecord(MakeHistory());
+    if (!Take(Held(a_fNormal))) return false;
+    if (ItemCount() > 0) CLabel::SetText(Items()[static_cast<std::size_t>(Item())]);
     if (!_bFromHost) Root().SetParameter(Id(), Value());
     OnValueChanged(Value(), Item());
     return true;
 }
 
 void CValueDisplay::SetItems(std::vector<std::u16string> a_vsItems) {
-    const CLock lock(Root());
     CValueWidget::SetItems(std::move(a_vsItems));
     if (ItemCount() > 0) CLabel::SetText(Items()[static_cast<std::size_t>(Item())]);
 }
@@ -36,7 +32,6 @@ void CValueDisplay::SetFromHost(float a_fNormal) {
 }
 
 void CValueDisplay::SetText(std::u16string_view a_sText) {
-    const CLock lock(Root());
     if (a_sText == Text()) return; // several entries have this name: keep the chosen one
     CLabel::SetText(a_sText);
     const auto found = std::find(Items().begin(), Items().end(), a_sText);
@@ -48,20 +43,22 @@ bool CValueDisplay::IsItemEnabled(std::int32_t) {
 }
 
 void CValueDisplay::ShowItem(std::int32_t a_nItem) {
-    const CLock lock(Root());
     if (a_nItem < 0 || a_nItem >= ItemCount() || a_nItem == Item()) return;
     Place(a_nItem);
     CLabel::SetText(Items()[static_cast<std::size_t>(a_nItem)]);
 }
 
+void CValueDisplay::Copy(
+    const std::vector<std::u16string>& a_vsItems, std::int32_t a_nItem, std::u16string_view a_sText) {
+    if (a_vsItems != Items()) CValueWidget::SetItems(a_vsItems);
+    if (a_nItem != Item()) Place(a_nItem);
+    CLabel::SetText(a_sText);
+}
+
 void CValueDisplay::Step(int a_nDirection) {
-    std::int32_t item = 0;
-    {
-        const CLock lock(Root());
-        item = Item() + a_nDirection;
-        while (item >= 0 && item < ItemCount() && !IsItemEnabled(item)) item += a_nDirection;
-        if (item < 0 || item >= ItemCount()) return;
-    }
+    std::int32_t item = Item() + a_nDirection;
+    while (item >= 0 && item < ItemCount() && !IsItemEnabled(item)) item += a_nDirection;
+    if (item < 0 || item >= ItemCount()) return;
     Root().BeginEdit(Id());
     SetItem(item, true);
     Root().EndEdit(Id());

@@ -11,7 +11,7 @@
 namespace KAV::GUI {
 
 /// A label that shows one entry of its list. Its text may be another one as well, and then the entry is the
-/// last that was shown. Threads: any; the window's for what tells the device.
+/// last that was shown.
 class CValueDisplay : public CLabel, public CValueWidget {
 public:
     CValueDisplay(CGUI& a_piGUI, const SWidgetInfo& a_sInfo);
@@ -27,6 +27,9 @@ public:
 
     /// Makes the entry the present one. The text follows if it was another entry; nobody is told.
     void ShowItem(std::int32_t a_nItem);
+    /// Shows a list, its entry and a text as they are kept elsewhere; nobody is told.
+    void Copy(
+        const std::vector<std::u16string>& a_vsItems, std::int32_t a_nItem, std::u16string_view a_sText);
     /// The next entry (1) or the one before (-1) that is enabled, as an edit that the host is told of. At
     /// either end nothing happens.
     void Step(int a_nDirection);

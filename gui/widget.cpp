@@ -13,13 +13,11 @@ CWidget::~CWidget() {
     _piGUI.Leave(*this);
 }
 
-bool CWidget::IsVisible() const {
-    const CLock lock(_piGUI);
+bool CWidget::IsVisible() const noexcept {
     return _bVisible;
 }
 
 void CWidget::SetVisible(bool a_bShow) {
-    const CLock lock(_piGUI);
     _bVisible = a_bShow;
 }
 

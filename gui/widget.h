@@ -19,7 +19,7 @@ struct SWidgetInfo {
 };
 
 /// One control or picture of the editor. It enters its root's list when it is made and leaves it when it
-/// goes. Threads: the window's, unless told.
+/// goes. Threads: as its root.
 class CWidget {
 public:
     CWidget(CGUI& a_piGUI, const SWidgetInfo& a_sInfo);
@@ -29,8 +29,8 @@ public:
 
     std::int32_t Id() const noexcept { return _nId; }
     const std::u16string& Name() const noexcept { return _sName; }
-    bool IsVisible() const;                ///< any thread
-    virtual void SetVisible(bool a_bShow); ///< any thread
+    bool IsVisible() const noexcept;
+    virtual void SetVisible(bool a_bShow);
     /// Takes a value 0..1 from the device, which isn't told of it again.
     virtual void SetFromHost(float a_fNormal);
 
@@ -41,7 +41,7 @@ private:
     CGUI& _piGUI;
     std::int32_t _nId;
     std::u16string _sName;
-    bool _bVisible; // under the root's lock
+    bool _bVisible;
 };
 
 } // namespace KAV::GUI

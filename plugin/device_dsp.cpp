@@ -28,19 +28,20 @@ std::int32_t SelectorIndex(float value) noexcept {
 CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService& service)
     : CVSTDSPv2(audioMaster) {
     InitialiseParameters(parameters);
-    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this, service);
+    state = &_state;
+    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this, _state, service);
     gui = editor.get();
     setEditor(std::move(editor));
     // A patch without group numbers applies to the current group only. So it is loaded once per group, from
     // the last to the first, and the first stays current.
-    gui->BeginCreation();
+    _state.Errors().BeginCreation();
     for (int group = DeviceGroups - 1; group >= 0; --group) {
         SetCurrentGroup(group);
         curProgram = 0;
-        gui->SelectPatch(0, true);
-        gui->SelectRouting(0, false);
+        _state.SelectPatch(0, true);
+        _state.SelectRouting(0, false);
     }
-    gui->EndCreation();
+    _state.Errors().EndCreation();
 }
 
 void CDeviceDSP::Process(float** channels, float** side, int channelCount, int frames) noexcept {

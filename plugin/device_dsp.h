@@ -3,6 +3,8 @@
 #include "device/device_controls.h"
 #include "dsp/plugin_dsp.h"
 #include "plugin/vst_dsp_v2.h"
+#include "state/device_state.h"
+#include "state/host_voice.h"
 #include "utils/maker_service.h"
 
 #include <cstddef>
@@ -21,7 +23,8 @@ namespace KAV {
 /// everything else on any thread.
 class CDeviceDSP final : public CVSTDSPv2,
                          public CPluginDSP<float, float, DSP::CPluginMC<float, float>>,
-                         public IDeviceControls {
+                         public IDeviceControls,
+                         private IHostVoice {
 public:
     using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
@@ -63,6 +66,8 @@ public:
     void RequestReportedGain(int group) noexcept override { Limiter(group).Latch(); }
     std::int32_t Channels() const noexcept override { return dspChannels; }
 
+    /// What the instance keeps besides its values.
+    CDeviceState& State() noexcept { return _state; }
     /// The editor's half, with or without a window.
     CXXXGUI& GUI() noexcept { return *gui; }
 
@@ -71,11 +76,23 @@ private:
     /// moves itself, directly or through others.
     using MacroChain = std::uint32_t;
 
+    /// Ends the editor, which the host's record owns, before the state that it shows.
+    struct SEditorEnd {
+        CDeviceDSP& device;
+        ~SEditorEnd() { device.setEditor(nullptr); }
+    };
+
+    // IHostVoice
+    void Changed(std::int32_t tag, float normal) noexcept override { SetParameterAutomated(tag, normal); }
+
     static std::size_t Place(int group) noexcept { return static_cast<std::size_t>(group); }
     float GetMeter(std::int32_t tag) const noexcept;
     void Write(std::int32_t tag, float value, std::uint32_t flags, MacroChain chain);
     void Store(const SParameter& parameter, float value, std::uint32_t flags) noexcept;
     void Spread(std::size_t macro, float value, MacroChain chain);
+
+    CDeviceState _state{*this, *this, *this};
+    SEditorEnd _editorEnd{*this};
 };
 
 } // namespace KAV

@@ -1,6 +1,5 @@
 #include "plugin/vst_dsp_v2.h"
 
-#include "device_gui/xxx_gui.h"
 #include "patch/patch_flags.h"
 #include "utils/product.h"
 #include "utils/text.h"
@@ -190,24 +189,24 @@ void CVSTDSPv2::SetParameterAutomated(std::int32_t tag, float value) {
 }
 
 std::int32_t CVSTDSPv2::GetChunk(void** data, bool isPreset) {
-    const std::size_t size = gui->WriteChunk(data, isPreset ? 0 : HostChunkFlags);
+    const std::size_t size = state->WriteChunk(data, isPreset ? 0 : HostChunkFlags);
     return static_cast<std::int32_t>(size);
 }
 
 std::int32_t CVSTDSPv2::SetChunk(const void* data, std::size_t size, bool isPreset) {
-    return gui->ApplyPatchData(data, size, isPreset ? 0 : HostChunkFlags) ? 1 : 0;
+    return state->ApplyPatchData(data, size, isPreset ? 0 : HostChunkFlags) ? 1 : 0;
 }
 
 void CVSTDSPv2::SetProgramName(std::string_view text) {
-    gui->SetPatchName(Utils::ToUtf16(text));
+    state->SetPatchName(Utils::ToUtf16(text));
 }
 
 void CVSTDSPv2::GetProgramName(std::span<char> text) {
-    Utils::CopyText(Utils::ToUtf8(gui->PatchName()), text);
+    Utils::CopyText(Utils::ToUtf8(state->PatchName()), text);
 }
 
 void CVSTDSPv2::GetProgramNameIndexed(std::int32_t index, std::span<char> text) {
-    Utils::CopyText(Utils::ToUtf8(gui->PatchNameAt(index)), text);
+    Utils::CopyText(Utils::ToUtf8(state->PatchNameAt(index)), text);
 }
 
 void CVSTDSPv2::GetEffectName(std::span<char> text) {
@@ -227,7 +226,7 @@ void CVSTDSPv2::SetProgram(std::int32_t index, bool force) {
     if (program >= NumPrograms()) program = 0;
     if (!force && program == curProgram) return;
     curProgram = program;
-    gui->SelectPatch(program, force);
+    state->SelectPatch(program, force);
 }
 
 } // namespace KAV

@@ -2,6 +2,7 @@
 
 #include "device/xxx_dsp.h"
 #include "plugin/host_survey.h"
+#include "state/device_state.h"
 #include "utils/product.h"
 #include "vst/audio_effect_x.h"
 
@@ -47,6 +48,8 @@ protected:
 
     /// Updates the delay in the record without notifying the host, which reads it when it wants to.
     void RefreshInitialDelay() noexcept { setInitialDelay(GetLatency()); }
+
+    CDeviceState* state = nullptr; ///< null only while the device is being built; the device's
 
     // AudioEffectX
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) noexcept final;

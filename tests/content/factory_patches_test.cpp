@@ -48,7 +48,7 @@ std::string Values(std::string_view text) {
 class FactoryPatches : public State {
 protected:
     void Load(const std::filesystem::path& file) {
-        ASSERT_TRUE(Gui().OpenPatch(Utils::FromSystemPath(file))) << file;
+        ASSERT_TRUE(Device().State().OpenPatch(Utils::FromSystemPath(file))) << file;
     }
     std::vector<std::int32_t> Targets(std::size_t macro) {
         std::vector<std::int32_t> targets;
@@ -74,14 +74,14 @@ TEST_F(FactoryPatches, AreAFullSetThatBeginsWithTheReset) {
     EXPECT_GE(names.size(), 25u);
     EXPECT_EQ(names.front(), Utils::ToUtf16(Reset));
     Renew();
-    EXPECT_EQ(Gui().PatchName(), Utils::ToUtf16(Reset));
+    EXPECT_EQ(Device().State().PatchName(), Utils::ToUtf16(Reset));
 }
 
 TEST_F(FactoryPatches, AreWrittenAsAnInstanceWritesThem) {
     for (const auto& file : Files()) {
         if (Title(file) == Reset) continue;
         Load(file);
-        EXPECT_EQ(ReadText(file), Gui().PatchText(0) + '\0') << file;
+        EXPECT_EQ(ReadText(file), Device().State().PatchText(0) + '\0') << file;
     }
 }
 
@@ -99,28 +99,28 @@ TEST_F(FactoryPatches, TheResetIsADefaultWithoutAWidth) {
         *setting = 1.5;
     Gui().SelectPatch(0, true);
     EXPECT_EQ(Gui().Width(), 1000);
-    const auto text = Gui().PatchText(InstanceDefaultFlags);
+    const auto text = Device().State().PatchText(InstanceDefaultFlags);
     EXPECT_EQ(content, Utils::ReplaceAll(text, "<gui_width>1000</gui_width>\r\n", "") + '\0');
 }
 
 TEST_F(FactoryPatches, TheResetIsAFreshInstanceWithVectorCode) {
-    auto fresh = Gui().PatchText(HostChunkFlags);
+    auto fresh = Device().State().PatchText(HostChunkFlags);
     fresh = Utils::ReplaceAll(fresh, "No KVP patches found!", Reset);
     fresh = Utils::ReplaceAll(fresh, "<simd>0</simd>", "<simd>1</simd>");
     WriteText(documents.Patch(Reset + ".kvp"), ReadText(FileOf(Reset)));
     Renew();
-    EXPECT_EQ(Gui().PatchText(HostChunkFlags), fresh);
+    EXPECT_EQ(Device().State().PatchText(HostChunkFlags), fresh);
 }
 
 TEST_F(FactoryPatches, TheResetTakesEveryOtherBack) {
-    const auto fresh = Values(Gui().PatchText(0));
+    const auto fresh = Values(Device().State().PatchText(0));
     for (const auto& file : Files()) {
         Load(file);
         if (Title(file) != Reset) {
-            EXPECT_NE(Values(Gui().PatchText(0)), fresh) << file;
+            EXPECT_NE(Values(Device().State().PatchText(0)), fresh) << file;
         }
         Load(FileOf(Reset));
-        EXPECT_EQ(Values(Gui().PatchText(0)), fresh) << file;
+        EXPECT_EQ(Values(Device().State().PatchText(0)), fresh) << file;
     }
 }
 

@@ -113,8 +113,8 @@ TEST_F(Frame, LeavesTheSelectedPatchAlone) {
     Device().SetParam(33, 0.75f, 0);
     host.calls.clear();
     for (int i = 0; i < 3; ++i) Next();
-    EXPECT_EQ(Gui().CurrentPatch(), 1);
-    EXPECT_EQ(Gui().PatchName(), u"b");
+    EXPECT_EQ(Device().State().CurrentPatch(), 1);
+    EXPECT_EQ(Device().State().PatchName(), u"b");
     EXPECT_EQ(Widget<CPatch>().Item(), 1);
     EXPECT_EQ(Device().GetParam(33, 0), 0.75f);
     EXPECT_EQ(Automated(), Automations{});
@@ -123,7 +123,7 @@ TEST_F(Frame, LeavesTheSelectedPatchAlone) {
 TEST_F(Frame, LeavesTheSelectedRoutingAlone) {
     for (const char* const name : {"a", "b", "c"}) WriteRouting(name, 2);
     Renew();
-    Gui().SelectRouting(1, false);
+    Device().State().SelectRouting(1, false);
     const auto before = Gui().GetRouting(0);
     for (int i = 0; i < 3; ++i) Next();
     EXPECT_EQ(Widget<CRouting>().Text(), u"b");
@@ -252,4 +252,23 @@ TEST_F(Frame, ALatencyThatIsBackByTheNextFrameIsNotReported) {
     effect->Set(OversamplingIndex, 0.0f);
     Next();
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 0u);
+}
+
+TEST_F(Frame, BringsWhatThePatchKeepsToAnOpenWindow) {
+    Gui().CreateGUIWindow();
+    Read("<patch_name>other</patch_name><fx_names>a|*|b</fx_names>");
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"2") << "the widgets are the window's";
+    Next();
+    EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"b");
+    EXPECT_EQ(Widget<CPatch>().Text(), u"other");
+    Gui().DestroyGUIWindow();
+    Read("<fx_names>c</fx_names>");
+    EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"c") << "without a window at once";
+}
+
+TEST_F(Frame, AWindowBeginsWithThePresentState) {
+    Gui().CreateGUIWindow();
+    Read("<patch_name>one</patch_name>");
+    Gui().DestroyGUIWindow();
+    EXPECT_EQ(Widget<CPatch>().Text(), u"one");
 }

@@ -28,7 +28,7 @@ TEST_F(GroupCopy, GivesTheOtherGroupItsValuesAndLeavesTheRest) {
     Device().SetParam(29, 0.125f, RawBase);
     const auto routing = Gui().GetRouting(2);
     Device().SetCurrentGroup(2);
-    Gui().CopyGroup(1, 2);
+    Device().State().CopyGroup(1, 2);
     for (const int tag : {32, 33, 36, 37}) EXPECT_EQ(Value(200 + tag), 0.75f) << tag;
     for (const int tag : {34, 35, 21, 22}) EXPECT_EQ(Value(200 + tag), 1.0f) << tag;
     EXPECT_EQ(Value(201), 1.0f);
@@ -45,7 +45,7 @@ TEST_F(GroupCopy, TakesOffsetsOfMacrosIntoTheBaseAndKeepsTheMacros) {
     Device().SetParam(33, 0.5f, RawBase);
     Device().SetParam(24, 0.625f, RawBase); // moves the threshold by 0.25
     Device().SetCurrentGroup(3);
-    Gui().CopyGroup(0, 3);
+    Device().State().CopyGroup(0, 3);
     EXPECT_EQ(Value(333), 0.75f);
     EXPECT_EQ(Value(33), 0.5f);
     EXPECT_EQ(Device().GetParam(33, 0), 0.75f);
@@ -54,15 +54,15 @@ TEST_F(GroupCopy, TakesOffsetsOfMacrosIntoTheBaseAndKeepsTheMacros) {
 }
 
 TEST_F(GroupCopy, KeepsThePatchsName) {
-    Gui().SetPatchName(u"Mine");
+    Device().State().SetPatchName(u"Mine");
     Device().SetCurrentGroup(1);
-    Gui().CopyGroup(0, 1);
-    EXPECT_EQ(Gui().PatchName(), u"Mine");
+    Device().State().CopyGroup(0, 1);
+    EXPECT_EQ(Device().State().PatchName(), u"Mine");
 }
 
 TEST_F(GroupCopy, OntoItselfDoesNothing) {
     host.calls.clear();
-    Gui().CopyGroup(0, 0);
+    Device().State().CopyGroup(0, 0);
     EXPECT_TRUE(host.calls.empty());
 }
 
@@ -70,7 +70,7 @@ TEST_F(GroupCopy, IsOneStepOfHistory) {
     Gui().EnableHistory(true);
     SetGroup(0, 0.25f);
     Device().SetCurrentGroup(1);
-    Gui().CopyGroup(0, 1);
+    Device().State().CopyGroup(0, 1);
     EXPECT_EQ(Gui().Records(), 1u);
     Gui().Undo();
     EXPECT_EQ(Value(133), 1.0f);
@@ -107,7 +107,7 @@ TEST_F(GroupCopy, LeavesTheGroupsNamesAlone) {
     Widget<CFxBtn>(0).SetText(u""); // a list of names would lose this one
     Widget<CFxBtn>(1).SetText(u"a</b");
     Device().SetCurrentGroup(1);
-    Gui().CopyGroup(0, 1);
+    Device().State().CopyGroup(0, 1);
     EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"");
     EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"a</b");
     EXPECT_EQ(Widget<CFxBtn>(2).Text(), u"3");

@@ -116,17 +116,18 @@ protected:
             Widget<CFxBtn>(Below(4)).SetValue(1.0f, true);
             break;
         case 9:
-            Gui().SwitchAB(side ^= 1);
+            Device().State().SwitchAB(side ^= 1);
             break;
         default:
-            Gui().CopyAB();
+            Device().State().CopyAB();
         }
         Settle();
     }
 
     /// All that steps of history hold, and what the editor shows of it.
     std::string Present() {
-        auto text = Gui().PatchText(0) + "group " + std::to_string(Device().GetCurrentGroup()) + "\r\n";
+        auto text =
+            Device().State().PatchText(0) + "group " + std::to_string(Device().GetCurrentGroup()) + "\r\n";
         const auto add = [&text](const auto& widget) { text += std::to_string(widget.Value()) + " "; };
         for (std::size_t n = 0; n < 16; ++n) add(Widget<CChannelBtn>(n));
         for (std::size_t g = 0; g < 4; ++g) add(Widget<CFxBtn>(g));

@@ -47,12 +47,12 @@ TEST_F(History, APatchIsUndoneAndRedoneWithItsMacros) {
     Gui().Undo();
     EXPECT_EQ(Threshold(), 1.0f);
     EXPECT_EQ(Device().tags[2][0], 37);
-    EXPECT_EQ(Gui().PatchName(), u"No KVP patches found!");
+    EXPECT_EQ(Device().State().PatchName(), u"No KVP patches found!");
     EXPECT_FALSE(Gui().CanUndo());
     Gui().Undo();
     Gui().Redo();
     EXPECT_EQ(Threshold(), 0.25f);
-    EXPECT_EQ(Gui().PatchName(), u"0.25");
+    EXPECT_EQ(Device().State().PatchName(), u"0.25");
     EXPECT_FALSE(Gui().CanRedo());
     EXPECT_EQ(Gui().Records(), 1u);
 }
@@ -189,9 +189,9 @@ TEST_F(History, AWidgetAndAPatchAreStepsOfTheirOwnWhateverTheyHold) {
     EXPECT_EQ(Gui().Records(), 3u);
     Gui().Undo();
     EXPECT_EQ(Threshold(), 1.0f);
-    EXPECT_EQ(Gui().PatchName(), u"1");
+    EXPECT_EQ(Device().State().PatchName(), u"1");
     Gui().Undo();
-    EXPECT_EQ(Gui().PatchName(), u"No KVP patches found!");
+    EXPECT_EQ(Device().State().PatchName(), u"No KVP patches found!");
 }
 
 // The newest step is the last of the list, even when it can only be redone.

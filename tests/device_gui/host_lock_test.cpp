@@ -97,20 +97,21 @@ TEST_F(HostLock, IsNotHeldWhileAPatchIsReported) {
     Renew();
     EXPECT_GE(Answered([this] { Gui().SelectPatch(1, true); }), 1);
     EXPECT_GE(Answered([this] { Widget<CPatch>().Step(-1); }), 1);
-    EXPECT_GE(Answered([this] { Gui().OpenPatch(Utils::FromSystemPath(documents.Patch("b.kvp"))); }), 1);
-    Gui().SwitchAB(0);
-    EXPECT_EQ(Answered([this] { Gui().SwitchAB(1); }), 3);
-    EXPECT_EQ(Answered([this] { Gui().CopyGroup(0, 1); }), 3);
-    EXPECT_EQ(Answered([this] { SetChunk(Gui().PatchText(0), true); }), 3);
+    EXPECT_GE(
+        Answered([this] { Device().State().OpenPatch(Utils::FromSystemPath(documents.Patch("b.kvp"))); }), 1);
+    Device().State().SwitchAB(0);
+    EXPECT_EQ(Answered([this] { Device().State().SwitchAB(1); }), 3);
+    EXPECT_EQ(Answered([this] { Device().State().CopyGroup(0, 1); }), 3);
+    EXPECT_EQ(Answered([this] { SetChunk(Device().State().PatchText(0), true); }), 3);
 }
 
 TEST_F(HostLock, IsNotHeldWhileTheChannelsOfARoutingAreReported) {
     WriteRouting("a.kvt", "0,-1");
     WriteRouting("b.kvt", "0,-1|*|1,-1");
     Renew();
-    EXPECT_EQ(Answered([this] { Gui().SelectRouting(1, true); }), 3);
+    EXPECT_EQ(Answered([this] { Device().State().SelectRouting(1, true); }), 3);
     EXPECT_EQ(Answered([this] { Gui().SetRouting("<map>0,-1</map>", -1); }), 3);
-    EXPECT_EQ(Answered([this] { Gui().ApplyRouting(); }), 3);
+    EXPECT_EQ(Answered([this] { Device().State().ApplyRouting(); }), 3);
     EXPECT_EQ(Answered([this] { Widget<CRouting>().Step(-1); }), 3);
     EXPECT_EQ(Answered([this] { Gui().SaveRouting(Utils::FromSystemPath(documents.Routing("c.kvt"))); }), 3);
 }
@@ -127,12 +128,31 @@ TEST_F(HostLock, IsNotHeldWhileABoxIsShown) {
     }
     Renew();
     CBoxesThatWait boxes([this] { return CallsBack(); });
-    Gui().SavePatch({}, 0);
-    Gui().OpenPatch({});
+    Device().State().SavePatch({}, 0);
+    Device().State().OpenPatch({});
     Gui().SaveRouting({});
     EXPECT_EQ(boxes.answered, 3) << "questions";
     Gui().SelectPatch(1, false);
     Widget<CPatch>().Step(1);
-    Gui().OpenPatch(Utils::FromSystemPath(documents.Patch("c.fxp")));
+    Device().State().OpenPatch(Utils::FromSystemPath(documents.Patch("c.fxp")));
     EXPECT_EQ(boxes.answered, 6) << "errors";
+}
+
+TEST_F(HostLock, TheHostHearsOfAStepOfHistoryWhenItIsDone) {
+    Gui().EnableHistory(true);
+    Widget<GUI::CValueDisplay>(2).Step(1);
+    bool couldRedo = false;
+    bool couldUndo = false;
+    host.answer = [&](VST::AEffect*, std::int32_t, std::int32_t, void*, float) -> std::intptr_t {
+        couldRedo = Gui().CanRedo();
+        couldUndo = Gui().CanUndo();
+        return 0;
+    };
+    Gui().Undo();
+    EXPECT_TRUE(couldRedo);
+    EXPECT_FALSE(couldUndo);
+    Gui().Redo();
+    EXPECT_FALSE(couldRedo);
+    EXPECT_TRUE(couldUndo);
+    host.answer = nullptr;
 }

@@ -24,19 +24,20 @@ TEST_F(PatchFaults, TheOldOrTheNewFileIsThereWhateverFails) {
         while (happened) {
             ++call;
             ASSERT_LT(call, 200);
-            ASSERT_TRUE(Gui().SavePatch(Path("mine.kvp"), 0));
+            ASSERT_TRUE(Device().State().SavePatch(Path("mine.kvp"), 0));
             const auto older = ReadText(documents.Patch("mine.kvp"));
             Device().SetParam(33, static_cast<float>(call) / 256.0f, 0);
-            const auto newer = Gui().PatchText(0) + '\0';
+            const auto newer = Device().State().PatchText(0) + '\0';
             ASSERT_NE(older, newer);
             {
                 CFaultyFiles files(call, fault);
-                EXPECT_TRUE(Gui().SavePatch(Path("mine.kvp"), 0)); // silent: the list is renewed all the same
+                EXPECT_TRUE(Device().State().SavePatch(
+                    Path("mine.kvp"), 0)); // silent: the list is renewed all the same
                 happened = files.Happened();
             }
             const auto left = ReadText(documents.Patch("mine.kvp"));
             EXPECT_TRUE(left == older || left == newer) << call;
-            EXPECT_EQ(Gui().PatchName(), u"mine");
+            EXPECT_EQ(Device().State().PatchName(), u"mine");
             EXPECT_TRUE(dialogs.errors.empty());
         }
         EXPECT_GT(call, 5);
@@ -49,7 +50,7 @@ TEST_F(PatchFaults, AFirstSaveLeavesNoBrokenFile) {
         std::filesystem::remove_all(documents.Patch("").parent_path());
         {
             CFaultyFiles files(call, CFaultyFiles::EFault::Fail);
-            Gui().SavePatch(Path("new.kvp"), 0);
+            Device().State().SavePatch(Path("new.kvp"), 0);
             happened = files.Happened();
         }
         const auto left = ReadText(documents.Patch("new.kvp"));
@@ -66,14 +67,14 @@ TEST_F(PatchFaults, ARoutingThatCannotBeWrittenIsNotSelected) {
 }
 
 TEST_F(PatchFaults, APatchThatCannotBeReadWhileItIsLoadedChangesNothing) {
-    ASSERT_TRUE(Gui().SavePatch(Path("a.kvp"), 0));
+    ASSERT_TRUE(Device().State().SavePatch(Path("a.kvp"), 0));
     Device().SetParam(33, 0.125f, 0);
     const auto before = Chunk(false);
     bool happened = true;
     for (int call = 1; happened; ++call) {
         {
             CFaultyFiles files(call, CFaultyFiles::EFault::Fail);
-            const bool loaded = Gui().OpenPatch(Path("a.kvp"));
+            const bool loaded = Device().State().OpenPatch(Path("a.kvp"));
             happened = files.Happened();
             EXPECT_TRUE(loaded || Chunk(false) == before) << call;
         }

@@ -73,7 +73,7 @@ protected:
             }
         }
         // Channels of the current group that its routing lacks are out of it as soon as it is shown.
-        Gui().ApplyRouting();
+        Device().State().ApplyRouting();
         device.SetHostBypass(Below(2) == 1);
         device.Simd() = Below(2) == 1;
         device.GroupsParallel() = Below(2) == 1;
@@ -83,8 +83,8 @@ protected:
                  &settings.maximumGain, &settings.maximumCut})
             *setting = static_cast<double>(Unit() * 2000.0f - 1000.0f);
         const auto width = static_cast<std::int32_t>(500 + Below(2000));
-        Gui().ResizeToWidth(width);
-        Gui().SetPatchName(Name());
+        Device().State().ResizeToWidth(width);
+        Device().State().SetPatchName(Name());
         for (auto* const button : Gui().FindAll<CFxBtn>()) button->SetText(Name());
         for (auto* const button : Gui().FindAll<CMacroBtn>()) button->SetText(Name());
     }
@@ -113,7 +113,7 @@ TEST_F(PatchProperty, ReadingWhatWasWrittenGivesTheSameState) {
     for (int state = 0; state < States; ++state) {
         SCOPED_TRACE(state);
         Shuffle();
-        const auto text = Gui().PatchText(HostChunkFlags);
+        const auto text = Device().State().PatchText(HostChunkFlags);
         copy.SetCurrentGroup(Device().GetCurrentGroup());
         ASSERT_TRUE(copy.GUI().ReadPatch(text, HostChunkFlags));
         for (const auto& [tag, name] : SPlainPatch::Parameters()) {
@@ -137,7 +137,7 @@ TEST_F(PatchProperty, ReadingWhatWasWrittenGivesTheSameState) {
             }
             ASSERT_EQ(read, written);
         }
-        ASSERT_EQ(WithoutExtraTabs(copy.GUI().PatchText(HostChunkFlags)), WithoutExtraTabs(text));
+        ASSERT_EQ(WithoutExtraTabs(copy.State().PatchText(HostChunkFlags)), WithoutExtraTabs(text));
     }
 }
 
@@ -149,7 +149,7 @@ TEST_F(PatchProperty, EveryCombinationOfFlagsGivesTheBaseValuesBack) {
         Shuffle();
         other.Device().SetCurrentGroup(Device().GetCurrentGroup());
         for (int g = 0; g < 4; ++g) other.Device().SetRouting(Device().GetRouting(g), g);
-        ASSERT_TRUE(other.Device().GUI().ReadPatch(Gui().PatchText(flags), flags));
+        ASSERT_TRUE(other.Device().GUI().ReadPatch(Device().State().PatchText(flags), flags));
         for (const auto& [tag, name] : SPlainPatch::Parameters()) {
             ASSERT_LE(std::fabs(Device().GetParam(tag, BaseValue) - other.Device().GetParam(tag, BaseValue)),
                 0.6e-6f)

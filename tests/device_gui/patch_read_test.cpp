@@ -59,10 +59,10 @@ TEST_F(PatchReader, APatchWithoutMacroLinesClearsAllMacros) {
 }
 
 TEST_F(PatchReader, APatchWithoutANameEmptiesTheName) {
-    ASSERT_EQ(Gui().PatchName(), u"No KVP patches found!");
+    ASSERT_EQ(Device().State().PatchName(), u"No KVP patches found!");
     Read("");
-    EXPECT_EQ(Gui().PatchName(), u"");
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().PatchName(), u"");
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
 }
 
 TEST_F(PatchReader, AMacroLineGivesItsTargetsInOrder) {
@@ -121,7 +121,7 @@ TEST_F(PatchReader, FewerNamesThanWidgetsLeaveTheOthers) {
 
 TEST_F(PatchReader, ReadsNamesAndMacrosAndBypassWhateverTheFlags) {
     Read("<patch_name>N</patch_name><fx_names>F</fx_names><host_bypass>7</host_bypass>");
-    EXPECT_EQ(Gui().PatchName(), u"N");
+    EXPECT_EQ(Device().State().PatchName(), u"N");
     EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"F");
     EXPECT_TRUE(Device().GetHostBypass());
     Read("<host_bypass></host_bypass>");
@@ -245,7 +245,7 @@ TEST_F(PatchReader, APartlyBrokenTextGivesWhatCanBeFound) {
     Read(Param(33, "0.25") + "<param tag=\"32\" >0.5\r\n<patch_name>cut");
     EXPECT_EQ(Value(33), 0.25f);
     EXPECT_EQ(Value(32), 1.0f);
-    EXPECT_EQ(Gui().PatchName(), u"");
+    EXPECT_EQ(Device().State().PatchName(), u"");
 }
 
 TEST_F(PatchReader, ANewerPatchsUnknownElementsAreSkipped) {
@@ -267,7 +267,7 @@ TEST_F(PatchReader, ABinaryPatchSetsTheCurrentGroup) {
     EXPECT_TRUE(Gui().ApplyPatchData(data.data(), data.size(), 0));
     EXPECT_EQ(Value(133), 0.25f);
     EXPECT_EQ(Value(33), 1.0f);
-    EXPECT_EQ(Gui().PatchName(), u"N");
+    EXPECT_EQ(Device().State().PatchName(), u"N");
 }
 
 TEST_F(PatchReader, ABinaryPatchWithoutPairsSetsItsNameAndARecord) {
@@ -279,7 +279,7 @@ TEST_F(PatchReader, ABinaryPatchWithoutPairsSetsItsNameAndARecord) {
     host.calls.clear();
     EXPECT_TRUE(Gui().ApplyPatchData(data.data(), data.size(), 0));
     EXPECT_EQ(host.Count(VST::audioMasterAutomate), 0u);
-    EXPECT_EQ(Gui().PatchName(), u"N");
+    EXPECT_EQ(Device().State().PatchName(), u"N");
     EXPECT_EQ(Gui().Records(), 1u);
 }
 
@@ -293,14 +293,14 @@ TEST_F(PatchReader, RefusesWhatIsNeitherForm) {
 }
 
 TEST_F(PatchReader, NamesWithAnElementsMarksAreCutThere) {
-    Gui().SetPatchName(u"a<b");
+    Device().State().SetPatchName(u"a<b");
     SetChunk(Chunk(false), false);
-    EXPECT_EQ(Gui().PatchName(), u"a");
+    EXPECT_EQ(Device().State().PatchName(), u"a");
 }
 
 TEST_F(PatchReader, IllFormedNamesAreEmpty) {
     Read("<patch_name>\xC3</patch_name><fx_names>\xFF|*|b</fx_names>");
-    EXPECT_EQ(Gui().PatchName(), u"");
+    EXPECT_EQ(Device().State().PatchName(), u"");
     EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"");
     EXPECT_EQ(Widget<CFxBtn>(1).Text(), u"b");
 }

@@ -86,8 +86,8 @@ TEST_F(PatchSize, AMillionLayoutsReadEachFileOnce) {
 
 TEST_F(PatchSize, AGroupIsCopiedInOnePassPerRule) {
     const auto before = Utils::SearchedBytes();
-    const auto size = Gui().PatchText(0).size();
+    const auto size = Device().State().PatchText(0).size();
     Device().SetCurrentGroup(1);
-    Gui().CopyGroup(0, 1);
+    Device().State().CopyGroup(0, 1);
     EXPECT_LT(Utils::SearchedBytes() - before, size * 60);
 }

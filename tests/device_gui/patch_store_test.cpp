@@ -64,8 +64,8 @@ protected:
 
 TEST_F(PatchStore, AnEmptyFolderGivesDefaultAndItsFixedText) {
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"Default"});
-    EXPECT_EQ(Gui().PatchName(), u"No KVP patches found!");
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().PatchName(), u"No KVP patches found!");
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
     EXPECT_FALSE(std::filesystem::exists(documents.Patch(""))); // reading makes no folder
 }
 
@@ -86,7 +86,7 @@ TEST_F(PatchStore, ANewInstanceTakesTheFirstPatchForAllGroupsAndItsSettings) {
     Renew();
     for (int g = 0; g < 4; ++g) EXPECT_EQ(Threshold(g), 0.25f) << g;
     EXPECT_EQ(Device().GetCurrentGroup(), 0);
-    EXPECT_EQ(Gui().PatchName(), u"- Full Reset -");
+    EXPECT_EQ(Device().State().PatchName(), u"- Full Reset -");
     EXPECT_EQ(Gui().Width(), 900);
     EXPECT_TRUE(Device().Simd());
     EXPECT_TRUE(Device().GroupsParallel());
@@ -121,16 +121,16 @@ TEST_F(PatchStore, AnFxpOfTheSameNameWins) {
     Renew();
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"A"});
     EXPECT_EQ(Threshold(), 0.125f);
-    EXPECT_EQ(Gui().PatchName(), u"A");
+    EXPECT_EQ(Device().State().PatchName(), u"A");
 }
 
 TEST_F(PatchStore, TheFilesNameOverrulesTheNameInside) {
     Write("A.kvp", "0.5", "Quite another");
     Renew();
-    EXPECT_EQ(Gui().PatchName(), u"A");
+    EXPECT_EQ(Device().State().PatchName(), u"A");
     std::filesystem::rename(documents.Patch("A.kvp"), documents.Patch("B.kvp"));
-    EXPECT_TRUE(Gui().OpenPatch(Path("B.kvp")));
-    EXPECT_EQ(Gui().PatchName(), u"B");
+    EXPECT_TRUE(Device().State().OpenPatch(Path("B.kvp")));
+    EXPECT_EQ(Device().State().PatchName(), u"B");
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"A"}); // the list isn't looked up again
 }
 
@@ -141,12 +141,12 @@ TEST_F(PatchStore, APatchOfAnotherPlugInIsRefusedWithAMessage) {
     Renew();
     const auto before = Chunk(false);
     Choose(u"b");
-    EXPECT_FALSE(Gui().OpenPatch(Path("c.fxp")));
+    EXPECT_FALSE(Device().State().OpenPatch(Path("c.fxp")));
     EXPECT_EQ(dialogs.errors,
         (std::vector<std::u16string>{u"KAV Sorrel Limiter: Patch \"b.kvp\" was created for another plug-in.",
             u"KAV Sorrel Limiter: Patch \"c.fxp\" was created for another plug-in."}));
     EXPECT_EQ(Chunk(false), before);
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
 }
 
 TEST_F(PatchStore, AForeignFirstPatchIsToldOfOncePerInstance) {
@@ -173,14 +173,14 @@ TEST_F(PatchStore, ABoxThatWaitsIsShownByTheFirstWindowAndLoggedAtOnce) {
     Gui().DestroyGUIWindow();
     Gui().CreateGUIWindow();
     EXPECT_EQ(dialogs.errors.size(), 1u);
-    EXPECT_FALSE(Gui().OpenPatch(Path("a.kvp"))); // what the user asks for is answered at once
+    EXPECT_FALSE(Device().State().OpenPatch(Path("a.kvp"))); // what the user asks for is answered at once
     EXPECT_EQ(dialogs.errors.size(), 2u);
     EXPECT_EQ(Logged(), logged + 1);
 }
 
 TEST_F(PatchStore, AnFxpTooShortForItsHeadIsRefusedTheSameWay) {
     WriteText(documents.Patch("short.fxp"), std::string(59, 's'));
-    EXPECT_FALSE(Gui().OpenPatch(Path("short.fxp")));
+    EXPECT_FALSE(Device().State().OpenPatch(Path("short.fxp")));
     EXPECT_EQ(dialogs.errors.size(), 1u);
 }
 
@@ -191,7 +191,7 @@ TEST_F(PatchStore, AnFxpThatHoldsATextChangesNothingAndSaysNothing) {
     content[58] = static_cast<char>(chunk.size() >> 8);
     content[59] = static_cast<char>(chunk.size());
     WriteText(documents.Patch("text.fxp"), content + chunk);
-    EXPECT_FALSE(Gui().OpenPatch(Path("text.fxp")));
+    EXPECT_FALSE(Device().State().OpenPatch(Path("text.fxp")));
     EXPECT_TRUE(dialogs.errors.empty());
     EXPECT_EQ(Chunk(false), SPlainPatch().Text(191));
 }
@@ -206,7 +206,7 @@ TEST_F(PatchStore, AFileThatCannotBeReadChangesNothing) {
     Choose(u"b");
     Choose(u"c");
     EXPECT_EQ(Chunk(false), before);
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
     EXPECT_TRUE(dialogs.errors.empty());
 }
 
@@ -214,7 +214,7 @@ TEST_F(PatchStore, PlacesOutsideTheListDoNothing) {
     const auto before = Chunk(false);
     for (const std::int32_t index : {-1, 1, INT_MAX, INT_MIN}) Gui().SelectPatch(index, true);
     EXPECT_EQ(Chunk(false), before);
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
 }
 
 TEST_F(PatchStore, ThePresentPatchIsNotLoadedAgainUnlessForced) {
@@ -234,15 +234,15 @@ TEST_F(PatchStore, NextAndPreviousEndAtTheEnds) {
     Display().Step(-1);
     EXPECT_EQ(Threshold(), 0.1f);
     Display().Step(1);
-    EXPECT_EQ(Gui().PatchName(), u"b");
+    EXPECT_EQ(Device().State().PatchName(), u"b");
     EXPECT_EQ(Threshold(), 0.2f);
     Display().Step(1);
     EXPECT_EQ(Threshold(), 0.3f);
     Device().SetParam(33, 0.9f, 0);
     Display().Step(1);
     EXPECT_EQ(Threshold(), 0.9f);
-    EXPECT_EQ(Gui().PatchName(), u"c");
-    EXPECT_EQ(Gui().CurrentPatch(), 2);
+    EXPECT_EQ(Device().State().PatchName(), u"c");
+    EXPECT_EQ(Device().State().CurrentPatch(), 2);
 }
 
 TEST_F(PatchStore, TwoFilesOfOneNameAreSelectedByTheirPlace) {
@@ -251,7 +251,7 @@ TEST_F(PatchStore, TwoFilesOfOneNameAreSelectedByTheirPlace) {
     Renew();
     if (Display().ItemCount() < 2) GTEST_SKIP() << "this system's names know no case";
     Gui().SelectPatch(1, false);
-    EXPECT_EQ(Gui().CurrentPatch(), 1);
+    EXPECT_EQ(Device().State().CurrentPatch(), 1);
     EXPECT_EQ(Threshold(), 0.5f); // a path has but one ending
 }
 
@@ -261,14 +261,14 @@ TEST_F(PatchStore, SavingAsksProposesAndRenewsTheList) {
     Write("other.kvp", "0.5");
     Device().SetParam(33, 0.125f, 0);
     dialogs.answer = Path("New one");
-    EXPECT_TRUE(Gui().SavePatch({}, 0));
+    EXPECT_TRUE(Device().State().SavePatch({}, 0));
     ASSERT_EQ(dialogs.questions.size(), 1u);
     EXPECT_EQ(dialogs.questions[0].filter, u"KAV Preset File||*.kvp");
     EXPECT_EQ(dialogs.questions[0].name, u"USER_a");
     EXPECT_EQ(dialogs.questions[0].folder, PatchFolder());
     EXPECT_EQ(Display().Items(), (std::vector<std::u16string>{u"New one", u"a", u"other"}));
-    EXPECT_EQ(Gui().PatchName(), u"New one");
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().PatchName(), u"New one");
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
     SPlainPatch plain;
     plain.name = "a"; // the name that was shown when the state was written
     for (int g = 0; g < 4; ++g) plain.values[33 + 100 * g] = g == 0 ? 0.125 : 0.5;
@@ -276,13 +276,13 @@ TEST_F(PatchStore, SavingAsksProposesAndRenewsTheList) {
 }
 
 TEST_F(PatchStore, SavingMakesTheFolder) {
-    EXPECT_TRUE(Gui().SavePatch(Path("first.kvp"), 0));
+    EXPECT_TRUE(Device().State().SavePatch(Path("first.kvp"), 0));
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"first"});
 }
 
 TEST_F(PatchStore, ACancelledQuestionEndsIt) {
-    EXPECT_FALSE(Gui().SavePatch({}, 0));
-    EXPECT_FALSE(Gui().OpenPatch({}));
+    EXPECT_FALSE(Device().State().SavePatch({}, 0));
+    EXPECT_FALSE(Device().State().OpenPatch({}));
     ASSERT_EQ(dialogs.questions.size(), 2u);
     EXPECT_EQ(dialogs.questions[1].filter,
         u"Preset File||*.fxp;*.kvp|||VST Preset File||*.fxp|||KAV Preset File||*.kvp");
@@ -294,7 +294,7 @@ TEST_F(PatchStore, SaveAsDefaultReplacesTheFirstPatchWithoutAQuestion) {
     Renew();
     Device().SetParam(33, 0.75f, 0);
     Device().Simd() = true;
-    EXPECT_TRUE(Gui().SaveAsDefault());
+    EXPECT_TRUE(Device().State().SaveAsDefault());
     EXPECT_TRUE(dialogs.questions.empty());
     Renew();
     EXPECT_EQ(Threshold(0), 0.75f);
@@ -303,7 +303,7 @@ TEST_F(PatchStore, SaveAsDefaultReplacesTheFirstPatchWithoutAQuestion) {
 }
 
 TEST_F(PatchStore, TheDefaultHoldsParametersMacrosAndSettingsAndNothingElse) {
-    Gui().SetPatchName(u"As it was called");
+    Device().State().SetPatchName(u"As it was called");
     Device().SetParam(137, 0.25f, 0);
     Device().AssignMacro(3, 133, 0.75f);
     Device().SetHostBypass(true);
@@ -320,7 +320,7 @@ TEST_F(PatchStore, TheDefaultHoldsParametersMacrosAndSettingsAndNothingElse) {
     settings.tolerance = 2.0;
     settings.maximumGain = 3.0;
     settings.maximumCut = 4.0;
-    EXPECT_TRUE(Gui().SaveAsDefault());
+    EXPECT_TRUE(Device().State().SaveAsDefault());
     SPlainPatch plain;
     plain.name = "As it was called";
     plain.values[137] = 0.25;
@@ -340,8 +340,8 @@ TEST_F(PatchStore, TheDefaultHoldsParametersMacrosAndSettingsAndNothingElse) {
     EXPECT_EQ(file, plain.Text(188) + '\0');
     for (const char* const element : {"<fx_names", "<kav_input_routing", "<fx>"})
         EXPECT_EQ(file.find(element), std::string::npos) << element;
-    EXPECT_EQ(Gui().PatchName(), u"- Full Reset -");
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
+    EXPECT_EQ(Device().State().PatchName(), u"- Full Reset -");
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
 
     Renew(); // a new instance has all of that, and neither the routing nor the groups' names
     plain.name = "- Full Reset -";
@@ -354,7 +354,7 @@ TEST_F(PatchStore, AnOpenedFileBringsNoSettings) {
         "<agc_filter>0</agc_filter>\r\n<agc_suspend>-30</agc_suspend>\r\n<agc_rms>600</agc_rms>\r\n"
         "<agc_tolerance>2</agc_tolerance>\r\n<agc_gain_max>3</agc_gain_max>\r\n"
         "<agc_gain_min>4</agc_gain_min>\r\n");
-    EXPECT_TRUE(Gui().OpenPatch(Path("b.kvp")));
+    EXPECT_TRUE(Device().State().OpenPatch(Path("b.kvp")));
     SPlainPatch plain;
     plain.name = "b";
     plain.values[33] = 0.25;
@@ -365,13 +365,13 @@ TEST_F(PatchStore, AnOpenedFileBringsTheNamesAndRoutingsThatItHolds) {
     Write("b.kvp", "0.25", "x",
         "<fx_names>Drums</fx_names>\r\n<kav_input_routing>\r\n\t<fx>2</fx>\r\n<map>5,-1</"
         "map></kav_input_routing>\r\n");
-    EXPECT_TRUE(Gui().OpenPatch(Path("b.kvp")));
+    EXPECT_TRUE(Device().State().OpenPatch(Path("b.kvp")));
     EXPECT_EQ(Widget<CFxBtn>(0).Text(), u"Drums");
     EXPECT_EQ(Gui().GetRouting(2), "<kav_input_routing>\r\n\t<map>5,-1</map></kav_input_routing>");
 }
 
 TEST_F(PatchStore, AFileThatTheUserSavedLeavesRoutingsNamesAndSettingsAsTheyAre) {
-    EXPECT_TRUE(Gui().SavePatch(Path("mine.kvp"), 0));
+    EXPECT_TRUE(Device().State().SavePatch(Path("mine.kvp"), 0));
     SPlainPatch plain;
     plain.routings[2] = "<kav_input_routing>\r\n\t<map>5,-1</map>\r\n</kav_input_routing>";
     Gui().SetRouting(plain.routings[2], 2);
@@ -384,7 +384,7 @@ TEST_F(PatchStore, AFileThatTheUserSavedLeavesRoutingsNamesAndSettingsAsTheyAre)
     Device().GroupsParallel() = true;
     plain.filter = 0;
     Device().AutoGain().filter = 0;
-    EXPECT_TRUE(Gui().OpenPatch(Path("mine.kvp")));
+    EXPECT_TRUE(Device().State().OpenPatch(Path("mine.kvp")));
     plain.name = "mine";
     EXPECT_EQ(Chunk(false), plain.Text(191));
 }
@@ -392,20 +392,20 @@ TEST_F(PatchStore, AFileThatTheUserSavedLeavesRoutingsNamesAndSettingsAsTheyAre)
 TEST_F(PatchStore, OpeningTakesTwoExtensionsOnly) {
     Write("a.txt", "0.5");
     Write("b.KVP", "0.25");
-    EXPECT_FALSE(Gui().OpenPatch(Path("a.txt")));
+    EXPECT_FALSE(Device().State().OpenPatch(Path("a.txt")));
     dialogs.answer = Path("b.KVP");
-    EXPECT_TRUE(Gui().OpenPatch({}));
+    EXPECT_TRUE(Device().State().OpenPatch({}));
     EXPECT_EQ(Threshold(), 0.25f);
-    EXPECT_FALSE(Gui().OpenPatch(Path("missing.kvp")));
+    EXPECT_FALSE(Device().State().OpenPatch(Path("missing.kvp")));
 }
 
 TEST_F(PatchStore, WithoutAFolderForDocumentsNothingIsFoundOrWritten) {
     Utils::UseDocumentsFolder(u"");
     Renew();
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"Default"});
-    EXPECT_EQ(Gui().PatchName(), u"Default"); // none was loaded
-    EXPECT_EQ(Gui().CurrentPatch(), -1);
-    EXPECT_FALSE(Gui().SaveAsDefault());
+    EXPECT_EQ(Device().State().PatchName(), u"Default"); // none was loaded
+    EXPECT_EQ(Device().State().CurrentPatch(), -1);
+    EXPECT_FALSE(Device().State().SaveAsDefault());
     EXPECT_EQ(Gui().GetRouting(0), PlainDefaultRouting());
     EXPECT_EQ(RoutingNames(), std::vector<std::u16string>{u"Not found"});
     EXPECT_EQ(ReadRoutingFile(u"any"), "");
@@ -421,10 +421,10 @@ TEST_F(PatchStore, TheHostNamesThePresentPatchAndReadsTheList) {
     std::string name = "b";
     effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "b");
-    EXPECT_EQ(Gui().CurrentPatch(), 2);
+    EXPECT_EQ(Device().State().CurrentPatch(), 2);
     name = "none of the list";
     effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
-    EXPECT_EQ(Gui().CurrentPatch(), 2);
+    EXPECT_EQ(Device().State().CurrentPatch(), 2);
     effect->Dispatch(VST::effSetProgramName, 0, 0, nullptr);
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "none of the list");
 }
@@ -434,54 +434,38 @@ TEST_F(PatchStore, AnEmptyFileNamedDefaultGivesTheFixedText) {
     WriteText(documents.Patch("default.txt"), "");
     Renew();
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"Default"});
-    EXPECT_EQ(Gui().PatchName(), u"No KVP patches found!");
+    EXPECT_EQ(Device().State().PatchName(), u"No KVP patches found!");
 }
 
 TEST_F(PatchStore, TheListHasNoNameBelow0) {
-    EXPECT_EQ(Gui().PatchNameAt(-1), u"");
-    EXPECT_EQ(Gui().PatchNameAt(0), u"Default");
-    EXPECT_EQ(Gui().PatchNameAt(1), u"");
+    EXPECT_EQ(Device().State().PatchNameAt(-1), u"");
+    EXPECT_EQ(Device().State().PatchNameAt(0), u"Default");
+    EXPECT_EQ(Device().State().PatchNameAt(1), u"");
 }
 
 TEST_F(PatchStore, AFileSavedElsewhereGivesThePatchItsNameAndIsNotInTheList) {
     Write("a.kvp", "0.5");
     Renew();
     const auto elsewhere = ScratchFolder() / "elsewhere.kvp";
-    EXPECT_TRUE(Gui().SavePatch(Utils::FromSystemPath(elsewhere), 0));
+    EXPECT_TRUE(Device().State().SavePatch(Utils::FromSystemPath(elsewhere), 0));
     EXPECT_TRUE(std::filesystem::exists(elsewhere));
-    EXPECT_EQ(Gui().PatchName(), u"elsewhere");
+    EXPECT_EQ(Device().State().PatchName(), u"elsewhere");
     EXPECT_EQ(Display().Items(), std::vector<std::u16string>{u"a"});
-    EXPECT_EQ(Gui().CurrentPatch(), 0);
-    EXPECT_TRUE(Gui().OpenPatch(Utils::FromSystemPath(elsewhere)));
+    EXPECT_EQ(Device().State().CurrentPatch(), 0);
+    EXPECT_TRUE(Device().State().OpenPatch(Utils::FromSystemPath(elsewhere)));
 }
 
 TEST_F(PatchStore, ANameWithADotIsNoExtension) {
     for (const char* const name : {"5.1 mix", "6.0.kvp", "7.1.KVP"})
-        EXPECT_TRUE(Gui().SavePatch(Path(name), 0));
+        EXPECT_TRUE(Device().State().SavePatch(Path(name), 0));
     EXPECT_EQ(Display().Items(), (std::vector<std::u16string>{u"5.1 mix", u"6.0", u"7.1"}));
-    EXPECT_EQ(Gui().PatchName(), u"7.1");
-    EXPECT_EQ(Gui().CurrentPatch(), 2);
+    EXPECT_EQ(Device().State().PatchName(), u"7.1");
+    EXPECT_EQ(Device().State().CurrentPatch(), 2);
 }
 
 TEST_F(PatchStore, OpeningAsksInTheFolderOfPatchesAndProposesNoName) {
-    Gui().OpenPatch({});
+    Device().State().OpenPatch({});
     ASSERT_EQ(dialogs.questions.size(), 1u);
     EXPECT_EQ(dialogs.questions[0].folder, PatchFolder());
     EXPECT_EQ(dialogs.questions[0].name, u"");
-}
-
-TEST_F(PatchStore, WithoutADisplayTheListIsThatOfTheFolderAndThePlaceIsKept) {
-    Write("a.kvp", "0.5");
-    Write("b.kvp", "0.25");
-    const Utils::SMakerService nobody;
-    CXXXGUI bare(Device(), Device(), nobody);
-    EXPECT_EQ(bare.CurrentPatch(), -1);
-    bare.SelectPatch(1, false);
-    EXPECT_EQ(Threshold(), 0.25f);
-    EXPECT_EQ(bare.CurrentPatch(), 1);
-    Device().SetParam(33, 0.75f, 0);
-    bare.SelectPatch(1, false);
-    EXPECT_EQ(Threshold(), 0.75f) << "it is the present one";
-    bare.SelectPatch(2, false);
-    EXPECT_EQ(bare.CurrentPatch(), 1);
 }

@@ -28,7 +28,7 @@ TEST_F(PatchWriter, EachFlagAddsItsElementsAndNothingElse) {
     const SPlainPatch plain;
     for (std::uint32_t flags = 0; flags < 256; ++flags) {
         const auto expected = plain.Text(flags & ~96u); // values are the same either way in a fresh instance
-        EXPECT_EQ(Gui().PatchText(flags), expected) << flags;
+        EXPECT_EQ(Device().State().PatchText(flags), expected) << flags;
     }
 }
 
@@ -47,7 +47,7 @@ TEST_F(PatchWriter, EveryValueAndNameAndSettingIsWritten) {
         ++step;
     }
     plain.name = "Gr\xC3\xBC\xC3\x9F <&> \"x\"";
-    Gui().SetPatchName(u"Gr\u00FC\u00DF <&> \"x\"");
+    Device().State().SetPatchName(u"Gr\u00FC\u00DF <&> \"x\"");
     for (std::size_t g = 0; g < 4; ++g) {
         plain.groupNames[g] = "Group " + std::to_string(g);
         Widget<CFxBtn>(g).SetText(u"Group " + std::u16string(1, static_cast<char16_t>(u'0' + g)));
@@ -95,8 +95,8 @@ TEST_F(PatchWriter, KeepsTheUsersValueUnlessTheEffectiveOneIsAskedFor) {
     Device().SetParam(33, 0.5f, RawBase);
     Device().SetParam(33, 0.25f, MacroOffset);
     const std::string line = "<param tag=\"33\" namew=\"Threshold (1)\" >";
-    EXPECT_NE(Gui().PatchText(0).find(line + "0.500000<"), std::string::npos);
-    EXPECT_NE(Gui().PatchText(EffectiveValues).find(line + "0.750000<"), std::string::npos);
+    EXPECT_NE(Device().State().PatchText(0).find(line + "0.500000<"), std::string::npos);
+    EXPECT_NE(Device().State().PatchText(EffectiveValues).find(line + "0.750000<"), std::string::npos);
 }
 
 TEST_F(PatchWriter, KnowsNoLocaleAndNorDoesTheReader) {
@@ -109,14 +109,6 @@ TEST_F(PatchWriter, KnowsNoLocaleAndNorDoesTheReader) {
     EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
     EXPECT_EQ(Device().sensitivities[0][0], 0.125f);
     EXPECT_EQ(Device().AutoGain().rmsTime, 1.5);
-}
-
-TEST_F(PatchWriter, WithoutADisplayForPatchesTheStateHasAName) {
-    const Utils::SMakerService nobody;
-    CXXXGUI bare(Device(), Device(), nobody);
-    EXPECT_NE(bare.PatchText(0).find("<patch_name>KAV Sorrel Limiter State</patch_name>"), std::string::npos);
-    EXPECT_EQ(bare.PatchName(), u"");
-    EXPECT_EQ(bare.PatchNameAt(0), u"");
 }
 
 TEST_F(PatchWriter, GivesTheSizeWithTheZeroAndNothingForNoPlaceToPutIt) {
@@ -136,8 +128,8 @@ TEST_F(PatchWriter, HostsChunkOutlivesEverythingElseThatIsWritten) {
     const char* text = nullptr;
     Gui().WritePatch(&text, 0);
     Read("<patch_name>Another</patch_name>\r\n<param tag=\"33\" >0.1</param>");
-    Gui().CopyAB();
-    Gui().SwitchAB(0);
+    Device().State().CopyAB();
+    Device().State().SwitchAB(0);
     EXPECT_EQ(std::string(static_cast<const char*>(data), size), before);
 }
 
@@ -148,8 +140,8 @@ TEST_F(PatchWriter, TextStaysUntilTheNextOneIsAskedFor) {
     Gui().EnableHistory(true);
     Read("<patch_name>Another</patch_name>\r\n<param tag=\"33\" >0.1</param>");
     Gui().Undo();
-    Gui().CopyAB();
-    Gui().SwitchAB(0);
+    Device().State().CopyAB();
+    Device().State().SwitchAB(0);
     Chunk(false);
     EXPECT_EQ(std::string(text, size), before);
 }

@@ -45,7 +45,7 @@ TEST_F(Routings, LabelsAndEntriesFollowTheCurrentGroup) {
     Gui().SetRouting(Document("5.1", Surround, "L|*|R|*|C"), 1);
     EXPECT_EQ(Shown(), u"Not found");
     Device().SetCurrentGroup(1);
-    Gui().ApplyRouting();
+    Device().State().ApplyRouting();
     EXPECT_EQ(Shown(), u"5.1");
     EXPECT_EQ(Widget<CChannelBtn>(2).Text(), u"C");
     EXPECT_EQ(Widget<CChannelBtn>(3).Text(), u"");
@@ -86,7 +86,7 @@ TEST_F(Routings, BlocksOfAPatchGoToTheirGroups) {
 TEST_F(Routings, APatchWithoutAnyKeepsThem) {
     Gui().SetRouting(Document("mine", "3,-1", "X"), 0);
     const auto before = Gui().GetRouting(0);
-    const auto text = Gui().PatchText(0);
+    const auto text = Device().State().PatchText(0);
     EXPECT_EQ(text.find("<kav_input_routing>"), std::string::npos);
     EXPECT_TRUE(Gui().ReadPatch(text, 191));
     EXPECT_EQ(Gui().GetRouting(0), before);
@@ -108,7 +108,7 @@ TEST_F(Routings, SelectingOneGivesItToTheCurrentGroup) {
     Choose(u"Not found");
     EXPECT_EQ(Gui().GetRouting(0), PlainDefaultRouting());
     EXPECT_EQ(Gui().GetRouting(1), Document("Stereo", "0,1", "LR"));
-    Gui().SelectRouting(1, true);
+    Device().State().SelectRouting(1, true);
     for (int g = 0; g < 4; ++g) EXPECT_EQ(Gui().GetRouting(g), PlainDefaultRouting());
 }
 
@@ -118,7 +118,7 @@ TEST_F(Routings, OneThatIsNotThereOrCannotBeReadDoesNothing) {
     Renew();
     std::filesystem::remove(documents.Routing("Gone.kvt"));
     const auto before = Chunk(false);
-    for (const std::int32_t index : {0, 1, -1, 3, 1000}) Gui().SelectRouting(index, true);
+    for (const std::int32_t index : {0, 1, -1, 3, 1000}) Device().State().SelectRouting(index, true);
     EXPECT_EQ(Chunk(false), before);
     Choose(u"Not found");
     EXPECT_EQ(Gui().GetRouting(0), PlainDefaultRouting());
@@ -211,7 +211,7 @@ TEST_F(Routings, AnEmptyDocumentLeavesTheChannelsAsTheyAre) {
     Device().SetParam(9, 1.0f, 0);
     Device().SetRouting("", 0);
     host.calls.clear();
-    Gui().ApplyRouting();
+    Device().State().ApplyRouting();
     EXPECT_EQ(Shown(), u"");
     EXPECT_EQ(Widget<CChannelBtn>(0).Text(), u"L");
     EXPECT_TRUE(Widget<CChannelBtn>(1).IsVisible());

@@ -67,9 +67,9 @@ void ExpectNothingIsKnown(const CLocalServer::Behaviour& behaviour) {
     server.AwaitRequests(1);
     std::this_thread::sleep_for(std::chrono::milliseconds(200)); // for an answer that nobody shall take
     EXPECT_FALSE(instance.Gui().Version().IsNewerKnown());
-    EXPECT_EQ(instance.Gui().NewVersionText(), u"");
-    EXPECT_EQ(instance.Gui().WhatsNewText(), u"");
-    EXPECT_FALSE(instance.Gui().OpenDownload());
+    EXPECT_EQ(instance.Gui().Maker().NewVersionText(), u"");
+    EXPECT_EQ(instance.Gui().Maker().WhatsNewText(), u"");
+    EXPECT_FALSE(instance.Gui().Maker().OpenDownload());
     instance.Gui().CreateGUIWindow();
     EXPECT_FALSE(instance.Lamp().IsVisible());
 }
@@ -143,8 +143,8 @@ TEST(VersionCheck, ANewerVersionMakesBothEntries) {
     const CLocalServer server(Saying("1.0.2.0||http://host/file||x"));
     CInstance instance(server);
     ASSERT_TRUE(instance.AwaitNewer());
-    EXPECT_EQ(instance.Gui().NewVersionText(), u"New version 1.0.2.0 is available...");
-    EXPECT_EQ(instance.Gui().WhatsNewText(), u"What's new in version 1.0.2.0...");
+    EXPECT_EQ(instance.Gui().Maker().NewVersionText(), u"New version 1.0.2.0 is available...");
+    EXPECT_EQ(instance.Gui().Maker().WhatsNewText(), u"What's new in version 1.0.2.0...");
     EXPECT_EQ(instance.Gui().Version().DownloadAddress(), u"http://host/file");
 }
 
@@ -152,8 +152,8 @@ TEST(VersionCheck, TheOwnVersionMakesTheEntryOfWhatsNewAlone) {
     const CLocalServer server(Saying("1.0.1.0||http://host/file||x"));
     CInstance instance(server);
     ASSERT_TRUE(instance.AwaitVersion());
-    EXPECT_EQ(instance.Gui().NewVersionText(), u"");
-    EXPECT_EQ(instance.Gui().WhatsNewText(), u"What's new in version 1.0.1.0...");
+    EXPECT_EQ(instance.Gui().Maker().NewVersionText(), u"");
+    EXPECT_EQ(instance.Gui().Maker().WhatsNewText(), u"What's new in version 1.0.1.0...");
     instance.Gui().CreateGUIWindow();
     EXPECT_FALSE(instance.Lamp().IsVisible());
 }
@@ -174,10 +174,10 @@ TEST(VersionCheck, WithoutAServerNobodyIsAsked) {
     const auto before = Threads();
     CInstance instance(Utils::SMakerService{{}, {}, u"0123abcd", u"vst24_test", {}});
     EXPECT_EQ(Threads(), before);
-    EXPECT_EQ(instance.Gui().NewVersionText(), u"");
-    EXPECT_FALSE(instance.Gui().OpenWhatsNew());
-    EXPECT_FALSE(instance.Gui().OpenUserManual());
-    EXPECT_FALSE(instance.Gui().OpenMakersSite());
+    EXPECT_EQ(instance.Gui().Maker().NewVersionText(), u"");
+    EXPECT_FALSE(instance.Gui().Maker().OpenWhatsNew());
+    EXPECT_FALSE(instance.Gui().Maker().OpenUserManual());
+    EXPECT_FALSE(instance.Gui().Maker().OpenMakersSite());
 #if !defined(_WIN32)
     EXPECT_EQ(ReadText("/proc/self/maps").find("libcurl"), std::string::npos);
 #endif
@@ -222,7 +222,7 @@ TEST(VersionCheck, OpensADownloadFromTheWebAlone) {
         const CLocalServer server(Saying("1.0.2.0||" + std::string(bad) + "||x"));
         CInstance instance(server);
         ASSERT_TRUE(instance.AwaitNewer());
-        EXPECT_FALSE(instance.Gui().OpenDownload()) << bad;
+        EXPECT_FALSE(instance.Gui().Maker().OpenDownload()) << bad;
     }
     const CLocalServer server(Saying("1.0.2.0||https://host/file?a=b&c||x"));
     CInstance instance(server);
@@ -236,13 +236,13 @@ TEST(VersionCheck, OpensADownloadFromTheWebAlone) {
         return text;
     };
     const auto origin = "http://127.0.0.1:" + std::to_string(server.Port());
-    EXPECT_TRUE(instance.Gui().OpenDownload());
+    EXPECT_TRUE(instance.Gui().Maker().OpenDownload());
     EXPECT_EQ(opened(), "https://host/file?a=b&c\n");
-    EXPECT_TRUE(instance.Gui().OpenWhatsNew());
+    EXPECT_TRUE(instance.Gui().Maker().OpenWhatsNew());
     EXPECT_EQ(opened(), origin + "/service/whatsnew.php?platform=win&product_id=0123abcd\n");
-    EXPECT_TRUE(instance.Gui().OpenUserManual());
+    EXPECT_TRUE(instance.Gui().Maker().OpenUserManual());
     EXPECT_EQ(opened(), origin + "/service/help.php?product_id=0123abcd\n");
-    EXPECT_TRUE(instance.Gui().OpenMakersSite());
+    EXPECT_TRUE(instance.Gui().Maker().OpenMakersSite());
     EXPECT_EQ(opened(), origin + "/?from=plugin\n");
 }
 #endif
@@ -254,7 +254,8 @@ TEST(VersionCheck, ManyInstancesMayComeAndGoMeanwhile) {
         instance.Gui().CreateGUIWindow();
         if (i % 3 == 0) instance.Gui().DestroyGUIWindow();
         instance.Gui().OnFrame(16);
-        EXPECT_TRUE(instance.Gui().NewVersionText().empty() || instance.Gui().Version().IsNewerKnown());
+        EXPECT_TRUE(
+            instance.Gui().Maker().NewVersionText().empty() || instance.Gui().Version().IsNewerKnown());
     }
 }
 
@@ -328,15 +329,16 @@ TEST(NewVersionLamp, MakesNoEditor) {
 }
 
 TEST(WindowMessages, ComeInOrderAndGoWithTheWindow) {
+    Utils::CTurns turns;
     struct SListener final : GUI::CGUI {
-        SListener() : GUI::CGUI(Utils::SMakerService{}) {}
+        explicit SListener(Utils::CTurns& itsTurns) : GUI::CGUI(itsTurns, Utils::SMakerService{}) {}
         bool OnUserMessage(std::uint32_t message) override {
             heard.push_back(message);
             return CGUI::OnUserMessage(message);
         }
         using CGUI::DeliverMessages;
         std::vector<std::uint32_t> heard;
-    } gui;
+    } gui(turns);
     gui.PostUserMessage(1025);
     gui.CreateGUIWindow();
     gui.PostUserMessage(1026);

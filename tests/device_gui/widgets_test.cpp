@@ -59,7 +59,7 @@ TEST_F(Widgets, AnEditReachesTheHostBetweenItsBeginningAndEnd) {
 TEST_F(Widgets, TheChannelButtonsAreThoseOfTheCurrentGroup) {
     Gui().SetRouting("<map>0,-1|*|1,-1|*|2,-1</map>", 1);
     Device().SetCurrentGroup(1);
-    Gui().ApplyRouting();
+    Device().State().ApplyRouting();
     Widget<CChannelBtn>(2).SetValue(1.0f, false);
     EXPECT_EQ(Device().GetParam(103, 0), 1.0f);
     EXPECT_EQ(Device().GetParam(3, 0), 0.0f);
@@ -114,24 +114,24 @@ TEST_F(Widgets, AWidthHasTheHeightThatSinglePrecisionGivesIt) {
         return static_cast<std::int32_t>(quotient >> (bits - 23));
     };
     for (std::int32_t width = 500; width <= 32767; ++width) {
-        Gui().ResizeToWidth(width);
+        Device().State().ResizeToWidth(width);
         ASSERT_EQ(Gui().Width(), width);
         ASSERT_EQ(Gui().Height(), heightOf(static_cast<std::uint64_t>(width))) << width;
     }
     for (std::int32_t width = 2; width < 500; ++width) { // the least width, with the height of the one asked
-        Gui().ResizeToWidth(width);
+        Device().State().ResizeToWidth(width);
         ASSERT_EQ(Gui().Width(), 500);
         ASSERT_EQ(Gui().Height(), heightOf(static_cast<std::uint64_t>(width))) << width;
     }
     for (const std::int32_t times : {1, 2, 3}) { // the panel as it is drawn, and whole multiples of it
-        Gui().ResizeToWidth(754 * times);
+        Device().State().ResizeToWidth(754 * times);
         EXPECT_EQ(Gui().Height(), 553 * times);
     }
 }
 
 TEST_F(Widgets, AProjectThatIsReloadedKeepsTheEditorsSize) {
     for (const std::int32_t width : {754, 1508, 2262}) {
-        Gui().ResizeToWidth(width);
+        Device().State().ResizeToWidth(width);
         const std::int32_t height = Gui().Height();
         const auto project = Chunk(false);
         Renew();
@@ -197,20 +197,6 @@ TEST_F(Widgets, TheTextThatIsShownAlreadyLeavesThePlaceInTheList) {
     EXPECT_EQ(display.Item(), 0) << "a new text is looked for from the beginning";
 }
 
-TEST_F(Widgets, ANameTheHostSetsAgainLeavesThePatchsPlace) {
-    auto& patch = Widget<CPatch>();
-    patch.SetItems({u"x", u"y", u"x"});
-    patch.ShowItem(2);
-    std::string name = "x";
-    effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
-    EXPECT_EQ(patch.Item(), 2);
-    EXPECT_EQ(Gui().CurrentPatch(), 2);
-    name = "y";
-    effect->Dispatch(VST::effSetProgramName, 0, 0, name.data());
-    EXPECT_EQ(patch.Item(), 1);
-    EXPECT_EQ(Gui().CurrentPatch(), 1);
-}
-
 TEST_F(Widgets, ASizeNeedsAWidthAndAHeight) {
     const std::pair<std::int32_t, std::int32_t> before{Gui().Width(), Gui().Height()};
     for (const auto& [width, height] :
@@ -240,7 +226,7 @@ TEST_F(Widgets, WhatHasNoParameterBeginsAndEndsNoEditOfTheHosts) {
     host.calls.clear();
     Widget<CPatch>().Step(1);
     Widget<CRouting>().Step(1);
-    EXPECT_EQ(Gui().PatchName(), u"b");
+    EXPECT_EQ(Device().State().PatchName(), u"b");
     EXPECT_EQ(Gui().GetRouting(0), "<map>0,-1</map>");
     EXPECT_EQ(host.Count(VST::audioMasterBeginEdit), 0u);
     EXPECT_EQ(host.Count(VST::audioMasterEndEdit), 0u);

@@ -76,19 +76,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         break;
     }
     default:
-        gui.SetPatchName(Utils::ToUtf16({bytes.data(), bytes.size()}));
+        gui.State().SetPatchName(Utils::ToUtf16({bytes.data(), bytes.size()}));
         device.SetRouting({bytes.data(), bytes.size()}, kind >> 4 & 3);
-        gui.ApplyRouting();
-        gui.CopyGroup(kind >> 6, device.GetCurrentGroup());
+        gui.State().ApplyRouting();
+        gui.State().CopyGroup(kind >> 6, device.GetCurrentGroup());
         break;
     }
     CheckState(device);
     // Read back, a state is settled: names are cut at marks of the text, and macros have moved switches,
     // which keep no value apart from their offset.
-    gui.ReadPatch(gui.PatchText(HostChunkFlags), HostChunkFlags);
-    gui.ReadPatch(gui.PatchText(0), 0);
-    const auto settled = gui.PatchText(0);
+    gui.ReadPatch(gui.State().PatchText(HostChunkFlags), HostChunkFlags);
+    gui.ReadPatch(gui.State().PatchText(0), 0);
+    const auto settled = gui.State().PatchText(0);
     gui.ReadPatch(settled, 0);
-    Require(WithoutTabs(gui.PatchText(0)) == WithoutTabs(settled));
+    Require(WithoutTabs(gui.State().PatchText(0)) == WithoutTabs(settled));
     return 0;
 }

@@ -29,6 +29,8 @@ using namespace KAV::Tests;
 
 namespace {
 
+Utils::CTurns turns;
+
 Utils::SMakerService Service(const std::u16string& origin) {
     return {origin, {}, u"0123abcd", u"vst24_test", {}};
 }
@@ -68,7 +70,7 @@ void LetTimePass() {
 TEST(ErrorReport, SendsThePreviousLogPercentEncoded) {
     LeaveALog("Error=a&b+c~!()' \xC3\xA4\r\n");
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     const auto requests = server.AwaitRequests(1);
     ASSERT_EQ(requests.size(), 1u);
     const auto& request = requests[0];
@@ -85,12 +87,12 @@ TEST(ErrorReport, IsSentOncePerProcess) {
     LeaveALog("Error=x\r\n");
     const CLocalServer server(Answering(200));
     {
-        const GUI::CGUI first(Service(server.Origin()));
-        const GUI::CGUI second(Service(server.Origin()));
+        const GUI::CGUI first(turns, Service(server.Origin()));
+        const GUI::CGUI second(turns, Service(server.Origin()));
         EXPECT_EQ(server.AwaitRequests(1).size(), 1u);
         LetTimePass();
     }
-    const GUI::CGUI third(Service(server.Origin()));
+    const GUI::CGUI third(turns, Service(server.Origin()));
     LetTimePass();
     EXPECT_EQ(server.Requests().size(), 1u);
 }
@@ -99,7 +101,7 @@ TEST(ErrorReport, IsNotSentAgainAfterAFailure) {
     LeaveALog("Error=x\r\n");
     const CLocalServer server(Answering(500));
     for (int i = 0; i < 2; ++i) {
-        const GUI::CGUI gui(Service(server.Origin()));
+        const GUI::CGUI gui(turns, Service(server.Origin()));
         server.AwaitRequests(1);
         LetTimePass();
     }
@@ -108,7 +110,7 @@ TEST(ErrorReport, IsNotSentAgainAfterAFailure) {
 
 TEST(ErrorReport, NeedsALog) {
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     LetTimePass();
     EXPECT_EQ(server.Requests().size(), 0u);
     EXPECT_EQ(Utils::PreviousLog(), u"");
@@ -116,10 +118,10 @@ TEST(ErrorReport, NeedsALog) {
 
 TEST(ErrorReport, NeedsAServerAndLeavesItToTheNextInstanceWithout) {
     LeaveALog("Error=x\r\n");
-    { const GUI::CGUI gui(Service({})); }
-    { const GUI::CGUI gui(Service(u"http://server.invalid")); } // no log goes out in the clear
+    { const GUI::CGUI gui(turns, Service({})); }
+    { const GUI::CGUI gui(turns, Service(u"http://server.invalid")); } // no log goes out in the clear
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     EXPECT_EQ(server.AwaitRequests(1).size(), 1u);
 }
 
@@ -127,7 +129,7 @@ TEST(ErrorReport, SendsTheLogsThatEarlierProcessesCouldNotSend) {
     LeaveAnUnsentLog("Error=older\r\n");
     LeaveALog("Error=newer\r\n");
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     const auto requests = server.AwaitRequests(1);
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_TRUE(requests[0].ends_with("&content=Error%3dolder%0d%0aError%3dnewer%0d%0a")) << requests[0];
@@ -139,7 +141,7 @@ TEST(ErrorReport, KeepsTheLogUntilAServerHasIt) {
         EXPECT_EQ(ReadText(UnsentFile()), "Error=x\r\n");
         connection.Answer(200, "");
     });
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     EXPECT_EQ(server.AwaitRequests(1).size(), 1u);
     EXPECT_TRUE(AwaitThatNothingIsUnsent());
 }
@@ -147,7 +149,7 @@ TEST(ErrorReport, KeepsTheLogUntilAServerHasIt) {
 TEST(ErrorReport, TakesAnySuccessForADelivery) {
     LeaveALog("Error=x\r\n");
     const CLocalServer server(Answering(204));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     EXPECT_TRUE(AwaitThatNothingIsUnsent());
 }
 
@@ -155,7 +157,7 @@ TEST(ErrorReport, KeepsALogThatTheServerRefuses) {
     LeaveALog("Error=x\r\n");
     const CLocalServer server(Answering(403));
     {
-        const GUI::CGUI gui(Service(server.Origin()));
+        const GUI::CGUI gui(turns, Service(server.Origin()));
         server.AwaitRequests(1);
         LetTimePass();
     }
@@ -164,13 +166,13 @@ TEST(ErrorReport, KeepsALogThatTheServerRefuses) {
 
 TEST(ErrorReport, KeepsNoLogWithoutAServer) {
     LeaveALog("Error=x\r\n");
-    const GUI::CGUI gui(Service({}));
+    const GUI::CGUI gui(turns, Service({}));
     EXPECT_FALSE(std::filesystem::exists(UnsentFile()));
 }
 
 TEST(ErrorReport, KeepsNoLogForAServerThatGetsNone) {
     LeaveALog("Error=x\r\n");
-    const GUI::CGUI gui(Service(u"http://server.invalid"));
+    const GUI::CGUI gui(turns, Service(u"http://server.invalid"));
     EXPECT_TRUE(AwaitThatNothingIsUnsent());
 }
 
@@ -179,7 +181,7 @@ TEST(ErrorReport, SendsTheLastLinesOfALogBeyondAMegabyte) {
     while (log.size() <= 1u << 20) log += "line " + std::to_string(log.size()) + "\r\n";
     LeaveALog(log);
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     const auto requests = server.AwaitRequests(1);
     ASSERT_EQ(requests.size(), 1u);
     const auto content = requests[0].substr(requests[0].find("&content=") + 9);
@@ -204,12 +206,12 @@ TEST(ErrorReport, ALogThatShortLivedProcessesCouldNotSendIsSentByTheNext) {
     const auto closed = u"http://127.0.0.1:" + Utils::FormatInt(FreePort());
     for (int i = 0; i < 10; ++i) {
         InAnotherProcess([&] {
-            const GUI::CGUI gui(Service(closed));
+            const GUI::CGUI gui(turns, Service(closed));
             return 0;
         });
     }
     const CLocalServer server(Answering(200));
-    const GUI::CGUI gui(Service(server.Origin()));
+    const GUI::CGUI gui(turns, Service(server.Origin()));
     const auto requests = server.AwaitRequests(1);
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(Count(requests[0], "Error%3dcrash"), 1u);
@@ -226,7 +228,7 @@ TEST(ErrorReport, IsSentByOneOfManyProcesses) {
         if (child == 0) {
             std::uint16_t port = 0;
             if (read(ports[0], &port, sizeof(port)) != sizeof(port)) _exit(1);
-            const GUI::CGUI gui(Service(u"http://127.0.0.1:" + Utils::FormatInt(port)));
+            const GUI::CGUI gui(turns, Service(u"http://127.0.0.1:" + Utils::FormatInt(port)));
             _exit(AwaitThatNothingIsUnsent() ? 0 : 2);
         }
         children.push_back(child);
@@ -253,7 +255,7 @@ TEST(ErrorReport, TheEndOfTheEditorEndsTheRequest) {
         [&](CConnection& connection, const std::string&) { wentAway = connection.AwaitItsEnd(); });
     auto asked = std::chrono::steady_clock::now();
     {
-        const GUI::CGUI gui(Service(server.Origin()));
+        const GUI::CGUI gui(turns, Service(server.Origin()));
         server.AwaitRequests(1);
         asked = std::chrono::steady_clock::now();
     }

@@ -9,11 +9,16 @@
 
 namespace KAV::Tests {
 
+/// Turns that live longer than the root.
+struct SOwnTurns {
+    Utils::CTurns turns;
+};
+
 /// The root of an editor without a device. It keeps what its widgets report, in order: "begin 5", "5 = 0.500"
 /// and "end 5" for parameter 5.
-class CRecordingRoot final : public GUI::CGUI {
+class CRecordingRoot final : private SOwnTurns, public GUI::CGUI {
 public:
-    CRecordingRoot() : GUI::CGUI(Utils::SMakerService{}) {}
+    CRecordingRoot() : GUI::CGUI(turns, Utils::SMakerService{}) {}
 
     void SetParameter(std::int32_t id, float normal) override {
         told.push_back(std::to_string(id) + " = " + Utils::FormatFixed(static_cast<double>(normal), 3));

@@ -159,7 +159,7 @@ TEST_F(LifeCycle, ProgramCallsWorkWithoutADocumentsFolder) {
     effect->Dispatch(VST::effSetProgramName, 0, 0, name);
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "mine");
     EXPECT_NE(Chunk(true).find("<patch_name>mine<"), std::string::npos);
-    EXPECT_FALSE(Gui().SaveAsDefault()) << "there is nowhere to save it";
+    EXPECT_FALSE(Device().State().SaveAsDefault()) << "there is nowhere to save it";
     EXPECT_FALSE(std::filesystem::exists("Kavelin"));
     EXPECT_TRUE(dialogs.errors.empty());
     Device().SetProgram(0, false);
@@ -225,7 +225,7 @@ TEST_F(LifeCycle, ABankBringsNamesAndSettingsAndAPresetDoesNot) {
 TEST_F(LifeCycle, AChunkSavedByOneInstanceRestoresAnother) {
     for (std::int32_t index = 0; index < 109; ++index)
         effect->Set(index, static_cast<float>(index % 7) / 6.0f);
-    Gui().ApplyRouting();
+    Device().State().ApplyRouting();
     const auto bank = Chunk(false);
     Renew();
     ASSERT_NE(Chunk(false), bank);

@@ -216,12 +216,13 @@ TEST(Threads, ChunksAndNamesAreSetWhileTheEditorAndAudioRun) {
             effect.Text(VST::effGetProgramNameIndexed, 0, 24);
         });
     }
+    gui.CreateGUIWindow(); // from here on the widgets are this thread's alone
     gui.EnableHistory(true);
     threads.Add([&effect, &gui](int step) {
         gui.OnFrame(16);
         gui.SetParameter(33, static_cast<float>(step % 10) / 10.0f);
-        gui.SwitchAB(static_cast<std::uint8_t>(step % 2));
-        gui.CopyAB();
+        gui.State().SwitchAB(static_cast<std::uint8_t>(step % 2));
+        gui.State().CopyAB();
         if (step % 5 == 0) gui.Undo();
         for (auto* const button : gui.FindAll<CFxBtn>()) button->SetText(u"group");
         gui.FindAll<CFxBtn>()[static_cast<std::size_t>(step % 4)]->SetValue(1.0f, true);

@@ -264,6 +264,20 @@ std::vector<std::string> SystemSwitches(const fs::path& root, const std::set<std
     return switches;
 }
 
+std::vector<std::string> WidgetLocks(const fs::path& root) {
+    static const std::regex widgets("^(gui|device_gui)/.*");
+    static const std::regex lock("mutex|\\b(lock_guard|unique_lock|scoped_lock|shared_lock|CLock)\\b");
+    std::vector<std::string> locks;
+    for (const auto& file : Sources(root)) {
+        if (!std::regex_match(file, widgets)) continue;
+        const auto lines = ReadLines(root / file);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (std::regex_search(lines[i], lock)) locks.push_back(Where(file, i) + " has a lock");
+        }
+    }
+    return locks;
+}
+
 std::vector<std::string> MissingPorts(const fs::path& root) {
     const std::array<std::string, 2> systems{"linux", "win32"};
     std::array<std::set<std::string>, 2> files;

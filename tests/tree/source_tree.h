@@ -40,6 +40,9 @@ std::vector<std::string> UnitCircles(
 std::vector<std::string> RepeatedTexts(const std::filesystem::path& root, const std::vector<SLayer>& layers,
     const std::vector<std::string>& texts, const std::set<std::string>& exceptions);
 
+/// Locks in the widgets' folders: widgets belong to one thread, and what threads share is changed in turns.
+std::vector<std::string> WidgetLocks(const std::filesystem::path& root);
+
 /// Preprocessor conditions on the operating system outside the folders that are there for it.
 std::vector<std::string> SystemSwitches(
     const std::filesystem::path& root, const std::set<std::string>& exceptions);

@@ -91,6 +91,10 @@ TEST(SystemSwitches, StandInPlatformAndRendererFoldersOnly) {
     EXPECT_EQ(SystemSwitches(Root, SystemExceptions), Lines{});
 }
 
+TEST(WidgetLocks, AreNone) {
+    EXPECT_EQ(WidgetLocks(Root), Lines{});
+}
+
 TEST(MissingPorts, AreNone) {
     EXPECT_EQ(MissingPorts(Root), Lines{});
 }
@@ -242,6 +246,17 @@ TEST(SystemSwitches, NameFileAndLine) {
     EXPECT_EQ(SystemSwitches(tree.Root(), {"vst/vst2.h"}),
         (Lines{"dsp/limiter.cpp:2 asks for the system", "gfx/renderer.cpp:1 asks for the system",
             "utils/text.cpp:1 asks for the system"}));
+}
+
+TEST(WidgetLocks, NameFileAndLine) {
+    const CMadeUpTree tree;
+    tree.Write("gui/label.h", "#include <mutex>\n\nstd::recursive_mutex m;\n");
+    tree.Write("device_gui/patch.cpp", "const std::lock_guard lock(m);\nconst GUI::CLock other(gui);\n");
+    tree.Write("device_gui/clock.cpp", "block(); CLocks clocks;\n");
+    tree.Write("utils/turn.h", "#include <mutex>\n");
+    EXPECT_EQ(WidgetLocks(tree.Root()),
+        (Lines{"device_gui/patch.cpp:1 has a lock", "device_gui/patch.cpp:2 has a lock",
+            "gui/label.h:1 has a lock", "gui/label.h:3 has a lock"}));
 }
 
 TEST(MissingPorts, NameWhatEitherSystemLacks) {

@@ -77,7 +77,8 @@ int main() {
         }
         Wait(500); // for the report, which has its own thread
         gui.CreateGUIWindow();
-        told = gui.NewVersionText() + u"|" + gui.WhatsNewText() + u"|" + gui.Version().DownloadAddress();
+        told = gui.Maker().NewVersionText() + u"|" + gui.Maker().WhatsNewText() + u"|" +
+               gui.Version().DownloadAddress();
         lampIsLit = gui.Find<CNewVersionLED>()->IsVisible();
         const CHostedEffect second(nullptr, service);
         Wait(500);

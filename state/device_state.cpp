@@ -1,0 +1,91 @@
+#include "state/device_state.h"
+
+#include "device/parameter_table.h"
+#include "device/value_flags.h"
+#include "panel/layout.h"
+#include "patch/patch_files.h"
+#include "patch/routing_files.h"
+#include "utils/text.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace KAV {
+
+namespace {
+
+constexpr std::int32_t LeastWidth = 500;
+constexpr float Aspect = 1.363472f; // the panel's 754 by 553 pixels
+constexpr std::int32_t LargestWidth =
+    std::numeric_limits<std::int16_t>::max(); // the host's record has 16 bits
+
+/// Gives each place the text of its button.
+void NameAsOnPanel(std::span<std::u16string> names, Panel::EClass button) {
+    for (std::size_t n = 0; n < names.size(); ++n)
+        names[n] = Utils::ToUtf16(Panel::RowOf(button, static_cast<int>(n)).text);
+}
+
+} // namespace
+
+CDeviceState::CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostVoice& host)
+    : _device(device), _controls(controls), _host(host) {
+    NameAsOnPanel(_panel.groupNames, Panel::EClass::FxBtn);
+    NameAsOnPanel(_panel.macroNames, Panel::EClass::MacroBtn);
+    const auto name = _panel.routing.Name();
+    _panel.routing.SetNames(RoutingNames());
+    _panel.routing.Show(name); // none is selected yet
+    ++_panel.routingScans;
+    _panel.patch.SetNames(PatchNames());
+    _panel.Touch();
+}
+
+void CDeviceState::SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags) {
+    _device.SetParam(tag, value, flags);
+    const std::int32_t changed = _controls.ResolveTag(tag, flags);
+    if (HostIndexOf(changed) == NoHostIndex) return;
+    turn.Then([&host = _host, changed, normal = _device.GetParam(changed, Normalized | BaseValue)] {
+        host.Changed(changed, normal);
+    });
+}
+
+void CDeviceState::SetParameter(std::int32_t tag, float normal) {
+    Turn turn(_turns);
+    SetParam(turn, tag, normal, Normalized | GroupRelative);
+}
+
+void CDeviceState::SelectGroup(int group, bool copy) {
+    Turn turn(_turns);
+    const int from = _device.GetCurrentGroup();
+    _controls.SetCurrentGroup(group);
+    if (copy) CopyGroup(from, group);
+    ApplyRouting(turn);
+}
+
+void CDeviceState::NameGroup(std::size_t group, std::u16string_view name) {
+    const Turn turn(_turns);
+    if (group < _panel.groupNames.size()) _panel.Put(_panel.groupNames[group], name);
+}
+
+void CDeviceState::NameMacro(std::size_t macro, std::u16string_view name) {
+    const Turn turn(_turns);
+    if (macro < _panel.macroNames.size()) _panel.Put(_panel.macroNames[macro], name);
+}
+
+void CDeviceState::NameChannel(std::size_t channel, std::u16string_view name) {
+    const Turn turn(_turns);
+    if (channel < _panel.labels.size()) _panel.Put(_panel.labels[channel], name);
+}
+
+void CDeviceState::ResizeTo(std::int32_t width, std::int32_t height) {
+    if (width <= 0 || height <= 0) return;
+    const Turn turn(_turns);
+    _panel.Put(_panel.width, std::clamp(width, LeastWidth, LargestWidth));
+    _panel.Put(_panel.height, std::min(height, LargestWidth));
+}
+
+void CDeviceState::ResizeToWidth(std::int32_t width) {
+    // In single precision, which rounds: 754 has to give 553, though the aspect is a little above 754 / 553.
+    ResizeTo(width, static_cast<std::int32_t>(static_cast<float>(width) / Aspect));
+}
+
+} // namespace KAV

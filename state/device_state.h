@@ -1,0 +1,143 @@
+#pragma once
+
+#include "device/device_controls.h"
+#include "device/xxx_dsp.h"
+#include "state/error_boxes.h"
+#include "state/host_voice.h"
+#include "state/panel_state.h"
+#include "state/patch_witness.h"
+#include "utils/turn.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KAV {
+
+/// What patches and routings do to one instance: its device, and what it keeps besides values. It needs no
+/// widgets.
+///
+/// Threads: any but the audio thread. Each operation is a turn, or a part of the caller's, and so whole for
+/// the others. Files are read and written, and the user is asked, before the turn; the host hears of changed
+/// values after it, in the order of the changes. `flags`: PatchFlag bits.
+class CDeviceState final {
+public:
+    /// All three live as long as this object. Looks for the user's patches and routings; touches no device.
+    CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostVoice& host);
+    CDeviceState(const CDeviceState&) = delete;
+    CDeviceState& operator=(const CDeviceState&) = delete;
+
+    Utils::CTurns& Turns() noexcept { return _turns; }
+    const SPanelState& Panel(const Utils::CTurn&) const noexcept { return _panel; }
+    std::uint32_t Generation() const noexcept { return _panel.generation; } ///< without a turn
+    void SetWitness(const Utils::CTurn&, IPatchWitness* witness) noexcept { _witness = witness; }
+    CErrorBoxes& Errors() noexcept { return _errors; }
+
+    // The whole state as a text
+    std::string PatchText(std::uint32_t flags);
+    bool ApplyPatchData(const void* data, std::size_t size, std::uint32_t flags); ///< as CPatchSaveLoad
+    bool ReadPatch(std::string_view text, std::uint32_t flags);                   ///< as CPatchSaveLoad
+    std::size_t WritePatch(const char** data, std::uint32_t flags);               ///< as CPatchSaveLoad
+    /// As WritePatch(), in a buffer of the host's own, which stays as it is until the next call.
+    std::size_t WriteChunk(void** data, std::uint32_t flags);
+
+    // Patches as files. Paths are UTF-16; an empty one asks the user. False when nothing was written or read.
+    void SelectPatch(std::int32_t index, bool force); ///< as CPatchSaveLoad
+    /// The user's choice from the list: its name is shown even if its file can't be read.
+    void ChoosePatch(std::int32_t index);
+    bool SavePatch(std::u16string_view path, std::uint32_t flags);
+    /// The present state becomes what new instances start with. Replaces an older such file without a
+    /// question.
+    bool SaveAsDefault();
+    bool OpenPatch(std::u16string_view path);
+    void SetPatchName(std::u16string_view name);
+    std::u16string PatchName();
+    std::u16string PatchNameAt(std::int32_t index); ///< of the list; empty outside it
+    std::int32_t CurrentPatch();                    ///< place in the list; -1: none yet
+
+    /// Makes side `side` (0 or 1) the live one: the state of the other side takes the place of the present
+    /// one, which is kept. The first time there is no other state yet.
+    void SwitchAB(std::uint8_t side);
+    /// The side that isn't live becomes a copy of the live one, without its routing.
+    void CopyAB();
+    /// Group `to` gets the values of group `from` as they are heard, channels and routing left out. It must
+    /// be the current group.
+    void CopyGroup(int from, int to);
+    /// Makes another group the current one. With `copy` it gets the values of the one before.
+    void SelectGroup(int group, bool copy);
+
+    // Routings: UTF-8 documents of a group 0..3; -1 means the current group.
+    std::string GetRouting(int group);
+    /// An empty text, or a group that isn't there, does nothing.
+    void SetRouting(std::string_view text, int group);
+    /// Shows the current group's routing. Channels that it doesn't have leave the group.
+    void ApplyRouting();
+    std::u16string RoutingName(); ///< of the shown group
+    /// Takes a routing of the list for the current group or for all of them; one that can't be read does
+    /// nothing.
+    void SelectRouting(std::int32_t index, bool allGroups);
+    /// The user's choice for the current group: its name is shown even if its file can't be read.
+    void ChooseRouting(std::int32_t index);
+    /// Writes a routing of the entries that are `on`, under the labels that are shown, and takes it.
+    void SaveRouting(std::u16string_view path, std::span<const bool, SPanelState::Channels> on);
+
+    // What the user types or sets. Places that aren't there do nothing.
+    void NameGroup(std::size_t group, std::u16string_view name);
+    void NameMacro(std::size_t macro, std::u16string_view name);
+    void NameChannel(std::size_t channel, std::u16string_view name);
+    /// `tag` is that of the first group and means the current one's; `normal` is 0..1.
+    void SetParameter(std::int32_t tag, float normal);
+    /// Pixels. Nothing happens unless both are above 0; the width is held to the least that is possible.
+    void ResizeTo(std::int32_t width, std::int32_t height);
+    /// As ResizeTo(), with the height that belongs to the width.
+    void ResizeToWidth(std::int32_t width);
+
+private:
+    using Turn = Utils::CTurn;
+
+    void SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags);
+    void ShowPatchName(const Turn& turn, std::u16string_view name);
+    void ApplyRouting(Turn& turn);
+    void SetRouting(Turn& turn, std::string_view text, int group);
+
+    std::string Write(const Turn& turn, std::uint32_t flags);
+    void WriteParameters(std::string& text, std::uint32_t flags);
+    void WriteSettings(std::string& text, std::uint32_t flags);
+    void WriteMacros(std::string& text);
+
+    /// A patch, and the routings that stand for the layouts of an old one: files, read before the turn.
+    struct SReadable {
+        std::string text; ///< empty: the data was no patch
+        std::string legacyRoutings;
+    };
+    static SReadable Prepare(std::string_view text);
+    static SReadable Prepare(const void* data, std::size_t size);
+    bool Read(Turn& turn, const SReadable& patch, std::uint32_t flags);
+    void ReadNames(std::string_view text);
+    void ReadMacros(std::string_view text);
+    void ReadParameters(Turn& turn, std::string_view text);
+    void ReadRoutings(Turn& turn, std::string_view text);
+    void ReadSettings(std::string_view text, std::uint32_t flags);
+
+    std::string LoadPatchFile(std::u16string_view path);
+
+    CXXXDSP& _device;
+    IDeviceControls& _controls;
+    IHostVoice& _host;
+    Utils::CTurns _turns;
+    CErrorBoxes _errors{_turns};
+
+    // Within a turn
+    SPanelState _panel;
+    IPatchWitness* _witness = nullptr;
+    std::string _patch;         // as last written
+    std::string _chunk;         // what the host was last given
+    std::string _otherSide;     // the state of the side that isn't live; empty: none yet
+    std::uint8_t _side = 1;     // the side that is live
+    std::int32_t _current = -1; // place in the list of patches
+};
+
+} // namespace KAV

@@ -1,0 +1,247 @@
+// What an instance keeps, without any widget: only a device, and a host that is told of values.
+
+#include "state/device_state.h"
+
+#include "device/parameter_table.h"
+#include "device/value_flags.h"
+#include "tests/support/state_fixture.h"
+
+#include <thread>
+
+using namespace KAV;
+using namespace KAV::Tests;
+
+namespace {
+
+/// A state of its own on the device of an instance, whose widgets know nothing of it.
+class DeviceState : public State {
+protected:
+    struct SVoice final : IHostVoice {
+        void Changed(std::int32_t tag, float normal) noexcept override {
+            told.emplace_back(tag, normal);
+            if (answer) answer();
+        }
+        std::vector<std::pair<std::int32_t, float>> told;
+        std::function<void()> answer;
+    };
+
+    SVoice voice;
+    std::unique_ptr<CDeviceState> own = MakeOwn();
+
+    std::unique_ptr<CDeviceState> MakeOwn() {
+        return std::make_unique<CDeviceState>(Device(), Device(), voice);
+    }
+    void Write(const std::string& file, const std::string& threshold) {
+        WriteText(documents.Patch(file),
+            "<patch_format>textual</patch_format>\r\n<plugin_id>1936683628</plugin_id>\r\n<patch_name></"
+            "patch_name>\r\n<param tag=\"33\" >" +
+                threshold + "</param>\r\n");
+    }
+    float Threshold() { return Device().GetParam(33, BaseValue); }
+    /// Whether the record gets another generation from an operation.
+    template<typename TOperation>
+    bool Moves(TOperation operation) {
+        const auto before = own->Generation();
+        operation();
+        return own->Generation() != before;
+    }
+    template<typename TRead>
+    auto Panel(TRead read) {
+        const Utils::CTurn turn(own->Turns());
+        return read(own->Panel(turn));
+    }
+};
+
+const std::string LCR = "<kav_input_routing>\r\n\t<name>LCR</name>\r\n\t<map>0,-1|*|1,-1|*|2,-1</map>\r\n"
+                        "\t<ch_names>L|*|C|*|R</ch_names>\r\n</kav_input_routing>";
+
+} // namespace
+
+TEST_F(DeviceState, BeginsWithTheFirstOfTheUsersPatchesAndNoneSelected) {
+    EXPECT_EQ(own->PatchName(), u"Default");
+    Write("a.kvp", "0.5");
+    own = MakeOwn();
+    EXPECT_EQ(own->PatchName(), u"a");
+    EXPECT_EQ(own->PatchNameAt(0), u"a");
+    EXPECT_EQ(own->PatchNameAt(1), u"");
+    EXPECT_EQ(own->CurrentPatch(), -1);
+    EXPECT_NE(own->PatchText(0).find("<patch_name>a</patch_name>"), std::string::npos);
+}
+
+TEST_F(DeviceState, TheListIsThatOfTheFolderAndThePlaceIsKept) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.25");
+    own = MakeOwn();
+    EXPECT_EQ(own->CurrentPatch(), -1);
+    own->SelectPatch(1, false);
+    EXPECT_EQ(Threshold(), 0.25f);
+    EXPECT_EQ(own->CurrentPatch(), 1);
+    Device().SetParam(33, 0.75f, 0);
+    own->SelectPatch(1, false);
+    EXPECT_EQ(Threshold(), 0.75f) << "it is the present one";
+    own->SelectPatch(2, false);
+    EXPECT_EQ(own->CurrentPatch(), 1);
+}
+
+TEST_F(DeviceState, IsWrittenAndReadWhole) {
+    own->NameGroup(1, u"Drums");
+    own->NameMacro(4, u"Push");
+    own->SetPatchName(u"Mine");
+    own->ResizeToWidth(1000);
+    own->SetRouting(LCR, 0);
+    Device().SetParam(33, 0.25f, 0);
+    const auto text = own->PatchText(HostChunkFlags);
+    const auto withoutRoutings = own->PatchText(HostChunkFlags & ~std::uint32_t{KAV::Routing});
+    own->NameGroup(1, u"2");
+    own->NameMacro(4, u"x");
+    own->SetPatchName(u"Other");
+    own->ResizeToWidth(754);
+    own->SetRouting("<map>0,-1</map>", 0);
+    Device().SetParam(33, 0.5f, 0);
+    EXPECT_NE(own->PatchText(HostChunkFlags), text);
+    EXPECT_TRUE(own->ApplyPatchData(text.data(), text.size(), HostChunkFlags));
+    EXPECT_EQ(own->PatchText(HostChunkFlags & ~std::uint32_t{KAV::Routing}), withoutRoutings);
+    EXPECT_TRUE(Panel([](const SPanelState& panel) {
+        return panel.groupNames[1] == u"Drums" && panel.macroNames[4] == u"Push" && panel.entries == 3 &&
+               panel.labels[1] == u"C" && panel.routing.Name() == u"LCR" && panel.width == 1000 &&
+               panel.height == 733;
+    }));
+    EXPECT_EQ(own->PatchName(), u"Mine");
+}
+
+TEST_F(DeviceState, SwitchesAndCopiesSides) {
+    Device().SetParam(33, 0.25f, 0);
+    own->SwitchAB(0);
+    Device().SetParam(33, 0.5f, 0);
+    own->SwitchAB(1);
+    EXPECT_EQ(Threshold(), 0.25f);
+    own->CopyAB();
+    Device().SetParam(33, 0.75f, 0);
+    own->SwitchAB(0);
+    EXPECT_EQ(Threshold(), 0.25f);
+}
+
+TEST_F(DeviceState, CopiesAGroupThatIsSelected) {
+    Device().SetParam(33, 0.25f, 0);
+    own->SetRouting(LCR, 2);
+    own->SelectGroup(1, false);
+    EXPECT_EQ(Device().GetParam(133, 0), 1.0f);
+    Device().SetCurrentGroup(0);
+    own->SelectGroup(2, true);
+    EXPECT_EQ(Device().GetCurrentGroup(), 2);
+    EXPECT_EQ(Device().GetParam(233, 0), 0.25f);
+    EXPECT_EQ(own->RoutingName(), u"LCR") << "and shows its routing";
+}
+
+TEST_F(DeviceState, SavesARoutingOfTheEntriesThatAreOn) {
+    own->SetRouting(LCR, 0);
+    own->NameChannel(2, u"Right");
+    std::array<bool, SPanelState::Channels> on{};
+    on[0] = on[2] = true;
+    own->SaveRouting(Utils::FromSystemPath(documents.Routing("Mine.kvt")), on);
+    EXPECT_EQ(own->RoutingName(), u"Mine");
+    EXPECT_NE(own->GetRouting(0).find("<ch_names>L|*|Right</ch_names>"), std::string::npos);
+    EXPECT_EQ(Panel([](const SPanelState& panel) { return panel.routing.Count(); }), 2);
+}
+
+TEST_F(DeviceState, ANameTheHostSetsAgainLeavesThePatchsPlace) {
+    Write("x.kvp", "0.5");
+    Write("x.KVP", "0.25");
+    Write("y.kvp", "0.125");
+    own = MakeOwn();
+    if (own->PatchNameAt(2).empty()) GTEST_SKIP() << "this system's names know no case";
+    own->ChoosePatch(1);
+    own->SetPatchName(u"x");
+    EXPECT_EQ(own->CurrentPatch(), 1);
+    own->SetPatchName(u"y");
+    EXPECT_EQ(own->CurrentPatch(), 2);
+    own->SetPatchName(u"x");
+    EXPECT_EQ(own->CurrentPatch(), 0);
+}
+
+TEST_F(DeviceState, ItsGenerationMovesWithAllThatIsShown) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.5");
+    WriteText(documents.Routing("a.kvt"), "<map>0,-1|*|1,-1</map>");
+    WriteText(documents.Routing("b.kvt"), "<map>0,-1|*|1,-1</map>");
+    own = MakeOwn();
+    EXPECT_TRUE(Moves([&] { own->NameGroup(3, u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->NameMacro(3, u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->NameChannel(15, u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->SetPatchName(u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->ChoosePatch(1); }));
+    EXPECT_TRUE(Moves([&] { own->SelectPatch(0, true); }));
+    EXPECT_TRUE(Moves([&] { own->SelectRouting(0, false); }));
+    EXPECT_TRUE(Moves([&] { own->ChooseRouting(1); }));
+    EXPECT_TRUE(Moves([&] { own->SetRouting("<name>b</name><map>0,-1|*|1,-1|*|2,-1</map>", 0); }));
+    EXPECT_TRUE(Moves([&] { own->ResizeTo(900, 553); }));
+    EXPECT_TRUE(Moves([&] { own->ResizeTo(900, 600); }));
+    EXPECT_TRUE(Moves([&] { own->SavePatch(Utils::FromSystemPath(documents.Patch("c.kvp")), 0); }));
+    EXPECT_TRUE(Moves([&] {
+        own->SaveRouting(
+            Utils::FromSystemPath(documents.Routing("c.kvt")), std::array<bool, SPanelState::Channels>{});
+    }));
+    EXPECT_TRUE(Moves([&] { own->ReadPatch("<patch_name>n</patch_name>", 0); }));
+    EXPECT_TRUE(Moves([&] { own->ReadPatch("<patch_name>n</patch_name><fx_names>n</fx_names>", 0); }));
+}
+
+TEST_F(DeviceState, ItsGenerationRestsWhenNothingThatIsShownChanges) {
+    own->SetRouting(LCR, 0);
+    own->NameGroup(0, u"x");
+    own->SetPatchName(u"n");
+    const auto text = own->PatchText(HostChunkFlags);
+    EXPECT_FALSE(Moves([&] { own->NameGroup(0, u"x"); }));
+    EXPECT_FALSE(Moves([&] { own->NameGroup(4, u"y"); }));
+    EXPECT_FALSE(Moves([&] { own->NameMacro(5, u"y"); }));
+    EXPECT_FALSE(Moves([&] { own->NameChannel(16, u"y"); }));
+    EXPECT_FALSE(Moves([&] { own->SetPatchName(u"n"); }));
+    EXPECT_FALSE(Moves([&] { own->SetParameter(33, 0.125f); }));
+    EXPECT_FALSE(Moves([&] { own->ReadPatch(text, HostChunkFlags); })) << "it shows the same";
+    EXPECT_FALSE(Moves([&] { own->SetRouting(LCR, 1); })) << "another group's";
+    EXPECT_FALSE(Moves([&] { own->ApplyRouting(); }));
+    EXPECT_FALSE(Moves([&] { own->CopyAB(); }));
+    EXPECT_FALSE(Moves([&] { own->PatchText(HostChunkFlags); }));
+    EXPECT_FALSE(Moves([&] { own->ResizeToWidth(754); }));
+}
+
+TEST_F(DeviceState, TellsTheHostInOrderAndOutsideTheTurn) {
+    std::vector<std::u16string> seen;
+    voice.answer = [&] { // as a host that waits for a thread which asks for the state
+        std::thread([&] { seen.push_back(own->PatchName()); }).join();
+    };
+    own->ReadPatch("<multi_fx>1</multi_fx>\r\n<patch_name>whole</patch_name>\r\n"
+                   "<param tag=\"33\" >0.25</param>\r\n<param tag=\"32\" >0.5</param>\r\n"
+                   "<param tag=\"33\" >0.75</param>\r\n",
+        0);
+    using Told = std::vector<std::pair<std::int32_t, float>>;
+    EXPECT_EQ(voice.told, (Told{{33, 0.25f}, {32, 0.5f}, {33, 0.75f}}));
+    EXPECT_EQ(seen, std::vector<std::u16string>(3, u"whole"));
+}
+
+TEST_F(DeviceState, IsPartOfItsCallersTurn) {
+    {
+        const Utils::CTurn turn(own->Turns());
+        own->SetParameter(33, 0.25f);
+        own->SwitchAB(0);
+        EXPECT_EQ(own->PatchName(), u"Default");
+        EXPECT_TRUE(voice.told.empty());
+    }
+    EXPECT_EQ(voice.told.size(), 1u);
+}
+
+TEST_F(DeviceState, AWitnessSeesTheStateThatAPatchReplaces) {
+    struct SWitness final : IPatchWitness {
+        explicit SWitness(CDeviceState& itsState) : state(itsState) {}
+        void BeforePatch(Utils::CTurn& turn) override { seen.push_back(state.Panel(turn).patch.Name()); }
+        CDeviceState& state;
+        std::vector<std::u16string> seen;
+    } witness(*own);
+    {
+        const Utils::CTurn turn(own->Turns());
+        own->SetWitness(turn, &witness);
+    }
+    own->ReadPatch("<patch_name>a</patch_name>", 0);
+    own->ReadPatch("<patch_name>b</patch_name>", 0);
+    own->ReadPatch("", 0);
+    EXPECT_EQ(witness.seen, (std::vector<std::u16string>{u"Default", u"a"}));
+}
