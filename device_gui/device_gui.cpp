@@ -22,9 +22,9 @@ constexpr std::u16string_view StoredWidth =
 
 } // namespace
 
-CDeviceGUI::CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
-    CDeviceState& a_piState, const Utils::SMakerService& a_psService)
-    : CVSTGUIv2(a_piEffect, a_piDSP, a_piControls, a_piState, a_psService), _iRouting(*this),
+CDeviceGUI::CDeviceGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
+    const Utils::SMakerService& a_psService)
+    : CVSTGUIv2(a_piDSP, a_piControls, a_piState, a_psService), _iRouting(*this),
       _aiChannels(MakeAll<CChannelBtn>(*this, std::make_index_sequence<DeviceChannels>())),
       _aiGroups(MakeAll<CFxBtn>(*this, std::make_index_sequence<4>())), _iGroupCopy(*this), _iPatch(*this),
       _iOversampling(*this, InfoOf(Panel::RowOf(Panel::EClass::Oversampling))),

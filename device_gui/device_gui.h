@@ -18,8 +18,8 @@ namespace KAV {
 class CDeviceGUI final : public CVSTGUIv2 {
 public:
     /// As CVSTGUIv2. Begins with the width that the user last gave an editor.
-    CDeviceGUI(AudioEffectX& a_piEffect, CXXXDSP& a_piDSP, IDeviceControls& a_piControls,
-        CDeviceState& a_piState, const Utils::SMakerService& a_psService);
+    CDeviceGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
+        const Utils::SMakerService& a_psService);
 
 private:
     CRouting _iRouting;

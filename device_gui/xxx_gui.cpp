@@ -46,8 +46,10 @@ void CXXXGUI::ShowPanel(const Utils::CTurn& a_piTurn) {
     const std::uint32_t generation = panel.generation;
     if (generation == _nShown) return;
     for (auto* const view : FindAll<IPanelView>()) view->ShowPanel(panel);
+    const bool isOther = panel.width != Width() || panel.height != Height();
     Resize(panel.width, panel.height);
     _nShown = generation;
+    if (isOther && _bWindow) RequestHostResize(panel.width, panel.height);
 }
 
 // The window
@@ -112,6 +114,8 @@ void CXXXGUI::EndEdit(std::int32_t a_nId) {
 
 void CXXXGUI::OnLatencyChanged(std::int32_t) {}
 
+void CXXXGUI::RequestHostResize(std::int32_t, std::int32_t) {}
+
 std::string CXXXGUI::GetRouting(int a_nGroup) {
     return _piState.GetRouting(a_nGroup);
 }
@@ -121,7 +125,9 @@ void CXXXGUI::SetRouting(std::string_view a_sText, int a_nGroup) {
 }
 
 void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
+    const Utils::CTurn turn(_piState.Turns());
     _piState.ResizeTo(a_nWidth, a_nHeight);
+    ShowPanel(turn);
 }
 
 bool CXXXGUI::ApplyPatchData(const void* a_pData, std::size_t a_nSize, std::uint32_t a_nFlags) {

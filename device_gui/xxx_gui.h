@@ -43,6 +43,8 @@ public:
     void EndEdit(std::int32_t a_nId) override;
 
     virtual void OnLatencyChanged(std::int32_t a_nSamples);
+    /// Asks the host for room of another size, in pixels, at its next idle call.
+    virtual void RequestHostResize(std::int32_t a_nWidth, std::int32_t a_nHeight);
     virtual std::string GetRouting(int a_nGroup);                         ///< as CDeviceState
     virtual void SetRouting(std::string_view a_sText, int a_nGroup);      ///< as CDeviceState
     virtual void ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight); ///< as CDeviceState
@@ -76,7 +78,7 @@ private:
     CXXXDSP& _piDSP;
     IDeviceControls& _piControls;
     CDeviceState& _piState;
-    std::int32_t _nLastLatency = 0; // samples, as last told to the host
+    std::int32_t _nLastLatency = 0; // samples, as the host hears it
     bool _bWindow = false;          // within a turn
     std::uint32_t _nShown = 0;      // the generation that the widgets show; as the widgets
     CVersionCheck _iVersion;        // its thread ends before anything above goes

@@ -29,7 +29,7 @@ CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService
     : CVSTDSPv2(audioMaster) {
     InitialiseParameters(parameters);
     state = &_state;
-    auto editor = std::make_unique<CDeviceGUI>(*this, *this, *this, _state, service);
+    auto editor = std::make_unique<CDeviceGUI>(*this, *this, _state, service);
     gui = editor.get();
     setEditor(std::move(editor));
     // A patch without group numbers applies to the current group only. So it is loaded once per group, from

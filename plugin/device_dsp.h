@@ -2,9 +2,9 @@
 
 #include "device/device_controls.h"
 #include "dsp/plugin_dsp.h"
+#include "plugin/host_road.h"
 #include "plugin/vst_dsp_v2.h"
 #include "state/device_state.h"
-#include "state/host_voice.h"
 #include "utils/maker_service.h"
 
 #include <cstddef>
@@ -23,8 +23,7 @@ namespace KAV {
 /// everything else on any thread.
 class CDeviceDSP final : public CVSTDSPv2,
                          public CPluginDSP<float, float, DSP::CPluginMC<float, float>>,
-                         public IDeviceControls,
-                         private IHostVoice {
+                         public IDeviceControls {
 public:
     using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
@@ -82,16 +81,14 @@ private:
         ~SEditorEnd() { device.setEditor(nullptr); }
     };
 
-    // IHostVoice
-    void Changed(std::int32_t tag, float normal) noexcept override { SetParameterAutomated(tag, normal); }
-
     static std::size_t Place(int group) noexcept { return static_cast<std::size_t>(group); }
     float GetMeter(std::int32_t tag) const noexcept;
     void Write(std::int32_t tag, float value, std::uint32_t flags, MacroChain chain);
     void Store(const SParameter& parameter, float value, std::uint32_t flags) noexcept;
     void Spread(std::size_t macro, float value, MacroChain chain);
 
-    CDeviceState _state{*this, *this, *this};
+    CHostRoad _road{*this};
+    CDeviceState _state{*this, *this, _road};
     SEditorEnd _editorEnd{*this};
 };
 

@@ -164,14 +164,14 @@ void CVSTDSPv2::BeginEdit(std::int32_t tag) {
     if (tag < 0 || tag > HighestRelativeTag) return;
     const std::int32_t index = EditedHostIndex(tag);
     MarkEditing(index, true);
-    if (index != NoHostIndex) beginEdit(index);
+    if (index != NoHostIndex) state->ReportBegin(index);
 }
 
 void CVSTDSPv2::EndEdit(std::int32_t tag) {
     if (tag < 0 || tag > HighestRelativeTag) return;
     const std::int32_t index = EditedHostIndex(tag);
     MarkEditing(index, false);
-    if (index != NoHostIndex) endEdit(index);
+    if (index != NoHostIndex) state->ReportEnd(index);
 }
 
 std::int32_t CVSTDSPv2::EditedHostIndex(std::int32_t tag) const noexcept {
@@ -185,7 +185,7 @@ void CVSTDSPv2::MarkEditing(std::int32_t hostIndex, bool edited) noexcept {
 
 void CVSTDSPv2::SetParameterAutomated(std::int32_t tag, float value) {
     const std::int32_t index = HostIndexOf(tag);
-    if (index != NoHostIndex) setParameterAutomated(index, value);
+    if (index != NoHostIndex) state->ReportValue(index, value);
 }
 
 std::int32_t CVSTDSPv2::GetChunk(void** data, bool isPreset) {

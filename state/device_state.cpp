@@ -27,7 +27,7 @@ void NameAsOnPanel(std::span<std::u16string> names, Panel::EClass button) {
 
 } // namespace
 
-CDeviceState::CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostVoice& host)
+CDeviceState::CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostRoad& host)
     : _device(device), _controls(controls), _host(host) {
     NameAsOnPanel(_panel.groupNames, Panel::EClass::FxBtn);
     NameAsOnPanel(_panel.macroNames, Panel::EClass::MacroBtn);
@@ -42,10 +42,8 @@ CDeviceState::CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostVoic
 void CDeviceState::SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags) {
     _device.SetParam(tag, value, flags);
     const std::int32_t changed = _controls.ResolveTag(tag, flags);
-    if (HostIndexOf(changed) == NoHostIndex) return;
-    turn.Then([&host = _host, changed, normal = _device.GetParam(changed, Normalized | BaseValue)] {
-        host.Changed(changed, normal);
-    });
+    const std::int32_t index = HostIndexOf(changed);
+    if (index != NoHostIndex) ReportValue(turn, index, _device.GetParam(changed, Normalized | BaseValue));
 }
 
 void CDeviceState::SetParameter(std::int32_t tag, float normal) {
@@ -60,6 +58,58 @@ void CDeviceState::SelectGroup(int group, bool copy) {
     if (copy) CopyGroup(from, group);
     ApplyRouting(turn);
 }
+
+// The host
+
+void CDeviceState::ReportBegin(std::int32_t index) {
+    Turn turn(_turns);
+    _queue.PushBegin(index);
+    TellHostAfter(turn);
+}
+
+void CDeviceState::ReportValue(std::int32_t index, float normal) {
+    Turn turn(_turns);
+    ReportValue(turn, index, normal);
+}
+
+void CDeviceState::ReportValue(Turn& turn, std::int32_t index, float normal) {
+    _queue.PushValue(index, normal);
+    TellHostAfter(turn);
+}
+
+void CDeviceState::ReportEnd(std::int32_t index) {
+    Turn turn(_turns);
+    _queue.PushEnd(index);
+    TellHostAfter(turn);
+}
+
+void CDeviceState::ReportLatency(std::int32_t samples) {
+    const Turn turn(_turns);
+    _queue.PushLatency(samples);
+}
+
+void CDeviceState::ReportSize(std::int32_t width, std::int32_t height) {
+    const Turn turn(_turns);
+    _queue.PushSize(width, height);
+}
+
+void CDeviceState::TellHostAfter(Turn& turn) {
+    if (_tellsHost) return;
+    turn.Then([this] {
+        {
+            const Turn again(_turns); // turns of other threads may have begun since
+            _tellsHost = false;
+        }
+        TellHost(CHostQueue::EOccasion::Turn);
+    });
+    _tellsHost = true;
+}
+
+void CDeviceState::TellHost(CHostQueue::EOccasion occasion) {
+    _queue.Empty(_host, occasion);
+}
+
+// What the user names and sets
 
 void CDeviceState::NameGroup(std::size_t group, std::u16string_view name) {
     const Turn turn(_turns);

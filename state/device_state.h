@@ -3,7 +3,7 @@
 #include "device/device_controls.h"
 #include "device/xxx_dsp.h"
 #include "state/error_boxes.h"
-#include "state/host_voice.h"
+#include "state/host_queue.h"
 #include "state/panel_state.h"
 #include "state/patch_witness.h"
 #include "utils/turn.h"
@@ -21,12 +21,12 @@ namespace KAV {
 /// widgets.
 ///
 /// Threads: any but the audio thread. Each operation is a turn, or a part of the caller's, and so whole for
-/// the others. Files are read and written, and the user is asked, before the turn; the host hears of changed
-/// values after it, in the order of the changes. `flags`: PatchFlag bits.
+/// the others. Files are read and written, and the user is asked, before the turn; what the host has to hear
+/// is queued in it, and told when it has ended. `flags`: PatchFlag bits.
 class CDeviceState final {
 public:
     /// All three live as long as this object. Looks for the user's patches and routings; touches no device.
-    CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostVoice& host);
+    CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostRoad& host);
     CDeviceState(const CDeviceState&) = delete;
     CDeviceState& operator=(const CDeviceState&) = delete;
 
@@ -95,10 +95,21 @@ public:
     /// As ResizeTo(), with the height that belongs to the width.
     void ResizeToWidth(std::int32_t width);
 
+    // What the host hears, by its own indexes; see CHostQueue for the order and the time.
+    void ReportBegin(std::int32_t index);
+    void ReportValue(std::int32_t index, float normal); ///< 0..1, of this moment
+    void ReportEnd(std::int32_t index);
+    void ReportLatency(std::int32_t samples);
+    void ReportSize(std::int32_t width, std::int32_t height); ///< of the editor, in pixels
+    /// On a thread of the host's, not within a turn.
+    void TellHost(CHostQueue::EOccasion occasion);
+
 private:
     using Turn = Utils::CTurn;
 
     void SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags);
+    void ReportValue(Turn& turn, std::int32_t index, float normal);
+    void TellHostAfter(Turn& turn);
     void ShowPatchName(const Turn& turn, std::u16string_view name);
     void ApplyRouting(Turn& turn);
     void SetRouting(Turn& turn, std::string_view text, int group);
@@ -126,17 +137,19 @@ private:
 
     CXXXDSP& _device;
     IDeviceControls& _controls;
-    IHostVoice& _host;
+    IHostRoad& _host;
     Utils::CTurns _turns;
     CErrorBoxes _errors{_turns};
+    CHostQueue _queue; // it has a lock of its own
 
     // Within a turn
     SPanelState _panel;
     IPatchWitness* _witness = nullptr;
-    std::string _patch;         // as last written
-    std::string _chunk;         // what the host was last given
-    std::string _otherSide;     // the state of the side that isn't live; empty: none yet
-    std::uint8_t _side = 1;     // the side that is live
+    bool _tellsHost = false; // the turn has something for the host, and empties the queue when it has ended
+    std::string _patch;      // as last written
+    std::string _chunk;      // what the host was last given
+    std::string _otherSide;  // the state of the side that isn't live; empty: none yet
+    std::uint8_t _side = 1;  // the side that is live
     std::int32_t _current = -1; // place in the list of patches
 };
 

@@ -20,6 +20,18 @@ public:
     /// Shows the editor in the host's window `parent`. False if it can't be shown.
     virtual bool open(void* parent) = 0;
     virtual void close() = 0;
+    /// Whether the host has opened the editor and not closed it since.
+    virtual bool isOpen() const noexcept { return false; }
+    /// The host calls this again and again while the editor is open, some hosts at any time.
+    virtual void idle() {}
+
+    // True when the editor has made use of it; then the host doesn't.
+    virtual bool onKeyDown(const VST::VstKeyCode&) { return false; }
+    virtual bool onKeyUp(const VST::VstKeyCode&) { return false; }
+    /// No call of the interface leads here: turns of the wheel reach a window by its own system.
+    virtual bool onWheel(float /*distance*/) { return false; }
+    /// How the user wants to turn knobs: 0 in circles, 1 in circles from where they are, 2 in lines.
+    virtual bool setKnobMode(std::int32_t /*mode*/) { return false; }
 
 protected:
     AEffEditor() = default;

@@ -6,6 +6,16 @@ namespace KAV {
 
 using namespace VST;
 
+namespace {
+
+/// The character is the call's index, the key its value and the modifiers its option, which is no integer.
+VstKeyCode KeyCode(std::int32_t index, std::intptr_t value, float option) noexcept {
+    return {index, static_cast<std::uint8_t>(value),
+        option >= 0.0f && option <= 255.0f ? static_cast<std::uint8_t>(option) : std::uint8_t{0}};
+}
+
+} // namespace
+
 AudioEffectX::AudioEffectX(HostCallback audioMaster, std::int32_t parameters, std::int32_t uniqueId,
     std::int32_t version, std::int32_t inputs, std::int32_t outputs, std::int32_t flags) noexcept
     : _audioMaster(audioMaster) {
@@ -63,6 +73,10 @@ void AudioEffectX::ioChanged() noexcept {
     CallHost(audioMasterIOChanged);
 }
 
+bool AudioEffectX::sizeWindow(std::int32_t width, std::int32_t height) noexcept {
+    return CallHost(audioMasterSizeWindow, width, height) != 0;
+}
+
 std::intptr_t AudioEffectX::dispatcher(
     std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer, float option) {
     auto* const text = static_cast<char*>(pointer);
@@ -101,6 +115,15 @@ std::intptr_t AudioEffectX::dispatcher(
     case effEditClose:
         if (_editor != nullptr) _editor->close();
         return 0;
+    case effEditIdle:
+        if (_editor != nullptr) _editor->idle();
+        return 0;
+    case effEditKeyDown:
+        return _editor != nullptr && _editor->onKeyDown(KeyCode(index, value, option)) ? 1 : 0;
+    case effEditKeyUp:
+        return _editor != nullptr && _editor->onKeyUp(KeyCode(index, value, option)) ? 1 : 0;
+    case effSetEditKnobMode:
+        return _editor != nullptr && _editor->setKnobMode(static_cast<std::int32_t>(value)) ? 1 : 0;
     case effGetChunk:
         return pointer == nullptr ? 0 : getChunk(static_cast<void**>(pointer), index != 0);
     case effSetChunk:

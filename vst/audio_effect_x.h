@@ -34,6 +34,11 @@ public:
         std::atomic_ref(_record.initialDelay).store(samples, std::memory_order_relaxed);
     }
     void ioChanged() noexcept;
+    void setParameterAutomated(std::int32_t index, float value) noexcept;
+    void beginEdit(std::int32_t index) noexcept;
+    void endEdit(std::int32_t index) noexcept;
+    /// Asks for another size of the editor's window, in pixels. False when the host leaves it as it is.
+    bool sizeWindow(std::int32_t width, std::int32_t height) noexcept;
 
 protected:
     AudioEffectX(VST::HostCallback audioMaster, std::int32_t parameters, std::int32_t uniqueId,
@@ -64,12 +69,9 @@ protected:
     virtual void getVendorString(char* text) = 0;
     virtual std::int32_t getPlugCategory() = 0;
 
-    // To the host. Without a host callback they do nothing and answer 0.
+    /// Any call to the host. Without a host callback it does nothing and answers 0.
     std::intptr_t CallHost(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0,
         void* pointer = nullptr, float option = 0.0f) noexcept;
-    void setParameterAutomated(std::int32_t index, float value) noexcept;
-    void beginEdit(std::int32_t index) noexcept;
-    void endEdit(std::int32_t index) noexcept;
 
     /// Takes the editor, which is destroyed with this object. The host is informed of it if it has a window.
     void setEditor(std::unique_ptr<AEffEditor> editor) noexcept;

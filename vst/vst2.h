@@ -178,6 +178,13 @@ struct ERect {
     std::int16_t right;
 };
 
+/// A key as hosts pass it on. Not a record of the interface: the call spreads it over its arguments.
+struct VstKeyCode {
+    std::int32_t character; ///< 0 for keys that write none
+    std::uint8_t virt;      ///< the number of such a key; 0: none
+    std::uint8_t modifier;  ///< bits: shift 1, alternate 2, command 4, control 8
+};
+
 struct VstSpeakerProperties {
     float azimuth;   ///< radians
     float elevation; ///< radians

@@ -29,6 +29,7 @@ protected:
 
     GUI::CValueDisplay& Oversampling() { return Widget<GUI::CValueDisplay>(2); }
     void Next() { Gui().OnFrame(16); }
+    void Idle() { effect->Dispatch(VST::effEditIdle); }
     /// A fader for a parameter of the shown group, as the panel will have them.
     std::unique_ptr<GUI::CValueDisplay> Fader(std::int32_t id) {
         GUI::SWidgetInfo info;
@@ -228,7 +229,9 @@ TEST_F(Frame, ALatencyIsInTheRecordBeforeTheHostHearsOfIt) {
     for (const float position : {0.0f, 1.0f, 0.0f}) {
         effect->Set(OversamplingIndex, position);
         Next();
+        Idle();
         Next();
+        Idle();
     }
     host.answer = nullptr;
     EXPECT_EQ(seen, (std::vector<std::int32_t>{64, 512, 64}));
@@ -241,16 +244,20 @@ TEST_F(Frame, ALatencyIsReportedOnceEvenIfTheHostAsksForTheNextFrameMeanwhile) {
     };
     host.calls.clear();
     Next();
+    Idle();
     host.answer = nullptr;
+    Idle();
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 1u);
 }
 
 TEST_F(Frame, ALatencyThatIsBackByTheNextFrameIsNotReported) {
     Next();
+    Idle();
     host.calls.clear();
     effect->Set(OversamplingIndex, 1.0f);
     effect->Set(OversamplingIndex, 0.0f);
     Next();
+    Idle();
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 0u);
 }
 

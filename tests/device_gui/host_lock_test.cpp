@@ -5,6 +5,7 @@
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
 #include "gui/value_display.h"
+#include "tests/support/hand_clock.h"
 #include "tests/support/state_fixture.h"
 
 #include <thread>
@@ -16,6 +17,12 @@ namespace {
 
 class HostLock : public State {
 protected:
+    CHandClock clock;
+
+    void Idle(std::uint32_t afterMs) {
+        clock.Advance(afterMs);
+        effect->Dispatch(VST::effEditIdle);
+    }
     /// Runs an operation and counts what the host was told and could answer with a call of its own.
     template<typename TOperation>
     int Answered(TOperation operation) {
@@ -72,6 +79,7 @@ private:
 TEST_F(HostLock, IsNotHeldWhileAStepOfHistoryIsReported) {
     Gui().EnableHistory(true);
     Widget<GUI::CValueDisplay>(2).Step(1); // oversampling
+    Idle(100);
     Read("<param tag=\"33\" >0.25</param>");
     EXPECT_EQ(Answered([this] { Gui().Undo(); }), 3) << "a patch";
     EXPECT_EQ(Answered([this] { Gui().Undo(); }), 1) << "a widget";
@@ -88,7 +96,8 @@ TEST_F(HostLock, IsNotHeldWhileAnUndoneGroupIsReported) {
 }
 
 TEST_F(HostLock, IsNotHeldWhileAnEditIsReported) {
-    EXPECT_EQ(Answered([this] { Widget<GUI::CValueDisplay>(2).Step(1); }), 3) << "begin, value, end";
+    EXPECT_EQ(Answered([this] { Widget<GUI::CValueDisplay>(2).Step(1); }), 2) << "begin, value";
+    EXPECT_EQ(Answered([this] { Idle(100); }), 1) << "end";
     EXPECT_GE(Answered([this] { Widget<CFxBtn>(1).SetValue(1.0f, true); }), 2);
 }
 
@@ -117,7 +126,20 @@ TEST_F(HostLock, IsNotHeldWhileTheChannelsOfARoutingAreReported) {
 }
 
 TEST_F(HostLock, IsNotHeldWhileALatencyIsReported) {
-    EXPECT_EQ(Answered([this] { Gui().OnFrame(16); }), 1);
+    Gui().OnFrame(16);
+    EXPECT_EQ(Answered([this] { Idle(0); }), 1);
+}
+
+TEST_F(HostLock, IsNotHeldWhileASizeIsReported) {
+    Gui().CreateGUIWindow();
+    Gui().ResizeTo(900, 660);
+    EXPECT_EQ(Answered([this] { Idle(0); }), 1);
+}
+
+TEST_F(HostLock, IsNotHeldWhileTheEditorCloses) {
+    Gui().OnFrame(16);
+    Widget<GUI::CValueDisplay>(2).Step(1);
+    EXPECT_EQ(Answered([this] { effect->Dispatch(VST::effEditClose); }), 2) << "latency, end";
 }
 
 TEST_F(HostLock, IsNotHeldWhileABoxIsShown) {
@@ -141,6 +163,7 @@ TEST_F(HostLock, IsNotHeldWhileABoxIsShown) {
 TEST_F(HostLock, TheHostHearsOfAStepOfHistoryWhenItIsDone) {
     Gui().EnableHistory(true);
     Widget<GUI::CValueDisplay>(2).Step(1);
+    Idle(100); // the end of that edit
     bool couldRedo = false;
     bool couldUndo = false;
     host.answer = [&](VST::AEffect*, std::int32_t, std::int32_t, void*, float) -> std::intptr_t {

@@ -6,6 +6,7 @@
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
 #include "gui/value_display.h"
+#include "tests/support/hand_clock.h"
 #include "tests/support/state_fixture.h"
 #include "utils/location.h"
 
@@ -16,6 +17,12 @@ namespace {
 
 class Widgets : public State {
 protected:
+    CHandClock clock;
+
+    void Idle(std::uint32_t afterMs) {
+        clock.Advance(afterMs);
+        effect->Dispatch(VST::effEditIdle);
+    }
     GUI::CValueDisplay& Oversampling() { return Widget<GUI::CValueDisplay>(2); }
     std::vector<std::pair<std::int32_t, std::int32_t>> Told() {
         std::vector<std::pair<std::int32_t, std::int32_t>> told;
@@ -50,8 +57,13 @@ TEST_F(Widgets, AnAutomatedGroupButtonShowsItsGroupAndClearsTheOthers) {
 TEST_F(Widgets, AnEditReachesTheHostBetweenItsBeginningAndEnd) {
     host.calls.clear();
     Oversampling().Step(1);
-    EXPECT_EQ(Told(), (std::vector<std::pair<std::int32_t, std::int32_t>>{{VST::audioMasterBeginEdit, 100},
-                          {VST::audioMasterAutomate, 100}, {VST::audioMasterEndEdit, 100}}));
+    using Calls = std::vector<std::pair<std::int32_t, std::int32_t>>;
+    EXPECT_EQ(Told(), (Calls{{VST::audioMasterBeginEdit, 100}, {VST::audioMasterAutomate, 100}}));
+    host.calls.clear();
+    Idle(99);
+    EXPECT_EQ(Told(), Calls{});
+    Idle(1);
+    EXPECT_EQ(Told(), (Calls{{VST::audioMasterEndEdit, 100}}));
     EXPECT_EQ(Oversampling().Text(), u"OS x2");
     EXPECT_EQ(Device().GetParam(30, 0), 1.0f);
 }
@@ -67,12 +79,17 @@ TEST_F(Widgets, TheChannelButtonsAreThoseOfTheCurrentGroup) {
 
 TEST_F(Widgets, LatencyReachesTheHostOncePerChange) {
     Gui().OnFrame(16);
+    Idle(0);
     EXPECT_EQ(effect->Record().initialDelay, 64);
     host.calls.clear();
     Gui().OnFrame(16);
+    Idle(0);
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 0u);
     effect->Set(100, 1.0f);
     Gui().OnFrame(16);
+    EXPECT_EQ(effect->Record().initialDelay, 64) << "before the host's idle call";
+    EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 0u);
+    Idle(0);
     EXPECT_EQ(effect->Record().initialDelay, 512);
     EXPECT_EQ(host.Count(VST::audioMasterIOChanged), 1u);
 }
@@ -226,6 +243,7 @@ TEST_F(Widgets, WhatHasNoParameterBeginsAndEndsNoEditOfTheHosts) {
     host.calls.clear();
     Widget<CPatch>().Step(1);
     Widget<CRouting>().Step(1);
+    Idle(1000);
     EXPECT_EQ(Device().State().PatchName(), u"b");
     EXPECT_EQ(Gui().GetRouting(0), "<map>0,-1</map>");
     EXPECT_EQ(host.Count(VST::audioMasterBeginEdit), 0u);

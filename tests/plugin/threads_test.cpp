@@ -177,6 +177,51 @@ TEST(Threads, ProgramsAndGesturesAreChangedWhileOthersAsk) {
     EXPECT_FALSE(device.IsEdited(HostIndexOf(33)));
 }
 
+TEST(Threads, TheHostIsToldOnOneThreadAtATimeAndEveryEditBeginsAndEnds) {
+    CRecordingHost host;
+    host.record = false;
+    CHostedEffect effect(host.Callback());
+    std::atomic<int> inside = 0;
+    std::atomic<int> together = 0;
+    int open = 0; // edits, as the host has heard; without a lock, because one thread at a time calls
+    int begins = 0;
+    host.answer = [&](VST::AEffect*, std::int32_t opcode, std::int32_t, void*, float) -> std::intptr_t {
+        if (inside++ > 0) ++together;
+        if (opcode == VST::audioMasterBeginEdit) {
+            EXPECT_EQ(open++, 0);
+            ++begins;
+        }
+        if (opcode == VST::audioMasterEndEdit) {
+            EXPECT_EQ(--open, 0);
+        }
+        --inside;
+        return 0;
+    };
+    CXXXGUI& gui = effect.Device().GUI();
+    CTogether threads;
+    int edits = 0;
+    threads.Add([&](int step) {
+        gui.BeginEdit(24);
+        gui.SetParameter(24, static_cast<float>(step % 100) / 100.0f);
+        gui.EndEdit(24);
+        gui.ResizeTo(500 + step % 100, 400);
+        effect.Dispatch(VST::effEditClose); // so that no end waits
+        ++edits;
+    });
+    threads.Add([&effect](int) { effect.Dispatch(VST::effEditIdle); });
+    threads.Add([&effect](int step) {
+        std::string chunk = "<patch_format>textual</patch_format>\r\n<param tag=\"33\" >0." +
+                            std::to_string(step % 10) + "</param>\r\n";
+        effect.Dispatch(VST::effSetChunk, 1, static_cast<std::intptr_t>(chunk.size() + 1), chunk.data());
+    });
+    threads.Run();
+    effect.Dispatch(VST::effEditClose);
+    EXPECT_EQ(together, 0);
+    EXPECT_EQ(open, 0);
+    EXPECT_EQ(begins, edits);
+    host.answer = nullptr;
+}
+
 TEST(Threads, InstancesOnDifferentThreadsDoNotMeet) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i) {

@@ -16,20 +16,29 @@ namespace {
 /// A state of its own on the device of an instance, whose widgets know nothing of it.
 class DeviceState : public State {
 protected:
-    struct SVoice final : IHostVoice {
-        void Changed(std::int32_t tag, float normal) noexcept override {
-            told.emplace_back(tag, normal);
+    using Told = std::vector<std::pair<std::int32_t, float>>;
+
+    /// A host that writes down the values that it is told.
+    struct SHost final : IHostRoad {
+        void BeginEdit(std::int32_t) noexcept override {}
+        void Value(std::int32_t index, float normal) noexcept override {
+            told.emplace_back(index, normal);
             if (answer) answer();
         }
-        std::vector<std::pair<std::int32_t, float>> told;
+        void EndEdit(std::int32_t) noexcept override {}
+        void Latency(std::int32_t) noexcept override {}
+        void Size(std::int32_t, std::int32_t) noexcept override {}
+        std::uint32_t NowMs() const noexcept override { return 0; }
+
+        Told told;
         std::function<void()> answer;
     };
 
-    SVoice voice;
+    SHost listener;
     std::unique_ptr<CDeviceState> own = MakeOwn();
 
     std::unique_ptr<CDeviceState> MakeOwn() {
-        return std::make_unique<CDeviceState>(Device(), Device(), voice);
+        return std::make_unique<CDeviceState>(Device(), Device(), listener);
     }
     void Write(const std::string& file, const std::string& threshold) {
         WriteText(documents.Patch(file),
@@ -206,15 +215,14 @@ TEST_F(DeviceState, ItsGenerationRestsWhenNothingThatIsShownChanges) {
 
 TEST_F(DeviceState, TellsTheHostInOrderAndOutsideTheTurn) {
     std::vector<std::u16string> seen;
-    voice.answer = [&] { // as a host that waits for a thread which asks for the state
+    listener.answer = [&] { // as a host that waits for a thread which asks for the state
         std::thread([&] { seen.push_back(own->PatchName()); }).join();
     };
     own->ReadPatch("<multi_fx>1</multi_fx>\r\n<patch_name>whole</patch_name>\r\n"
                    "<param tag=\"33\" >0.25</param>\r\n<param tag=\"32\" >0.5</param>\r\n"
                    "<param tag=\"33\" >0.75</param>\r\n",
         0);
-    using Told = std::vector<std::pair<std::int32_t, float>>;
-    EXPECT_EQ(voice.told, (Told{{33, 0.25f}, {32, 0.5f}, {33, 0.75f}}));
+    EXPECT_EQ(listener.told, (Told{{4, 0.25f}, {0, 0.5f}, {4, 0.75f}}));
     EXPECT_EQ(seen, std::vector<std::u16string>(3, u"whole"));
 }
 
@@ -224,9 +232,9 @@ TEST_F(DeviceState, IsPartOfItsCallersTurn) {
         own->SetParameter(33, 0.25f);
         own->SwitchAB(0);
         EXPECT_EQ(own->PatchName(), u"Default");
-        EXPECT_TRUE(voice.told.empty());
+        EXPECT_TRUE(listener.told.empty());
     }
-    EXPECT_EQ(voice.told.size(), 1u);
+    EXPECT_EQ(listener.told.size(), 1u);
 }
 
 TEST_F(DeviceState, AWitnessSeesTheStateThatAPatchReplaces) {

@@ -1,0 +1,114 @@
+#include "state/host_queue.h"
+
+#include <algorithm>
+#include <bitset>
+
+namespace KAV {
+
+void CHostQueue::PushBegin(std::int32_t index) {
+    PushEdit({.kind = EKind::Begin, .first = index});
+}
+
+void CHostQueue::PushValue(std::int32_t index, float normal) {
+    PushEdit({.kind = EKind::Value, .first = index, .normal = normal});
+}
+
+void CHostQueue::PushEnd(std::int32_t index) {
+    PushEdit({.kind = EKind::End, .first = index});
+}
+
+void CHostQueue::PushLatency(std::int32_t samples) {
+    Push({.kind = EKind::Latency, .first = samples});
+}
+
+void CHostQueue::PushSize(std::int32_t width, std::int32_t height) {
+    Push({.kind = EKind::Size, .first = width, .second = height});
+}
+
+void CHostQueue::PushEdit(const SEntry& entry) {
+    if (entry.first >= 0 && static_cast<std::size_t>(entry.first) < HostParameters) Push(entry);
+}
+
+void CHostQueue::Push(SEntry entry) {
+    const std::lock_guard lock(_mutex);
+    const std::uint64_t previous = _pushed;
+    entry.number = ++_pushed;
+    // The one before may have gone already, and then the last that is left isn't the one before.
+    if (!_entries.empty() && _entries.back().number == previous && IsReplaced(_entries.back(), entry)) {
+        _entries.back() = entry;
+    } else {
+        _entries.push_back(entry);
+    }
+}
+
+bool CHostQueue::IsReplaced(const SEntry& entry, const SEntry& next) noexcept {
+    if (entry.kind != next.kind) return false;
+    return entry.kind == EKind::Size || (entry.kind == EKind::Value && entry.first == next.first);
+}
+
+void CHostQueue::Empty(IHostRoad& road, EOccasion occasion) {
+    std::unique_lock lock(_mutex);
+    if (occasion == EOccasion::Close) {
+        _isClosing = true; // of an emptying at work as well: no later call would make up for it
+        std::erase_if(_entries, [](const SEntry& entry) { return entry.kind == EKind::Size; });
+    }
+    if (_isEmptying) return;
+    _isEmptying = true;
+    ++_emptyings;
+    while (const auto entry = TakeNext(_isClosing ? EOccasion::Close : occasion, road.NowMs())) {
+        lock.unlock();
+        Pass(road, *entry);
+        const std::uint32_t passedMs = road.NowMs(); // the host may have taken its time
+        lock.lock();
+        if (entry->kind == EKind::Value)
+            _values[static_cast<std::size_t>(entry->first)] = {_emptyings, passedMs};
+    }
+    _isEmptying = false;
+    _isClosing = false;
+}
+
+std::optional<CHostQueue::SEntry> CHostQueue::TakeNext(EOccasion occasion, std::uint32_t nowMs) {
+    std::bitset<HostParameters> waiting; // parameters with an end that isn't due
+    const auto mayGo = [&](const SEntry& entry) {
+        if (entry.kind == EKind::Size) return occasion == EOccasion::Idle;
+        if (entry.kind == EKind::Latency) return occasion != EOccasion::Turn;
+        const auto index = static_cast<std::size_t>(entry.first);
+        if (entry.kind == EKind::End && occasion != EOccasion::Close && !IsEndDue(entry.first, nowMs)) {
+            waiting.set(index);
+        }
+        return !waiting[index];
+    };
+    const auto next = std::find_if(_entries.begin(), _entries.end(), mayGo);
+    if (next == _entries.end()) return std::nullopt;
+    const SEntry entry = *next;
+    _entries.erase(next);
+    return entry;
+}
+
+bool CHostQueue::IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcept {
+    const SPassed& value = _values[static_cast<std::size_t>(index)];
+    if (value.emptying == 0) return true;
+    return value.emptying != _emptyings && nowMs - value.ms >= EndDelayMs;
+}
+
+void CHostQueue::Pass(IHostRoad& road, const SEntry& entry) noexcept {
+    switch (entry.kind) {
+    case EKind::Begin:
+        road.BeginEdit(entry.first);
+        break;
+    case EKind::Value:
+        road.Value(entry.first, entry.normal);
+        break;
+    case EKind::End:
+        road.EndEdit(entry.first);
+        break;
+    case EKind::Latency:
+        road.Latency(entry.first);
+        break;
+    case EKind::Size:
+        road.Size(entry.first, entry.second);
+        break;
+    }
+}
+
+} // namespace KAV

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "device/parameter_table.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+
+namespace KAV {
+
+/// The host as the queue sees it. One thread at a time calls it, with no lock held; a call may take long and
+/// may call back.
+class IHostRoad {
+public:
+    IHostRoad() = default;
+    IHostRoad(const IHostRoad&) = delete;
+    IHostRoad& operator=(const IHostRoad&) = delete;
+
+    virtual void BeginEdit(std::int32_t index) noexcept = 0;
+    virtual void Value(std::int32_t index, float normal) noexcept = 0;
+    virtual void EndEdit(std::int32_t index) noexcept = 0;
+    virtual void Latency(std::int32_t samples) noexcept = 0;
+    virtual void Size(std::int32_t width, std::int32_t height) noexcept = 0; ///< pixels
+    /// The present time in milliseconds, modulo 2^32. Asked on the thread that empties the queue.
+    virtual std::uint32_t NowMs() const noexcept = 0;
+
+protected:
+    ~IHostRoad() = default;
+};
+
+/// What the host has to hear of one instance: edits, latencies and sizes, in the order in which they
+/// happened.
+///
+/// Emptying the queue passes on every entry that may go, the oldest first. An entry that has to wait holds
+/// back only later entries of its own parameter; all others pass it. So each parameter keeps its order, and
+/// no value waits because the user has just let go of another control.
+///
+/// - A value directly after one of the same parameter replaces it, and so does a size directly after a size.
+///   All other entries reach the host as they are.
+/// - The end of an edit goes out at least 100 ms after the host got the last value of its parameter, and
+///   never in the same emptying. A host that records automation looks at the edit once per audio block: one
+///   that begins and ends in between is lost to it, and it sets the parameter back. An edit that begins
+///   meanwhile waits for the end of the one before.
+/// - Latencies and sizes make a host rebuild what it has, so they wait for its idle call. Closing the editor
+///   passes on latencies and all ends, and drops sizes.
+///
+/// Threads: any but the audio thread. No lock is held while the host is called.
+class CHostQueue final {
+public:
+    static constexpr std::uint32_t EndDelayMs = 100;
+
+    /// Why the queue is emptied, which decides what may go.
+    enum class EOccasion { Turn, Idle, Close };
+
+    // Indexes are those of the host; others name nothing and are dropped. Times and order are those of the
+    // calls.
+    void PushBegin(std::int32_t index);
+    void PushValue(std::int32_t index, float normal);
+    void PushEnd(std::int32_t index);
+    void PushLatency(std::int32_t samples);
+    void PushSize(std::int32_t width, std::int32_t height);
+
+    /// Passes on what may go, including what the host's answers add meanwhile. Does nothing while another
+    /// call of it is at work, be it further up on the same thread or on another: that one takes care of what
+    /// has been added, and of closing as well.
+    void Empty(IHostRoad& road, EOccasion occasion);
+
+private:
+    enum class EKind { Begin, Value, End, Latency, Size };
+
+    struct SEntry {
+        EKind kind = EKind::Begin;
+        std::uint64_t number = 0; // of all that were pushed, from 1
+        std::int32_t first = 0;   // index, samples or width
+        std::int32_t second = 0;  // height
+        float normal = 0.0f;
+    };
+    /// When the host got the last value of a parameter.
+    struct SPassed {
+        std::uint64_t emptying = 0; // 0: never
+        std::uint32_t ms = 0;
+    };
+
+    void PushEdit(const SEntry& entry);
+    void Push(SEntry entry);
+    static bool IsReplaced(const SEntry& entry, const SEntry& next) noexcept;
+    std::optional<SEntry> TakeNext(EOccasion occasion, std::uint32_t nowMs);
+    bool IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcept;
+    static void Pass(IHostRoad& road, const SEntry& entry) noexcept;
+
+    std::mutex _mutex;
+    // Under the lock
+    std::deque<SEntry> _entries; // the oldest first
+    std::array<SPassed, HostParameters> _values;
+    std::uint64_t _pushed = 0;    // so far, replaced ones included
+    std::uint64_t _emptyings = 0; // begun so far
+    bool _isEmptying = false;     // one is at work
+    bool _isClosing = false;      // and closing is part of it
+};
+
+} // namespace KAV

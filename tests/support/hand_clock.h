@@ -1,0 +1,27 @@
+#pragma once
+
+#include "utils/clock.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace KAV::Tests {
+
+/// A clock that goes on when the test says so, in the place of the system's while it lives. One at a time.
+class CHandClock final {
+public:
+    explicit CHandClock(std::uint32_t nowMs = 1000) {
+        now = nowMs;
+        Utils::UseClock([]() noexcept { return now.load(); });
+    }
+    ~CHandClock() { Utils::UseClock(nullptr); }
+    CHandClock(const CHandClock&) = delete;
+    CHandClock& operator=(const CHandClock&) = delete;
+
+    void Advance(std::uint32_t ms) noexcept { now += ms; }
+
+private:
+    static inline std::atomic<std::uint32_t> now = 0;
+};
+
+} // namespace KAV::Tests
