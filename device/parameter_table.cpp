@@ -174,8 +174,8 @@ SParameter FindParameter(std::int32_t tag) noexcept {
 void WriteParameterName(const SParameter& parameter, std::span<char> text) noexcept {
     CTextBuilder<TagNameCapacity> name;
     name << parameter.row->name;
-    if (parameter.row->count > 1) name << parameter.n + 1;
-    if (parameter.row->perGroup) name << " (" << parameter.g + 1 << ")";
+    if (parameter.row->count > 1) name << parameter.place + 1;
+    if (parameter.row->perGroup) name << " (" << parameter.group + 1 << ")";
     Utils::CopyText(name.Text(), text);
 }
 
@@ -183,7 +183,7 @@ void WriteParameterDisplay(
     const SParameter& parameter, DeviceParameters& values, std::span<char> text) noexcept {
     const SParameterRow& row = *parameter.row;
     if (row.kind == Kind::Toggle) {
-        Utils::CopyText(row.toggle(values, parameter.n, parameter.g) ? "On" : "Off", text);
+        Utils::CopyText(row.toggle(values, parameter.place, parameter.group) ? "On" : "Off", text);
         return;
     }
     if (row.kind == Kind::Selector) {
@@ -191,7 +191,7 @@ void WriteParameterDisplay(
         return;
     }
     const double position =
-        static_cast<double>(float{row.continuous(values, parameter.n, parameter.g).final});
+        static_cast<double>(float{row.continuous(values, parameter.place, parameter.group).final});
     const auto shown = static_cast<float>(row.display.scale * position + row.display.offset);
     std::array<char, Utils::DecimalCapacity> digits{};
     CTextBuilder<Utils::DecimalCapacity + 1> display;

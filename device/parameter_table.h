@@ -64,8 +64,8 @@ struct SParameterRow {
 /// One parameter: its row and its place there. A default-made one stands for a tag that names no parameter.
 struct SParameter {
     const SParameterRow* row = nullptr;
-    int n = 0;
-    int g = 0;
+    int place = 0; ///< in the run
+    int group = 0;
 
     explicit operator bool() const noexcept { return row != nullptr; }
 };

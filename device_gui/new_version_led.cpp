@@ -17,7 +17,7 @@ CNewVersionLED::CNewVersionLED(GUI::CGUI& a_piGUI)
 }
 
 bool CNewVersionLED::SetValue(float a_fNormal, bool) {
-    if (!Take(Held(a_fNormal))) return false;
+    if (!ChangeTo(Clamped(a_fNormal))) return false;
     _fFrom = _fBrightness;
     return true;
 }

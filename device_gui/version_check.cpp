@@ -58,7 +58,7 @@ std::u16string CVersionCheck::DownloadAddress() const {
 void CVersionCheck::OnThread(Utils::CThread*) {
     Utils::HttpOptions options;
     options.authorities = _sService.authorities;
-    options.goesOn = &_iThread.running;
+    options.keepGoing = &_iThread.running;
     std::size_t size = 0;
     const auto bytes = Utils::HttpGet(Utils::VersionAddress(_sService), size, &options);
     if (bytes == nullptr) return;

@@ -23,11 +23,11 @@ void BiquadCascade::Design(double cutoff) noexcept {
     double gainAtZero = 1.0;
     for (std::size_t i = 0; i < _count; ++i) {
         const std::complex<double> pole = (1.0 + f * _prototype[i]) / (1.0 - f * _prototype[i]);
-        _law.a1[i] = -2.0 * pole.real();
-        _law.a2[i] = std::norm(pole);
-        gainAtZero *= (1.0 + 2.0 + 1.0) / (1.0 + _law.a1[i] + _law.a2[i]);
+        _coefficients.a1[i] = -2.0 * pole.real();
+        _coefficients.a2[i] = std::norm(pole);
+        gainAtZero *= (1.0 + 2.0 + 1.0) / (1.0 + _coefficients.a1[i] + _coefficients.a2[i]);
     }
-    _law.scale = 1.0 / std::fabs(gainAtZero);
+    _coefficients.scale = 1.0 / std::fabs(gainAtZero);
     _delays.fill({});
 }
 
@@ -77,11 +77,11 @@ void BiquadCascade::Run(
     const bool isShort = _count == 2;
     if (isShort || _count == MaxStages) {
         if (path == EProcessorPath::Wide) {
-            (isShort ? RunShortCascadeWide : RunLongCascadeWide)(run, _law, fused);
+            (isShort ? RunShortCascadeWide : RunLongCascadeWide)(run, _coefficients, fused);
             return;
         }
         if (path == EProcessorPath::Narrow && !fused) {
-            (isShort ? RunShortCascadeNarrow : RunLongCascadeNarrow)(run, _law);
+            (isShort ? RunShortCascadeNarrow : RunLongCascadeNarrow)(run, _coefficients);
             return;
         }
     }
@@ -109,11 +109,11 @@ void BiquadCascade::RunPlain(const SCascadeRun& run, std::size_t c) const noexce
         antiDenormal = -antiDenormal;
         double extra = antiDenormal; // keeps the first stage's delays away from zero
         double x = static_cast<double>(run.channels[c][i]);
-        double scale = _law.scale;
+        double scale = _coefficients.scale;
         for (std::size_t s = 0; s < _count; ++s) {
             double& w1 = delays.w1[s];
             double& w2 = delays.w2[s];
-            const double w = x - _law.a1[s] * w1 - _law.a2[s] * w2 + extra;
+            const double w = x - _coefficients.a1[s] * w1 - _coefficients.a2[s] * w2 + extra;
             x = scale * w + 2.0 * scale * w1 + scale * w2;
             w2 = w1;
             w1 = w;
@@ -135,12 +135,13 @@ void BiquadCascade::RunPlainFused(const SCascadeRun& run, std::size_t c) const n
         antiDenormal = -antiDenormal;
         double extra = antiDenormal;
         double x = static_cast<double>(run.channels[c][i]);
-        double scale = _law.scale;
+        double scale = _coefficients.scale;
         for (std::size_t s = 0; s < _count; ++s) {
             double& w1 = delays.w1[s];
             double& w2 = delays.w2[s];
             // The newest value comes last, so that the one behind it waits for as little as possible.
-            const double w = __builtin_fma(-_law.a1[s], w1, __builtin_fma(-_law.a2[s], w2, x + extra));
+            const double w =
+                __builtin_fma(-_coefficients.a1[s], w1, __builtin_fma(-_coefficients.a2[s], w2, x + extra));
             x = scale * (w + __builtin_fma(2.0, w1, w2));
             w2 = w1;
             w1 = w;

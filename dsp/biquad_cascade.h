@@ -20,7 +20,7 @@ namespace KAV::DSP {
 class BiquadCascade final {
 public:
     static constexpr std::size_t MaxChannels = Utils::MostChannels;
-    static constexpr std::size_t MaxStages = SCascadeLaw::MaxStages;
+    static constexpr std::size_t MaxStages = SCascadeCoefficients::MaxStages;
 
     /// `order`: even, 2..32.
     explicit BiquadCascade(std::size_t order) noexcept;
@@ -49,8 +49,8 @@ private:
 
     std::size_t _count; // stages: half the order
     std::array<std::complex<double>, MaxStages>
-        _prototype;   // analogue poles of the upper half plane, unit radius
-    SCascadeLaw _law; // the first _count
+        _prototype;                     // analogue poles of the upper half plane, unit radius
+    SCascadeCoefficients _coefficients; // the first _count
     std::array<SCascadeDelays, MaxChannels> _delays{};
     double _antiDenormal = 1e-8; // flips its sign with each sample, so that it leaves no offset
 };

@@ -11,7 +11,7 @@ namespace KAV::DSP {
 
 /// Coefficients of a low-pass in biquads with all zeros at -1: the numerators are 1, 2, 1, and the first
 /// one's is scaled.
-struct SCascadeLaw {
+struct SCascadeCoefficients {
     static constexpr std::size_t MaxStages = 16;
 
     double a1[MaxStages] = {}; ///< a0 = 1
@@ -21,8 +21,8 @@ struct SCascadeLaw {
 
 /// What one channel's filter keeps, of each stage.
 struct SCascadeDelays {
-    double w1[SCascadeLaw::MaxStages] = {};
-    double w2[SCascadeLaw::MaxStages] = {};
+    double w1[SCascadeCoefficients::MaxStages] = {};
+    double w2[SCascadeCoefficients::MaxStages] = {};
 };
 
 /// One or two channels through a cascade, in place.
@@ -36,9 +36,13 @@ struct SCascadeRun {
 };
 
 // Of two stages and of sixteen, in plain arithmetic or fused.
-KAV_REALTIME void RunShortCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept;
-KAV_REALTIME void RunLongCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept;
-KAV_REALTIME void RunShortCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept;
-KAV_REALTIME void RunLongCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept;
+KAV_REALTIME void RunShortCascadeNarrow(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept;
+KAV_REALTIME void RunLongCascadeNarrow(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept;
+KAV_REALTIME void RunShortCascadeWide(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients, bool fused) noexcept;
+KAV_REALTIME void RunLongCascadeWide(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients, bool fused) noexcept;
 
 } // namespace KAV::DSP

@@ -11,7 +11,7 @@
 namespace KAV::DSP {
 
 /// How the gain recovers; constant while a run lasts. See release_law.h.
-struct SReleaseLaw {
+struct SReleaseCoefficients {
     bool automatic = false; ///< which of the two releases runs
     double fixedCoefficient = 0.0;
     double tau = 0.0; ///< samples per second of a fall to 10 %, rate / -ln 0.1
@@ -31,7 +31,7 @@ struct SLimiterState {
     bool isCoefficientKnown = false;   ///< or is still to be computed from the two above
     double sums[2] = {};               ///< of the two averages, in the order in which values came and went
     double minimum = 1.0;              ///< lowest gain so far
-    std::size_t steady = 0;            ///< how many identical released gains came last in a row
+    std::size_t equalGainsInARow = 0;  ///< how many identical released gains came last in a row
 };
 
 /// A run of samples through the limiter. Only the used places of the lists are filled. Histories point to the
@@ -60,7 +60,9 @@ struct SLimiterRun { // NOLINT(cppcoreguidelines-pro-type-member-init)
 };
 
 /// Both keep to the same bits as the plain path.
-KAV_REALTIME void RunLimiterNarrow(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept;
-KAV_REALTIME void RunLimiterWide(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept;
+KAV_REALTIME void RunLimiterNarrow(
+    SLimiterRun& run, const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept;
+KAV_REALTIME void RunLimiterWide(
+    SLimiterRun& run, const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept;
 
 } // namespace KAV::DSP

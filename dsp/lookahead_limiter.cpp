@@ -16,7 +16,7 @@ std::size_t LookaheadLength(double rateHz) noexcept {
 }
 
 LookaheadLimiter::LookaheadLimiter() {
-    _law.coefficientFloor = std::exp(-1.0);
+    _coefficients.coefficientFloor = std::exp(-1.0);
     Reserve(44100.0);
     SetRate(44100.0);
 }
@@ -38,14 +38,14 @@ void LookaheadLimiter::Reserve(double rateHz) {
 void LookaheadLimiter::SetRate(double rateHz) {
     _rateHz = rateHz;
     const std::size_t lookahead = LookaheadLength(rateHz);
-    _law.tau = rateHz / -std::log(0.1);
-    _law.envelopeFall = CoefficientOf(0.25, _law.tau);
-    _law.envelopeRise = CoefficientOf(0.5, _law.tau);
-    _law.curve[0] = CoefficientOf(0.281, _law.tau);
-    _law.curve[1] = CoefficientOf(0.057, _law.tau);
-    _law.curve[2] = CoefficientOf(0.00054, _law.tau);
+    _coefficients.tau = rateHz / -std::log(0.1);
+    _coefficients.envelopeFall = CoefficientOf(0.25, _coefficients.tau);
+    _coefficients.envelopeRise = CoefficientOf(0.5, _coefficients.tau);
+    _coefficients.curve[0] = CoefficientOf(0.281, _coefficients.tau);
+    _coefficients.curve[1] = CoefficientOf(0.057, _coefficients.tau);
+    _coefficients.curve[2] = CoefficientOf(0.00054, _coefficients.tau);
     // (1 - g)^4 seconds of 1 / tau seconds give the floor; a little more than rounding keeps clear of it.
-    _law.floorGain = 1.0 - std::pow(_law.tau, -0.25) * (1.0 - 1e-9);
+    _coefficients.floorGain = 1.0 - std::pow(_coefficients.tau, -0.25) * (1.0 - 1e-9);
     _lookahead = static_cast<std::uint32_t>(lookahead);
 
     const std::size_t size = lookahead / 2 + 1;
@@ -62,9 +62,9 @@ void LookaheadLimiter::SetRate(double rateHz) {
     _state = SLimiterState{};
     _state.minimum = minimum;
     _state.sums[0] = _state.sums[1] = static_cast<double>(size);
-    _state.automaticCoefficient = CoefficientOf(0.001, _law.tau);
+    _state.automaticCoefficient = CoefficientOf(0.001, _coefficients.tau);
     _state.isCoefficientKnown = true;
-    SetParams(_thresholdPos, _ceilingPos, _releasePos, _law.automatic);
+    SetParams(_thresholdPos, _ceilingPos, _releasePos, _coefficients.automatic);
 }
 
 void LookaheadLimiter::SetParams(
@@ -72,12 +72,12 @@ void LookaheadLimiter::SetParams(
     _thresholdPos = thresholdPos;
     _ceilingPos = ceilingPos;
     _releasePos = releasePos;
-    if (autoRelease != _law.automatic) _state.steady = 0; // the averages get another gain
-    _law.automatic = autoRelease;
+    if (autoRelease != _coefficients.automatic) _state.equalGainsInARow = 0; // the averages get another gain
+    _coefficients.automatic = autoRelease;
     _drive = 1.0 / GainOfDb(30.0 * static_cast<double>(thresholdPos) - 30.0);
     _ceiling = GainOfDb(30.0 * static_cast<double>(ceilingPos) - 30.0);
-    _law.fixedCoefficient =
-        CoefficientOf(std::pow(10.0, 5.0 * (static_cast<double>(releasePos) - 1.0)), _law.tau);
+    _coefficients.fixedCoefficient =
+        CoefficientOf(std::pow(10.0, 5.0 * (static_cast<double>(releasePos) - 1.0)), _coefficients.tau);
 }
 
 void LookaheadLimiter::Process(
@@ -129,9 +129,9 @@ void LookaheadLimiter::Run(std::span<float* const> channels, std::size_t from, s
         for (std::size_t k = 0; k < _maximaCount; ++k) run.maxima[k] = _maxima[k].Next(length);
         if (!_areMaximaCurrent) RefillMaxima(run);
         if (path == EProcessorPath::Wide) {
-            RunLimiterWide(run, _law, _state);
+            RunLimiterWide(run, _coefficients, _state);
         } else {
-            RunLimiterNarrow(run, _law, _state);
+            RunLimiterNarrow(run, _coefficients, _state);
         }
         for (std::size_t k = 0; k < _maximaCount; ++k) _maxima[k].Advance(length);
         _isTreeCurrent = false;
@@ -181,7 +181,7 @@ void LookaheadLimiter::RunPlain(SLimiterRun& run) noexcept {
     for (std::size_t i = 0; i < run.length; ++i) {
         run.peaks[i] = Drive(run, i);
         const double required = _tree.Push(Required(run.peaks[i]));
-        run.released[i] = _law.automatic ? AutoRelease(required) : FixedRelease(required);
+        run.released[i] = _coefficients.automatic ? AutoRelease(required) : FixedRelease(required);
         const double size = static_cast<double>(run.size);
         _state.sums[0] = _state.sums[0] - *(run.released + i - run.size) + run.released[i];
         run.averaged[i] = _state.sums[0] / size;
@@ -191,7 +191,7 @@ void LookaheadLimiter::RunPlain(SLimiterRun& run) noexcept {
         _state.minimum = std::min(_state.minimum, gain);
     }
     run.averagedCount = run.length;
-    _state.steady = 0; // nobody has counted
+    _state.equalGainsInARow = 0; // nobody has counted
 }
 
 /// Drives sample `i` of all channels in place and gives the largest magnitude; not-a-number never is the
@@ -208,16 +208,17 @@ float LookaheadLimiter::Drive(const SLimiterRun& run, std::size_t i) noexcept {
 
 double LookaheadLimiter::FixedRelease(double required) noexcept {
     if (!(_state.fixed > required)) {
-        required = required + (_state.fixed - required) * _law.fixedCoefficient;
+        required = required + (_state.fixed - required) * _coefficients.fixedCoefficient;
     }
     _state.fixed = required;
     return required;
 }
 
 double LookaheadLimiter::AutoRelease(double required) noexcept {
-    const double coefficient = KnownCoefficient(_law, _state);
+    const double coefficient = KnownCoefficient(_coefficients, _state);
     const double distance = _state.slow - required;
-    _state.slow = required + distance * (_state.slow > required ? _law.envelopeFall : _law.envelopeRise);
+    _state.slow = required + distance * (_state.slow > required ? _coefficients.envelopeFall
+                                                                : _coefficients.envelopeRise);
     double g = std::min(required, _state.slow);
     if (!(_state.automatic > g)) g = g + (_state.automatic - g) * coefficient;
     _state.automatic = g;

@@ -80,7 +80,7 @@ private:
     double _rateHz = 0.0;
     double _drive = 1.0; // 1 / threshold, linear
     double _ceiling = 1.0;
-    SReleaseLaw _law;
+    SReleaseCoefficients _coefficients;
 
     SLimiterState _state;
     std::array<CSampleHistory<float>, MaxChannels> _driven; // one look-ahead long

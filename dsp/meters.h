@@ -41,13 +41,13 @@ private:
     struct SFamily {
         std::array<float, COUNT> state{};
         std::array<Utils::CShared<float>, COUNT> shown;
-        std::uint32_t up = 0; // bit n: place n is above 0; the others stay there while nothing is heard
+        std::uint32_t nonZero = 0; // bit n: place n is above 0; the others stay there while nothing is heard
 
         void Step(const Smoother& smoother, std::size_t place, float target) noexcept {
             const std::uint32_t bit = std::uint32_t{1} << place;
             state[place] = smoother.Step(state[place], target);
             shown[place] = state[place];
-            up = state[place] == 0.0f ? up & ~bit : up | bit;
+            nonZero = state[place] == 0.0f ? nonZero & ~bit : nonZero | bit;
         }
     };
 

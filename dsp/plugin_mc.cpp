@@ -2,7 +2,7 @@
 
 #include "dsp/flush_denormals.h"
 #include "dsp/level.h"
-#include "dsp/peak_of.h"
+#include "dsp/sample_scan.h"
 #include "utils/bits.h"
 #include "utils/cpu_features.h"
 
@@ -133,14 +133,14 @@ void CPluginMC<TSample, TValue>::SnapshotGroup(std::size_t group, SBlock& block)
     if (record.type == ERoutingType::MidSide) {
         block.midSide[group] = MidSideMode(isOn(0), isOn(1), block.solo[group]);
     }
-    const std::uint32_t named = record.named;
+    const std::uint32_t entries = record.entriesWithChannels;
     if (block.midSide[group] != EMidSide::Off) {
         // A half that is switched off still belongs to the pair that the other half is made of.
-        block.entries[group] = named;
+        block.entries[group] = entries;
         return;
     }
     Utils::ForEachBit(
-        named, [&](std::size_t entry) { block.entries[group] |= std::uint32_t{isOn(entry)} << entry; });
+        entries, [&](std::size_t entry) { block.entries[group] |= std::uint32_t{isOn(entry)} << entry; });
 }
 
 template<typename TSample, typename TValue>
@@ -214,9 +214,9 @@ template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::MeterSources(
     std::span<TSample* const> channels, const SBlock& block) noexcept {
     const SRoutingRecord& record = this->routing[block.shownGroup];
-    const std::uint32_t named = record.named;
+    const std::uint32_t entries = record.entriesWithChannels;
     CMeters::Peaks peaks; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    Utils::ForEachBit(named, [&](std::size_t entry) {
+    Utils::ForEachBit(entries, [&](std::size_t entry) {
         const SRoutingPair& pair = record.map[entry];
         float peak = 0.0f;
         for (const std::int32_t number : {std::int32_t{pair.first}, std::int32_t{pair.second}}) {
@@ -225,7 +225,7 @@ void CPluginMC<TSample, TValue>::MeterSources(
         }
         peaks[entry] = peak;
     });
-    _meters.StepSources(named, peaks);
+    _meters.StepSources(entries, peaks);
 }
 
 /// Of an entry with two channels the second one shows. Input probes of the groups that aren't shown go on

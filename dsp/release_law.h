@@ -2,7 +2,7 @@
 
 // In an unnamed namespace, because sources with compiler flags of their own include it; see lanes.h.
 
-#include "dsp/close_functions.h"
+#include "dsp/correctly_rounded.h"
 #include "dsp/limiter_run.h"
 
 #include <cmath>
@@ -23,33 +23,34 @@ inline double CoefficientOf(double seconds, double tau) noexcept {
 }
 
 /// 1 below a gain of 0.25, then through the three curve points at 0.5, 0.71 and 1, linear between them.
-inline double ReleaseWeight(const SReleaseLaw& law, double u) noexcept {
+inline double ReleaseWeight(const SReleaseCoefficients& coefficients, double u) noexcept {
     if (u < 0.25) return 1.0;
-    if (u < 0.5) return (u - 0.25) * 4.0 * (law.curve[0] - 1.0) + 1.0;
-    if (u < 0.71) return (law.curve[1] - law.curve[0]) * ((u - 0.5) / 0.21) + law.curve[0];
-    return (law.curve[2] - law.curve[1]) * ((u - 0.71) / 0.29) + law.curve[1];
+    if (u < 0.5) return (u - 0.25) * 4.0 * (coefficients.curve[0] - 1.0) + 1.0;
+    if (u < 0.71)
+        return (coefficients.curve[1] - coefficients.curve[0]) * ((u - 0.5) / 0.21) + coefficients.curve[0];
+    return (coefficients.curve[2] - coefficients.curve[1]) * ((u - 0.71) / 0.29) + coefficients.curve[1];
 }
 
 /// What the sample after one of gain `g` keeps of its distance.
-inline double AutomaticCoefficient(const SReleaseLaw& law, double g, double slow) noexcept {
+inline double AutomaticCoefficient(const SReleaseCoefficients& coefficients, double g, double slow) noexcept {
     const double ahead = 2.0 * slow - g;
     const double u = 1.0 < ahead ? 1.0 : ahead;
-    double a = law.coefficientFloor;
-    if (g < law.floorGain) {
-#if defined(KAV_CLOSE_FUNCTIONS)
-        const double longer = Exponential(-1.0 / (FourthPower(1.0 - g) * law.tau));
+    double a = coefficients.coefficientFloor;
+    if (g < coefficients.floorGain) {
+#if defined(KAV_CORRECTLY_ROUNDED)
+        const double longer = Exponential(-1.0 / (FourthPower(1.0 - g) * coefficients.tau));
 #else
-        const double longer = CoefficientOf(std::pow(1.0 - g, 4.0), law.tau);
+        const double longer = CoefficientOf(std::pow(1.0 - g, 4.0), coefficients.tau);
 #endif
         if (longer > a) a = longer;
     }
-    return ReleaseWeight(law, u) * a;
+    return ReleaseWeight(coefficients, u) * a;
 }
 
 /// The coefficient that the next sample of the programme-dependent release needs, computed only when it does.
-inline double KnownCoefficient(const SReleaseLaw& law, SLimiterState& state) noexcept {
+inline double KnownCoefficient(const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept {
     if (!state.isCoefficientKnown) {
-        state.automaticCoefficient = AutomaticCoefficient(law, state.automatic, state.slow);
+        state.automaticCoefficient = AutomaticCoefficient(coefficients, state.automatic, state.slow);
         state.isCoefficientKnown = true;
     }
     return state.automaticCoefficient;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dsp/peak_of.h"
+#include "dsp/sample_scan.h"
 #include "utils/realtime.h"
 
 #include <cstdint>

@@ -10,7 +10,7 @@ CButton::CButton(CGUI& a_piGUI, const SWidgetInfo& a_sInfo)
 
 bool CButton::SetValue(float a_fNormal, bool a_bHistory) {
     if (a_bHistory) Root().AddRecord(MakeHistory());
-    if (!Take(Held(a_fNormal))) return false;
+    if (!ChangeTo(Clamped(a_fNormal))) return false;
     if (_nRadioGroup >= 0 && Value() == 1.0f) {
         for (auto* const button : Root().FindAll<CButton>()) {
             if (button != this && button->_nRadioGroup == _nRadioGroup) button->SetValue(0.0f, false);

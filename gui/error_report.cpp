@@ -55,7 +55,7 @@ void CErrorReport::OnThread(Utils::CThread* a_piThread) {
     options.body = Body(log);
     options.agent = u"KAV GUI";
     options.authorities = _sService.authorities;
-    options.goesOn = &_iThread.running;
+    options.keepGoing = &_iThread.running;
     if (sent.exchange(true)) return; // another instance got here at the same time
     std::size_t size = 0;
     Utils::HttpGet(address, size, &options);

@@ -12,7 +12,7 @@ CValueDisplay::CValueDisplay(CGUI& a_piGUI, const SWidgetInfo& a_sInfo)
 
 bool CValueDisplay::SetValue(float a_fNormal, bool a_bHistory) {
     if (a_bHistory) Root().AddRecord(MakeHistory());
-    if (!Take(Held(a_fNormal))) return false;
+    if (!ChangeTo(Clamped(a_fNormal))) return false;
     if (ItemCount() > 0) CLabel::SetText(Items()[static_cast<std::size_t>(Item())]);
     if (!_bFromHost) Root().SetParameter(Id(), Value());
     OnValueChanged(Value(), Item());
@@ -35,7 +35,7 @@ void CValueDisplay::SetText(std::u16string_view a_sText) {
     if (a_sText == Text()) return; // several entries have this name: keep the chosen one
     CLabel::SetText(a_sText);
     const auto found = std::find(Items().begin(), Items().end(), a_sText);
-    if (found != Items().end()) Place(static_cast<std::int32_t>(found - Items().begin()));
+    if (found != Items().end()) ShowItemSilently(static_cast<std::int32_t>(found - Items().begin()));
 }
 
 bool CValueDisplay::IsItemEnabled(std::int32_t) {
@@ -44,14 +44,14 @@ bool CValueDisplay::IsItemEnabled(std::int32_t) {
 
 void CValueDisplay::ShowItem(std::int32_t a_nItem) {
     if (a_nItem < 0 || a_nItem >= ItemCount() || a_nItem == Item()) return;
-    Place(a_nItem);
+    ShowItemSilently(a_nItem);
     CLabel::SetText(Items()[static_cast<std::size_t>(a_nItem)]);
 }
 
 void CValueDisplay::Copy(
     const std::vector<std::u16string>& a_vsItems, std::int32_t a_nItem, std::u16string_view a_sText) {
     if (a_vsItems != Items()) CValueWidget::SetItems(a_vsItems);
-    if (a_nItem != Item()) Place(a_nItem);
+    if (a_nItem != Item()) ShowItemSilently(a_nItem);
     CLabel::SetText(a_sText);
 }
 

@@ -43,9 +43,9 @@ private:
 } // namespace
 
 CValueWidget::CValueWidget(float a_fValue, std::u16string_view a_sList)
-    : _fValue(Held(a_fValue)), _vsItems(Entries(a_sList)), _nItem(NearestItem()) {}
+    : _fValue(Clamped(a_fValue)), _vsItems(Entries(a_sList)), _nItem(NearestItem()) {}
 
-float CValueWidget::Held(float a_fNormal) noexcept {
+float CValueWidget::Clamped(float a_fNormal) noexcept {
     if (a_fNormal >= 1.0f) return 1.0f;
     return a_fNormal > 0.0f ? a_fNormal : 0.0f;
 }
@@ -61,16 +61,16 @@ float CValueWidget::ValueOf(std::int32_t a_nItem) const noexcept {
     return last > 0 ? static_cast<float>(a_nItem) / static_cast<float>(last) : static_cast<float>(a_nItem);
 }
 
-bool CValueWidget::Take(float a_fNormal) noexcept {
+bool CValueWidget::ChangeTo(float a_fNormal) noexcept {
     if (a_fNormal == _fValue) return false;
     _fValue = a_fNormal;
     _nItem = NearestItem();
     return true;
 }
 
-void CValueWidget::Place(std::int32_t a_nItem) noexcept {
+void CValueWidget::ShowItemSilently(std::int32_t a_nItem) noexcept {
     _nItem = a_nItem;
-    _fValue = Held(ValueOf(a_nItem));
+    _fValue = Clamped(ValueOf(a_nItem));
 }
 
 float CValueWidget::ToNormal(float a_fPlain) const noexcept {

@@ -42,11 +42,11 @@ public:
 protected:
     CValueWidget(float a_fValue, std::u16string_view a_sList);
 
-    /// Takes a value that has been held to 0..1; false when it is the present one.
-    bool Take(float a_fNormal) noexcept;
-    /// The named position and the value that it stands for, without telling anybody.
-    void Place(std::int32_t a_nItem) noexcept;
-    static float Held(float a_fNormal) noexcept; ///< to 0..1; not-a-number is 0
+    /// Changes to a value that is within 0..1; false if it is the present one.
+    bool ChangeTo(float a_fNormal) noexcept;
+    /// Changes to a named position and its value. Neither the device nor the host is notified.
+    void ShowItemSilently(std::int32_t a_nItem) noexcept;
+    static float Clamped(float a_fNormal) noexcept; ///< to 0..1; not-a-number is 0
 
 private:
     std::int32_t NearestItem() const noexcept;

@@ -33,7 +33,7 @@ struct SHttpHead {
 class IHttpReceiver {
 public:
     /// Polled at least every 50 ms while the exchange runs; false cancels it.
-    virtual bool GoesOn() noexcept = 0;
+    virtual bool KeepGoing() noexcept = 0;
     /// Once, before any bytes. False ends the exchange.
     virtual bool Begin(const SHttpHead& head) noexcept = 0;
     /// The next bytes as the server sent them. False ends the exchange.

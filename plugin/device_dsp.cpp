@@ -108,13 +108,13 @@ float CDeviceDSP::GetParam(std::int32_t tag, std::uint32_t flags) {
     const SParameterRow& row = *parameter.row;
     switch (row.kind) {
     case EParameterKind::Toggle:
-        return row.toggle(parameters, parameter.n, parameter.g) ? 1.0f : 0.0f;
+        return row.toggle(parameters, parameter.place, parameter.group) ? 1.0f : 0.0f;
     case EParameterKind::Selector: {
         const auto index = static_cast<float>(std::int32_t{row.selector(parameters)});
         return (flags & Normalized) != 0 ? index / HighestOversampling : index;
     }
     case EParameterKind::Continuous: {
-        const DSP::SValueTriple& value = row.continuous(parameters, parameter.n, parameter.g);
+        const DSP::SValueTriple& value = row.continuous(parameters, parameter.place, parameter.group);
         return (flags & BaseValue) != 0 ? value.base : value.final;
     }
     }
@@ -142,14 +142,14 @@ void CDeviceDSP::Store(const SParameter& parameter, float value, std::uint32_t f
     const SParameterRow& row = *parameter.row;
     switch (row.kind) {
     case EParameterKind::Toggle:
-        row.toggle(parameters, parameter.n, parameter.g) = value != 0.0f; // not-a-number counts as on
+        row.toggle(parameters, parameter.place, parameter.group) = value != 0.0f; // not-a-number counts as on
         break;
     case EParameterKind::Selector:
         row.selector(parameters) =
             SelectorIndex((flags & Normalized) != 0 ? value * HighestOversampling + 0.5f : value);
         break;
     case EParameterKind::Continuous: {
-        DSP::SValueTriple& triple = row.continuous(parameters, parameter.n, parameter.g);
+        DSP::SValueTriple& triple = row.continuous(parameters, parameter.place, parameter.group);
         if ((flags & MacroOffset) != 0) {
             triple.SetOffset(value);
         } else if ((flags & RawBase) != 0) {

@@ -27,10 +27,11 @@ void SRoutingRecord::Set(std::string_view document) {
 void SRoutingRecord::SetPair(int entry, std::int32_t first, std::int32_t second) noexcept {
     auto& pair = map[static_cast<std::size_t>(entry)];
     const std::uint32_t bit = std::uint32_t{1} << entry;
-    named = named | bit; // before the pair and cleared behind it: the entry is looked at meanwhile
+    // Set before the pair and cleared after it: the audio thread looks at the entry meanwhile.
+    entriesWithChannels = entriesWithChannels | bit;
     pair.first = std::max(first, -1);
     pair.second = std::max(second, -1);
-    if (first < 0 && second < 0) named = named & ~bit;
+    if (first < 0 && second < 0) entriesWithChannels = entriesWithChannels & ~bit;
 }
 
 std::string_view DefaultRoutingText() noexcept {

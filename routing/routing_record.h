@@ -29,7 +29,7 @@ struct SRoutingRecord {
     std::array<SRoutingPair, RoutingEntries> map;
     /// Bit k: entry k may name a channel. Where it is clear the entry names none, which spares the audio
     /// thread looking at most of the map.
-    Utils::CShared<std::uint32_t> named{0};
+    Utils::CShared<std::uint32_t> entriesWithChannels{0};
 
     /// The routing of a new instance: two entries of one channel each.
     SRoutingRecord();

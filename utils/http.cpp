@@ -25,9 +25,9 @@ bool IsRedirect(std::int32_t status) noexcept {
 /// Keeps the inflated body of a response with status 200, up to its limit.
 class CAnswer final : public Platform::IHttpReceiver {
 public:
-    explicit CAnswer(const CShared<bool>* goesOn) noexcept : _goesOn(goesOn) {}
+    explicit CAnswer(const CShared<bool>* keepGoing) noexcept : _keepGoing(keepGoing) {}
 
-    bool GoesOn() noexcept override { return _goesOn == nullptr || *_goesOn; }
+    bool KeepGoing() noexcept override { return _keepGoing == nullptr || *_keepGoing; }
     bool Begin(const Platform::SHttpHead& head) noexcept override {
         try {
             _head = head;
@@ -53,7 +53,7 @@ public:
     const std::string& Text() const noexcept { return _text; }
 
 private:
-    const CShared<bool>* _goesOn;
+    const CShared<bool>* _keepGoing;
     Platform::SHttpHead _head;
     std::optional<CGunzip> _gunzip;
     std::size_t _sent = 0; // bytes, as received
@@ -84,7 +84,7 @@ std::optional<std::string> Fetch(std::u16string_view url, HttpOptions& options) 
         const std::uint32_t spentMs = Platform::TickMs() - begin;
         if (spentMs >= TimeLimitMs) return std::nullopt;
         request.timeLimitMs = TimeLimitMs - spentMs;
-        CAnswer answer(options.goesOn);
+        CAnswer answer(options.keepGoing);
         const auto result = Platform::ExchangeHttp(request, answer);
         options.status = answer.Head().status;
         options.error = result.error;

@@ -17,7 +17,7 @@ struct HttpOptions {
     /// Path of a PEM file of the authorities to trust instead of the system's; empty: the system's. Without
     /// effect on Windows, which always uses its own.
     std::u16string authorities;
-    const CShared<bool>* goesOn = nullptr; ///< any thread clears it to end the request; may be null
+    const CShared<bool>* keepGoing = nullptr; ///< any thread clears it to end the request; may be null
 
     std::int32_t status = 0; ///< out: of the last response; 0: no response
     std::int32_t error = 0;  ///< out: the error number of the system's client; 0: no error

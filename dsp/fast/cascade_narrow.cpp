@@ -4,12 +4,12 @@
 namespace KAV::DSP {
 
 #if defined(__x86_64__)
-void RunShortCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
-    RunShortCascade<false>(run, law);
+void RunShortCascadeNarrow(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept {
+    RunShortCascade<false>(run, coefficients);
 }
 
-void RunLongCascadeNarrow(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
-    RunLongCascade<false>(run, law);
+void RunLongCascadeNarrow(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept {
+    RunLongCascade<false>(run, coefficients);
 }
 #endif
 

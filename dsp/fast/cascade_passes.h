@@ -67,16 +67,17 @@ public:
     static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of what comes out
     static constexpr std::size_t Strip = 64;                        // ticks at a time
 
-    void Load(const SCascadeRun& run, const SCascadeLaw& law, std::size_t firstStage) noexcept {
+    void Load(
+        const SCascadeRun& run, const SCascadeCoefficients& coefficients, std::size_t firstStage) noexcept {
         for (std::size_t i = 0; i < 2 * Turn; ++i) _out[i] = V::Same(0.0);
         _length = run.length;
         _stage = firstStage;
-        _law.scale = First(law.scale, 1.0);
-        _law.twice = First(2.0 * law.scale, 2.0);
+        _coefficients.scale = First(coefficients.scale, 1.0);
+        _coefficients.twice = First(2.0 * coefficients.scale, 2.0);
         _flip = First(-0.0, 0.0);
         for (std::size_t j = 0; j < Registers; ++j) {
-            _law.a1[j] = Gather(law.a1, j);
-            _law.a2[j] = Gather(law.a2, j);
+            _coefficients.a1[j] = Gather(coefficients.a1, j);
+            _coefficients.a2[j] = Gather(coefficients.a2, j);
         }
         for (std::size_t c = 0; c < 2; ++c) {
             SChannel& channel = _channels[c];
@@ -131,7 +132,7 @@ public:
 private:
     using A = SArithmetic<FUSED>;
 
-    struct SLaw {
+    struct SCoefficients {
         V::Doubles a1[Registers];
         V::Doubles a2[Registers];
         V::Doubles scale; // the first register's numerators
@@ -163,7 +164,8 @@ private:
         for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) values[lane] = stages[StageOf(j, lane)];
         return V::Load(values);
     }
-    void Scatter(V::Doubles x, double (&stages)[SCascadeLaw::MaxStages], std::size_t j) const noexcept {
+    void Scatter(
+        V::Doubles x, double (&stages)[SCascadeCoefficients::MaxStages], std::size_t j) const noexcept {
         double values[V::DoubleCount];
         V::Store(values, x);
         for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) stages[StageOf(j, lane)] = values[lane];
@@ -171,23 +173,23 @@ private:
 
     /// A tick takes the older ones' places for its own values, so that nothing has to move. `x` is what the
     /// lanes take in.
-    static V::Doubles Tick(
-        const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles x) noexcept {
+    static V::Doubles Tick(const SCoefficients& coefficients, SDelays& first, SDelays& second,
+        V::Doubles extra, V::Doubles x) noexcept {
         if constexpr (FIRST) {
-            x = FirstStep(law, first.w1, first.w2, x, extra);
+            x = FirstStep(coefficients, first.w1, first.w2, x, extra);
         } else {
-            x = Step(law.a1[0], law.a2[0], first.w1, first.w2, x);
+            x = Step(coefficients.a1[0], coefficients.a2[0], first.w1, first.w2, x);
         }
-        return Step(law.a1[1], law.a2[1], second.w1, second.w2, x);
+        return Step(coefficients.a1[1], coefficients.a2[1], second.w1, second.w2, x);
     }
-    static V::Doubles TickSwapped(
-        const SLaw& law, SDelays& first, SDelays& second, V::Doubles extra, V::Doubles x) noexcept {
+    static V::Doubles TickSwapped(const SCoefficients& coefficients, SDelays& first, SDelays& second,
+        V::Doubles extra, V::Doubles x) noexcept {
         if constexpr (FIRST) {
-            x = FirstStep(law, first.w2, first.w1, x, extra);
+            x = FirstStep(coefficients, first.w2, first.w1, x, extra);
         } else {
-            x = Step(law.a1[0], law.a2[0], first.w2, first.w1, x);
+            x = Step(coefficients.a1[0], coefficients.a2[0], first.w2, first.w1, x);
         }
-        return Step(law.a1[1], law.a2[1], second.w2, second.w1, x);
+        return Step(coefficients.a1[1], coefficients.a2[1], second.w2, second.w1, x);
     }
 
     // But for the first stage nothing is added against denormals. Adding 0 would only turn a negative zero
@@ -206,14 +208,17 @@ private:
             return y;
         }
     }
-    static V::Doubles FirstStep(
-        const SLaw& law, V::Doubles recent, V::Doubles& oldest, V::Doubles x, V::Doubles extra) noexcept {
+    static V::Doubles FirstStep(const SCoefficients& coefficients, V::Doubles recent, V::Doubles& oldest,
+        V::Doubles x, V::Doubles extra) noexcept {
         if constexpr (FUSED) {
-            return V::Multiply(law.scale, Step(law.a1[0], law.a2[0], recent, oldest, V::Add(x, extra)));
+            return V::Multiply(coefficients.scale,
+                Step(coefficients.a1[0], coefficients.a2[0], recent, oldest, V::Add(x, extra)));
         } else {
-            const V::Doubles w = V::Add(A::Less(A::Less(x, law.a1[0], recent), law.a2[0], oldest), extra);
+            const V::Doubles w =
+                V::Add(A::Less(A::Less(x, coefficients.a1[0], recent), coefficients.a2[0], oldest), extra);
             const V::Doubles y =
-                A::More(A::More(V::Multiply(law.scale, w), law.twice, recent), law.scale, oldest);
+                A::More(A::More(V::Multiply(coefficients.scale, w), coefficients.twice, recent),
+                    coefficients.scale, oldest);
             oldest = w;
             return y;
         }
@@ -229,7 +234,7 @@ private:
 
     /// Ticks where all lanes have a sample. A function of its own, so that nothing else wants its registers.
     [[gnu::noinline]] void RunSteadily(std::size_t from, std::size_t to, SIn in) noexcept {
-        const SLaw law = _law; // copies that no store can touch
+        const SCoefficients coefficients = _coefficients; // copies that no store can touch
         SDelays leftFirst = _channels[0].first;
         SDelays leftSecond = _channels[0].second;
         SDelays rightFirst = _channels[1].first;
@@ -242,11 +247,14 @@ private:
         std::size_t t = from;
         for (; t + 2 <= to; t += 2) {
             const V::Doubles* turned = out - 2 * Turn;
-            out[0] = Tick(law, leftFirst, leftSecond, flippedLeft, V::Turn(turned[0], in.Left()));
-            out[1] = Tick(law, rightFirst, rightSecond, flippedRight, V::Turn(turned[1], in.Right()));
+            out[0] = Tick(coefficients, leftFirst, leftSecond, flippedLeft, V::Turn(turned[0], in.Left()));
+            out[1] =
+                Tick(coefficients, rightFirst, rightSecond, flippedRight, V::Turn(turned[1], in.Right()));
             in = in + 1;
-            out[2] = TickSwapped(law, leftFirst, leftSecond, leftExtra, V::Turn(turned[2], in.Left()));
-            out[3] = TickSwapped(law, rightFirst, rightSecond, rightExtra, V::Turn(turned[3], in.Right()));
+            out[2] =
+                TickSwapped(coefficients, leftFirst, leftSecond, leftExtra, V::Turn(turned[2], in.Left()));
+            out[3] = TickSwapped(
+                coefficients, rightFirst, rightSecond, rightExtra, V::Turn(turned[3], in.Right()));
             in = in + 1;
             out += 4;
         }
@@ -260,7 +268,7 @@ private:
         for (std::size_t c = 0; c < 2; ++c, ++out) {
             SChannel& channel = _channels[c];
             channel.extra = V::Xor(channel.extra, _flip);
-            *out = Tick(_law, channel.first, channel.second, channel.extra,
+            *out = Tick(_coefficients, channel.first, channel.second, channel.extra,
                 V::Turn(*(out - 2 * Turn), c == 0 ? left : right));
             channel.first = {channel.first.w2, channel.first.w1};
             channel.second = {channel.second.w2, channel.second.w1};
@@ -297,7 +305,7 @@ private:
 
     std::size_t _length = 0; // of the block
     std::size_t _stage = 0;  // the first one
-    SLaw _law{};
+    SCoefficients _coefficients{};
     V::Doubles _flip{};
     SChannel _channels[2] = {};
     std::size_t _from = 0;  // first tick of the last call
@@ -310,9 +318,10 @@ private:
 template<bool FUSED>
 class CLongCascade final {
 public:
-    explicit CLongCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept : _run(run) {
-        _first.Load(run, law, 0);
-        for (std::size_t k = 0; k < Others; ++k) _others[k].Load(run, law, (k + 1) * CFirst::Stages);
+    explicit CLongCascade(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept
+        : _run(run) {
+        _first.Load(run, coefficients, 0);
+        for (std::size_t k = 0; k < Others; ++k) _others[k].Load(run, coefficients, (k + 1) * CFirst::Stages);
     }
 
     void Process() noexcept {
@@ -336,7 +345,7 @@ private:
     using V = SLanes;
     using CFirst = CSection<FUSED, true>;
     using COther = CSection<FUSED, false>;
-    static constexpr std::size_t Others = SCascadeLaw::MaxStages / CFirst::Stages - 1;
+    static constexpr std::size_t Others = SCascadeCoefficients::MaxStages / CFirst::Stages - 1;
 
     struct SRange {
         std::size_t from;
@@ -421,11 +430,12 @@ struct SQuad {
 template<bool FUSED>
 class CShortCascade final {
 public:
-    CShortCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept
-        : _run(run), _a1(SQuad::Of(law.a1[1], law.a1[1], law.a1[0], law.a1[0])),
-          _a2(SQuad::Of(law.a2[1], law.a2[1], law.a2[0], law.a2[0])),
-          _scale(SQuad::Of(1.0, 1.0, law.scale, law.scale)),
-          _twice(SQuad::Of(2.0, 2.0, 2.0 * law.scale, 2.0 * law.scale)),
+    CShortCascade(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept
+        : _run(run),
+          _a1(SQuad::Of(coefficients.a1[1], coefficients.a1[1], coefficients.a1[0], coefficients.a1[0])),
+          _a2(SQuad::Of(coefficients.a2[1], coefficients.a2[1], coefficients.a2[0], coefficients.a2[0])),
+          _scale(SQuad::Of(1.0, 1.0, coefficients.scale, coefficients.scale)),
+          _twice(SQuad::Of(2.0, 2.0, 2.0 * coefficients.scale, 2.0 * coefficients.scale)),
           _flip(SQuad::Of(0.0, 0.0, -0.0, -0.0)) {
         const SCascadeDelays& a = *run.delays[0];
         const SCascadeDelays& b = *run.delays[1];
@@ -552,13 +562,13 @@ inline SCascadeRun WithTwoChannels(SCascadeRun run) noexcept {
 }
 
 template<bool FUSED>
-void RunShortCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
-    CShortCascade<FUSED>(WithTwoChannels(run), law).Process();
+void RunShortCascade(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept {
+    CShortCascade<FUSED>(WithTwoChannels(run), coefficients).Process();
 }
 
 template<bool FUSED>
-void RunLongCascade(const SCascadeRun& run, const SCascadeLaw& law) noexcept {
-    CLongCascade<FUSED>(WithTwoChannels(run), law).Process();
+void RunLongCascade(const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept {
+    CLongCascade<FUSED>(WithTwoChannels(run), coefficients).Process();
 }
 
 } // namespace

@@ -4,19 +4,21 @@
 namespace KAV::DSP {
 
 #if defined(__x86_64__)
-void RunShortCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept {
+void RunShortCascadeWide(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients, bool fused) noexcept {
     if (fused) {
-        RunShortCascade<true>(run, law);
+        RunShortCascade<true>(run, coefficients);
     } else {
-        RunShortCascade<false>(run, law);
+        RunShortCascade<false>(run, coefficients);
     }
 }
 
-void RunLongCascadeWide(const SCascadeRun& run, const SCascadeLaw& law, bool fused) noexcept {
+void RunLongCascadeWide(
+    const SCascadeRun& run, const SCascadeCoefficients& coefficients, bool fused) noexcept {
     if (fused) {
-        RunLongCascade<true>(run, law);
+        RunLongCascade<true>(run, coefficients);
     } else {
-        RunLongCascade<false>(run, law);
+        RunLongCascade<false>(run, coefficients);
     }
 }
 #endif

@@ -35,8 +35,8 @@ inline constexpr std::size_t Chunk = 16;
 /// The fixed release: down at once, up by the coefficient.
 class CFixedRelease final {
 public:
-    CFixedRelease(const SReleaseLaw& law, const SLimiterState& state) noexcept
-        : _coefficient(_mm_set_sd(law.fixedCoefficient)), _gain(_mm_set_sd(state.fixed)) {}
+    CFixedRelease(const SReleaseCoefficients& coefficients, const SLimiterState& state) noexcept
+        : _coefficient(_mm_set_sd(coefficients.fixedCoefficient)), _gain(_mm_set_sd(state.fixed)) {}
 
     void Begin(double*, std::size_t) noexcept {}
     __m128d Step(const double* required) noexcept {
@@ -62,15 +62,16 @@ private:
 /// sample is computed when that sample turns out to recover.
 class CAutomaticRelease final {
 public:
-    CAutomaticRelease(const SReleaseLaw& law, const SLimiterState& state) noexcept
-        : _law(law), _state(state), _slow(state.slow) {}
+    CAutomaticRelease(const SReleaseCoefficients& coefficients, const SLimiterState& state) noexcept
+        : _coefficients(coefficients), _state(state), _slow(state.slow) {}
 
     void Begin(double* required, std::size_t count) noexcept {
         _next = 0;
         for (std::size_t i = 0; i < count; ++i) {
             const double target = required[i];
             const double distance = _slow - target;
-            _slow = target + distance * (_slow > target ? _law.envelopeFall : _law.envelopeRise);
+            _slow = target +
+                    distance * (_slow > target ? _coefficients.envelopeFall : _coefficients.envelopeRise);
             _slows[i] = _slow;
             required[i] = _slow < target ? _slow : target;
         }
@@ -78,7 +79,7 @@ public:
     __m128d Step(const double* required) noexcept {
         double gain = *required;
         if (!(_state.automatic > gain)) {
-            gain = gain + (_state.automatic - gain) * KnownCoefficient(_law, _state);
+            gain = gain + (_state.automatic - gain) * KnownCoefficient(_coefficients, _state);
         }
         _state.automatic = gain;
         _state.slow = _slows[_next++];
@@ -87,7 +88,7 @@ public:
     }
     bool IsAtRest() const noexcept {
         return _state.automatic == _state.slow &&
-               1.0 + (_state.slow - 1.0) * _law.envelopeRise == _state.slow;
+               1.0 + (_state.slow - 1.0) * _coefficients.envelopeRise == _state.slow;
     }
     void Rest() noexcept { _state.isCoefficientKnown = false; }
     double Gain() const noexcept { return _state.automatic; }
@@ -99,7 +100,7 @@ public:
     }
 
 private:
-    SReleaseLaw _law;
+    SReleaseCoefficients _coefficients;
     SLimiterState _state;      // only of the release
     double _slow;              // at the end of the chunk
     double _slows[Chunk] = {}; // after each sample of the chunk
@@ -233,8 +234,8 @@ public:
     explicit CLimiterPasses(SLimiterRun& run) noexcept : _run(run) { RecallMaxima(); }
 
     template<typename TRelease>
-    void Process(const SReleaseLaw& law, SLimiterState& state) noexcept {
-        SGainPath<TRelease> path{{law, state}, {_run, state, _gains}, state.steady};
+    void Process(const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept {
+        SGainPath<TRelease> path{{coefficients, state}, {_run, state, _gains}, state.equalGainsInARow};
         const std::size_t full = _run.length / Chunk;
         for (std::size_t step = 0; step < full + 2; ++step) {
             if (step >= 2) Release(path, (step - 2) * Chunk, Chunk);
@@ -247,7 +248,7 @@ public:
         if (rest != 0) path = ProcessRest(path, full * Chunk, rest);
         path.release.Finish(state);
         path.averages.Finish(_run, state);
-        state.steady = path.steady;
+        state.equalGainsInARow = path.equalGainsInARow;
     }
 
 private:
@@ -270,7 +271,7 @@ private:
     struct SGainPath {
         TRelease release;
         CAverages averages;
-        std::size_t steady = 0; // see SLimiterState
+        std::size_t equalGainsInARow = 0; // see SLimiterState
     };
 
     /// A last chunk that is not full works on copies. What it writes to the histories past the run is
@@ -307,10 +308,10 @@ private:
 
     template<typename TRelease>
     void Release(SGainPath<TRelease>& path, std::size_t at, std::size_t count) noexcept {
-        auto& [release, averages, steady] = path;
+        auto& [release, averages, equalGainsInARow] = path;
         SRequired& required = RequiredAt(at);
         if (required.isQuiet && release.IsAtRest()) {
-            if (steady >= 2 * _run.size) {
+            if (equalGainsInARow >= 2 * _run.size) {
                 averages.Drain();
                 if (averages.AreSteady(release.Gain())) {
                     averages.Repeat(count);
@@ -318,9 +319,9 @@ private:
                     return;
                 }
             }
-            steady += count;
+            equalGainsInARow += count;
         } else {
-            steady = 0;
+            equalGainsInARow = 0;
         }
         constexpr std::size_t group = CAverages::Group;
         const std::size_t grouped = count / group * group;
@@ -462,12 +463,13 @@ private:
     alignas(64) double _gains[CAverages::GainCount];
 };
 
-inline void RunLimiter(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept {
+inline void RunLimiter(
+    SLimiterRun& run, const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept {
     CLimiterPasses passes(run);
-    if (law.automatic) {
-        passes.Process<CAutomaticRelease>(law, state);
+    if (coefficients.automatic) {
+        passes.Process<CAutomaticRelease>(coefficients, state);
     } else {
-        passes.Process<CFixedRelease>(law, state);
+        passes.Process<CFixedRelease>(coefficients, state);
     }
 }
 

@@ -4,8 +4,9 @@
 namespace KAV::DSP {
 
 #if defined(__x86_64__)
-void RunLimiterWide(SLimiterRun& run, const SReleaseLaw& law, SLimiterState& state) noexcept {
-    RunLimiter(run, law, state);
+void RunLimiterWide(
+    SLimiterRun& run, const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept {
+    RunLimiter(run, coefficients, state);
 }
 #endif
 

@@ -167,7 +167,7 @@ bool Prepare(CURL* easy, const SHttpRequest& request, const List& lines, SAnswer
 CURLcode Run(CURLM* multi, IHttpReceiver& receiver) noexcept {
     int running = 1;
     while (running > 0) {
-        if (!receiver.GoesOn()) return CURLE_ABORTED_BY_CALLBACK;
+        if (!receiver.KeepGoing()) return CURLE_ABORTED_BY_CALLBACK;
         if (Curl()->multi_perform(multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
         if (running > 0 && Curl()->multi_poll(multi, nullptr, 0, LongestWaitMs, nullptr) != CURLM_OK)
             return CURLE_FAILED_INIT;

@@ -20,7 +20,7 @@ constexpr std::uint32_t LongestWaitMs = 50; // until the receiver is polled agai
 SHttpResult Fetch(CWinInetExchange& exchange, std::uint32_t limitMs, IHttpReceiver& receiver) noexcept {
     const ULONGLONG endTick = GetTickCount64() + limitMs;
     while (true) {
-        if (!receiver.GoesOn()) return {EHttpEnd::Failed, ERROR_INTERNET_OPERATION_CANCELLED};
+        if (!receiver.KeepGoing()) return {EHttpEnd::Failed, ERROR_INTERNET_OPERATION_CANCELLED};
         if (GetTickCount64() > endTick) return {EHttpEnd::Failed, ERROR_INTERNET_TIMEOUT};
         const auto news = exchange.Await(LongestWaitMs);
         if (news.head && !receiver.Begin(*news.head)) return {EHttpEnd::Refused, 0};
@@ -34,7 +34,7 @@ SHttpResult Fetch(CWinInetExchange& exchange, std::uint32_t limitMs, IHttpReceiv
 
 SHttpResult ExchangeHttp(const SHttpRequest& request, IHttpReceiver& receiver) noexcept {
     try {
-        if (!receiver.GoesOn()) return {EHttpEnd::Failed, ERROR_INTERNET_OPERATION_CANCELLED};
+        if (!receiver.KeepGoing()) return {EHttpEnd::Failed, ERROR_INTERNET_OPERATION_CANCELLED};
         auto limited = request;
         limited.timeLimitMs = std::min(request.timeLimitMs, LongestLimitMs);
         const auto exchange = std::make_shared<CWinInetExchange>(limited);

@@ -21,7 +21,7 @@ using namespace KAV::Tests;
 namespace {
 
 struct SReceiver final : IHttpReceiver {
-    bool GoesOn() noexcept override { return true; }
+    bool KeepGoing() noexcept override { return true; }
     bool Begin(const SHttpHead& begun) noexcept override {
         head = begun;
         ++begins;
@@ -117,7 +117,7 @@ public:
     CBrokenPipe(const CBrokenPipe&) = delete;
     CBrokenPipe& operator=(const CBrokenPipe&) = delete;
 
-    bool GoesOn() noexcept override {
+    bool KeepGoing() noexcept override {
         writes += write(_ends[1], "x", 1) < 0 && errno == EPIPE ? 1 : 0;
         return true;
     }
@@ -185,7 +185,7 @@ TEST(ExchangeHttp, EndsAsSoonAsTheReceiverWantsItWhateverTheServerDoes) {
         });
         struct SImpatient final : IHttpReceiver {
             explicit SImpatient(const std::atomic<bool>& serverHasIt) : asked(serverHasIt) {}
-            bool GoesOn() noexcept override { return !asked; }
+            bool KeepGoing() noexcept override { return !asked; }
             bool Begin(const SHttpHead&) noexcept override { return true; }
             bool Take(const char*, std::size_t) noexcept override { return true; }
             const std::atomic<bool>& asked;

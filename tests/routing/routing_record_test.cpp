@@ -35,14 +35,14 @@ TEST(RoutingRecord, NumbersBelowZeroMeanNoChannel) {
 
 TEST(RoutingRecord, TellsWhichEntriesNameAChannel) {
     SRoutingRecord record;
-    EXPECT_EQ(std::uint32_t{record.named}, 0b11u);
+    EXPECT_EQ(std::uint32_t{record.entriesWithChannels}, 0b11u);
     record.SetPair(0, -1, -1);
     record.SetPair(15, -1, 3);
-    EXPECT_EQ(std::uint32_t{record.named}, 0x8002u);
+    EXPECT_EQ(std::uint32_t{record.entriesWithChannels}, 0x8002u);
     record.Set("<map>-1,-1|*|-1,2|*|5,-1</map>");
-    EXPECT_EQ(std::uint32_t{record.named}, 0b110u);
+    EXPECT_EQ(std::uint32_t{record.entriesWithChannels}, 0b110u);
     record.Set("");
-    EXPECT_EQ(std::uint32_t{record.named}, 0u);
+    EXPECT_EQ(std::uint32_t{record.entriesWithChannels}, 0u);
 }
 
 TEST(RoutingRecord, DefaultDocumentEndsItsLinesWithBothCharacters) {

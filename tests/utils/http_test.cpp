@@ -402,12 +402,12 @@ TEST(HttpGet, EndsWhenItsOwnerClearsTheWord) {
         connection.Send("HTTP/1.1 200 OK\r\n\r\n");
         while (connection.Send("x")) connection.Pause(20);
     });
-    CShared<bool> goesOn{true};
+    CShared<bool> keepGoing{true};
     HttpOptions options;
-    options.goesOn = &goesOn;
+    options.keepGoing = &keepGoing;
     std::thread owner([&] {
         server.AwaitRequests(1);
-        goesOn = false;
+        keepGoing = false;
     });
     EXPECT_EQ(Get(server.Origin(), &options), Nothing);
     owner.join();

@@ -11,7 +11,7 @@ double WideExponential(double x);
 
 using namespace KAV;
 
-TEST(CloseFunctions, GiveTheLibrarysBits) {
+TEST(CorrectlyRounded, GiveTheLibrarysBits) {
     if (Tests::ProcessorPaths().back() != DSP::EProcessorPath::Wide) GTEST_SKIP() << "nobody calls them here";
     std::mt19937_64 random(1);
     for (int i = 0; i < 300000; ++i) {

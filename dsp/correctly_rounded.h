@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #if defined(__FMA__) && defined(__GLIBC__)
-#define KAV_CLOSE_FUNCTIONS
+#define KAV_CORRECTLY_ROUNDED
 
 namespace KAV::DSP {
 namespace {

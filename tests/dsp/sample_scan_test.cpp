@@ -1,4 +1,4 @@
-#include "dsp/peak_of.h"
+#include "dsp/sample_scan.h"
 
 #include <cmath>
 #include <cstddef>

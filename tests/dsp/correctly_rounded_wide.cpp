@@ -1,10 +1,10 @@
-// The limiter's own functions, compiled as it compiles them; see close_functions_test.cpp.
-#include "dsp/close_functions.h"
+// The limiter's own functions, compiled as it compiles them; see correctly_rounded_test.cpp.
+#include "dsp/correctly_rounded.h"
 
 namespace KAV::Tests {
 
 double WideFourthPower(double x) {
-#if defined(KAV_CLOSE_FUNCTIONS)
+#if defined(KAV_CORRECTLY_ROUNDED)
     return DSP::FourthPower(x);
 #else
     return std::pow(x, 4.0);
@@ -12,7 +12,7 @@ double WideFourthPower(double x) {
 }
 
 double WideExponential(double x) {
-#if defined(KAV_CLOSE_FUNCTIONS)
+#if defined(KAV_CORRECTLY_ROUNDED)
     return DSP::Exponential(x);
 #else
     return std::exp(x);
