@@ -22,9 +22,12 @@ CTurn::~CTurn() {
     } catch (...) { // out of memory: what was to be shown is shown at the end of a later turn
     }
     const auto then = std::exchange(_turns._then, {});
+    const auto shared = _turns.Watch();
     _turns._owner.store({}, std::memory_order_relaxed);
     _turns._mutex.unlock();
-    for (const auto& what : then) what();
+    for (const auto& what : then) {
+        if (shared.IsThere()) what();
+    }
 }
 
 void CTurn::Then(std::function<void()> what) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/still_there.h"
+
 #include <atomic>
 #include <functional>
 #include <mutex>
@@ -20,7 +22,7 @@ protected:
     ~ITurnEnd() = default;
 };
 
-/// Whose turn it is, of the threads that share something.
+/// Whose turn it is, of the threads that share something. It lives as long as what they share.
 class CTurns final {
 public:
     CTurns() = default;
@@ -29,10 +31,13 @@ public:
 
     /// Whom to call at the end of each turn; null: nobody. It is called until another one is set.
     void SetEnd(const CTurn& turn, ITurnEnd* end) noexcept;
+    /// Whether what is shared still exists; for CStillThere's threads.
+    CStillThere Watch() const noexcept { return _life.Watch(); }
 
 private:
     friend class CTurn;
 
+    CLife _life;
     std::mutex _mutex;
     std::atomic<std::thread::id> _owner; // of _mutex; a thread finds its own identifier here or any other
     ITurnEnd* _end = nullptr;            // within a turn
@@ -52,7 +57,8 @@ public:
     CTurn& operator=(const CTurn&) = delete;
 
     /// Called on this thread when the outermost turn has ended, in the order in which they were given.
-    /// `what` may begin turns; it doesn't throw.
+    /// `what` may begin turns; it doesn't throw. It may even end what is shared, as a box can whose messages
+    /// include the host's: whatever was to follow after it is then dropped.
     void Then(std::function<void()> what);
 
 private:

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -104,6 +105,21 @@ TEST(Turn, FollowersRunOnce) {
     }
     { const CTurn turn(turns); }
     EXPECT_EQ(runs, 1);
+}
+
+TEST(Turn, WhatFollowsIsDroppedOnceWhatIsSharedHasGone) {
+    auto turns = std::make_unique<CTurns>();
+    std::vector<int> ran;
+    {
+        CTurn turn(*turns);
+        turn.Then([&] { ran.push_back(1); });
+        turn.Then([&] {
+            ran.push_back(2);
+            turns.reset();
+        });
+        turn.Then([&] { ran.push_back(3); });
+    }
+    EXPECT_EQ(ran, (std::vector<int>{1, 2}));
 }
 
 TEST(Turn, ItsEndIsHeardOnceAndWithinIt) {
