@@ -8,7 +8,8 @@ CPatch::CPatch(CXXXGUI& a_piPlugin)
     : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {}
 
 void CPatch::OnValueChanged(float, std::int32_t a_nItem) {
-    Plugin().State().ChoosePatch(a_nItem);
+    if (a_nItem < 0 || a_nItem >= ItemCount()) return;
+    Plugin().State().ChoosePatch(a_nItem, Items()[static_cast<std::size_t>(a_nItem)]);
 }
 
 void CPatch::ShowPanel(const SPanelState& a_psPanel) {

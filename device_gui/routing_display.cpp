@@ -18,7 +18,8 @@ void CRouting::ShowPanel(const SPanelState& a_psPanel) {
 }
 
 void CRouting::OnValueChanged(float, std::int32_t a_nItem) {
-    Plugin().State().ChooseRouting(a_nItem);
+    if (a_nItem < 0 || a_nItem >= ItemCount()) return;
+    Plugin().State().ChooseRouting(a_nItem, Items()[static_cast<std::size_t>(a_nItem)]);
 }
 
 bool CRouting::IsItemEnabled(std::int32_t a_nItem) {

@@ -3,11 +3,13 @@
 #include "device/device_controls.h"
 #include "device/xxx_dsp.h"
 #include "state/error_boxes.h"
+#include "state/file_questions.h"
 #include "state/host_queue.h"
 #include "state/panel_state.h"
 #include "state/patch_witness.h"
 #include "utils/turn.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -23,6 +25,10 @@ namespace KAV {
 /// Threads: any but the audio thread. Each operation is a turn, or a part of the caller's, and so whole for
 /// the others. Files are read and written, and the user is asked, before the turn; what the host has to hear
 /// is queued in it, and told when it has ended. `flags`: PatchFlag bits.
+///
+/// With an empty path SavePatch(), OpenPatch() and SaveRouting() ask the user, unless a question of theirs is
+/// still open, and the rest runs when the answer comes, maybe long after the call has returned. The instance
+/// may end meanwhile, even within the call: what calls them touches nothing of it afterwards.
 class CDeviceState final {
 public:
     /// All three live as long as this object. Looks for the user's patches and routings; touches no device.
@@ -35,6 +41,7 @@ public:
     std::uint32_t Generation() const noexcept { return _panel.generation; } ///< without a turn
     void SetWitness(const Utils::CTurn&, IPatchWitness* witness) noexcept { _witness = witness; }
     CErrorBoxes& Errors() noexcept { return _errors; }
+    CFileQuestions& Questions() noexcept { return _questions; }
 
     // The whole state as a text
     std::string PatchText(std::uint32_t flags);
@@ -44,10 +51,12 @@ public:
     /// As WritePatch(), in a buffer of the host's own, which stays as it is until the next call.
     std::size_t WriteChunk(void** data, std::uint32_t flags);
 
-    // Patches as files. Paths are UTF-16; an empty one asks the user. False when nothing was written or read.
+    // Patches as files. Paths are UTF-16; an empty one asks the user. False when nothing was written or read,
+    // or not yet: the answer to a question may still be to come.
     void SelectPatch(std::int32_t index, bool force); ///< as CPatchSaveLoad
-    /// The user's choice from the list: its name is shown even if its file can't be read.
-    void ChoosePatch(std::int32_t index);
+    /// The user's choice from the list: its name is shown even if its file can't be read. The list may have
+    /// changed since the user saw `name` at `index`; an entry that is no longer there does nothing.
+    void ChoosePatch(std::int32_t index, std::u16string name);
     bool SavePatch(std::u16string_view path, std::uint32_t flags);
     /// The present state becomes what new instances start with. Replaces an older such file without a
     /// question.
@@ -79,9 +88,10 @@ public:
     /// Takes a routing of the list for the current group or for all of them; one that can't be read does
     /// nothing.
     void SelectRouting(std::int32_t index, bool allGroups);
-    /// The user's choice for the current group: its name is shown even if its file can't be read.
-    void ChooseRouting(std::int32_t index);
-    /// Writes a routing of the entries that are `on`, under the labels that are shown, and takes it.
+    /// The user's choice for the current group, as ChoosePatch().
+    void ChooseRouting(std::int32_t index, std::u16string name);
+    /// Writes a routing of the entries that are `on`, under the labels that are shown, and takes it for the
+    /// current group. What is on, labels and group are those of this call, however late the user answers.
     void SaveRouting(std::u16string_view path, std::span<const bool, SPanelState::Channels> on);
 
     // What the user types or sets. Places that aren't there do nothing.
@@ -134,12 +144,25 @@ private:
     void ReadSettings(std::string_view text, std::uint32_t flags);
 
     std::string LoadPatchFile(std::u16string_view path);
+    /// The patch `name` of the list, at place `index` when it was looked up.
+    void LoadListed(std::int32_t index, const std::u16string& name, bool force);
+    bool SavePatchAs(std::u16string_view path, std::uint32_t flags);
+    bool OpenPatchFile(std::u16string_view path);
+
+    /// A routing as it was shown when the user wanted to save it.
+    struct SShownRouting {
+        int group = 0;
+        std::array<std::string, SPanelState::Channels> labels; // UTF-8
+        std::array<bool, SPanelState::Channels> on{};
+    };
+    void SaveRoutingAs(std::u16string_view path, const SShownRouting& shown);
 
     CXXXDSP& _device;
     IDeviceControls& _controls;
     IHostRoad& _host;
     Utils::CTurns _turns;
     CErrorBoxes _errors{_turns};
+    CFileQuestions _questions{_turns};
     CHostQueue _queue; // it has a lock of its own
 
     // Within a turn

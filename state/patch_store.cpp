@@ -5,9 +5,9 @@
 #include "patch/patch_flags.h"
 #include "patch/patch_formats.h"
 #include "state/device_state.h"
-#include "utils/dialogs.h"
 #include "utils/path.h"
 
+#include <memory>
 #include <utility>
 
 namespace KAV {
@@ -27,35 +27,48 @@ void CDeviceState::SelectPatch(std::int32_t index, bool force) {
         if (index < 0 || index >= _panel.patch.Count()) return;
         name = _panel.patch.Names()[static_cast<std::size_t>(index)];
     }
+    LoadListed(index, name, force);
+}
+
+void CDeviceState::ChoosePatch(std::int32_t index, std::u16string name) {
+    {
+        const Turn turn(_turns);
+        index = _panel.patch.Find(index, name);
+        if (_panel.patch.Choose(index)) _panel.Touch();
+        if (index < 0 || index == _current) return;
+    }
+    LoadListed(index, name, false);
+}
+
+void CDeviceState::LoadListed(std::int32_t index, const std::u16string& name, bool force) {
     const auto path = PatchPath(name);
     if (path.empty()) return;
     const auto data = LoadPatchFile(path);
     if (data.empty()) return;
     const auto patch = Prepare(data.data(), data.size());
     Turn turn(_turns);
-    _current = index;
-    _device.SetProgram(index, false);
+    index = _panel.patch.Find(index, name); // the list may be another than before the file was read
+    if (index >= 0) {
+        _current = index;
+        _device.SetProgram(index, false);
+    }
     Read(turn, patch, force ? InstanceDefaultFlags : 0);
     if (index != _panel.patch.Place() && _panel.patch.Choose(index)) _panel.Touch();
     _current = _panel.patch.Place();
 }
 
-void CDeviceState::ChoosePatch(std::int32_t index) {
-    {
-        const Turn turn(_turns);
-        if (_panel.patch.Choose(index)) _panel.Touch();
-    }
-    SelectPatch(index, false);
+bool CDeviceState::SavePatch(std::u16string_view path, std::uint32_t flags) {
+    if (!path.empty()) return SavePatchAs(path, flags);
+    const auto isSaved = std::make_shared<bool>(false);
+    _questions.AskToSave({u"KAV Preset File||*.kvp", u"USER_" + PatchName(), PatchFolder()},
+        [this, flags, isSaved](std::u16string_view chosen) {
+            if (!chosen.empty()) *isSaved = SavePatchAs(chosen, flags);
+        });
+    return *isSaved;
 }
 
-bool CDeviceState::SavePatch(std::u16string_view path, std::uint32_t flags) {
-    std::u16string target(path);
-    if (target.empty()) {
-        target =
-            Utils::Dialogs().SaveFile({u"KAV Preset File||*.kvp", u"USER_" + PatchName(), PatchFolder()});
-    }
-    if (target.empty()) return false;
-    target = WithExtension(target, u"kvp");
+bool CDeviceState::SavePatchAs(std::u16string_view path, std::uint32_t flags) {
+    const auto target = WithExtension(path, u"kvp");
     auto text = PatchText(flags);
     text += '\0'; // part of the file: readers of old took the file's content as it is
     WriteUserFile(target, text);
@@ -72,15 +85,19 @@ bool CDeviceState::SaveAsDefault() {
 }
 
 bool CDeviceState::OpenPatch(std::u16string_view path) {
-    std::u16string source(path);
-    if (source.empty()) {
-        source = Utils::Dialogs().OpenFile(
-            {u"Preset File||*.fxp;*.kvp|||VST Preset File||*.fxp|||KAV Preset File||*.kvp", {},
-                PatchFolder()});
-    }
-    const auto extension = Utils::GetExtension(source);
+    if (!path.empty()) return OpenPatchFile(path);
+    const auto isOpened = std::make_shared<bool>(false);
+    _questions.AskToOpen(
+        {u"Preset File||*.fxp;*.kvp|||VST Preset File||*.fxp|||KAV Preset File||*.kvp", {}, PatchFolder()},
+        [this, isOpened](std::u16string_view chosen) { *isOpened = OpenPatchFile(chosen); });
+    return *isOpened;
+}
+
+bool CDeviceState::OpenPatchFile(std::u16string_view path) {
+    const auto extension = Utils::GetExtension(path);
     if (extension != u"fxp" && extension != u"kvp") return false;
-    const auto data = LoadPatchFile(source);
+    const auto data = LoadPatchFile(path);
+    if (data.empty()) return false; // after a box, during which the instance may have ended
     return ApplyPatchData(data.data(), data.size(), 0);
 }
 

@@ -5,7 +5,6 @@
 #include "patch/routing_files.h"
 #include "routing/routing_document.h"
 #include "state/device_state.h"
-#include "utils/dialogs.h"
 #include "utils/marked_text.h"
 #include "utils/path.h"
 #include "utils/text.h"
@@ -73,33 +72,42 @@ void CDeviceState::SelectRouting(std::int32_t index, bool allGroups) {
     for (int group = 0; group < _device.GetGroupCount(); ++group) SetRouting(turn, text, group);
 }
 
-void CDeviceState::ChooseRouting(std::int32_t index) {
+void CDeviceState::ChooseRouting(std::int32_t index, std::u16string name) {
     {
         const Turn turn(_turns);
+        index = _panel.routing.Find(index, name);
         if (_panel.routing.Choose(index)) _panel.Touch();
+        if (index < 0) return;
     }
-    SelectRouting(index, false);
+    SetRouting(ReadRoutingFile(name), -1);
 }
 
 void CDeviceState::SaveRouting(std::u16string_view path, std::span<const bool, SPanelState::Channels> on) {
-    std::u16string target(path);
-    if (target.empty()) {
-        target = Utils::Dialogs().SaveFile(
-            {u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()});
-    }
-    if (target.empty()) return;
-    target = WithExtension(target, u"kvt");
-    std::array<std::string, SPanelState::Channels> labels;
+    SShownRouting shown;
+    std::ranges::copy(on, shown.on.begin());
     {
         const Turn turn(_turns);
-        for (std::size_t n = 0; n < labels.size(); ++n) labels[n] = Utils::ToUtf8(_panel.labels[n]);
+        shown.group = _device.GetCurrentGroup();
+        std::ranges::transform(_panel.labels, shown.labels.begin(), Utils::ToUtf8);
     }
+    if (!path.empty()) {
+        SaveRoutingAs(path, shown);
+        return;
+    }
+    _questions.AskToSave({u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()},
+        [this, shown = std::move(shown)](std::u16string_view chosen) {
+            if (!chosen.empty()) SaveRoutingAs(chosen, shown);
+        });
+}
+
+void CDeviceState::SaveRoutingAs(std::u16string_view path, const SShownRouting& shown) {
+    const auto target = WithExtension(path, u"kvt");
+    const auto title = FileTitle(target);
     std::array<SRoutingButton, SPanelState::Channels> buttons;
-    for (std::size_t n = 0; n < buttons.size(); ++n) buttons[n] = {labels[n], on[n]};
+    for (std::size_t n = 0; n < buttons.size(); ++n) buttons[n] = {shown.labels[n], shown.on[n]};
     WriteUserFile(target, WriteRoutingDocument(Utils::ToUtf8(Utils::GetFileName(target)), buttons));
     auto names = RoutingNames();
-    const auto found = std::ranges::find(names, FileTitle(target));
-    const auto place = found != names.end() ? static_cast<std::int32_t>(found - names.begin()) : -1;
+    const bool isListed = std::ranges::find(names, title) != names.end();
     {
         const Turn turn(_turns);
         const auto name = _panel.routing.Name();
@@ -108,7 +116,8 @@ void CDeviceState::SaveRouting(std::u16string_view path, std::span<const bool, S
         ++_panel.routingScans;
         _panel.Touch();
     }
-    SelectRouting(place, false);
+    // By its name: its place may be another's by now.
+    if (isListed) SetRouting(ReadRoutingFile(title), shown.group);
 }
 
 } // namespace KAV

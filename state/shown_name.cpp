@@ -26,8 +26,8 @@ bool CShownName::SetNames(std::vector<std::u16string> names) {
 bool CShownName::Show(std::u16string_view name) {
     if (name == _name) return false;
     _name = name;
-    const auto found = std::ranges::find(_names, name);
-    if (found != _names.end()) SetPlace(static_cast<std::int32_t>(found - _names.begin()));
+    const auto place = Find(-1, name);
+    if (place >= 0) SetPlace(place);
     return true;
 }
 
@@ -38,6 +38,12 @@ bool CShownName::Choose(std::int32_t place) {
     SetPlace(place);
     _name = name;
     return true;
+}
+
+std::int32_t CShownName::Find(std::int32_t place, std::u16string_view name) const noexcept {
+    if (place >= 0 && place < Count() && _names[static_cast<std::size_t>(place)] == name) return place;
+    const auto found = std::ranges::find(_names, name);
+    return found != _names.end() ? static_cast<std::int32_t>(found - _names.begin()) : -1;
 }
 
 } // namespace KAV

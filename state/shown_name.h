@@ -23,6 +23,10 @@ public:
     /// Shows an entry; one that isn't there does nothing.
     bool Choose(std::int32_t place);
 
+    /// Where an entry is that stood at `place` when somebody looked: there, or where the first of that name
+    /// is by now; -1 if there is none.
+    std::int32_t Find(std::int32_t place, std::u16string_view name) const noexcept;
+
     const std::u16string& Name() const noexcept { return _name; }
     const std::vector<std::u16string>& Names() const noexcept { return _names; }
     std::int32_t Count() const noexcept { return static_cast<std::int32_t>(_names.size()); }

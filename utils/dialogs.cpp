@@ -12,8 +12,8 @@ namespace {
 
 class CSystemDialogs final : public IDialogs {
 public:
-    std::u16string OpenFile(const SFileQuestion&) noexcept override { return {}; }
-    std::u16string SaveFile(const SFileQuestion&) noexcept override { return {}; }
+    void OpenFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered({}); }
+    void SaveFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered({}); }
     void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
         try {
             if (!Platform::ShowErrorBox(ToUtf8(title), ToUtf8(text)))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -12,17 +13,25 @@ struct SFileQuestion {
     std::u16string folder; ///< with forward slashes; empty: the system's choice
 };
 
+/// Receives the path that the user has chosen; an empty one when the user chose none, or can't be asked. It
+/// doesn't throw.
+using PathAnswer = std::function<void(std::u16string_view path)>;
+
 /// Boxes that ask or tell the user something. It is a seam: tests put answers of their own in the system's
 /// place. Threads: any but the audio thread, and no lock held: a box may stay for hours. Nothing throws.
+///
+/// Each question is answered exactly once, on the thread that asked: before the call returns, where a dialog
+/// runs a message loop of its own, or later, from a message of that thread's loop. Either way other messages
+/// run in between, and anything can have happened by then: even the object that asked may have been
+/// destroyed (utils/still_there.h). So nothing may rely on the answer when the call returns.
 class IDialogs {
 public:
     IDialogs() = default;
     IDialogs(const IDialogs&) = delete;
     IDialogs& operator=(const IDialogs&) = delete;
 
-    /// The path that the user has chosen; empty when the user chose none, or can't be asked.
-    virtual std::u16string OpenFile(const SFileQuestion& question) noexcept = 0;
-    virtual std::u16string SaveFile(const SFileQuestion& question) noexcept = 0;
+    virtual void OpenFile(const SFileQuestion& question, PathAnswer answered) noexcept = 0;
+    virtual void SaveFile(const SFileQuestion& question, PathAnswer answered) noexcept = 0;
     /// Tells of an error.
     virtual void ShowError(std::u16string_view title, std::u16string_view text) noexcept = 0;
     /// ShowError() ends when the user has closed the box. Then it isn't for places where a host waits, such
@@ -34,7 +43,7 @@ protected:
 };
 
 /// The system's own. What can't be shown, for want of a display, goes to the session log. It asks for no
-/// files: every such question counts as cancelled.
+/// files: every such question is answered at once, as cancelled.
 IDialogs& SystemDialogs() noexcept;
 
 /// The one in use: the system's own, unless a test has put another in its place.

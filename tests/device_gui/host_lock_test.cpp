@@ -58,17 +58,22 @@ public:
     explicit CBoxesThatWait(std::function<bool()> ask) : _ask(std::move(ask)) { Utils::UseDialogs(this); }
     ~CBoxesThatWait() { Utils::UseDialogs(nullptr); }
 
-    std::u16string OpenFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
-    std::u16string SaveFile(const Utils::SFileQuestion&) noexcept override { return Wait(); }
+    void OpenFile(const Utils::SFileQuestion&, Utils::PathAnswer receive) noexcept override {
+        Wait();
+        receive({});
+    }
+    void SaveFile(const Utils::SFileQuestion&, Utils::PathAnswer receive) noexcept override {
+        Wait();
+        receive({});
+    }
     void ShowError(std::u16string_view, std::u16string_view) noexcept override { Wait(); }
     bool ErrorsWait() const noexcept override { return false; }
 
     int answered = 0;
 
 private:
-    std::u16string Wait() noexcept {
+    void Wait() noexcept {
         std::thread([this] { answered += _ask() ? 1 : 0; }).join();
-        return {};
     }
 
     std::function<bool()> _ask;
@@ -158,6 +163,18 @@ TEST_F(HostLock, IsNotHeldWhileABoxIsShown) {
     Widget<CPatch>().Step(1);
     Device().State().OpenPatch(Utils::FromSystemPath(documents.Patch("c.fxp")));
     EXPECT_EQ(boxes.answered, 6) << "errors";
+}
+
+TEST_F(HostLock, IsNotHeldWhenAnAnswerArrives) {
+    WritePatch("a.kvp");
+    WriteRouting("a.kvt", "0,-1");
+    Renew();
+    dialogs.answersLater = true;
+    Device().State().OpenPatch({});
+    EXPECT_TRUE(CallsBack()) << "the question is open";
+    EXPECT_GE(Answered([this] { dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch("a.kvp"))); }), 1);
+    Gui().SaveRouting({});
+    EXPECT_EQ(Answered([this] { dialogs.AnswerNext(Utils::FromSystemPath(documents.Routing("b.kvt"))); }), 3);
 }
 
 TEST_F(HostLock, TheHostHearsOfAStepOfHistoryWhenItIsDone) {

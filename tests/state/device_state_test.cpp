@@ -4,6 +4,7 @@
 
 #include "device/parameter_table.h"
 #include "device/value_flags.h"
+#include "tests/support/faulty_files.h"
 #include "tests/support/state_fixture.h"
 
 #include <thread>
@@ -159,7 +160,7 @@ TEST_F(DeviceState, ANameTheHostSetsAgainLeavesThePatchsPlace) {
     Write("y.kvp", "0.125");
     own = MakeOwn();
     if (own->PatchNameAt(2).empty()) GTEST_SKIP() << "this system's names know no case";
-    own->ChoosePatch(1);
+    own->ChoosePatch(1, u"x");
     own->SetPatchName(u"x");
     EXPECT_EQ(own->CurrentPatch(), 1);
     own->SetPatchName(u"y");
@@ -178,10 +179,10 @@ TEST_F(DeviceState, ItsGenerationMovesWithAllThatIsShown) {
     EXPECT_TRUE(Moves([&] { own->NameMacro(3, u"x"); }));
     EXPECT_TRUE(Moves([&] { own->NameChannel(15, u"x"); }));
     EXPECT_TRUE(Moves([&] { own->SetPatchName(u"x"); }));
-    EXPECT_TRUE(Moves([&] { own->ChoosePatch(1); }));
+    EXPECT_TRUE(Moves([&] { own->ChoosePatch(1, u"b"); }));
     EXPECT_TRUE(Moves([&] { own->SelectPatch(0, true); }));
     EXPECT_TRUE(Moves([&] { own->SelectRouting(0, false); }));
-    EXPECT_TRUE(Moves([&] { own->ChooseRouting(1); }));
+    EXPECT_TRUE(Moves([&] { own->ChooseRouting(1, u"b"); }));
     EXPECT_TRUE(Moves([&] { own->SetRouting("<name>b</name><map>0,-1|*|1,-1|*|2,-1</map>", 0); }));
     EXPECT_TRUE(Moves([&] { own->ResizeTo(900, 553); }));
     EXPECT_TRUE(Moves([&] { own->ResizeTo(900, 600); }));
@@ -252,4 +253,188 @@ TEST_F(DeviceState, AWitnessSeesTheStateThatAPatchReplaces) {
     own->ReadPatch("<patch_name>b</patch_name>", 0);
     own->ReadPatch("", 0);
     EXPECT_EQ(witness.seen, (std::vector<std::u16string>{u"Default", u"a"}));
+}
+
+// Questions to the user, and what happens until they are answered
+
+TEST_F(DeviceState, SavesThePatchAsItIsWhenTheUserAnswers) {
+    dialogs.answersLater = true;
+    Device().SetParam(33, 0.25f, 0);
+    EXPECT_FALSE(own->SavePatch({}, 0)) << "not yet";
+    Device().SetParam(33, 0.75f, 0);
+    Write("a.kvp", "0.5"); // somebody else's
+    EXPECT_FALSE(std::filesystem::exists(documents.Patch("mine.kvp")));
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch("mine")));
+    EXPECT_EQ(own->PatchName(), u"mine");
+    EXPECT_EQ(own->CurrentPatch(), 1);
+    EXPECT_EQ(own->PatchNameAt(0), u"a");
+    Device().SetParam(33, 0.5f, 0);
+    EXPECT_TRUE(own->OpenPatch(Utils::FromSystemPath(documents.Patch("mine.kvp"))));
+    EXPECT_EQ(Threshold(), 0.75f);
+}
+
+TEST_F(DeviceState, OpensThePatchThatIsStillThereWhenTheUserAnswers) {
+    dialogs.answersLater = true;
+    Write("a.kvp", "0.25");
+    Device().SetParam(33, 0.75f, 0);
+    EXPECT_FALSE(own->OpenPatch({})) << "not yet";
+    EXPECT_EQ(Threshold(), 0.75f);
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch("a.kvp")));
+    EXPECT_EQ(Threshold(), 0.25f);
+    Device().SetParam(33, 0.75f, 0);
+    own->OpenPatch({});
+    std::filesystem::remove(documents.Patch("a.kvp"));
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch("a.kvp")));
+    EXPECT_EQ(Threshold(), 0.75f);
+    EXPECT_EQ(own->PatchName(), u"a");
+}
+
+TEST_F(DeviceState, SavesTheRoutingThatWasShownWhenTheUserWasAsked) {
+    dialogs.answersLater = true;
+    own->SetRouting(LCR, 0);
+    own->SetRouting("<name>other</name><map>0,-1</map><ch_names>Z</ch_names>", 1);
+    {
+        std::array<bool, SPanelState::Channels> on{};
+        on[0] = on[2] = true;
+        own->SaveRouting({}, on);
+    } // what was on is copied
+    own->NameChannel(2, u"Later");
+    own->SelectGroup(1, false);
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Routing("Mine.kvt")));
+    EXPECT_NE(own->GetRouting(0).find("<map>0,-1|*|2,-1</map>"), std::string::npos);
+    EXPECT_NE(own->GetRouting(0).find("<ch_names>L|*|R</ch_names>"), std::string::npos);
+    EXPECT_NE(own->GetRouting(1).find("<name>other</name>"), std::string::npos);
+    EXPECT_EQ(own->RoutingName(), u"other") << "that of the group which is shown now";
+}
+
+TEST_F(DeviceState, ACancelledQuestionChangesNothing) {
+    dialogs.answersLater = true;
+    const auto before = own->PatchText(HostChunkFlags);
+    EXPECT_FALSE(Moves([&] {
+        own->SavePatch({}, 0);
+        dialogs.AnswerNext({});
+        own->OpenPatch({});
+        dialogs.AnswerNext({});
+        own->SaveRouting({}, std::array<bool, SPanelState::Channels>{});
+        dialogs.AnswerNext({});
+    }));
+    EXPECT_EQ(own->PatchText(HostChunkFlags), before);
+    EXPECT_FALSE(std::filesystem::exists(documents.Patch("")));
+    EXPECT_FALSE(std::filesystem::exists(documents.Routing("")));
+}
+
+TEST_F(DeviceState, AsksOneQuestionAtATime) {
+    dialogs.answersLater = true;
+    const std::array<bool, SPanelState::Channels> on{};
+    own->SavePatch({}, 0);
+    EXPECT_FALSE(own->OpenPatch({}));
+    EXPECT_FALSE(own->SavePatch({}, 0));
+    own->SaveRouting({}, on);
+    EXPECT_EQ(dialogs.questions.size(), 1u);
+    EXPECT_TRUE(own->SavePatch(Utils::FromSystemPath(documents.Patch("given.kvp")), 0)) << "no question";
+    dialogs.AnswerNext({});
+    own->SaveRouting({}, on);
+    EXPECT_EQ(dialogs.questions.size(), 2u);
+    EXPECT_FALSE(own->OpenPatch({}));
+    EXPECT_EQ(dialogs.questions.size(), 2u);
+}
+
+TEST_F(DeviceState, AsksNothingWithinATurn) {
+    Write("a.kvp", "0.25");
+    dialogs.answer = Utils::FromSystemPath(documents.Patch("a.kvp"));
+    {
+        const Utils::CTurn turn(own->Turns());
+        EXPECT_FALSE(own->OpenPatch({})) << "not yet";
+        EXPECT_TRUE(dialogs.questions.empty());
+    }
+    EXPECT_EQ(dialogs.questions.size(), 1u);
+    EXPECT_EQ(Threshold(), 0.25f);
+}
+
+TEST_F(DeviceState, AnswersThatComeAfterItsEndDoNothing) {
+    dialogs.answersLater = true;
+    Write("a.kvp", "0.25");
+    Device().SetParam(33, 0.75f, 0);
+    const auto answer = [this](const std::filesystem::path& path) {
+        own.reset();
+        dialogs.AnswerNext(Utils::FromSystemPath(path));
+        own = MakeOwn();
+    };
+    own->OpenPatch({});
+    answer(documents.Patch("a.kvp"));
+    own->SavePatch({}, 0);
+    answer(documents.Patch("b.kvp"));
+    own->SaveRouting({}, std::array<bool, SPanelState::Channels>{});
+    answer(documents.Routing("b.kvt"));
+    EXPECT_EQ(Threshold(), 0.75f);
+    EXPECT_FALSE(std::filesystem::exists(documents.Patch("b.kvp")));
+    EXPECT_FALSE(std::filesystem::exists(documents.Routing("b.kvt")));
+    EXPECT_TRUE(listener.told.empty());
+}
+
+TEST_F(DeviceState, MayEndWhileABoxIsOpen) {
+    Write("a.kvp", "0.25");
+    WriteText(documents.Patch("foreign.kvp"), "<plugin_id>1</plugin_id>");
+    Device().SetParam(33, 0.75f, 0);
+    dialogs.whileOpen = [this] { own.reset(); };
+    dialogs.answer = Utils::FromSystemPath(documents.Patch("a.kvp"));
+    EXPECT_FALSE(own->OpenPatch({}));
+    own = MakeOwn();
+    EXPECT_FALSE(own->SavePatch({}, 0));
+    own = MakeOwn();
+    own->SaveRouting({}, std::array<bool, SPanelState::Channels>{});
+    own = MakeOwn();
+    EXPECT_FALSE(own->OpenPatch(Utils::FromSystemPath(documents.Patch("foreign.kvp"))));
+    EXPECT_EQ(own, nullptr);
+    own = MakeOwn();
+    own->ChoosePatch(1, u"foreign");
+    EXPECT_EQ(own, nullptr);
+    EXPECT_EQ(dialogs.errors.size(), 2u);
+    EXPECT_EQ(Threshold(), 0.75f);
+}
+
+// Lists that change while somebody looks at them
+
+TEST_F(DeviceState, APatchKeepsItsPlaceWhenTheListChangesWhileItIsRead) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.25");
+    for (const bool byUser : {false, true}) {
+        std::filesystem::remove(documents.Patch("0.kvp"));
+        own = MakeOwn();
+        CFaultyFiles files(1, CFaultyFiles::EFault::Fail); // whether there is b.fxp: no
+        files.onFault = [&] { own->SavePatch(Utils::FromSystemPath(documents.Patch("0.kvp")), 0); };
+        if (byUser) {
+            own->ChoosePatch(1, u"b");
+        } else {
+            own->SelectPatch(1, false);
+        }
+        EXPECT_EQ(own->PatchNameAt(1), u"a") << "it was b's place";
+        EXPECT_EQ(own->PatchName(), u"b");
+        EXPECT_EQ(own->CurrentPatch(), 2);
+        EXPECT_EQ(Threshold(), 0.25f);
+    }
+}
+
+TEST_F(DeviceState, AChoiceFromAnOlderListMeansTheNameThatTheUserSaw) {
+    for (const char* const name : {"a", "b"}) {
+        Write(std::string(name) + ".kvp", name == std::string("a") ? "0.5" : "0.25");
+        WriteText(documents.Routing(std::string(name) + ".kvt"),
+            "<kav_input_routing>\r\n\t<name></name>\r\n\t<map>0,-1</map>\r\n</kav_input_routing>");
+    }
+    own = MakeOwn();
+    own->SavePatch(Utils::FromSystemPath(documents.Patch("0.kvp")), 0);
+    own->SaveRouting(
+        Utils::FromSystemPath(documents.Routing("0.kvt")), std::array<bool, SPanelState::Channels>{});
+    own->ChoosePatch(1, u"b"); // a's place by now
+    EXPECT_EQ(own->PatchName(), u"b");
+    EXPECT_EQ(own->CurrentPatch(), 2);
+    EXPECT_EQ(Threshold(), 0.25f);
+    own->ChooseRouting(1, u"b");
+    EXPECT_EQ(own->RoutingName(), u"b");
+    EXPECT_NE(own->GetRouting(0).find("<name>b</name>"), std::string::npos);
+    EXPECT_FALSE(Moves([&] {
+        own->ChoosePatch(1, u"gone");
+        own->ChooseRouting(1, u"gone");
+    }));
+    EXPECT_EQ(own->CurrentPatch(), 2);
 }

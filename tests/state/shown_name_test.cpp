@@ -68,3 +68,13 @@ TEST(ShownName, SaysWhetherAnythingChanged) {
     EXPECT_FALSE(shown.Choose(1));
     EXPECT_EQ(shown.Count(), 2);
 }
+
+TEST(ShownName, FindsAnEntryWhereItStoodOrElseTheFirstOfThatName) {
+    CShownName shown(u"");
+    shown.SetNames(Letters({u"a", u"b", u"a"}));
+    EXPECT_EQ(shown.Find(2, u"a"), 2);
+    EXPECT_EQ(shown.Find(1, u"a"), 0);
+    EXPECT_EQ(shown.Find(0, u"b"), 1);
+    for (const std::int32_t place : {-1, 3}) EXPECT_EQ(shown.Find(place, u"a"), 0);
+    EXPECT_EQ(shown.Find(1, u"c"), -1);
+}

@@ -12,9 +12,12 @@
 #include "utils/path.h"
 
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KAV::Tests {
@@ -46,29 +49,50 @@ private:
     std::filesystem::path _folder = ScratchFolder() / "documents";
 };
 
-/// Dialogs that answer what the test says and keep what they were asked and told.
+/// Dialogs that answer what the test says, at once or when it says so, and keep what they were asked and
+/// told.
 class CAnsweringDialogs final : public Utils::IDialogs {
 public:
     CAnsweringDialogs() { Utils::UseDialogs(this); }
     ~CAnsweringDialogs() { Utils::UseDialogs(nullptr); }
 
-    std::u16string OpenFile(const Utils::SFileQuestion& question) noexcept override {
-        questions.push_back(question);
-        return answer;
+    void OpenFile(const Utils::SFileQuestion& question, Utils::PathAnswer answered) noexcept override {
+        Ask(question, std::move(answered));
     }
-    std::u16string SaveFile(const Utils::SFileQuestion& question) noexcept override {
-        questions.push_back(question);
-        return answer;
+    void SaveFile(const Utils::SFileQuestion& question, Utils::PathAnswer answered) noexcept override {
+        Ask(question, std::move(answered));
+    }
+    /// Answers the oldest question that still waits.
+    void AnswerNext(std::u16string_view path) {
+        ASSERT_FALSE(waiting.empty());
+        const auto answered = std::move(waiting.front());
+        waiting.erase(waiting.begin());
+        answered(path);
     }
     void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
         errors.push_back(std::u16string(title) + u": " + std::u16string(text));
+        if (whileOpen) whileOpen();
     }
     bool ErrorsWait() const noexcept override { return errorsWait; }
 
-    std::u16string answer; ///< to every question; empty: cancelled
+    std::u16string answer;     ///< to every question; empty: cancelled
+    bool answersLater = false; ///< by AnswerNext()
+    std::vector<Utils::PathAnswer> waiting;
+    std::function<void()> whileOpen; ///< runs in each box, before it is answered or closed
     std::vector<Utils::SFileQuestion> questions;
     std::vector<std::u16string> errors; ///< "title: text"
     bool errorsWait = false;            ///< as on Windows, for those that a test would close
+
+private:
+    void Ask(const Utils::SFileQuestion& question, Utils::PathAnswer answered) {
+        questions.push_back(question);
+        if (whileOpen) whileOpen();
+        if (answersLater) {
+            waiting.push_back(std::move(answered));
+        } else {
+            answered(answer);
+        }
+    }
 };
 
 /// An instance of a user without patches and routings; others after Renew().

@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 using namespace KAV::Utils;
 using namespace KAV::Tests;
@@ -14,13 +16,21 @@ namespace {
 
 class CRefusingDialogs final : public IDialogs {
 public:
-    std::u16string OpenFile(const SFileQuestion&) noexcept override { return u"opened"; }
-    std::u16string SaveFile(const SFileQuestion&) noexcept override { return u"saved"; }
+    void OpenFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered(u"opened"); }
+    void SaveFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered(u"saved"); }
     void ShowError(std::u16string_view, std::u16string_view) noexcept override { ++shown; }
     bool ErrorsWait() const noexcept override { return true; }
 
     int shown = 0;
 };
+
+/// The answers to one question, as they stand when the call has returned.
+std::vector<std::u16string> Answers(void (IDialogs::*ask)(const SFileQuestion&, PathAnswer) noexcept,
+    IDialogs& dialogs, const SFileQuestion& question = {}) {
+    std::vector<std::u16string> answers;
+    (dialogs.*ask)(question, [&answers](std::u16string_view path) { answers.emplace_back(path); });
+    return answers;
+}
 
 } // namespace
 
@@ -28,8 +38,8 @@ TEST(Dialogs, AreTheSystemsUntilATestBringsItsOwn) {
     EXPECT_EQ(&Dialogs(), &SystemDialogs());
     CRefusingDialogs dialogs;
     UseDialogs(&dialogs);
-    EXPECT_EQ(Dialogs().OpenFile({}), u"opened");
-    EXPECT_EQ(Dialogs().SaveFile({}), u"saved");
+    EXPECT_EQ(Answers(&IDialogs::OpenFile, Dialogs()), std::vector<std::u16string>{u"opened"});
+    EXPECT_EQ(Answers(&IDialogs::SaveFile, Dialogs()), std::vector<std::u16string>{u"saved"});
     Dialogs().ShowError(u"", u"");
     UseDialogs(nullptr);
     EXPECT_EQ(dialogs.shown, 1);
@@ -37,8 +47,9 @@ TEST(Dialogs, AreTheSystemsUntilATestBringsItsOwn) {
 }
 
 TEST(Dialogs, OfTheSystemAskForNoFiles) {
-    EXPECT_EQ(SystemDialogs().OpenFile({u"a||*.a", {}, u"/"}), u"");
-    EXPECT_EQ(SystemDialogs().SaveFile({u"a||*.a", u"b", u"/"}), u"");
+    const std::vector<std::u16string> cancelledAtOnce{u""};
+    EXPECT_EQ(Answers(&IDialogs::OpenFile, SystemDialogs(), {u"a||*.a", {}, u"/"}), cancelledAtOnce);
+    EXPECT_EQ(Answers(&IDialogs::SaveFile, SystemDialogs(), {u"a||*.a", u"b", u"/"}), cancelledAtOnce);
 }
 
 TEST(Dialogs, OfTheSystemHoldUpTheirCallerOnWindowsAlone) {
