@@ -9,10 +9,10 @@ namespace KAV::DSP {
 
 namespace {
 
-constexpr double BallisticsPerTime = 5.55; // time of the gain's own movement to that of the windows
+constexpr double BallisticsPerTime = 5.55; // time of the gain's own ramp, relative to that of the windows
 constexpr double Settled = 0.0001;         // distance from equal loudness at which adjusting ends
 
-/// A patch may hold any number; a window knows none below 0.
+/// A patch may contain any number, but a window needs a time of 0 or more.
 double TimeOf(const AutoGainSettings& settings) noexcept {
     const double timeMs = settings.rmsTime;
     return timeMs > 0.0 ? timeMs : 0.0;
@@ -142,13 +142,13 @@ void AutoGain::Measure(CBank& bank, bool filter, std::span<const std::size_t> us
     }
 }
 
-/// By the sample as it came in, not by its loudness, so that quiet stretches stop all three windows at once.
+/// Judges the raw samples, not the loudness, so that all three windows stop at once when a stretch is quiet.
 bool AutoGain::IsQuiet(std::span<const std::size_t> used, std::size_t i, double level) const noexcept {
     return std::all_of(used.begin(), used.end(),
         [&](std::size_t channel) { return std::fabs(static_cast<double>(_copies[channel][i])) <= level; });
 }
 
-/// Whatever not-a-number or infinity has got into begins anew, so that clean sound is measured again.
+/// Restarts whatever contains not-a-number or infinity, so that clean sound is measured again.
 void AutoGain::Recover() noexcept {
     for (RmsWindow* window : {&_inputWindow, &_outputWindow, &_correctedWindow}) window->Recover();
     for (CBank* bank : {&_inputFilters, &_outputFilters}) {

@@ -37,26 +37,26 @@ public:
 
     AutoGain() = default;
 
-    /// Base rate in Hz. Another rate empties the windows. Throws std::bad_alloc, and then nothing has
+    /// Base rate in Hz. A different rate empties the windows. Throws std::bad_alloc, and then nothing has
     /// changed.
     void SetRate(float rateHz);
     /// Makes room for blocks of `frames` samples. Throws std::bad_alloc, and then nothing has changed.
     void Reserve(std::size_t frames);
 
-    /// Once per block before the groups: keeps their input. `channels`: up to 16 of `frames` samples,
-    /// null for one that is left out.
+    /// Once per block, before the groups: keeps their input. `channels`: up to 16 of `frames` samples; null
+    /// for a channel that is left out.
     KAV_REALTIME void Prepare(const AutoGainSettings& settings, bool disabled, bool autoOn,
         std::span<float* const> channels, std::size_t frames) noexcept;
 
-    /// Once per block after the groups, unless disabled: measures the channels that some group used and
-    /// applies to all of them the output gain of `position` (0..1 for -24..+24 dB), which it moves in auto
-    /// mode. True when it has moved.
+    /// Once per block, after the groups, unless disabled. Measures the channels that some group used, and
+    /// applies to all of them the output gain of `position` (0..1 for -24..+24 dB). In auto mode it moves
+    /// that position; returns true when it has moved.
     KAV_REALTIME bool Run(const AutoGainSettings& settings, std::span<float* const> channels,
         std::span<const bool> used, std::size_t frames, float& position) noexcept;
 
     KAV_REALTIME bool IsDisabled() const noexcept { return _disabled; }
     KAV_REALTIME bool IsAdjusting() const noexcept { return !_disabled && _autoOn && _adjusting; }
-    /// Whether the frame has to compute its output gain once more; asks once.
+    /// Whether the frame has to compute its output gain again. Reading it resets it.
     KAV_REALTIME bool TakeRefresh() noexcept { return std::exchange(_refresh, false); }
     double Ratio() const noexcept { return _ratio; }                   ///< input to output before the gain
     double CorrectedRatio() const noexcept { return _correctedRatio; } ///< input to output after the gain
@@ -88,7 +88,7 @@ private:
     CChannelBuffers _copies;                    // of the input
     CBank _inputFilters;
     CBank _outputFilters;
-    std::array<double, MaxChannels> _values{}; // of the used channels in one sample
+    std::array<double, MaxChannels> _values{}; // of the used channels, for one sample
 };
 
 } // namespace KAV::DSP

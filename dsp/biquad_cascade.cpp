@@ -48,7 +48,7 @@ void BiquadCascade::Process(
 void BiquadCascade::Process(std::span<float* const> channels, std::size_t length, std::uint64_t features,
     EProcessorPath path) noexcept {
     const std::size_t width = PassWidth(features);
-    // A pass flips the value against denormals once per sample for all its channels together.
+    // Each pass flips the sign of the anti-denormal value once per sample, for all its channels together.
     const auto extra = [&](std::size_t slot) {
         return slot / width % 2 * length % 2 == 0 ? _antiDenormal : -_antiDenormal;
     };
@@ -124,7 +124,7 @@ void BiquadCascade::RunPlain(const SCascadeRun& run, std::size_t c) const noexce
     }
 }
 
-// The processor has been asked for fused operations; a library's own may be slow, and some round wrongly.
+// Only where the processor has fused operations: a library's emulation may be slow, and some round wrongly.
 #if defined(__x86_64__)
 __attribute__((target("fma")))
 #endif
@@ -139,7 +139,7 @@ void BiquadCascade::RunPlainFused(const SCascadeRun& run, std::size_t c) const n
         for (std::size_t s = 0; s < _count; ++s) {
             double& w1 = delays.w1[s];
             double& w2 = delays.w2[s];
-            // The newest value comes last, so that the one behind it waits for as little as possible.
+            // The newest value is added last, so that the operation after it waits as little as possible.
             const double w =
                 __builtin_fma(-_coefficients.a1[s], w1, __builtin_fma(-_coefficients.a2[s], w2, x + extra));
             x = scale * (w + __builtin_fma(2.0, w1, w2));

@@ -13,9 +13,9 @@
 
 namespace KAV::DSP {
 
-/// A Butterworth low-pass of even order as a cascade of biquads in direct form II, for up to 16 channels.
-/// A single channel is filtered in plain arithmetic; several at once, where the processor can, with fused
-/// multiply-add, which differs in the last bits.
+/// A Butterworth low-pass of even order as a cascade of biquads in direct form II, for up to 16 channels. A
+/// single channel is filtered in plain arithmetic. Several at once use fused multiply-add if the processor
+/// has it, which differs in the last bits.
 /// Threads: one at a time; Design() and Process() allocate nothing.
 class BiquadCascade final {
 public:
@@ -32,12 +32,12 @@ public:
     /// How many channels one pass takes with these processor features (Utils::CpuFeature): 1, 2 or 4.
     static std::size_t PassWidth(std::uint64_t features) noexcept;
 
-    /// Filters channels of `length` samples in place, in passes of PassWidth() channels and a last one of
-    /// what is left over. A channel's delays are those of its place in the list. A place that contains
-    /// not-a-number or infinity is emptied at the end; otherwise it would never produce sound again.
+    /// Filters channels of `length` samples in place, PassWidth() channels per pass and the remaining ones in
+    /// a last pass. Delays belong to a channel's place in the list. A place that contains not-a-number or
+    /// infinity is emptied at the end; otherwise it would never produce sound again.
     KAV_REALTIME void Process(
         std::span<float* const> channels, std::size_t length, std::uint64_t features = 0) noexcept;
-    /// The same on a chosen path; all paths produce the same bits.
+    /// The same on a given path; all paths produce the same bits.
     KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length, std::uint64_t features,
         EProcessorPath path) noexcept;
 

@@ -4,13 +4,13 @@
 
 #include <cstddef>
 
-// What the cascade hands to the code for one kind of processor. Plain records without operations: sources
-// with compiler flags of their own include this; see lanes.h.
+// What the cascade passes to the code for one kind of processor. Plain records without operations, because
+// sources with their own compiler flags include this; see lanes.h.
 
 namespace KAV::DSP {
 
-/// Coefficients of a low-pass in biquads with all zeros at -1: the numerators are 1, 2, 1, and the first
-/// one's is scaled.
+/// Coefficients of a low-pass in biquads with all zeros at -1: all numerators are 1, 2, 1, and the first one
+/// is scaled.
 struct SCascadeCoefficients {
     static constexpr std::size_t MaxStages = 16;
 
@@ -19,7 +19,7 @@ struct SCascadeCoefficients {
     double scale = 1.0; ///< of the first stage's numerator
 };
 
-/// What one channel's filter keeps, of each stage.
+/// One channel's filter state, for each stage.
 struct SCascadeDelays {
     double w1[SCascadeCoefficients::MaxStages] = {};
     double w2[SCascadeCoefficients::MaxStages] = {};
@@ -31,11 +31,11 @@ struct SCascadeRun {
     std::size_t length = 0;
     float* channels[2] = {};
     SCascadeDelays* delays[2] = {};
-    /// Changes its sign with each sample and is then added in each channel's first stage.
+    /// Added in each channel's first stage; its sign flips with each sample.
     double extra[2] = {};
 };
 
-// Of two stages and of sixteen, in plain arithmetic or fused.
+// For two stages and for sixteen, in plain arithmetic or fused.
 KAV_REALTIME void RunShortCascadeNarrow(
     const SCascadeRun& run, const SCascadeCoefficients& coefficients) noexcept;
 KAV_REALTIME void RunLongCascadeNarrow(

@@ -24,13 +24,14 @@ void CChannelBuffers::Resize(std::size_t length) {
     Touch();
 }
 
-/// The system finds memory for a page when it is first written to, which takes it longer than a short block
-/// may take. So that happens here, not on the audio thread.
+/// The system provides memory for a page when it is first written to, which may take longer than a short
+/// block. So the pages are written here, not on the audio thread.
 void CChannelBuffers::Touch() noexcept {
     const std::size_t resident = std::min(_length, ResidentLength);
     if (resident == 0) return;
     for (std::size_t channel = 0; channel < Count; ++channel) {
-        volatile float* const samples = (*this)[channel]; // volatile, or the zeros would be left out
+        volatile float* const samples =
+            (*this)[channel]; // volatile, or the compiler would leave the zeros out
         for (std::size_t i = 0; i < resident; i += SmallestPage) samples[i] = 0.0f;
         samples[resident - 1] = 0.0f;
     }

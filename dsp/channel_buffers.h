@@ -12,12 +12,12 @@ namespace KAV::DSP {
 class CChannelBuffers final {
 public:
     static constexpr std::size_t Count = 16;
-    /// This many samples of each buffer are in memory from the start: 8192 frames at the highest
-    /// oversampling factor. What lies past them costs memory only once it is touched, so that a host that
-    /// announces very long blocks and never sends them pays little.
+    /// This many samples of each buffer are in memory from the start: 8192 frames at the highest oversampling
+    /// factor. Memory past them is only used once it is touched, so a host that announces very long blocks
+    /// but never sends them pays little.
     static constexpr std::size_t ResidentLength = std::size_t{8192} * 8;
 
-    /// Frees what was held and makes all buffers `length` samples of 0. Throws std::bad_alloc, and then the
+    /// Frees the old memory and makes all buffers `length` samples of 0. Throws std::bad_alloc, and then the
     /// buffers are as they were.
     void Resize(std::size_t length);
 

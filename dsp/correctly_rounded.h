@@ -1,6 +1,6 @@
 #pragma once
 
-// In an unnamed namespace, because sources with compiler flags of their own include it; see lanes.h.
+// In an unnamed namespace, because sources with their own compiler flags include it; see lanes.h.
 
 #include <cmath>
 #include <cstdint>
@@ -11,16 +11,16 @@
 namespace KAV::DSP {
 namespace {
 
-// The maths library's pow(x, 4) and exp(x), to the bit, in a third of their time. Both are computed here to
-// far more digits than a number holds. A library's result is off by little more than half a unit of its
-// last place (glibc's by at most 0.54), so where the true value is no closer than 0.04 units to a middle
-// between two numbers, the library can only have rounded it to the same side. Elsewhere, for one value in
-// twelve, the library is asked. Of other libraries nothing so close is promised: there they are always asked.
+// The maths library's pow(x, 4) and exp(x), to the bit, in a third of the time. Both are computed here to far
+// more digits than a number holds. A library's result is off by little more than half a unit in the last
+// place (glibc's by at most 0.54). So where the true value is at least 0.04 units away from the midpoint of
+// two numbers, the library can only have rounded to the same side. Elsewhere, for one value in twelve, the
+// library is called. Other libraries promise no such accuracy, so they are always called.
 
-/// Whether `high` + `low` lies so that any library rounds it to `high`, or `high` is far off.
+/// Whether any library rounds `high` + `low` to `high`. Also true if `high` has underflowed to 0.
 inline bool RoundsTo(double high, double low) noexcept {
     constexpr std::uint64_t exponent = 0x7FF0000000000000u;
-    // Below a power of 2 numbers lie closer: there the unit is that of the number before.
+    // Just below a power of 2 numbers are closer together: there the unit of the previous number counts.
     const double power = __builtin_bit_cast(double, (__builtin_bit_cast(std::uint64_t, high) - 1) & exponent);
     return __builtin_fabs(low) < power * (0.46 * 0x1p-52);
 }
@@ -44,7 +44,7 @@ struct SExponentials {
 };
 
 constexpr SExponentials MakeExponentials() {
-    // Sums and products of numbers in two parts, for the compiler: it needs no fused operations.
+    // Sums and products of numbers in two parts. They run at compile time, so they need no fused operations.
     struct STwo {
         double high;
         double low;
@@ -66,7 +66,7 @@ constexpr SExponentials MakeExponentials() {
         const double rest = x.high * y.high - high + x.high * y.low + x.low * y.high + x.low * y.low;
         return sum(high, rest + a.high * b.low + a.low * b.high);
     };
-    // exp(-1/64) by its series: each term is the one before by -1 / (64 n).
+    // exp(-1/64) by its series: each term is the previous one times -1 / (64 n).
     STwo step{1.0, 0.0};
     STwo term{1.0, 0.0};
     for (int n = 1; n < 16; ++n) {
@@ -91,7 +91,7 @@ inline constexpr SExponentials Exponentials = MakeExponentials();
 
 /// exp(x) for -1 <= x <= 0.
 inline double Exponential(double x) noexcept {
-    constexpr double shift = 0x1.8p46; // a number of that size has sixty-fourths for its last place
+    constexpr double shift = 0x1.8p46; // for a number of this size the last place is a sixty-fourth
     const double shifted = x + shift;
     const double rest = x - (shifted - shift); // exact; at most 1/128 either way
     const auto i = static_cast<std::size_t>(

@@ -11,7 +11,7 @@ namespace KAV::DSP {
 /// Threads: written by any one thread at a time, read by the audio thread once per block.
 struct SValueTriple {
     Utils::CShared<float> final;  ///< what the signal path uses, always 0..1
-    Utils::CShared<float> base;   ///< what the user set: saved, and shown to the host; may lie outside 0..1
+    Utils::CShared<float> base;   ///< what the user set; saved and shown to the host; may lie outside 0..1
     Utils::CShared<float> offset; ///< what a macro adds; signed, not limited
 
     void SetBase(float value) noexcept {
@@ -22,7 +22,7 @@ struct SValueTriple {
         offset = value;
         Combine();
     }
-    /// Keeps the offset and sets the base such that the final value becomes `value`.
+    /// Keeps the offset and sets the base so that the final value becomes `value`.
     void SetFinal(float value) noexcept { SetBase(value - offset); }
 
 private:
@@ -31,14 +31,14 @@ private:
         if (sum >= 1.0f) {
             final = 1.0f;
         } else {
-            final = sum > 0.0f ? sum : 0.0f; // not-a-number gives 0
+            final = sum > 0.0f ? sum : 0.0f; // not-a-number becomes 0
         }
     }
 };
 
-/// Everything that the user can set and the signal path reads. A word is either the old or the new one for a
-/// block; there's no order between words. All words start at 0; the owner of the parameter table gives them
-/// their defaults.
+/// Everything that the user can set and the signal path reads. During a block a word has either its old or
+/// its new value; the order of changes to different words is not defined. All words start at 0; the owner of
+/// the parameter table gives them their defaults.
 template<std::size_t CHANNELS, std::size_t GROUPS>
 struct SEngineParameters {
     template<typename T>

@@ -8,8 +8,8 @@
 
 namespace KAV::DSP {
 
-/// While an object of this class lives, its thread flushes denormals to zero, in operands and in results; the
-/// host's own choice comes back at the end. Other bits of the control word (rounding, masks, sticky flags)
+/// While an object of this class lives, its thread flushes denormals to zero, in operands and in results. The
+/// destructor restores the host's setting. Other bits of the control word (rounding, masks, sticky flags)
 /// stay as they are.
 class CFlushDenormals final {
 public:

@@ -67,12 +67,12 @@ void FxGroup::Move(const SGroupSettings& settings, std::size_t length, std::int3
     _settings = settings;
     _settled = _mixPosition == mix && _inputGain == settings.inputGain && _threshold == settings.threshold &&
                _ceiling == settings.ceiling && _release == settings.release;
-    // From here on a value counts as computed; a group without channels must not run its first block again
+    // From here on the values count as computed: a group without channels must not run its first block again
     // later.
     _firstBlock = false;
 }
 
-/// One step of a smoothed position; tells whether what derives from it is to be computed.
+/// One step of a smoothed position; returns whether values that depend on it have to be computed again.
 bool FxGroup::Move(float& position, float target) noexcept {
     if (position == target && !_firstBlock) return false;
     position = _parameterSmoother.Step(position, target);
@@ -97,8 +97,8 @@ void FxGroup::Limit(std::span<float* const> channels) noexcept {
     ReadOutputs(channels);
 }
 
-/// Whichever half is worked on alone takes the first probe and the first delay line; the other half isn't
-/// delayed. The output probes see the halves, not left and right.
+/// If only one half is processed, it takes the first probe and the first delay line; the other half isn't
+/// delayed. The output probes measure the halves, not left and right.
 void FxGroup::LimitMidSide(std::span<float* const> channels) noexcept {
     EncodeMidSide({channels[0], _block}, channels[1]);
     const EMidSide mode = _settings.midSide;
@@ -110,7 +110,7 @@ void FxGroup::LimitMidSide(std::span<float* const> channels) noexcept {
     DecodeMidSide(mode, {channels[0], _block}, channels[1]);
 }
 
-/// One after the other, because a list may hold a buffer twice.
+/// One at a time, because a list may contain a buffer twice.
 void FxGroup::AmplifyAndProbe(std::span<float* const> channels) noexcept {
     for (float* const channel : channels) _gain.Process({channel, _block});
     for (std::size_t place = 0; place < channels.size(); ++place) {
@@ -130,7 +130,7 @@ void FxGroup::KeepDry(std::span<float* const> channels, const CChannelBuffers& d
     }
 }
 
-/// The dry signal is not delayed by the look-ahead: the crossfade is heard only while bypass is being
+/// The dry signal is not delayed by the look-ahead: the crossfade is only heard while bypass is being
 /// switched.
 void FxGroup::MixDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept {
     for (std::size_t place = 0; place < channels.size(); ++place) {

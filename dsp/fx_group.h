@@ -33,8 +33,8 @@ struct SGroupSettings {
 };
 
 /// One effect group: gain, limiter, probes, and the crossfade to and from bypass, on the channels that it is
-/// handed. All positions start at 0 and run up to their values, so a new instance fades in; nothing sets them
-/// back.
+/// given. All positions start at 0 and ramp up to their values, so a new instance fades in; they are never
+/// reset.
 ///
 /// Threads: ReserveRate() and SetSampleRate() while audio is stopped; the rest on the audio thread.
 class FxGroup final {
@@ -45,13 +45,13 @@ public:
 
     /// Makes room in the limiter for the highest oversampling factor of the base rate `rateHz`.
     void ReserveRate(float rateHz);
-    /// Base rate in Hz, not oversampled. Another rate starts the limiter anew.
+    /// Base rate in Hz, not oversampled. A different rate restarts the limiter.
     void SetSampleRate(float rateHz);
-    /// Takes `length` oversampled samples as the block length until a block has another one.
+    /// Sets the block length in oversampled samples. Prepare() changes it when a block has another length.
     KAV_REALTIME void SetBlock(std::size_t length) noexcept;
 
     /// Takes the settings for a block of `length` oversampled samples at `factor` times the base rate, and
-    /// moves all smoothed values one step. To be called for every block, also when the group gets no channel.
+    /// moves all smoothed values one step. Must be called for every block, even if the group has no channels.
     KAV_REALTIME void Prepare(const SGroupSettings& settings, std::uint64_t features, std::size_t length,
         std::int32_t factor) noexcept {
         _features = features;
@@ -60,13 +60,13 @@ public:
         }
     }
 
-    /// Runs the group on up to 16 channels in place. An empty list is a group without channels. In mid/side
-    /// the first two of the list are left and right, and the rest stays as it is; a single channel runs
-    /// plain. `dry` has room for the block and keeps the inputs while crossfading; nothing of it is needed
-    /// afterwards.
+    /// Runs the group on up to 16 channels in place. The list is empty for a group without channels. In
+    /// mid/side mode the first two channels are left and right, and the others are left unchanged; a single
+    /// channel is processed normally. `dry` has room for the block and holds the inputs while crossfading;
+    /// its content isn't needed afterwards.
     KAV_REALTIME void Process(std::span<float* const> channels, const CChannelBuffers& dry) noexcept;
 
-    /// Highest sample of list place `place` since it was last taken, before and behind the limiter.
+    /// Highest sample at list place `place` since it was last taken, before and after the limiter.
     std::array<PeakProbe, MaxChannels> inputProbes;
     std::array<PeakProbe, MaxChannels> outputProbes;
 
@@ -88,7 +88,8 @@ private:
     float _rateHz = 44100.0f;    // base rate
     std::size_t _block = 0;      // oversampled samples per block
     SGroupSettings _settings;    // as last taken
-    bool _settled = false;       // all positions have arrived, and another block of the same moves nothing
+    bool _settled =
+        false; // all positions have arrived, so another block with the same settings changes nothing
     Smoother _mixSmoother;       // steps once per block
     float _mixPosition = 0.0f;   // 0 processed .. 1 bypassed
     Smoother _parameterSmoother; // steps once per block

@@ -6,8 +6,8 @@
 
 namespace KAV::DSP {
 
-/// Coefficients of the K-weighting of ITU-R BS.1770 at one rate, by its analogue prototype: a high shelf,
-/// then a high pass.
+/// Coefficients of the K-weighting of ITU-R BS.1770 at one rate, derived from its analogue prototype: a high
+/// shelf, then a high pass.
 struct SKWeighting {
     struct SStage {
         double a1 = 0.0, a2 = 0.0;

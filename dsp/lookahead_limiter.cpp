@@ -10,9 +10,7 @@ namespace KAV::DSP {
 
 std::size_t LookaheadLength(double rateHz) noexcept {
     const double steps = std::floor(rateHz * 0.0014 * 0.015625 + 0.6);
-    return steps < 1.0
-               ? 64
-               : static_cast<std::size_t>(steps) * 64; // below some 18 kHz: the shortest window there is
+    return steps < 1.0 ? 64 : static_cast<std::size_t>(steps) * 64; // below about 18 kHz: the shortest window
 }
 
 LookaheadLimiter::LookaheadLimiter() {
@@ -44,7 +42,7 @@ void LookaheadLimiter::SetRate(double rateHz) {
     _coefficients.curve[0] = CoefficientOf(0.281, _coefficients.tau);
     _coefficients.curve[1] = CoefficientOf(0.057, _coefficients.tau);
     _coefficients.curve[2] = CoefficientOf(0.00054, _coefficients.tau);
-    // (1 - g)^4 seconds of 1 / tau seconds give the floor; a little more than rounding keeps clear of it.
+    // The floor is (1 - g)^4 seconds = 1 / tau seconds; the margin stays clear of rounding errors.
     _coefficients.floorGain = 1.0 - std::pow(_coefficients.tau, -0.25) * (1.0 - 1e-9);
     _lookahead = static_cast<std::uint32_t>(lookahead);
 
@@ -82,8 +80,8 @@ void LookaheadLimiter::SetParams(
 
 void LookaheadLimiter::Process(
     std::span<float* const> channels, std::size_t length, EProcessorPath path) noexcept {
-    // A buffer that comes twice is driven twice, and its second place delays what the first one has put out:
-    // only sample after sample, that is.
+    // A buffer that appears twice is driven twice, and its second place delays what the first one has
+    // written. That only works one sample at a time.
     for (std::size_t c = 1; c < channels.size() && path != EProcessorPath::Plain; ++c) {
         const auto earlier = channels.first(c);
         if (std::find(earlier.begin(), earlier.end(), channels[c]) != earlier.end()) {
@@ -143,15 +141,15 @@ void LookaheadLimiter::Run(std::span<float* const> channels, std::size_t from, s
     _averaged.Advance(run.averagedCount);
 }
 
-/// The tree as if the plain path had run all along.
+/// Fills the tree as if the plain path had always run.
 void LookaheadLimiter::RefillTree(const SLimiterRun& run) noexcept {
     for (std::size_t back = run.lookahead; back > 0; --back) _tree.Push(Required(*(run.peaks - back)));
     _isTreeCurrent = true;
 }
 
-/// The maxima as if they had been kept all along. Each window of the last `window` ones crosses the place
-/// `window` back: its part before that place grows backwards, the rest forwards. Peaks beyond those held
-/// belong to windows that are never asked for again.
+/// Fills the maxima as if they had always been kept. Each window of the last `window` peaks crosses the place
+/// `window` back: its part before that place is computed backwards, the rest forwards. Peaks beyond those
+/// held belong to windows that are never read again.
 void LookaheadLimiter::RefillMaxima(const SLimiterRun& run) noexcept {
     std::size_t window = ShortestMaximum;
     for (std::size_t k = 0; k < _maximaCount; ++k, window *= 2) {
@@ -171,9 +169,9 @@ void LookaheadLimiter::RefillMaxima(const SLimiterRun& run) noexcept {
     _areMaximaCurrent = true;
 }
 
-/// The gain that brings a peak down to 1; 1 for one below.
+/// The gain that brings a peak down to 1; 1 for peaks below.
 double LookaheadLimiter::Required(float peak) noexcept {
-    constexpr double limit = 1.0; // where the driven signal is held
+    constexpr double limit = 1.0; // level to which the driven signal is limited
     return static_cast<double>(peak) < limit ? 1.0 : limit / static_cast<double>(peak);
 }
 
@@ -191,10 +189,10 @@ void LookaheadLimiter::RunPlain(SLimiterRun& run) noexcept {
         _state.minimum = std::min(_state.minimum, gain);
     }
     run.averagedCount = run.length;
-    _state.equalGainsInARow = 0; // nobody has counted
+    _state.equalGainsInARow = 0; // not counted here
 }
 
-/// Drives sample `i` of all channels in place and gives the largest magnitude; not-a-number never is the
+/// Drives sample `i` of all channels in place and returns the largest magnitude; not-a-number is never the
 /// largest.
 float LookaheadLimiter::Drive(const SLimiterRun& run, std::size_t i) noexcept {
     float peak = 0.0f;
@@ -222,7 +220,7 @@ double LookaheadLimiter::AutoRelease(double required) noexcept {
     double g = std::min(required, _state.slow);
     if (!(_state.automatic > g)) g = g + (_state.automatic - g) * coefficient;
     _state.automatic = g;
-    _state.isCoefficientKnown = false; // that for the next sample
+    _state.isCoefficientKnown = false; // for the next sample
     return g;
 }
 

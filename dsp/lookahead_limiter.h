@@ -14,8 +14,8 @@
 
 namespace KAV::DSP {
 
-/// Look-ahead length in samples at an (oversampled) rate in Hz: 1.4 ms, taken to a multiple of 64, at
-/// least 64.
+/// Look-ahead length in samples at an (oversampled) rate in Hz: 1.4 ms, rounded to a multiple of 64, at least
+/// 64.
 std::size_t LookaheadLength(double rateHz) noexcept;
 
 /// A brick-wall limiter for channels that share one gain. The threshold drives the signal against full scale,
@@ -34,7 +34,7 @@ public:
     /// Makes room for rates up to `rateHz` (oversampled).
     void Reserve(double rateHz);
 
-    /// Starts anew at `rateHz` (above 0): unity gain, empty delay lines.
+    /// Restarts at `rateHz` (above 0): unity gain, empty delay lines.
     KAV_REALTIME void SetRate(double rateHz);
     /// Positions 0..1: threshold and ceiling span -30..0 dB, release 0.01..1000 ms (time to fall to 10 %).
     /// They take effect at the next sample, with no ramp.
@@ -42,8 +42,8 @@ public:
         float thresholdPos, float ceilingPos, float releasePos, bool autoRelease) noexcept;
 
     /// Limits up to 16 channels of `length` samples in place, delayed by Lookahead(). Delay lines belong to
-    /// places in the list, not to host channels. All paths that the processor has give the same bits, and
-    /// one goes on where another left off.
+    /// places in the list, not to host channels. All paths that the processor supports produce the same bits,
+    /// and the path may change between calls.
     KAV_REALTIME void Process(std::span<float* const> channels, std::size_t length,
         EProcessorPath path = EProcessorPath::Plain) noexcept;
 
@@ -74,7 +74,7 @@ private:
     static void Output(const SLimiterRun& run, std::size_t i, double gain) noexcept;
 
     // Settings
-    float _thresholdPos = 0.0f; // the three as last given
+    float _thresholdPos = 0.0f; // all three as last set
     float _ceilingPos = 0.0f;
     float _releasePos = 0.0f;
     double _rateHz = 0.0;
@@ -88,11 +88,11 @@ private:
     CSampleHistory<double> _released;
     CSampleHistory<double> _averaged;
 
-    // The look-ahead's window, once for the plain path and once for the others; see SLimiterRun.
+    // The look-ahead's window, once for the plain path and once for the other paths; see SLimiterRun.
     MinTree _tree;
     std::array<CSampleHistory<float>, SLimiterRun::MaxMaxima> _maxima;
     std::size_t _maximaCount = 0; // in use
-    bool _isTreeCurrent = true;   // or to be made anew from the peaks
+    bool _isTreeCurrent = true;   // otherwise it has to be rebuilt from the peaks
     bool _areMaximaCurrent = true;
 
     Utils::CShared<std::uint32_t> _lookahead{0};

@@ -9,10 +9,10 @@
 #include <numbers>
 #include <span>
 
-// A block shows some ten peaks, and the library's logarithm and the way to the segment would take as long as
-// the limiter takes for a short block. So a place is computed here first, closer than single precision asks
-// for, and only where it lies too close to where single precision rounds to another number, for a few peaks
-// in ten thousand, is it computed as defined. The result is that of the definition, to the bit.
+// A block shows about ten peaks, and with the library's logarithm and a search for the segment that would
+// take as long as limiting a short block. So a place is first computed with a precision slightly better than
+// single. Only if the result lies too close to where single precision rounds to another number, for a few
+// peaks in ten thousand, is it computed as defined. The result equals that of the definition to the bit.
 
 namespace KAV::DSP {
 
@@ -25,15 +25,15 @@ double Decibels(float peak) noexcept {
     return peak > 0.0f ? 20.0 * std::log10(static_cast<double>(peak)) : -999.9;
 }
 
-/// The segment that `db`, above the first point and below the last, lies in: from points[i] to points[i + 1],
-/// that one included.
+/// The segment that contains `db`, which is above the first point and below the last: from points[i] to
+/// points[i + 1] inclusive.
 std::size_t Segment(std::span<const double> points, double db) noexcept {
     std::size_t i = 0;
     while (db > points[i + 1]) ++i;
     return i;
 }
 
-/// The scales as they are defined.
+/// The scales as defined.
 float DefinedSevenPointScale(float peak) noexcept {
     const double db = Decibels(peak);
     if (db >= SevenPoints.back()) return 1.0f;
@@ -52,8 +52,8 @@ float DefinedFivePointScale(float peak) noexcept {
     return static_cast<float>((1.0 - part + static_cast<double>(i)) * 0.25);
 }
 
-/// Decibels of a normal number by its exponent, the part of the mantissa's range that it lies in, and a
-/// series for the distance from the middle of that part; right to 1e-10 dB.
+/// Decibels of a normal number, from its exponent, the part of the mantissa's range that it lies in, and a
+/// series for the distance from the middle of that part; accurate to 1e-10 dB.
 class CCloseDecibels final {
 public:
     CCloseDecibels() noexcept {
@@ -86,8 +86,8 @@ private:
     static constexpr double Unit = 20.0 / std::numbers::ln10;                       // dB of a factor of e
     static constexpr std::uint32_t One = 0x3F800000;                                // 1.0f
     struct SPart {
-        double reciprocal; // of its middle
-        double decibels;   // of its middle
+        double reciprocal; // of the middle
+        double decibels;   // of the middle
     };
 
     static std::uint32_t Exponent(float peak) noexcept {
@@ -99,14 +99,14 @@ private:
 
 const CCloseDecibels CloseDecibels;
 
-/// A segment, made longer in both directions.
+/// A segment, extended in both directions.
 struct SLine {
     double slope; // per dB
     double place; // at 0 dB
 };
 
-/// Each segment of a scale is as high as the one before and no wider, so slopes never fall, and the highest
-/// of all lines is the segment's own.
+/// Each segment of a scale is as high as the previous one and no wider, so slopes never fall, and the highest
+/// of all lines is that of the segment itself.
 template<std::size_t COUNT>
 double Highest(const std::array<SLine, COUNT>& lines, double db) noexcept {
     double place = 0.0;

@@ -17,7 +17,7 @@ public:
     static constexpr std::size_t Entries = 16;
     static constexpr std::size_t Groups = 4;
 
-    /// Blocks per second, so that meters fall in the same time whatever the block's length is.
+    /// Blocks per second, so that meters take the same time to fall whatever the block length.
     KAV_REALTIME void SetBlockRate(float rateHz) noexcept;
 
     using Peaks = std::array<float, Entries>;
@@ -41,7 +41,7 @@ private:
     struct SFamily {
         std::array<float, COUNT> state{};
         std::array<Utils::CShared<float>, COUNT> shown;
-        std::uint32_t nonZero = 0; // bit n: place n is above 0; the others stay there while nothing is heard
+        std::uint32_t nonZero = 0; // bit n: place n is above 0; the others stay at 0 while there is no sound
 
         void Step(const Smoother& smoother, std::size_t place, float target) noexcept {
             const std::uint32_t bit = std::uint32_t{1} << place;

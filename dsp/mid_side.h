@@ -7,8 +7,8 @@
 
 namespace KAV::DSP {
 
-/// What a mid/side group works on. The values are combinations of bits: 1 mid, 2 side, 4 mid on both sides, 8
-/// side on both.
+/// What a mid/side group processes. The values are combinations of bits: 1 mid, 2 side, 4 mid on both sides,
+/// 8 side on both.
 enum class EMidSide : std::uint8_t { Off = 0, Mid = 1, Side = 2, Both = 3, MidSolo = 4, SideSolo = 8 };
 
 constexpr EMidSide MidSideMode(bool mid, bool side, bool solo) noexcept {
@@ -18,7 +18,7 @@ constexpr EMidSide MidSideMode(bool mid, bool side, bool solo) noexcept {
     return EMidSide::Off;
 }
 
-/// Left becomes mid, right becomes side, in place. Both may be the same buffer; then the side stays in it.
+/// Left becomes mid, right becomes side, in place. Both may be the same buffer, which then holds the side.
 KAV_REALTIME inline void EncodeMidSide(std::span<float> left, float* right) noexcept {
     for (std::size_t i = 0; i < left.size(); ++i) {
         const float l = left[i];
@@ -28,7 +28,7 @@ KAV_REALTIME inline void EncodeMidSide(std::span<float> left, float* right) noex
     }
 }
 
-/// The way back. A soloed half goes to both channels, a soloed side in opposite phase.
+/// The reverse. A soloed half goes to both channels, a soloed side in opposite phase.
 KAV_REALTIME inline void DecodeMidSide(EMidSide mode, std::span<float> mid, float* side) noexcept {
     for (std::size_t i = 0; i < mid.size(); ++i) {
         const float m = mid[i];

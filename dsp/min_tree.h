@@ -20,7 +20,7 @@ public:
     KAV_REALTIME double Push(double value) noexcept;
 
 private:
-    static constexpr std::size_t Fan = 8;        // entries that one entry of the next level stands for
+    static constexpr std::size_t Fan = 8;        // entries that one entry of the next level covers
     static constexpr std::size_t MaxLevels = 21; // 8^21 values: more than memory can hold
 
     static std::size_t Padded(std::size_t entries) { return (entries + Fan - 1) / Fan * Fan; }
@@ -28,10 +28,10 @@ private:
 
     std::vector<double> _nodes;                   // levels one after another, the root last
     std::array<std::size_t, MaxLevels> _starts{}; // where each level begins in _nodes
-    std::size_t _levels = 0;                      // levels in front of the root
+    std::size_t _levels = 0;                      // levels below the root
     std::size_t _root = 0;                        // index of the root; _root < _nodes.size()
     std::size_t _length = 0;                      // of the window
-    std::size_t _write = 0;                       // entry of level 0 that comes next; 0 <= _write < _length
+    std::size_t _write = 0;                       // next entry of level 0 to write; 0 <= _write < _length
 };
 
 } // namespace KAV::DSP

@@ -26,7 +26,7 @@ void Oversampler::SetFactor(std::int32_t factor) noexcept {
 }
 
 void Oversampler::Design() noexcept {
-    // The oversampled rate is a single-precision product, all else is double.
+    // The oversampled rate is a single-precision product; everything else is in double precision.
     const double raisedRate = static_cast<double>(static_cast<float>(_factor) * _rateHz);
     const double standard = static_cast<double>(_rateHz) * 0.9 * 0.5 / raisedRate;
     const double quality = static_cast<double>(_rateHz) * 0.99 * 0.5 / raisedRate;
@@ -68,7 +68,7 @@ void Oversampler::Down(std::span<float*> channels) noexcept {
     _in.fill(nullptr);
 }
 
-/// Runs the raised channels of the block through `cascade`, without the ones that are left out.
+/// Runs the raised channels of the block through `cascade`, except those that are left out.
 void Oversampler::Filter(BiquadCascade& cascade, std::size_t length) noexcept {
     std::array<float*, MaxChannels> present{};
     std::size_t count = 0;

@@ -11,7 +11,7 @@
 
 namespace KAV::DSP {
 
-/// Raises channels to 1, 2, 4 or 8 times their rate by zero-stuffing and a low-pass, and brings them back by
+/// Raises channels to 1, 2, 4 or 8 times their rate by zero-stuffing and a low-pass, and lowers them again by
 /// a low-pass and dropping samples. At factor 1 the channels pass unchanged.
 ///
 /// Threads: SetSampleRate() and Reserve() while audio is stopped; the rest on the audio thread, allocates
@@ -23,23 +23,23 @@ public:
 
     Oversampler() noexcept;
 
-    /// Base rate in Hz; another rate designs the filters anew.
+    /// Base rate in Hz; a different rate designs the filters again.
     void SetSampleRate(float rateHz) noexcept;
-    /// Makes room for `frames` samples at the base rate; never less than before.
+    /// Makes room for `frames` samples at the base rate; the room never shrinks.
     void Reserve(std::size_t frames);
 
-    /// `factor`: 1, 2, 4 or 8. Another factor designs the filters anew and empties them, with no ramp.
+    /// `factor`: 1, 2, 4 or 8. A different factor designs the filters again and empties them, with no ramp.
     KAV_REALTIME void SetFactor(std::int32_t factor) noexcept;
-    /// Picks the pair of filters. The pair taken up goes on from its own delays.
+    /// Selects the pair of filters. The selected pair continues from its own delays.
     KAV_REALTIME void SetHighQuality(bool highQuality) noexcept { _highQuality = highQuality; }
-    /// Processor features that the filters may use from now on; 0 at first.
+    /// Processor features that the filters may use from now on; initially 0.
     KAV_REALTIME void SetFeatures(std::uint64_t features) noexcept { _features = features; }
 
     /// Takes up to 16 channels of `frames` samples (within the reserve), null for one that is left out, and
     /// replaces them by the raised channels of frames x factor samples.
     KAV_REALTIME void Up(std::span<float*> channels, std::size_t frames) noexcept;
-    /// The way back for the same list: puts the channels that Up() took back into their places, holding the
-    /// result.
+    /// The reverse for the same list: puts the channels that Up() took back into their places, with the
+    /// result in them.
     KAV_REALTIME void Down(std::span<float*> channels) noexcept;
 
     std::int32_t Factor() const noexcept { return _factor; }

@@ -14,7 +14,7 @@ CPluginDSP<TSample, TValue, TFrame>::CPluginDSP() {
 
 template<typename TSample, typename TValue, typename TFrame>
 void CPluginDSP<TSample, TValue, TFrame>::SetSampleRate(float rateHz) {
-    // A denormal rate is 0 where it is used, on a thread that flushes denormals.
+    // A denormal rate would be used as 0, because the thread flushes denormals.
     if (!(rateHz >= std::numeric_limits<float>::min() && rateHz <= MaxSampleRate)) return;
     TFrame::SetSampleRate(rateHz);
 }

@@ -8,7 +8,7 @@
 
 namespace KAV::DSP {
 
-/// What every engine of this family shares with its device: the size of it and the values that the user sets.
+/// What every engine of this family shares with its device: its dimensions and the values that the user sets.
 /// `TSample` is the type of the audio buffers, `TValue` that of parameter values.
 template<typename TSample, typename TValue, int CHANNELS, int GROUPS>
 class CPluginDSP_base {

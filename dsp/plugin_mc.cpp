@@ -13,7 +13,7 @@ namespace KAV::DSP {
 
 namespace {
 
-constexpr int SilenceSeconds = 5; // a channel leaves the path after so much silence
+constexpr int SilenceSeconds = 5; // a channel leaves the path after this much silence
 
 std::int64_t SilenceLimit(float rateHz) noexcept {
     return std::int64_t{SilenceSeconds} * static_cast<std::int64_t>(rateHz);
@@ -29,7 +29,7 @@ CPluginMC<TSample, TValue>::CPluginMC() : _gainSmoother(100.0f, 100.0f, 44100.0f
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SetSampleRate(float rateHz) {
     for (auto& group : _groups)
-        group.ReserveRate(rateHz); // this and the next can fail, and then nothing has changed
+        group.ReserveRate(rateHz); // this call and the next may fail, and then nothing has changed
     if (_autoGainLinks.enable) _autoGain.SetRate(rateHz);
     for (auto& group : _groups) group.SetSampleRate(rateHz);
     _rateHz = rateHz;
@@ -40,8 +40,8 @@ void CPluginMC<TSample, TValue>::SetSampleRate(float rateHz) {
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SetBlockSize(std::size_t frames) {
     const std::size_t length = frames * std::size_t{Oversampler::MaxFactor};
-    // What only grows goes first, then all at once what may shrink: a failure in between leaves room for the
-    // old size.
+    // First everything that only grows, then at once what may shrink: if something in between fails, there is
+    // still room for the old size.
     _oversampler.Reserve(frames);
     if (length > _dry.Length()) _dry.Resize(length);
     CChannelBuffers scratch;
@@ -75,7 +75,7 @@ int CPluginMC<TSample, TValue>::Latency() const noexcept {
             this->parameters.channelInGroup.end(), [group](const auto& entry) { return bool{entry[group]}; });
         if (!used) continue;
         latency += lookahead;
-        if (groupsParallel) break; // the groups run side by side: the first one's delay stands for all
+        if (groupsParallel) break; // the groups run side by side, so the first one's delay counts for all
     }
     return latency;
 }
@@ -135,7 +135,7 @@ void CPluginMC<TSample, TValue>::SnapshotGroup(std::size_t group, SBlock& block)
     }
     const std::uint32_t entries = record.entriesWithChannels;
     if (block.midSide[group] != EMidSide::Off) {
-        // A half that is switched off still belongs to the pair that the other half is made of.
+        // A half that is switched off still belongs to the pair that the other half is part of.
         block.entries[group] = entries;
         return;
     }
@@ -160,8 +160,8 @@ SGroupSettings CPluginMC<TSample, TValue>::GroupSettings(
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SMainGain::Move(
     const Smoother& smoother, float target, bool refresh) noexcept {
-    // Unlike a group's gain this one has no first computation: a target of exactly 0 finds the position there
-    // and leaves the gain at 1.
+    // Unlike a group's gain, this one isn't computed initially: with a target of exactly 0 the position is
+    // already there, and the gain stays 1.
     if (position == target && !refresh) return;
     position = smoother.Step(position, target);
     stage.gain = static_cast<float>(GainOfDb(48.0 * static_cast<double>(position) - 24.0));
@@ -209,7 +209,7 @@ void CPluginMC<TSample, TValue>::LimitGroup(std::size_t group, const SBlock& blo
     MeterGroup(group, list, shown);
 }
 
-/// What the host sends to the shown group's entries, silent channels included.
+/// Meters the host's input of the shown group's entries, silent channels included.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::MeterSources(
     std::span<TSample* const> channels, const SBlock& block) noexcept {
@@ -228,7 +228,7 @@ void CPluginMC<TSample, TValue>::MeterSources(
     _meters.StepSources(entries, peaks);
 }
 
-/// Of an entry with two channels the second one shows. Input probes of the groups that aren't shown go on
+/// For an entry with two channels the second one is shown. Input probes of the groups that aren't shown keep
 /// collecting.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::MeterGroup(std::size_t group, const SGroupList& list, bool shown) noexcept {
@@ -257,7 +257,7 @@ void CPluginMC<TSample, TValue>::Gather(std::size_t group, const SBlock& block, 
     });
 }
 
-/// Adds host channel `number`, if there is such a one and it isn't silent, to a group's list.
+/// Adds host channel `number` to a group's list if it exists and isn't silent.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::Take(
     std::size_t entry, std::int32_t number, const SBlock& block, SGroupList& list) noexcept {
@@ -316,7 +316,7 @@ void CPluginMC<TSample, TValue>::ApplyOutput(const SBlock& block) noexcept {
     }
 }
 
-/// While a group is soloed, only what soloed groups took is heard.
+/// While a group is soloed, only channels that soloed groups took are heard.
 template<typename TSample, typename TValue>
 void CPluginMC<TSample, TValue>::SilenceUnused(const SBlock& block) noexcept {
     for (std::size_t channel = 0; channel < block.channels; ++channel) {

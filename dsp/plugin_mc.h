@@ -38,20 +38,21 @@ public:
     Utils::CShared<bool> groupsParallel{false}; ///< connection of the groups: serial or parallel
     AutoGainSettings autoGain;
 
-    /// What switches the automatic gain stage.
+    /// What switches the automatic gain stage on and off.
     struct SAutoGainLinks {
         bool enable = false;
-        const Utils::CShared<bool>* on = nullptr;        ///< disabled without one
-        const Utils::CShared<bool>* automatic = nullptr; ///< auto mode off without one
-        Utils::CShared<float>* adjusting = nullptr;      ///< gets 1 while the gain moves
+        const Utils::CShared<bool>* on = nullptr;        ///< disabled if null
+        const Utils::CShared<bool>* automatic = nullptr; ///< auto mode is off if null
+        Utils::CShared<float>* adjusting = nullptr;      ///< is set to 1 while the gain moves
     };
-    /// Nothing in this device calls this; the stage stays off. Its windows, which hold ten seconds, are made
-    /// by the first links that enable it, and stay. Throws std::bad_alloc, and then the old links stay.
+    /// No caller in this device, so the stage stays off. Its windows, which hold ten seconds, are allocated
+    /// by the first links that enable it, and kept. Throws std::bad_alloc, and then the old links stay.
     void SetAutoGainLinks(const SAutoGainLinks& links);
 
-    /// Delay in samples of the oversampled rate, as reported to the host: the first used group's look-ahead
-    /// in parallel, the sum over all used groups in series. A group is used when one of its channel toggles
-    /// is on. It is that of the present settings, also before a block has run with them: hosts ask then.
+    /// Delay in samples of the oversampled rate, as reported to the host: in parallel the first used group's
+    /// look-ahead, in series the sum over all used groups. A group is used when one of its channel toggles is
+    /// on. The value follows the present settings even before a block has run with them, because hosts ask at
+    /// that time.
     int Latency() const noexcept;
 
     /// The limiter of a group 0..3, for its gain-reduction feed.
@@ -81,7 +82,7 @@ private:
 
         void Move(const Smoother& smoother, float target, bool refresh = false) noexcept;
     };
-    /// The settings as the whole block sees them, however they change meanwhile.
+    /// The settings as the whole block uses them, even if they change meanwhile.
     struct SBlock {
         std::size_t channels = 0; // host channels
         std::size_t frames = 0;   // at the base rate
@@ -127,8 +128,8 @@ private:
         _active{}; // each input channel's buffer in this block, null when it is skipped
     std::array<bool, ChannelCount> _used{}; // some group took this channel in this block
     CChannelBuffers _scratch;               // parallel: the groups' own copies
-    CChannelBuffers _sums;                  // parallel: what the groups gave
-    CChannelBuffers _dry;                   // of the group that runs, while it crossfades to or from bypass
+    CChannelBuffers _sums;                  // parallel: the output of the groups
+    CChannelBuffers _dry;                   // of the running group, while it crossfades to or from bypass
     Oversampler _oversampler;
     std::array<SilenceGate, ChannelCount> _gates;
     SMainGain _input;
@@ -137,7 +138,7 @@ private:
     std::array<FxGroup, GroupCount> _groups;
     CMeters _meters;
     SAutoGainLinks _autoGainLinks;
-    AutoGain _autoGain;      // has room once it has been enabled
+    AutoGain _autoGain;      // allocated once it has been enabled
     std::size_t _frames = 0; // longest block announced
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// In an unnamed namespace, because sources with compiler flags of their own include it; see lanes.h.
+// In an unnamed namespace, because sources with their own compiler flags include it; see lanes.h.
 
 #include "dsp/correctly_rounded.h"
 #include "dsp/limiter_run.h"
@@ -17,7 +17,8 @@ namespace {
 //   u     a value near g in steady state, ahead of it while the slow envelope is above it
 //   k     weight of a over u, see ReleaseWeight()
 
-/// exp(-1 / (t x tau)): what a one-pole keeps per sample to fall to 10 % in `seconds`.
+/// exp(-1 / (t x tau)): the fraction of the distance that a one-pole keeps per sample to fall to 10 % in
+/// `seconds`.
 inline double CoefficientOf(double seconds, double tau) noexcept {
     return std::exp(-1.0 / (seconds * tau));
 }
@@ -31,7 +32,7 @@ inline double ReleaseWeight(const SReleaseCoefficients& coefficients, double u) 
     return (coefficients.curve[2] - coefficients.curve[1]) * ((u - 0.71) / 0.29) + coefficients.curve[1];
 }
 
-/// What the sample after one of gain `g` keeps of its distance.
+/// The fraction of its distance that the sample after one of gain `g` keeps.
 inline double AutomaticCoefficient(const SReleaseCoefficients& coefficients, double g, double slow) noexcept {
     const double ahead = 2.0 * slow - g;
     const double u = 1.0 < ahead ? 1.0 : ahead;
@@ -47,7 +48,7 @@ inline double AutomaticCoefficient(const SReleaseCoefficients& coefficients, dou
     return ReleaseWeight(coefficients, u) * a;
 }
 
-/// The coefficient that the next sample of the programme-dependent release needs, computed only when it does.
+/// The coefficient for the next sample of the programme-dependent release; computed only when it is needed.
 inline double KnownCoefficient(const SReleaseCoefficients& coefficients, SLimiterState& state) noexcept {
     if (!state.isCoefficientKnown) {
         state.automaticCoefficient = AutomaticCoefficient(coefficients, state.automatic, state.slow);

@@ -15,21 +15,22 @@ public:
     /// The RMS of a window without any signal: -144 dB.
     static constexpr double Floor = 6.30957344480193e-8;
 
-    /// A new window of the same time at another rate: room for ten seconds, untouched. Throws std::bad_alloc.
+    /// A new window of the same time at another rate, with room for ten seconds. The memory isn't touched
+    /// yet. Throws std::bad_alloc.
     RmsWindow WithRate(double rateHz) const;
-    /// Length of the window, limited to one sample up to ten seconds. Changing it empties the window.
+    /// Length of the window, from one sample to ten seconds. Changing it empties the window.
     KAV_REALTIME void SetTime(double timeMs) noexcept;
-    /// Takes the mean over all channels of (gain x value) squared.
+    /// Pushes the mean over all channels of (gain x value) squared.
     KAV_REALTIME void Push(std::span<const double> values, double gain) noexcept;
     KAV_REALTIME double Rms() const noexcept;
-    /// Empties a window into which not-a-number or infinity has got.
+    /// Empties the window if it contains not-a-number or infinity.
     KAV_REALTIME void Recover() noexcept;
 
 private:
     void Reset() noexcept;
     void Empty() noexcept;
 
-    Utils::CZeroedDoubles _buffer; // squares, ten seconds of them
+    Utils::CZeroedDoubles _buffer; // squares, for ten seconds
     double _rateHz = 0.0;
     double _timeMs = 0.0;
     double _sum = 0.0;       // of what the window holds

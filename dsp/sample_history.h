@@ -9,10 +9,11 @@
 
 namespace KAV::DSP {
 
-/// The last `length` values of a sequence, contiguous in memory at any time. After them is room
-/// for more, so that a run of new values is written and old ones are read at plain addresses; values move
-/// only once in a while.
+/// The last `length` values of a sequence, always contiguous in memory, with room after them for more. So a
+/// run of new values is written, and old ones are read, at plain addresses; values are moved only
+/// occasionally.
 /// Threads: Reserve() while audio is stopped; the rest on the audio thread, allocates nothing within the
+/// reserve.
 /// reserve.
 template<typename T>
 class CSampleHistory final {
@@ -22,7 +23,7 @@ public:
     /// A run may write this many values past its end; they are ignored.
     static constexpr std::size_t Overhang = 16;
 
-    /// Makes room for lengths up to `length`; what is held stays.
+    /// Makes room for lengths up to `length`; the held values stay.
     void Reserve(std::size_t length) {
         const std::size_t size = length + Line + LongestRun + Overhang;
         if (size > _values.size()) _values.resize(size);
@@ -34,14 +35,14 @@ public:
         _next = Start();
         std::fill_n(Held(), length, value);
     }
-    /// Where the next `count` values (at most LongestRun) go; the ones held end right before. The address
-    /// holds until the next call. It lies at the beginning of a cache line as long as runs come in multiples
-    /// of one: values just stored as vectors can be read again only slowly where they cross lines.
+    /// Where to write the next `count` values (at most LongestRun); the held ones end right before it. The
+    /// address is valid until the next call. It is at the start of a cache line as long as runs are multiples
+    /// of one: values that were just stored as vectors are slow to read back across lines.
     KAV_REALTIME T* Next(std::size_t count) noexcept {
         if (_next + count + Overhang > _values.size()) {
             const auto held = Held();
             _next = Start();
-            std::copy_n(held, _length, Held()); // they move down, so the order is right where they overlap
+            std::copy_n(held, _length, Held()); // moves down, so the order is right if they overlap
         }
         return _values.data() + _next;
     }
@@ -52,7 +53,7 @@ private:
     static constexpr std::size_t LineBytes = 64;
     static constexpr std::size_t Line = LineBytes / sizeof(T);
 
-    /// The first place for a next value: on a line's beginning, the values held before it.
+    /// The first place for a next value: at the start of a line, with the held values before it.
     std::size_t Start() const noexcept {
         const auto address = reinterpret_cast<std::uintptr_t>(_values.data() + _length);
         return _length + (LineBytes - address % LineBytes) % LineBytes / sizeof(T);

@@ -12,15 +12,16 @@
 
 namespace KAV::DSP {
 
-/// The highest magnitude of a channel, and of `peak`; not-a-number is ignored. Four samples at a time where
-/// every processor of the kind can: a maximum is the same in any order.
+/// The highest magnitude of a channel, and of `peak`; not-a-number is ignored. Takes four samples at a time
+/// on processors where that is always available: a maximum is the same in any order.
 KAV_REALTIME inline float PeakOf(std::span<const float> channel, float peak) noexcept {
     std::size_t i = 0;
 #if defined(__SSE2__)
     const __m128 sign = _mm_set1_ps(-0.0f);
     __m128 first = _mm_set1_ps(peak);
     __m128 second = first;
-    const auto higher = [&](std::size_t place, __m128 highest) { // which stays if a sample is not a number
+    const auto higher = [&](std::size_t place,
+                            __m128 highest) { // keeps `highest` if a sample is not a number
         return _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(channel.data() + place)), highest);
     };
     for (; i + 16 <= channel.size(); i += 16) {
@@ -38,8 +39,8 @@ KAV_REALTIME inline float PeakOf(std::span<const float> channel, float peak) noe
     return peak;
 }
 
-/// How many samples at the end of a channel are smaller than `limit`; not-a-number is not. Where the last one
-/// is not, this ends at once.
+/// How many samples at the end of a channel are smaller than `limit`; not-a-number isn't. Returns at once if
+/// the last sample isn't smaller.
 KAV_REALTIME inline std::size_t QuietEnd(std::span<const float> channel, float limit) noexcept {
     std::size_t end = channel.size();
 #if defined(__SSE2__)

@@ -22,8 +22,8 @@ struct SilenceGate final {
     /// sample at or above the threshold opens it, within this very block.
     KAV_REALTIME void Read(std::span<const float> channel) noexcept {
         if (off) return;
-        // What was before the last sound does not count any more, so the way goes backwards, and mostly ends
-        // at once.
+        // What came before the last sound no longer counts, so the scan runs backwards, and usually ends at
+        // once.
         const std::size_t quiet = QuietEnd(channel, Threshold);
         if (quiet < channel.size()) {
             count = 0;
@@ -31,7 +31,7 @@ struct SilenceGate final {
         }
         if (silent) return;
         const auto last = count + static_cast<std::int64_t>(quiet);
-        silent = count <= limit && limit < last; // a limit that has shrunk below the count is passed by
+        silent = count <= limit && limit < last; // a limit that has shrunk below the count counts as passed
         count = silent ? limit + 1 : last;
     }
 };

@@ -1,21 +1,21 @@
 #pragma once
 
-// Cascades of biquads in vector registers: the text of cascade_narrow.cpp and cascade_wide.cpp, which compile
-// it for their processors. The plain path in biquad_cascade.cpp does the same stage after stage.
+// Cascades of biquads in vector registers: the code of cascade_narrow.cpp and cascade_wide.cpp, which compile
+// it for their processors. The plain path in biquad_cascade.cpp does the same, one stage at a time.
 //
-// A stage needs the sample that the stage before has made of it, so the stages of one sample can't run side
-// by side; but those of different samples can. Each lane is a part of the cascade, and each part is a few
-// samples behind the one before it. Eight stages in two registers of four lanes:
+// A stage needs the output of the previous stage for the same sample, so the stages of one sample can't run
+// in parallel; those of different samples can. Each lane is a part of the cascade and works a few samples
+// behind the previous lane. Eight stages in two registers of four lanes:
 //
 //             lane  3   2   1   0
 //   sample in ->    0   2   4   6     first register      hands over to the second one at once, whose lanes
 //                   1   3   5   7     second register     turn by one place and some samples later are what
 //                   |_<-|_<-|_<-|--> sample out           the first one takes in
 //
-// Two registers of stages and two channels are what a processor's sixteen registers can hold, delays and
-// coefficients; their four chains of arithmetic keep it busy. A long cascade runs as several such sections
-// over short strips of samples. At both ends of a block some lanes have no sample yet or none any more: there
-// their delays are kept as they are.
+// Two registers of stages for two channels fill a processor's sixteen registers with delays and coefficients;
+// their four chains of arithmetic keep it busy. A long cascade runs as several such sections over short
+// strips of samples. At both ends of a block some lanes have no sample, and their delays are left as they
+// are.
 
 #include "dsp/cascade_run.h"
 #include "dsp/fast/lanes.h"
@@ -44,7 +44,7 @@ struct SArithmetic {
 #endif
         return V::Add(a, V::Multiply(b, c));
     }
-    /// a + 2 x b, where the product is exact and so needs no rounding of its own.
+    /// a + 2 x b, where the product is exact and needs no rounding of its own.
     static V::Doubles MoreTwice(V::Doubles a, V::Doubles b) noexcept {
 #if defined(__FMA__)
         return _mm256_fmadd_pd(V::Same(2.0), b, a);
@@ -55,16 +55,16 @@ struct SArithmetic {
 };
 
 /// Stages of two channels in two registers each; see above. Ticks count the samples that the first lane takes
-/// in, from the block's first one.
+/// in, starting at the first one of the block.
 template<bool FUSED, bool FIRST>
 class CSection final { // NOLINT(cppcoreguidelines-pro-type-member-init): a strip is written before it is read
 public:
     using V = SLanes;
     static constexpr std::size_t Registers = 2;
     static constexpr std::size_t Stages = Registers * V::DoubleCount;
-    /// From one lane to the next: long enough that the next one never waits for what it takes in.
+    /// Ticks from one lane to the next: long enough that the next lane never waits for its input.
     static constexpr std::size_t Turn = 6;
-    static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of what comes out
+    static constexpr std::size_t Lag = (V::DoubleCount - 1) * Turn; // of the output
     static constexpr std::size_t Strip = 64;                        // ticks at a time
 
     void Load(
@@ -95,14 +95,14 @@ public:
         }
     }
 
-    /// Where the samples of some ticks come from: the channels themselves, or what the section before gave
-    /// Lag ticks later, of both channels in turn. An address is made only of what is read: the last ticks
-    /// lie past the end of the block.
+    /// Where the input of some ticks comes from: the channels themselves, or the output of the previous
+    /// section, which is Lag ticks later and alternates between both channels. Addresses are only computed
+    /// for what is read, because the last ticks lie past the end of the block.
     struct SIn {
         const float* left;
         const float* right;
         const V::Doubles* before;
-        std::size_t at; // ticks from there
+        std::size_t at; // ticks from its start
 
         SIn operator+(std::size_t ticks) const noexcept { return {left, right, before, at + ticks}; }
         V::Doubles Left() const noexcept {
@@ -114,8 +114,8 @@ public:
             return before[2 * at + 1];
         }
     };
-    /// Ticks `from` to `to`, a strip at most, which follow those of the call before. What it gives stays
-    /// until the next call.
+    /// Ticks `from` to `to`, at most a strip, following those of the previous call. The output is valid until
+    /// the next call.
     void Run(std::size_t from, std::size_t to, const SIn& in) noexcept {
         for (std::size_t i = 0; i < 2 * Turn; ++i) _out[i] = _out[2 * _ticks + i];
         _from = from;
@@ -126,7 +126,7 @@ public:
         RunSteadily(start, stop, in + (start - from));
         for (std::size_t t = stop; t < to; ++t) RunAtAnEnd(t, in + (t - from));
     }
-    /// What tick `t` of the last call gave in lane 0, of both channels: sample t - Lag.
+    /// The output of tick `t` of the last call in lane 0, for both channels: sample t - Lag.
     const V::Doubles* Out(std::size_t t) const noexcept { return _out + 2 * (Turn + t - _from); }
 
 private:
@@ -135,10 +135,11 @@ private:
     struct SCoefficients {
         V::Doubles a1[Registers];
         V::Doubles a2[Registers];
-        V::Doubles scale; // the first register's numerators
+        V::Doubles scale; // of the first register's numerators
         V::Doubles twice;
     };
-    /// The delays of one register's stages. Not arrays: compilers keep what has no index in registers.
+    /// The delays of one register's stages. Not arrays: compilers keep variables without an index in
+    /// registers.
     struct SDelays {
         V::Doubles w1;
         V::Doubles w2;
@@ -171,8 +172,8 @@ private:
         for (std::size_t lane = 0; lane < V::DoubleCount; ++lane) stages[StageOf(j, lane)] = values[lane];
     }
 
-    /// A tick takes the older ones' places for its own values, so that nothing has to move. `x` is what the
-    /// lanes take in.
+    /// A tick stores its values over the oldest ones, so that nothing has to move. `x` is the input of the
+    /// lanes.
     static V::Doubles Tick(const SCoefficients& coefficients, SDelays& first, SDelays& second,
         V::Doubles extra, V::Doubles x) noexcept {
         if constexpr (FIRST) {
@@ -192,8 +193,8 @@ private:
         return Step(coefficients.a1[1], coefficients.a2[1], second.w2, second.w1, x);
     }
 
-    // But for the first stage nothing is added against denormals. Adding 0 would only turn a negative zero
-    // into a positive one, which makes no difference before NarrowFirst() does just that.
+    // Only the first stage adds something against denormals. Adding 0 elsewhere would only turn a negative
+    // zero into a positive one, which makes no difference, because NarrowFirst() does that anyway.
     static V::Doubles Step(
         V::Doubles a1, V::Doubles a2, V::Doubles recent, V::Doubles& oldest, V::Doubles x) noexcept {
         if constexpr (FUSED) {
@@ -232,9 +233,10 @@ private:
         return t < to ? t : to;
     }
 
-    /// Ticks where all lanes have a sample. A function of its own, so that nothing else wants its registers.
+    /// Ticks where all lanes have a sample. A separate function, so that no other code competes for the
+    /// registers.
     [[gnu::noinline]] void RunSteadily(std::size_t from, std::size_t to, SIn in) noexcept {
-        const SCoefficients coefficients = _coefficients; // copies that no store can touch
+        const SCoefficients coefficients = _coefficients; // copies, which no store can alias
         SDelays leftFirst = _channels[0].first;
         SDelays leftSecond = _channels[0].second;
         SDelays rightFirst = _channels[1].first;
@@ -275,7 +277,7 @@ private:
         }
     }
 
-    /// A tick where some lanes have no sample: their delays stay.
+    /// A tick where some lanes have no sample; their delays stay unchanged.
     void RunAtAnEnd(std::size_t t, const SIn& in) noexcept {
         const V::Doubles isActive = Active(t);
         const SChannel before[2] = {_channels[0], _channels[1]};
@@ -292,7 +294,7 @@ private:
         const V::Doubles over = Uppermost(LanesAt(t, _length));
         return V::Choose(over, V::Same(1.0), begun);
     }
-    /// So many lanes have got by tick `t` what the uppermost one gets at tick `first`.
+    /// How many lanes have received by tick `t` what the uppermost one receives at tick `first`.
     static std::size_t LanesAt(std::size_t t, std::size_t first) noexcept {
         if (t < first) return 0;
         return t - first < Lag ? (t - first) / Turn + 1 : V::DoubleCount;
@@ -304,14 +306,14 @@ private:
     }
 
     std::size_t _length = 0; // of the block
-    std::size_t _stage = 0;  // the first one
+    std::size_t _stage = 0;  // index of the first one
     SCoefficients _coefficients{};
     V::Doubles _flip{};
     SChannel _channels[2] = {};
     std::size_t _from = 0;  // first tick of the last call
     std::size_t _ticks = 0; // in the last call
     V::Doubles
-        _out[2 * (Turn + Strip)]; // of both channels in turn: the last ones of the call before, and its
+        _out[2 * (Turn + Strip)]; // of both channels, alternating: first the last ones of the previous call
 };
 
 /// Sixteen stages of two channels.
@@ -331,7 +333,7 @@ public:
             _first.Run(ticks.from, ticks.to, {_run.channels[0], _run.channels[1], nullptr, ticks.from});
             for (std::size_t k = 0; k < Others; ++k) {
                 const SRange its = Ticks(start, (k + 1) * CFirst::Lag, end);
-                const std::size_t taken = its.from + CFirst::Lag; // tick of the section before
+                const std::size_t taken = its.from + CFirst::Lag; // tick of the previous section
                 const V::Doubles* before = k == 0 ? _first.Out(taken) : _others[k - 1].Out(taken);
                 _others[k].Run(its.from, its.to, {nullptr, nullptr, before, 0});
             }
@@ -351,13 +353,13 @@ private:
         std::size_t from;
         std::size_t to;
     };
-    /// The ticks of a strip for a section that is `behind` the first one.
+    /// The ticks of a strip for a section that is `behind` ticks after the first one.
     static SRange Ticks(std::size_t start, std::size_t behind, std::size_t end) noexcept {
         const auto cut = [&](std::size_t t) { return t < behind ? 0 : t - behind < end ? t - behind : end; };
         return {cut(start), cut(start + CFirst::Strip)};
     }
 
-    /// What the last section gave in these of its ticks.
+    /// Writes the last section's output of these of its ticks.
     void PutOut(SRange ticks) noexcept {
         std::size_t t = ticks.from < CFirst::Lag ? CFirst::Lag : ticks.from;
         for (; t + 4 <= ticks.to; t += 4) {
@@ -381,8 +383,8 @@ private:
     COther _others[Others];
 };
 
-/// Both stages of two channels in four lanes, in one register or in two: the second stage's, four samples
-/// behind, and then the first stage's.
+/// Both stages of two channels in four lanes, in one register or in two: first those of the second stage,
+/// four samples behind, then those of the first stage.
 struct SQuad {
     using V = SLanes;
     static constexpr std::size_t Count = 4 / V::DoubleCount;
@@ -409,13 +411,13 @@ struct SQuad {
 #endif
         return quad;
     }
-    /// Two samples in turn of each channel.
+    /// Two samples of each channel, alternating.
     static SQuad Widen(const float* pairs) noexcept {
         SQuad quad{};
         for (std::size_t i = 0; i < Count; ++i) quad.of[i] = V::Widen(pairs + i * V::DoubleCount);
         return quad;
     }
-    /// The lower halves, which hold what comes out, in turn.
+    /// The lower halves, which hold the output, alternating.
     static __m128 NarrowLow(const SQuad& first, const SQuad& second) noexcept {
 #if defined(__AVX__)
         return _mm256_cvtpd_ps(_mm256_permute2f128_pd(first.of[0], second.of[0], 0x20));
@@ -425,8 +427,8 @@ struct SQuad {
     }
 };
 
-/// Two stages of two channels. The second stage is so far behind the first that waiting for it never takes
-/// longer than a stage's own delays do.
+/// Two stages of two channels. The second stage lags far enough behind the first that it never waits for it
+/// longer than for its own delays.
 template<bool FUSED>
 class CShortCascade final {
 public:
@@ -450,7 +452,7 @@ public:
         const std::size_t end = _run.length + Lag;
         std::size_t t = 0;
         for (; t < Lag; ++t) TickAtAnEnd(t, a, b);
-        SState state = _state; // a copy that the compiler knows to be its own
+        SState state = _state; // a local copy, which the compiler knows is not aliased
         for (; t + 4 <= _run.length; t += 4) {
             const __m128 left = _mm_loadu_ps(a + t);
             const __m128 right = _mm_loadu_ps(b + t);
@@ -508,7 +510,7 @@ private:
         return y;
     }
 
-    /// A step where a stage has no sample: its delays stay.
+    /// A step where one stage has no sample; its delays stay unchanged.
     void TickAtAnEnd(std::size_t t, float* a, float* b) noexcept {
         const bool isFirstActive = t < _run.length;
         const bool isSecondActive = t >= Lag;
@@ -516,7 +518,7 @@ private:
         const SState before = _state;
         SQuad& y = _state.y[t % Lag];
         y = Step(_state, SQuad::HandOver<0>(y, SQuad::Widen(pairs)));
-        const double first = isFirstActive ? -1.0 : 1.0; // the sign tells
+        const double first = isFirstActive ? -1.0 : 1.0; // the sign decides
         const double second = isSecondActive ? -1.0 : 1.0;
         const SQuad active = SQuad::Of(second, second, first, first);
         for (std::size_t i = 0; i < SQuad::Count; ++i) {
@@ -551,7 +553,7 @@ private:
     SState _state{};
 };
 
-/// A channel alone takes both places.
+/// A single channel takes both places.
 inline SCascadeRun WithTwoChannels(SCascadeRun run) noexcept {
     if (run.channelCount == 1) {
         run.channels[1] = run.channels[0];

@@ -1,4 +1,4 @@
-// Compiled for processors with AVX and fused multiply-add; nobody else may call what is in here.
+// Compiled for processors with AVX and fused multiply-add; may only be called on those.
 #include "dsp/fast/cascade_passes.h"
 
 namespace KAV::DSP {

@@ -1,8 +1,8 @@
 #pragma once
 
-// The vector registers that the including source is compiled for, under one set of names. Sources that are
-// compiled with flags of their own include this: everything is in an unnamed namespace, so that the
-// linker can't use code for wide registers instead of code for any processor.
+// The vector registers that the including source is compiled for, under one set of names. Sources with their
+// own compiler flags include this. Everything is in an unnamed namespace, so that the linker can't use code
+// for wide registers in place of code for any processor.
 
 #if defined(__x86_64__)
 
@@ -29,11 +29,11 @@ struct SLanes {
     static Doubles Add(Doubles a, Doubles b) noexcept { return _mm256_add_pd(a, b); }
     static Doubles Subtract(Doubles a, Doubles b) noexcept { return _mm256_sub_pd(a, b); }
     static Doubles Xor(Doubles a, Doubles b) noexcept { return _mm256_xor_pd(a, b); }
-    /// Lanes of `a` where `which` is negative, else of `b`.
+    /// Lanes of `a` where `which` is negative, otherwise of `b`.
     static Doubles Choose(Doubles which, Doubles a, Doubles b) noexcept {
         return _mm256_blendv_pd(b, a, which);
     }
-    /// All lanes of `x` one down, the first of `in` in the uppermost.
+    /// All lanes of `x` moved down by one, with the first of `in` in the uppermost.
     static Doubles Turn(Doubles x, Doubles in) noexcept {
         return _mm256_shuffle_pd(x, _mm256_permute2f128_pd(x, in, 0x21), 5);
     }
@@ -48,7 +48,7 @@ struct SLanes {
     }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm256_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm256_div_pd(a, b); }
-    /// The second one if either is not a number.
+    /// Returns the second argument if either is not a number.
     static Floats Max(Floats a, Floats b) noexcept { return _mm256_max_ps(a, b); }
     static Doubles Min(Doubles a, Doubles b) noexcept { return _mm256_min_pd(a, b); }
     static double Lowest(Doubles x) noexcept {
@@ -70,7 +70,7 @@ struct SLanes {
     static Floats Narrow(Doubles low, Doubles high) noexcept {
         return _mm256_set_m128(_mm256_cvtpd_ps(high), _mm256_cvtpd_ps(low));
     }
-    /// `x` moved up by BY lanes (fewer than there are), the uppermost ones of `before` moving in.
+    /// `x` moved up by BY lanes (fewer than there are); the uppermost ones of `before` move in.
     template<std::size_t BY>
     static Floats MoveUp(Floats before, Floats x) noexcept {
         const Floats seam = _mm256_permute2f128_ps(before, x, 0x21); // moved up by 4
@@ -98,12 +98,12 @@ struct SLanes {
     static Doubles Add(Doubles a, Doubles b) noexcept { return _mm_add_pd(a, b); }
     static Doubles Subtract(Doubles a, Doubles b) noexcept { return _mm_sub_pd(a, b); }
     static Doubles Xor(Doubles a, Doubles b) noexcept { return _mm_xor_pd(a, b); }
-    /// Lanes of `a` where `which` is negative, else of `b`.
+    /// Lanes of `a` where `which` is negative, otherwise of `b`.
     static Doubles Choose(Doubles which, Doubles a, Doubles b) noexcept {
         const __m128d negative = _mm_cmplt_pd(which, _mm_setzero_pd());
         return _mm_or_pd(_mm_and_pd(negative, a), _mm_andnot_pd(negative, b));
     }
-    /// All lanes of `x` one down, the first of `in` in the uppermost.
+    /// All lanes of `x` moved down by one, with the first of `in` in the uppermost.
     static Doubles Turn(Doubles x, Doubles in) noexcept { return _mm_shuffle_pd(x, in, 1); }
     /// A sample in the first lane.
     static Doubles WidenFirst(const float* from) noexcept { return _mm_cvtps_pd(_mm_load_ss(from)); }
@@ -113,7 +113,7 @@ struct SLanes {
     }
     static Doubles Multiply(Doubles a, Doubles b) noexcept { return _mm_mul_pd(a, b); }
     static Doubles Divide(Doubles a, Doubles b) noexcept { return _mm_div_pd(a, b); }
-    /// The second one if either is not a number.
+    /// Returns the second argument if either is not a number.
     static Floats Max(Floats a, Floats b) noexcept { return _mm_max_ps(a, b); }
     static Doubles Min(Doubles a, Doubles b) noexcept { return _mm_min_pd(a, b); }
     static double Lowest(Doubles x) noexcept { return _mm_cvtsd_f64(_mm_min_sd(x, _mm_unpackhi_pd(x, x))); }
@@ -132,7 +132,7 @@ struct SLanes {
     static Floats Narrow(Doubles low, Doubles high) noexcept {
         return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
     }
-    /// `x` moved up by BY lanes (fewer than there are), the uppermost ones of `before` moving in.
+    /// `x` moved up by BY lanes (fewer than there are); the uppermost ones of `before` move in.
     template<std::size_t BY>
     static Floats MoveUp(Floats before, Floats x) noexcept {
         if constexpr (BY == 2) return _mm_shuffle_ps(before, x, _MM_SHUFFLE(1, 0, 3, 2));

@@ -1,9 +1,9 @@
 #pragma once
 
-// The limiter in vector registers: the text of limiter_narrow.cpp and limiter_wide.cpp, which compile it for
-// their processors. The plain path in lookahead_limiter.cpp does the same one sample after the other.
+// The limiter in vector registers: the code of limiter_narrow.cpp and limiter_wide.cpp, which compile it for
+// their processors. The plain path in lookahead_limiter.cpp does the same, one sample at a time.
 //
-// A run goes through in chunks of sixteen samples, and only its middle is serial:
+// A run is processed in chunks of sixteen samples, and only its middle is serial:
 //
 //   channels -> drive and peak -> window maximum -> required gain    chunk k + 2, in vectors
 //                    |                                   |
@@ -13,12 +13,12 @@
 //                    | a look-ahead ago                  |
 //                    +------------------------------> amplify          chunk k - 1, in vectors
 //
-// Each released gain needs the one before, nine cycles later on current processors. What is not on that
-// chain comes in this order so that its operands are there when the processor gets to it: instructions that
-// wait for others hold registers, and once these are used up nothing runs in parallel to the chain.
+// Each released gain depends on the previous one, nine cycles later on current processors. Everything off
+// that chain is ordered so that its operands are ready when the processor gets to it: instructions that wait
+// for operands hold registers, and once these are used up nothing runs in parallel with the chain.
 //
-// The maximum of a window comes before the division: 1 / x falls as x rises, and so does its rounding, so
-// the lowest of all required gains is that of the highest peak, to the bit.
+// The window maximum comes before the division. 1 / x falls as x rises, and so does its rounded value, so the
+// lowest of all required gains belongs to the highest peak, to the bit.
 
 #include "dsp/fast/exact_quotient.h"
 #include "dsp/fast/lanes.h"
@@ -32,7 +32,7 @@ namespace {
 
 inline constexpr std::size_t Chunk = 16;
 
-/// The fixed release: down at once, up by the coefficient.
+/// The fixed release: falls at once, rises by the coefficient.
 class CFixedRelease final {
 public:
     CFixedRelease(const SReleaseCoefficients& coefficients, const SLimiterState& state) noexcept
@@ -46,7 +46,8 @@ public:
         _gain = _mm_add_sd(target, _mm_mul_sd(_mm_sub_sd(_gain, target), kept));
         return _gain;
     }
-    /// Whether a required gain of 1 gives the same gain again: 1, or what rounding stops at.
+    /// Whether a required gain of 1 leaves the gain as it is: it is 1, or the value at which rounding stops
+    /// it.
     bool IsAtRest() const noexcept { return 1.0 + (Gain() - 1.0) * _mm_cvtsd_f64(_coefficient) == Gain(); }
     void Rest() noexcept {}
     double Gain() const noexcept { return _mm_cvtsd_f64(_gain); }
@@ -57,9 +58,9 @@ private:
     __m128d _gain;
 };
 
-/// The programme-dependent release; release_law.h defines the symbols. The slow envelope needs nothing of the
-/// gain and runs a chunk ahead, so that what the gain heads for is known. The coefficient for the next
-/// sample is computed when that sample turns out to recover.
+/// The programme-dependent release; release_law.h defines the symbols. The slow envelope doesn't depend on
+/// the gain and runs a chunk ahead, so the target of the gain is known in advance. The coefficient for the
+/// next sample is only computed when that sample turns out to recover.
 class CAutomaticRelease final {
 public:
     CAutomaticRelease(const SReleaseCoefficients& coefficients, const SLimiterState& state) noexcept
@@ -101,14 +102,14 @@ public:
 
 private:
     SReleaseCoefficients _coefficients;
-    SLimiterState _state;      // only of the release
+    SLimiterState _state;      // only the part of the release
     double _slow;              // at the end of the chunk
     double _slows[Chunk] = {}; // after each sample of the chunk
     std::size_t _next = 0;
 };
 
 /// The two moving averages, one after another, in groups of as many samples as a register holds, and the
-/// lowest of what comes out.
+/// lowest of their output.
 class CAverages final {
 public:
     using V = SLanes;
@@ -122,7 +123,7 @@ public:
           _reciprocal(1.0 / _divisor), _firstSum(state.sums[0]), _secondSum(state.sums[1]),
           _lowest(V::Same(state.minimum)) {}
 
-    /// Takes a group of released gains and does what is due of earlier ones.
+    /// Takes a group of released gains, and processes earlier groups that are due.
     void Push(const __m128d* released) noexcept {
         V::Store(_released + _taken, V::Join(released));
         _taken += Group;
@@ -130,7 +131,7 @@ public:
         if (_due > FirstLag) First(_taken - FirstLag - Group);
         if (_due > SecondLag) Second(_taken - SecondLag - Group);
     }
-    /// Does the rest of what is due.
+    /// Processes everything that is still due.
     void Drain() noexcept {
         for (std::size_t lag = _due < FirstLag ? _due : FirstLag; lag > 0; lag -= Group) First(_taken - lag);
         for (std::size_t lag = _due < SecondLag ? _due : SecondLag; lag > 0; lag -= Group) {
@@ -138,7 +139,7 @@ public:
         }
         _due = 0;
     }
-    /// Takes a single gain, once all is drained.
+    /// Takes a single gain, after everything has been drained.
     void PushOne(double released) noexcept {
         _released[_taken] = released;
         _firstSum = _firstSum - _releasedBefore[_taken] + released;
@@ -151,13 +152,13 @@ public:
         ++_taken;
     }
 
-    /// Whether `released`, again and again, leaves both sums exactly as they are, once all is drained and
-    /// the windows are full of it: then for good.
+    /// Whether both sums stay exactly as they are if `released` repeats, after everything has been drained
+    /// and the windows are full of it. If so, they stay so for good.
     bool AreSteady(double released) const noexcept {
         const double average = Quotient(_firstSum);
         return _firstSum - released + released == _firstSum && _secondSum - average + average == _secondSum;
     }
-    /// Takes `count` more of the same, which leave no trace but the gains themselves.
+    /// Takes `count` more of the same gain, which change nothing but the gains themselves.
     void Repeat(std::size_t count) noexcept {
         const double gain = Quotient(_secondSum);
         for (std::size_t i = 0; i < count; ++i) _gains[(_taken + _skipped + i) % GainCount] = gain;
@@ -173,7 +174,7 @@ public:
     }
 
 private:
-    // Behind the group just taken.
+    // Samples after the group just taken.
     static constexpr std::size_t FirstLag = Group;
     static constexpr std::size_t SecondLag = 3 * Group;
 
@@ -194,7 +195,7 @@ private:
         _lowest = V::Min(gains, _lowest);
     }
 
-    /// By the averages' size.
+    /// Divided by the size of the averages.
     double Quotient(double sum) const noexcept {
 #if defined(__FMA__)
         return ExactQuotient(sum, _divisor, _reciprocal);
@@ -203,7 +204,7 @@ private:
 #endif
     }
     V::Doubles Quotient(V::Doubles sum) const noexcept {
-#if defined(__FMA__) // as ExactQuotient()
+#if defined(__FMA__) // see ExactQuotient()
         const V::Doubles quotient = V::Multiply(sum, V::Same(_reciprocal));
         const V::Doubles remainder = _mm256_fnmadd_pd(quotient, V::Same(_divisor), sum);
         return _mm256_fmadd_pd(remainder, V::Same(_reciprocal), quotient);
@@ -223,7 +224,7 @@ private:
     double _secondSum;
     V::Doubles _lowest;
     std::size_t _taken = 0;   // a multiple of Group until the last few
-    std::size_t _due = 0;     // their count since everything was drained
+    std::size_t _due = 0;     // how many of them since everything was drained
     std::size_t _skipped = 0; // a multiple of Chunk until the last few
 };
 
@@ -254,19 +255,19 @@ public:
 private:
     using V = SLanes;
     static constexpr std::size_t FloatVectors = Chunk / V::FloatCount;
-    /// One value per sample of a chunk. Never cleared before it is filled: that would keep it in memory
-    /// instead of registers.
+    /// One value per sample of a chunk. It is not cleared before it is filled: clearing would force it into
+    /// memory instead of registers.
     struct SFloats {
         V::Floats of[FloatVectors];
     };
-    /// A chunk on its way to the release.
+    /// A chunk that waits for its release.
     struct SRequired {
         alignas(64) double gains[Chunk];
         bool isQuiet; // nothing has to be limited
     };
     SRequired& RequiredAt(std::size_t at) noexcept { return _required[at / Chunk % 3]; }
 
-    /// What leads from required gains to those that are applied.
+    /// The steps from required gains to applied ones.
     template<typename TRelease>
     struct SGainPath {
         TRelease release;
@@ -274,8 +275,8 @@ private:
         std::size_t equalGainsInARow = 0; // see SLimiterState
     };
 
-    /// A last chunk that is not full works on copies. What it writes to the histories past the run is
-    /// overwritten by what comes next.
+    /// An incomplete last chunk works on copies. What it writes to the histories past the run is overwritten
+    /// later.
     template<typename TRelease>
     [[gnu::noinline]] SGainPath<TRelease> ProcessRest(
         SGainPath<TRelease> path, std::size_t at, std::size_t count) noexcept {
@@ -297,8 +298,8 @@ private:
         return path;
     }
 
-    /// All that needs nothing of the gains before. The chunk lies at `place` in its channels and at `at` in
-    /// the run.
+    /// Everything that doesn't depend on previous gains. The chunk is at `place` in its channels and at `at`
+    /// in the run.
     void Prepare(float* const* channels, std::size_t place, std::size_t at) noexcept {
         const SFloats highest = WindowMaximum(DriveAndPeak(channels, place, at), at);
         SRequired& required = RequiredAt(at);
@@ -338,7 +339,7 @@ private:
         }
     }
 
-    /// Drives the channels into their histories and gives the highest magnitude of each sample over all of
+    /// Drives the channels into their histories and returns the highest magnitude of each sample over all of
     /// them; not-a-number is never the highest.
     SFloats DriveAndPeak(float* const* channels, std::size_t place, std::size_t at) const noexcept {
         SFloats peaks; // NOLINT(cppcoreguidelines-pro-type-member-init)
@@ -360,9 +361,9 @@ private:
         return peaks;
     }
 
-    /// The highest of the last `lookahead` peaks at each sample. Each step doubles the window it looks at by
-    /// taking in what the same step's forerunner found one window ago: up to 16 in registers, from there by
-    /// way of the histories. A last step fills up to a length that isn't a power of 2.
+    /// The highest of the last `lookahead` peaks at each sample. Each step doubles its window by including
+    /// the result that the same step had one window ago: up to 16 in registers, above that through the
+    /// histories. A last step extends the window to a length that isn't a power of 2.
     SFloats WindowMaximum(SFloats x, std::size_t at) noexcept {
         x = TakeIn<1>(_before[0], x);
         x = TakeIn<2>(_before[1], x);
@@ -383,7 +384,7 @@ private:
         return x;
     }
 
-    /// The higher one of each value and the one BY places earlier. `before` holds the chunk before and takes
+    /// The higher of each value and the one BY places earlier. `before` holds the previous chunk and receives
     /// this one.
     template<std::size_t BY>
     static SFloats TakeIn(SFloats& before, const SFloats& x) noexcept {
@@ -403,8 +404,8 @@ private:
         return higher;
     }
 
-    /// Brings what WindowMaximum() keeps in registers to where the peaks before the run have left it. Its
-    /// windows of up to 16 reach no further back than one chunk.
+    /// Restores the values that WindowMaximum() keeps in registers, from the peaks before the run. Its
+    /// windows of up to 16 reach back no further than one chunk.
     void RecallMaxima() noexcept {
         SFloats x; // NOLINT(cppcoreguidelines-pro-type-member-init)
         for (std::size_t v = 0; v < FloatVectors; ++v) {
@@ -415,7 +416,7 @@ private:
         x = Recall<4>(_before[2], x);
         Recall<8>(_before[3], x);
     }
-    /// What a chunk leaves, whatever was before it.
+    /// The maxima at the end of a chunk, whatever came before it.
     template<std::size_t BY>
     static SFloats Recall(SFloats& before, const SFloats& x) noexcept {
         before = x;
