@@ -7,14 +7,15 @@
 
 namespace KAV {
 
-/// What patches and the editor set in addition to parameters. The host is notified of none of it. Groups are
-/// 0..3.
-/// Threads: any; every value is one word, of which the audio thread sees the old or the new one.
+/// What patches and the editor set in addition to parameters. The host isn't notified of these changes.
+/// Groups are 0..3.
+/// Threads: any. Every value is one word, of which the audio thread sees either the old or the new value.
 class IDeviceControls {
 public:
-    /// The tag that `tag` means under GroupRelative in `flags`: that of the current group, if there is one.
+    /// What `tag` stands for if `flags` contains GroupRelative: the same parameter of the current group, if
+    /// there is one.
     virtual std::int32_t ResolveTag(std::int32_t tag, std::uint32_t flags) const noexcept = 0;
-    /// The group that the editor shows; limited to 0..3.
+    /// The group that the editor shows; clamped to 0..3.
     virtual void SetCurrentGroup(int group) noexcept = 0;
     /// Whether the processor's vector instructions are used.
     virtual Utils::CShared<bool>& Simd() noexcept = 0;
@@ -27,7 +28,7 @@ public:
     /// interval.
     virtual double GetReportedGain(int group) noexcept = 0;
     virtual void RequestReportedGain(int group) noexcept = 0;
-    /// Channels that the host provides.
+    /// How many channels the host provides.
     virtual std::int32_t Channels() const noexcept = 0;
 
 protected:

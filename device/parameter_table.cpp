@@ -58,7 +58,7 @@ constexpr auto Rows = std::to_array<SParameterRow>({
     ToggleRow(34, 1, true, "Limiter", On, //
         [](Values& v, int, int g) -> ToggleSlot& { return v.limiter[At(g)]; }),
     // The text that hosts show for the release has always been linear, although the engine's curve is
-    // exponential. So automation that users wrote by that text keeps its meaning.
+    // exponential. It stays so, because users have written automation by that text.
     {36, 1, true, "Release", Kind::Continuous, "ms", {999.99, 0.01, 2, false}, Law::Exponential, 0.01, 1000.0,
         [](int, int) { return 0.4f; }, nullptr, nullptr,
         [](Values& v, int, int g) -> DSP::SValueTriple& { return v.release[At(g)]; }},

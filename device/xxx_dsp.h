@@ -15,22 +15,22 @@ namespace KAV {
 
 class CXXXGUI;
 
-/// The face of the device that knows no host: every host call and every request of the editor ends at one of
+/// The device without any host interface: every host call and every request of the editor ends at one of
 /// these operations. The order of the virtual operations is fixed.
 ///
 /// Tags are parameter numbers 1..337, or -4..-56 for meters; host indexes are 0..108. Other numbers are
-/// allowed everywhere and name nothing. Texts are UTF-8, cut to the buffer, with a closing zero. Threads:
-/// Process() on the audio thread; the rest on any thread unless told.
+/// allowed everywhere and have no effect. Texts are UTF-8, cut to the buffer, with a closing zero. Threads:
+/// Process() on the audio thread; the rest on any thread unless stated otherwise.
 class CXXXDSP : public CMacro {
 public:
     virtual void Process(float** channels, float** side, int channelCount, int frames) noexcept = 0;
     virtual void ProcessSecond(
         float** channels, float** side, int channelCount, int frames) noexcept; ///< no audio work
     virtual void GetParamName(std::int32_t hostIndex, std::span<char> text);
-    /// The state as a patch text with its closing zero, a project's or a preset's. Gives its size; the data
-    /// stays as it is until the next call.
+    /// The state as a patch text with its closing zero, as a project's or a preset's chunk. Returns its size;
+    /// the data is valid until the next call.
     virtual std::int32_t GetChunk(void** data, bool isPreset) = 0;
-    /// Takes any patch: a text, or the older binary form. 1, or 0 when it is neither, and then nothing
+    /// Takes any patch: a text or the older binary format. Returns 1, or 0 if it is neither, and then nothing
     /// changes.
     virtual std::int32_t SetChunk(const void* data, std::size_t size, bool isPreset) = 0;
     virtual void SetProgramName(std::string_view text) = 0; ///< the patch's name
@@ -45,7 +45,7 @@ public:
     virtual float GetParam(std::int32_t tag, std::uint32_t flags) = 0;   ///< `flags`: ValueFlag bits
     virtual void SetParam(std::int32_t tag, float value, std::uint32_t flags) = 0;
     virtual std::string GetRouting(int group) = 0; ///< a copy of the document
-    /// One thread at a time; audio may run meanwhile. A group outside 0..3 does nothing.
+    /// One thread at a time, also while audio runs. A group outside 0..3 does nothing.
     virtual void SetRouting(std::string_view text, int group) = 0;
     virtual void Spare1() {}
     virtual void Spare2() {}

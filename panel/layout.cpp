@@ -16,7 +16,7 @@ struct SNumberedName {
     constexpr std::string_view View() const { return {letters.data(), size}; }
 };
 
-/// `stem` with 1, 2 and so on behind it.
+/// `stem` followed by 1, 2 and so on.
 template<std::size_t Count>
 constexpr std::array<SNumberedName, Count> Numbered(std::string_view stem) {
     std::array<SNumberedName, Count> names{};
@@ -54,7 +54,7 @@ constexpr const SSprite* Picture(std::string_view stem) {
     return stem.empty() ? nullptr : &SpriteOf(stem);
 }
 
-/// The rows so far. `Rows` has to be their number in the end.
+/// The rows so far. At the end there must be exactly as many as `Rows` holds.
 template<std::size_t Count>
 struct STable {
     std::array<SPanelRow, Count> rows{};
@@ -70,7 +70,7 @@ struct STable {
         row.sprite = Picture(picture);
         return row;
     }
-    /// A fader or knob: it travels to its value.
+    /// A fader or knob: it moves to its value gradually.
     constexpr SPanelRow& AddValue(EClass widget, int id, std::string_view name, const SRect& rect,
         std::string_view picture, const SPanelRow& scale) {
         auto& row = Add(widget, id, name, rect, picture);
@@ -82,7 +82,7 @@ struct STable {
         row.riseMs = row.fallMs = SlowMs;
         return row;
     }
-    /// A button that stays as it was set.
+    /// A button that stays as set.
     constexpr SPanelRow& AddSwitch(EClass widget, int id, std::string_view name, const SRect& rect,
         std::string_view picture, bool on = false) {
         auto& row = Add(widget, id, name, rect, picture);
@@ -90,7 +90,7 @@ struct STable {
         row.riseMs = row.fallMs = SlowMs;
         return row;
     }
-    /// A button that is on while it is held: at once, and then it fades.
+    /// A button that is on while it is held. It lights at once and fades afterwards.
     constexpr SPanelRow& AddKey(
         EClass widget, std::string_view name, const SRect& rect, std::string_view picture) {
         auto& row = Add(widget, -1, name, rect, picture);
@@ -108,7 +108,7 @@ constexpr SPanelRow Scale(double minimum, double maximum, double value, std::str
     return row;
 }
 
-/// Eight meters side by side, then eight more: one side's sixteen. Their ids count down.
+/// The meters of one side: two sets of eight, each set side by side. Their ids count down.
 template<typename TTable>
 constexpr void AddMeters(
     TTable& table, const std::array<SNumberedName, 16>& names, double left, double right, int firstId) {
@@ -147,7 +147,7 @@ constexpr void AddChannels(TTable& table) {
         meter.fadeMs = SlowMs;
     }
     for (std::size_t n = 0; n < 16; ++n) {
-        const bool isStereo = n < 2; // what an instance begins with
+        const bool isStereo = n < 2; // as a new instance starts
         auto& button = table.AddSwitch(EClass::ChannelBtn, static_cast<int>(n) + 1, ChannelNames[n].View(),
             cell(n, 20, 51, 30), "toolbtnrtg", isStereo);
         if (isStereo) button.text = n == 0 ? "L" : "R";
@@ -184,7 +184,7 @@ constexpr void AddTopBar(TTable& table) {
     AddGroups(table);
     table.AddSwitch(EClass::FxBtnCopy, -1, "ToolBtnFxCopy", {702, 2, 48, 48}, "toolbtncopy");
     table.AddKey(EClass::RoutingDropDownBtn, "ToolBtnDown", {64, 23, 20, 20}, "toolbtndown").value = 1.0;
-    // These only hold the current group's values; its button shows them.
+    // These only hold the values of the current group; its button shows them.
     table.AddSwitch(EClass::Button, 21, "ToolFxSolo", {581, 97, 10, 10}, "").visible = false;
     table.AddSwitch(EClass::Button, 22, "ToolFxMute", {604, 97, 10, 10}, "").visible = false;
     auto& edit =
@@ -243,7 +243,7 @@ constexpr void AddToolbar(TTable& table) {
     table.AddValue(EClass::Knob, 29, "Main Output Gain", {674, 474, 60, 60}, "knob02", mainGain).hintAt =
         -0.3;
     table.AddValue(EClass::Knob, 23, "Main Input Gain", {18, 474, 60, 60}, "knob02", mainGain).hintAt = -0.3;
-    // One place: the button is seen, the settings behind it hold the menu.
+    // Both are in the same place: the visible button, and the settings that hold its menu.
     table.Add(EClass::Settings, -3, "Settings", {705, 533, 19, 19}, "");
     table.AddKey(EClass::BtnAbout, "ToolAbout", {705, 533, 19, 19}, "toolbtnabout");
     auto& lamp = table.Add(EClass::NewVersionLED, -56, "UpdateLed", {699, 531, 15, 15}, "lamp_2");

@@ -7,15 +7,15 @@
 #include <span>
 #include <string_view>
 
-/// The panel of the editor as constant data: what stands where, once for the editor and for the program that
-/// draws the pictures. All texts are ASCII.
+/// The panel of the editor as constant data: what is where, shared by the editor and the program that draws
+/// the pictures. All texts are ASCII.
 namespace KAV::Panel {
 
-/// The panel at its base size, in panel pixels. The lowest band reaches one row below it.
+/// The panel at its base size, in panel pixels. The lowest band extends one row below it.
 inline constexpr int PanelWidth = 754;
 inline constexpr int PanelHeight = 553;
 
-/// The class that a row is built as, by its name without the C.
+/// The class of a row's widget, by its name without the C.
 enum class EClass : std::uint8_t {
     Widget,
     Meter,
@@ -54,40 +54,40 @@ enum class EClass : std::uint8_t {
 
 /// One widget of the panel. Sizes are in panel pixels, values are 0..1, colours are 0xAARRGGBB.
 struct SPanelRow {
-    int id = -1;           ///< a parameter of the current group, or below 0: a meter, a lamp, nothing
+    int id = -1;           ///< a parameter of the current group; below 0 a meter, a lamp, or nothing
     std::string_view name; ///< may repeat
     EClass widget = EClass::Widget;
     SRect rect;
-    const SSprite* sprite = nullptr; ///< null: draws no picture
+    const SSprite* sprite = nullptr; ///< null: the widget draws no picture
 
-    std::string_view text;  ///< at the start
-    double textSize = 10.0; ///< as labels take it: a fraction of the widget's width, below 0 of its height
+    std::string_view text;  ///< initial text
+    double textSize = 10.0; ///< as labels take it: a fraction of the widget's width, or below 0 of its height
     std::uint32_t textColour = 0xFFFFFFFF;
     std::string_view list; ///< the named positions of a value, "||" between them
 
-    double value = 0.0;   ///< at the start, and what a knob returns to
+    double value = 0.0;   ///< initially, and what a knob returns to
     double minimum = 0.0; ///< what a text shows for the value 0
     double maximum = 1.0; ///< and for 1
     std::string_view unit;
     double hintAt = 0.0; ///< where the hint stands
-    int riseMs = 0;      ///< how long a shown value takes to rise to a new one
+    int riseMs = 0;      ///< time in which a shown value rises to a new one
     int fallMs = 0;
-    int fadeMs = 0;      ///< how long the widget takes to appear and to vanish
-    int radioGroup = -1; ///< one button of such a group is on
-    bool visible = true; ///< at the start
+    int fadeMs = 0;      ///< time in which the widget appears and vanishes
+    int radioGroup = -1; ///< only one button of such a group is on
+    bool visible = true; ///< initially
 };
 
-/// Every widget in the order of construction, which is the order of drawing. Hits are looked for backwards.
+/// Every widget in the order of construction, which is the order of drawing. Hit tests run backwards.
 std::span<const SPanelRow> Rows() noexcept;
 
-/// What the root owns besides: the hint over the panel, and the light.
+/// What the root owns in addition: the hint over the panel, and the light.
 const SPanelRow& HintRow() noexcept;
 const SPanelRow& LightRow() noexcept;
 
 /// The first row of this name. Throws std::out_of_range if there is none.
 const SPanelRow& RowOf(std::string_view name);
 
-/// Row `place`, 0 upwards, of those that are built as `widget`. Throws std::out_of_range if there is none.
+/// Row `place`, from 0, of those with the class `widget`. Throws std::out_of_range if there is none.
 const SPanelRow& RowOf(EClass widget, int place = 0);
 
 } // namespace KAV::Panel

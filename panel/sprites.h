@@ -74,7 +74,7 @@ constexpr const SSprite& SpriteOf(std::string_view stem) {
     return *found;
 }
 
-/// The name under which the library carries a picture: `image` in upper case. Look-ups ignore the case.
+/// The name of a picture in the library: `image` in upper case. Look-ups ignore the case.
 inline std::string ResourceNameOf(const SSprite& sprite) {
     std::string name(sprite.image);
     for (char& c : name) {

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::u16string_view DefaultName = u"Default";
 
-/// Text patches in memory end with a zero, like those of a host.
+/// Text patches in memory end with a zero, like those from a host.
 std::string WithZero(std::string text) {
     text += '\0';
     return text;

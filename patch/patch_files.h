@@ -5,18 +5,18 @@
 #include <string_view>
 #include <vector>
 
-/// Patches as files of the user: one folder, one file each, named like the patch. Texts with UTF-16 are names
+/// Patches as files of the user: one folder, one file per patch, named like the patch. UTF-16 texts are names
 /// and paths. Threads: any but the audio thread.
 namespace KAV {
 
-/// Where patches are, with a slash at the end; empty when the system names no folder for documents. It need
+/// The folder of patches, with a slash at the end; empty if the system has no folder for documents. It need
 /// not exist.
 std::u16string PatchFolder();
 
 /// The names of all text patches, sorted by code units; only "Default" if there are none.
 std::vector<std::u16string> PatchNames();
 
-/// Where the patch of that name is: as .fxp if there is one, which wins, else as .kvp. Empty without a
+/// The path of the patch of that name: the .fxp file if it exists, otherwise the .kvp file. Empty without a
 /// folder.
 std::u16string PatchPath(std::u16string_view name);
 
@@ -25,7 +25,7 @@ struct SPatchFile {
     bool isForeign = false; ///< the file belongs to another plug-in
 };
 
-/// Reads a patch under the name of its file. A missing or empty file named "Default" gives a patch without
+/// Reads a patch and names it like its file. A missing or empty file named "Default" gives a patch without
 /// parameters.
 SPatchFile ReadPatchFile(std::u16string_view path);
 
@@ -35,11 +35,11 @@ std::u16string ForeignPatchMessage(std::u16string_view path);
 /// The file's name without its folder and extension.
 std::u16string FileTitle(std::u16string_view path);
 
-/// The path with `extension` appended, in lower case, as the lists look for it. A file's name may end with it
-/// already; "5.1 (User)" has a dot and no extension.
+/// The path with `extension` appended, in lower case, as the lists search for it, unless it already ends with
+/// it. "5.1 (User)" contains a dot but has no extension.
 std::u16string WithExtension(std::u16string_view path, std::u16string_view extension);
 
-/// Replaces the file whole and makes its folder if that is missing. A failure is not reported: the file is
+/// Replaces the whole file, and creates its folder if that is missing. A failure is not reported; the file is
 /// then as it was.
 void WriteUserFile(std::u16string_view path, std::string_view content) noexcept;
 

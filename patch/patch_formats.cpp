@@ -95,7 +95,7 @@ std::vector<char> PatchFromFxp(std::span<const char> file, std::u16string_view f
 }
 
 std::string DefaultText() {
-    return Head("1.0.0.0", "No KVP patches found!"); // the version of the first release, for good
+    return Head("1.0.0.0", "No KVP patches found!"); // the version of the first release, never changed
 }
 
 std::string TextFromFile(std::string_view text, std::string_view fileName) {

@@ -6,23 +6,24 @@
 
 namespace KAV {
 
-/// What writes and reads the device's whole state. `flags`: PatchFlag bits. The order of the operations is
+/// Writes and reads the whole state of the device. `flags`: PatchFlag bits. The order of the operations is
 /// fixed.
 class CPatchSaveLoad {
 public:
     CPatchSaveLoad(const CPatchSaveLoad&) = delete;
     CPatchSaveLoad& operator=(const CPatchSaveLoad&) = delete;
 
-    /// Takes a patch in any form: a text, up to its first zero, or the older binary one. False when the data
+    /// Takes a patch in any form: a text, up to its first zero, or the older binary format. False if the data
     /// is neither, and then nothing changes.
     virtual bool ApplyPatchData(const void* data, std::size_t size, std::uint32_t flags) = 0;
-    /// Takes what can be found in a text. False for an empty one, which changes nothing.
+    /// Takes every element that it finds in a text. False for an empty text, which changes nothing.
     virtual bool ReadPatch(std::string_view text, std::uint32_t flags) = 0;
-    /// Where to find the present state as a text with a closing zero; gives its size with the zero, 0 for a
-    /// null pointer. The text stays until the next call.
+    /// Points `*data` at the current state as a text with a closing zero. Returns its size including the
+    /// zero, or 0 for a null pointer. The text is valid until the next call.
     virtual std::size_t WritePatch(const char** data, std::uint32_t flags) = 0;
-    /// Loads a patch of the list. One that isn't there, or can't be read, does nothing; without `force`
-    /// neither does the present one. With it, settings are taken that otherwise a project alone brings.
+    /// Loads a patch of the list. Does nothing if it doesn't exist or can't be read, or, without `force`, if
+    /// it is already current. With `force` it also takes settings that are otherwise only read from a
+    /// project.
     virtual void SelectPatch(std::int32_t index, bool force) = 0;
 
 protected:

@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view RoutingOpening = "<kav_input_routing>";
 constexpr std::string_view RoutingEnd = "</kav_input_routing>";
 
-/// The number as it stands in a line, between the quotation marks behind "tag=".
+/// The number as it is written in a line, between the quotation marks after "tag=".
 std::string_view TagText(std::string_view line) noexcept {
     return ExtractTag(line, "tag=", "\"", "\"");
 }

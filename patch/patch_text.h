@@ -9,13 +9,13 @@
 #include <string>
 #include <string_view>
 
-/// The parts that the text of a patch is made of. It looks like XML but isn't: a sequence of lines, UTF-8,
-/// each ended by CR LF, with no nesting and no quoting. A reader finds each element by plain search, anywhere
-/// in the text; a name that holds an element's own marks breaks its value, which is accepted. Any bytes can
-/// be read. Threads: any.
+/// The elements of a patch text. It looks like XML but isn't: a sequence of lines, UTF-8, each ended by CR
+/// LF, with no nesting and no quoting. A reader finds each element by plain search, anywhere in the text; a
+/// name that contains the marks of its own element breaks its value, which is accepted. The functions accept
+/// any bytes. Threads: any.
 namespace KAV::Patch {
 
-/// The tag of a group's parameter is that of the first group's plus this per group.
+/// The tag of a group's parameter is that of the first group plus this per group.
 inline constexpr std::int32_t GroupTagStep = 100;
 
 using Utils::CPieces;
@@ -25,7 +25,7 @@ using Utils::ExtractTag;
 inline constexpr std::string_view Opening = "<patch_format>textual</patch_format>";
 static_assert(Opening.size() == 36);
 
-/// The identifier of this plug-in, 'sorl', as patches hold it.
+/// The identifier of this plug-in, 'sorl', as it is written in patches.
 inline constexpr std::int32_t PluginId = 1936683628;
 
 /// Between the names of a list.
@@ -33,17 +33,17 @@ inline constexpr std::string_view ListSeparator = RoutingSeparator;
 
 inline constexpr std::string_view LineEnd = "\r\n";
 
-/// Adds "<name>value</name>" and the end of the line.
+/// Appends "<name>value</name>" and a line end.
 void AddElement(std::string& text, std::string_view name, std::string_view value);
 
 /// The lines from the opening to the patch's name.
 std::string Head(std::string_view appVersion, std::string_view patchName);
 
-/// The names with the separator between them. Empty names at the front leave none behind: it is put in front
-/// of a name only if there is text before it.
+/// The names joined by the separator. The separator is only put before a name if there is text before it, so
+/// empty names at the start leave none.
 std::string JoinNames(std::span<const std::string> names);
 
-/// A parameter with its number of any group and its value as the device stores it.
+/// Appends a parameter with its tag, of any group, and its value as the device stores it.
 void AddParamLine(std::string& text, std::int32_t tag, std::string_view name, float value);
 
 struct SParamLine {
@@ -53,37 +53,37 @@ struct SParamLine {
     std::string_view name;     ///< may be empty
 };
 
-/// Nothing for a line that isn't a parameter's: without a tag of 0 or above, or without a value.
+/// Nothing for a line that isn't a parameter's: one without a tag of 0 or above, or without a value.
 std::optional<SParamLine> ReadParamLine(std::string_view line) noexcept;
 
-/// The line without its own number, which is replaced by `tag`; as it is if it has none.
+/// The line with its own number replaced by `tag`; unchanged if it has no number.
 std::string WithTag(std::string_view line, std::int32_t tag);
 
 /// One assignment of a macro.
 struct SMacroTarget {
     std::int32_t tag = 0;
-    float sensitivity = 0.0f; ///< 0 when it is missing or no number
+    float sensitivity = 0.0f; ///< 0 if it is missing or not a number
 };
 
-/// The line of macro `macro` 0..4, also without any assignment.
+/// Appends the line of macro `macro` 0..4, even if it has no assignments.
 void AddMacroLine(std::string& text, int macro, std::span<const SMacroTarget> targets);
 
-/// What stands in the line of macro `macro`, to be walked through with CPieces(..., "||") and
-/// ReadMacroTarget(); empty when there is no line or nothing in it.
+/// The content of the line of macro `macro`, to be read with CPieces(..., "||") and ReadMacroTarget(). Empty
+/// if there is no such line or it is empty.
 std::string_view MacroTargets(std::string_view text, int macro);
 SMacroTarget ReadMacroTarget(std::string_view piece) noexcept;
 
-/// A routing document as the block of group `group`: the group's number is in a line of its own after
-/// the document's opening. The block ends with the end of a line.
+/// A routing document as the block of group `group`: the group's number is on a line of its own after the
+/// document's opening. The block ends with a line end.
 std::string RoutingBlock(std::string_view document, int group);
 
-/// Walks through the routing blocks of a text.
+/// Iterates over the routing blocks of a text.
 class CRoutingBlocks final {
 public:
     explicit CRoutingBlocks(std::string_view text) noexcept : _rest(text) {}
     /// Moves to the next whole block; false after the last one.
     bool Next() noexcept;
-    /// The group's number as text; empty when the block has none.
+    /// The group's number as text; empty if the block has none.
     std::string_view Group() const noexcept;
     /// The document without the group's number.
     std::string Document() const;

@@ -57,7 +57,7 @@ std::size_t RoutingEntryCount(std::string_view document) noexcept {
 }
 
 std::string CLegacyRoutings::Block(float index, int group) {
-    const bool isPossible = index > -1.0f && index < 1e6f; // not-a-number is neither
+    const bool isPossible = index > -1.0f && index < 1e6f; // false for not-a-number
     const int place = isPossible ? static_cast<int>(index) : -1;
     const auto name = LegacyRoutingName(place);
     if (name.empty()) return {};

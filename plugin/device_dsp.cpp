@@ -32,7 +32,7 @@ CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService
     auto editor = std::make_unique<CDeviceGUI>(*this, *this, _state, service);
     gui = editor.get();
     setEditor(std::move(editor));
-    // A patch without group numbers applies to the current group only. So it is loaded once per group, from
+    // A patch without group numbers applies only to the current group. So it is loaded once per group, from
     // the last to the first, and the first stays current.
     _state.Errors().BeginCreation();
     for (int group = DeviceGroups - 1; group >= 0; --group) {

@@ -15,7 +15,7 @@
 
 namespace KAV {
 
-/// One instance of the limiter: the parameters, the engine and the host's record. The DSP object owns every
+/// One instance of the limiter: the parameters, the engine and the host's record. The device owns every
 /// value. There is no lock between the threads that write values and the audio thread, which reads each value
 /// once per block.
 ///
@@ -27,10 +27,10 @@ class CDeviceDSP final : public CVSTDSPv2,
 public:
     using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
-    /// Asks the host about itself, builds the editor's half, which needs no window, and loads what new
-    /// instances start with: the first patch and the first routing of the user's lists. `audioMaster` may be
-    /// null. If `service` names a server, two helper threads ask it for the latest version and send it the
-    /// previous session's log; the end of the instance waits for them.
+    /// Queries the host, builds the editor's half, which needs no window, and loads the first patch and the
+    /// first routing of the user's lists. `audioMaster` may be null. If `service` names a server, two helper
+    /// threads ask it for the latest version and send it the previous session's log; the destructor waits for
+    /// them.
     explicit CDeviceDSP(
         VST::HostCallback audioMaster, const Utils::SMakerService& service = Utils::ConfiguredService());
     ~CDeviceDSP() override = default;
@@ -65,17 +65,17 @@ public:
     void RequestReportedGain(int group) noexcept override { Limiter(group).Latch(); }
     std::int32_t Channels() const noexcept override { return dspChannels; }
 
-    /// What the instance keeps besides its values.
+    /// What the instance keeps in addition to its values.
     CDeviceState& State() noexcept { return _state; }
     /// The editor's half, with or without a window.
     CXXXGUI& GUI() noexcept { return *gui; }
 
 private:
-    /// The macros that the current chain of calls is applying, one bit each: the chain ends at a macro that
-    /// moves itself, directly or through others.
+    /// The macros that the current chain of calls is applying, one bit each. The chain ends at a macro that
+    /// would move itself, directly or through others.
     using MacroChain = std::uint32_t;
 
-    /// Ends the editor, which the host's record owns, before the state that it shows.
+    /// Destroys the editor, which the host's record owns, before the state that it shows.
     struct SEditorEnd {
         CDeviceDSP& device;
         ~SEditorEnd() { device.setEditor(nullptr); }

@@ -5,13 +5,13 @@
 
 using namespace KAV;
 
-/// The library's entry point. Returns the record of a new instance, or null when the host isn't a VST 2 host.
+/// The library's entry point. Returns the record of a new instance, or null if the host isn't a VST 2 host.
 extern "C" KAV_EXPORT VST::AEffect* VSTPluginMain(VST::HostCallback audioMaster) {
     if (audioMaster == nullptr) return nullptr;
     if (audioMaster(nullptr, VST::audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
     try {
         return (new CDeviceDSP(audioMaster))->Record();
-    } catch (...) { // for the host, null means that there is no instance
+    } catch (...) { // the host takes null as a failure to create an instance
         return nullptr;
     }
 }

@@ -7,7 +7,7 @@
 
 namespace KAV {
 
-/// From the host queue of an instance to its VST 2.4 host.
+/// Passes the entries of an instance's host queue to its VST 2.4 host.
 class CHostRoad final : public IHostRoad {
 public:
     /// `effect` is the instance that owns this object.
@@ -18,7 +18,7 @@ public:
         _effect.setParameterAutomated(index, normal);
     }
     void EndEdit(std::int32_t index) noexcept override { _effect.endEdit(index); }
-    /// The host looks for the new latency in the record, so that is set first.
+    /// Sets the latency in the record first, because the host reads it there.
     void Latency(std::int32_t samples) noexcept override;
     void Size(std::int32_t width, std::int32_t height) noexcept override {
         _effect.sizeWindow(width, height);

@@ -31,7 +31,7 @@ void LogHostSurvey(const SHostSurvey& survey) noexcept {
         LogLine(u"AudioHostCanDo=" + ToUtf16(survey.canDo));
         LogLine(u"PluginPath=" + Utils::GetFolder(Utils::GetModulePath()));
         LogLine(u"PluginFormat=VST 2.4");
-    } catch (...) { // a failure to log is never an error
+    } catch (...) { // failing to log is never an error
         return;
     }
 }

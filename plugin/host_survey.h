@@ -7,22 +7,22 @@
 
 namespace KAV {
 
-/// What a host says about itself. Nothing depends on the answers; they help to understand a user's report.
+/// What a host reports about itself. Nothing depends on the answers; they help to understand a user's report.
 struct SHostSurvey {
     std::string vendor;  ///< UTF-8, as the host returned it
     std::string product; ///< UTF-8, as the host returned it
-    std::string version; ///< like "3.2.1.0"
-    std::string canDo;   ///< what the host says it can do, each followed by ";"
+    std::string version; ///< for example "3.2.1.0"
+    std::string canDo;   ///< the capabilities that the host confirms, each followed by ";"
 };
 
-/// The digits of a vendor's version with dots between them, lowest last: "3.2.1.0" for 3210. Only the four
-/// lowest digits count, and leading zeros aren't shown; a negative number counts as 0.
+/// The digits of a vendor's version separated by dots, lowest last: "3.2.1.0" for 3210. Only the four lowest
+/// digits count, and leading zeros aren't shown; a negative number counts as 0.
 std::string FormatVendorVersion(std::intptr_t version);
 
-/// Writes the survey into the session log, with the folder and format of this library.
+/// Writes the survey to the session log, with the folder and format of this library.
 void LogHostSurvey(const SHostSurvey& survey) noexcept;
 
-/// The capability texts that the host is asked about, in order.
+/// The capability texts that the host is asked for, in order.
 std::span<const char* const> HostCanDoTexts() noexcept;
 
 } // namespace KAV

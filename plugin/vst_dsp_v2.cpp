@@ -20,7 +20,7 @@ std::span<char> ParameterText(char* text) noexcept {
     return {text, kVstMaxParamStrLen};
 }
 
-/// A copy of the header and of `channels` speakers; the host's record may end after them.
+/// A copy of the header and of `channels` speakers; the host's record may end right after those.
 template<typename TRecord>
 TRecord CopyArrangement(const VstSpeakerArrangement& from, std::int32_t channels) noexcept {
     TRecord copy{};
@@ -50,7 +50,8 @@ SHostSurvey CVSTDSPv2::AskHost() {
     survey.product = askText(audioMasterGetProductString, kVstMaxProductStrLen);
     survey.version = FormatVendorVersion(CallHost(audioMasterGetVendorVersion));
     for (const char* const text : HostCanDoTexts()) {
-        std::string question(text); // a copy: the interface's pointer isn't constant, and a host might write
+        std::string question(
+            text); // a copy, because the interface's pointer isn't const and a host might write to it
         if (CallHost(audioMasterCanDo, 0, 0, question.data()) != 0) survey.canDo.append(text).append(";");
     }
     LogHostSurvey(survey);
@@ -64,8 +65,8 @@ void CVSTDSPv2::processReplacing(float** inputs, float** outputs, std::int32_t f
         if (inputs[channel] == nullptr || outputs[channel] == nullptr) return;
     }
     for (std::int32_t channel = 0; channel < channels; ++channel) {
-        // Hosts pass the same buffer for both. Buffers that overlap otherwise would be the host's error, but
-        // still cause no overrun.
+        // Hosts pass the same buffer for both. Buffers that overlap in another way would be the host's error,
+        // but still cause no overrun.
         std::memmove(outputs[channel], inputs[channel], static_cast<std::size_t>(frames) * sizeof(float));
     }
     Process(outputs, _sideChannels > 0 ? inputs + channels : nullptr, channels, frames);
@@ -130,8 +131,8 @@ bool CVSTDSPv2::setSpeakerArrangement(
     const VstSpeakerArrangement* input, const VstSpeakerArrangement* output) {
     const std::int32_t channels = input->numChannels;
     if (channels != output->numChannels || channels < 0 || channels > GetMaxChannels()) return false;
-    // Both are copied before either is stored: hosts pass back the records that they got from here, and may
-    // swap them.
+    // Both are copied before either is stored: hosts pass back records that they got from here, possibly
+    // swapped.
     const auto newInput = CopyArrangement<Arrangement>(*input, channels);
     const auto newOutput = CopyArrangement<Arrangement>(*output, channels);
     _inputArrangement = newInput;
@@ -146,7 +147,7 @@ bool CVSTDSPv2::setSpeakerArrangement(
 
 bool CVSTDSPv2::getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output) {
     if (!_arrangementsValid) return false;
-    // A longer record that begins in the same way; the host reads as many speakers as the header says.
+    // A longer record that begins in the same way; the host reads as many speakers as the header states.
     if (input != nullptr) *input = reinterpret_cast<VstSpeakerArrangement*>(&_inputArrangement);
     if (output != nullptr) *output = reinterpret_cast<VstSpeakerArrangement*>(&_outputArrangement);
     return true;

@@ -46,10 +46,10 @@ protected:
     explicit CVSTDSPv2(VST::HostCallback audioMaster);
     ~CVSTDSPv2() override = default;
 
-    /// Updates the delay in the record without notifying the host, which reads it when it wants to.
+    /// Updates the delay in the record without notifying the host, which reads it whenever it wants to.
     void RefreshInitialDelay() noexcept { setInitialDelay(GetLatency()); }
 
-    CDeviceState* state = nullptr; ///< null only while the device is being built; the device's
+    CDeviceState* state = nullptr; ///< not owned; null only while the device is being built
 
     // AudioEffectX
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) noexcept final;
@@ -77,11 +77,11 @@ private:
     using Arrangement = VST::SpeakerArrangement<64>;
 
     SHostSurvey AskHost();
-    /// The host index that an edit of a group-relative tag 0..99 means, or NoHostIndex.
+    /// The host index of an edited group-relative tag 0..99, or NoHostIndex.
     std::int32_t EditedHostIndex(std::int32_t tag) const noexcept;
     void MarkEditing(std::int32_t hostIndex, bool edited) noexcept;
 
-    std::int32_t _sideChannels = 0; // host input channels that are a side chain; this device has none
+    std::int32_t _sideChannels = 0; // host input channels that are a side chain; always 0 in this device
     Arrangement _inputArrangement{};
     Arrangement _outputArrangement{};
     bool _arrangementsValid = false; // the host has set both

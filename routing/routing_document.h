@@ -9,19 +9,20 @@
 namespace KAV {
 
 // A routing document is text with elements like `<map>0,-1|*|1,-1</map>`: no attributes, no nesting, no
-// escaping. Any bytes of any size can be read; what is missing or cut off reads as empty. Threads: any.
+// escaping. The functions accept any bytes of any size; what is missing or cut off reads as empty. Threads:
+// any.
 
-/// What stands between the end of the opening tag that begins with `opening` ("<map", "<name", ...) and the
-/// next "<". Empty if there is no such element, or it doesn't end.
+/// The text between the end of the opening tag that begins with `opening` ("<map", "<name", ...) and the next
+/// "<". Empty if there is no such element or it doesn't end.
 std::string_view RoutingValue(std::string_view document, std::string_view opening) noexcept;
 
-/// Between the entries of a list, which Utils::CPieces walks through.
+/// Separates the entries of a list; Utils::CPieces splits at it.
 inline constexpr std::string_view RoutingSeparator = "|*|";
 
 /// What `<type>` declares.
 enum class ERoutingType : std::int32_t { None = 0, MidSide = 1, Mono = 2, DualMono = 3, Stereo = 4 };
 
-/// The type of that name; anything but the four names is None.
+/// The type of that name; any other name is None.
 ERoutingType RoutingType(std::string_view name) noexcept;
 
 /// The two channel numbers of an entry like "0,-1"; a number that can't be read is 0.
@@ -41,7 +42,7 @@ struct SRoutingButton {
 /// each button that is on. The display name is `fileName` without its extension.
 std::string WriteRoutingDocument(std::string_view fileName, std::span<const SRoutingButton> buttons);
 
-/// Layouts that old patches name by an index 0..43; empty for any other.
+/// Layouts that old patches refer to by an index 0..43; empty for any other index.
 std::string_view LegacyRoutingName(std::ptrdiff_t index) noexcept;
 
 } // namespace KAV

@@ -27,7 +27,7 @@ void SRoutingRecord::Set(std::string_view document) {
 void SRoutingRecord::SetPair(int entry, std::int32_t first, std::int32_t second) noexcept {
     auto& pair = map[static_cast<std::size_t>(entry)];
     const std::uint32_t bit = std::uint32_t{1} << entry;
-    // Set before the pair and cleared after it: the audio thread looks at the entry meanwhile.
+    // Set before the pair and cleared after it, because the audio thread may read the entry in between.
     entriesWithChannels = entriesWithChannels | bit;
     pair.first = std::max(first, -1);
     pair.second = std::max(second, -1);

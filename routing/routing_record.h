@@ -14,30 +14,30 @@ namespace KAV {
 /// Entries that a routing can have; each belongs to one channel toggle of its group.
 inline constexpr int RoutingEntries = Utils::MostChannels;
 
-/// One entry: the zero-based host channels that the toggle stands for, -1 for none.
+/// One entry: the zero-based host channels that the toggle controls, -1 for none.
 struct SRoutingPair {
     Utils::CShared<std::int32_t> first{-1};
     Utils::CShared<std::int32_t> second{-1};
 };
 
-/// The routing of one group: the document as given, and what the audio thread reads of it.
-/// Threads: Set() and the text on one thread at a time; type and map are also read by the audio thread, each
-/// word for itself, while Set() changes one entry after the other.
+/// The routing of one group: the document as given, and what the audio thread reads of it. Threads: Set() and
+/// the text on one thread at a time. The audio thread also reads type and map, each word on its own, while
+/// Set() changes one entry after another.
 struct SRoutingRecord {
     std::string text; ///< UTF-8
     Utils::CShared<ERoutingType> type{ERoutingType::None};
     std::array<SRoutingPair, RoutingEntries> map;
-    /// Bit k: entry k may name a channel. Where it is clear the entry names none, which spares the audio
-    /// thread looking at most of the map.
+    /// Bit k: entry k may name a channel. If it is clear, the entry names none, so the audio thread can skip
+    /// most of the map.
     Utils::CShared<std::uint32_t> entriesWithChannels{0};
 
     /// The routing of a new instance: two entries of one channel each.
     SRoutingRecord();
-    /// Takes a document of any bytes. The same document again does nothing; one with the same map keeps the
-    /// pairs as they are. Entries after the sixteenth are ignored; those that the map lacks name no channel.
-    /// Throws std::bad_alloc, and then nothing has changed.
+    /// Takes a document of any bytes. Setting the same document again does nothing; one with the same map
+    /// keeps the pairs as they are. Entries after the sixteenth are ignored; those missing from the map get
+    /// no channel. Throws std::bad_alloc, and then nothing has changed.
     void Set(std::string_view document);
-    /// Makes entry `entry` (0..15) stand for two host channels; a number below 0 means none.
+    /// Assigns two host channels to entry `entry` (0..15); a number below 0 means none.
     void SetPair(int entry, std::int32_t first, std::int32_t second) noexcept;
 };
 

@@ -12,8 +12,8 @@ public:
     AEffEditor(const AEffEditor&) = delete;
     AEffEditor& operator=(const AEffEditor&) = delete;
 
-    /// Whether a window can be opened at all: hosts that know of an editor show its window, and no controls
-    /// of their own.
+    /// Whether a window can be opened at all. If a host knows of an editor, it shows the editor's window and
+    /// no controls of its own.
     virtual bool hasWindow() const noexcept = 0;
     /// Points `*rect` at the editor's size in pixels, valid as long as the editor. False without a window.
     virtual bool getRect(VST::ERect** rect) = 0;
@@ -22,13 +22,13 @@ public:
     virtual void close() = 0;
     /// Whether the host has opened the editor and not closed it since.
     virtual bool isOpen() const noexcept { return false; }
-    /// The host calls this again and again while the editor is open, some hosts at any time.
+    /// The host calls this repeatedly while the editor is open; some hosts also call it at other times.
     virtual void idle() {}
 
-    // True when the editor has made use of it; then the host doesn't.
+    // Returns true if the editor has used the key; then the host doesn't.
     virtual bool onKeyDown(const VST::VstKeyCode&) { return false; }
     virtual bool onKeyUp(const VST::VstKeyCode&) { return false; }
-    /// No call of the interface leads here: turns of the wheel reach a window by its own system.
+    /// The interface has no call for this: turns of the wheel reach a window through its own system.
     virtual bool onWheel(float /*distance*/) { return false; }
     /// How the user wants to turn knobs: 0 in circles, 1 in circles from where they are, 2 in lines.
     virtual bool setKnobMode(std::int32_t /*mode*/) { return false; }

@@ -8,7 +8,7 @@ using namespace VST;
 
 namespace {
 
-/// The character is the call's index, the key its value and the modifiers its option, which is no integer.
+/// The index is the character, the value the key, and the option the modifiers, although it isn't an integer.
 VstKeyCode KeyCode(std::int32_t index, std::intptr_t value, float option) noexcept {
     return {index, static_cast<std::uint8_t>(value),
         option >= 0.0f && option <= 255.0f ? static_cast<std::uint8_t>(option) : std::uint8_t{0}};
@@ -102,8 +102,8 @@ std::intptr_t AudioEffectX::dispatcher(
         setSampleRate(option);
         return 0;
     case effSetBlockSize:
-        // The interface has 64 bits for a count that never needs them: too large a number is held, not
-        // wrapped.
+        // The interface passes a count as 64 bits, although it never needs them: a number that is too large
+        // is clamped, not wrapped.
         setBlockSize(value > INT32_MAX ? INT32_MAX : value < 0 ? 0 : static_cast<std::int32_t>(value));
         return 0;
     case effEditGetRect:
@@ -138,7 +138,7 @@ std::intptr_t AudioEffectX::dispatcher(
     case effGetPlugCategory:
         return getPlugCategory();
     case effSetSpeakerArrangement: {
-        // The input record comes as a number; the interface has but one pointer per call.
+        // The input record arrives as a number, because the interface has only one pointer per call.
         const auto* input = reinterpret_cast<const VstSpeakerArrangement*>(value);
         if (input == nullptr || pointer == nullptr) return 0;
         return setSpeakerArrangement(input, static_cast<const VstSpeakerArrangement*>(pointer)) ? 1 : 0;
@@ -162,9 +162,9 @@ std::intptr_t AudioEffectX::dispatcher(
     case effSetTotalSampleToProcess:
         return value;
 
-    // Known, and answered with nothing: opening, closing, mains and start and stop change no state; there are
-    // no programs of the host's kind, no MIDI, no offline processing, no soft bypass, and no canDo text is
-    // confirmed.
+    // These calls are known, and answered with 0: opening, closing, mains, start and stop change no state;
+    // there are no programs in the host's sense, no MIDI, no offline processing and no soft bypass, and no
+    // canDo text is confirmed.
     default:
         return 0;
     }
@@ -181,7 +181,7 @@ std::intptr_t AudioEffectX::DispatcherThunk(AEffect* record, std::int32_t opcode
     std::intptr_t result = 0;
     try {
         result = effect->dispatcher(opcode, index, value, pointer, option);
-    } catch (...) { // the host's side of this call knows no exceptions
+    } catch (...) { // the host's side of this call can't handle exceptions
         result = 0;
     }
     if (opcode == effClose) {
@@ -191,7 +191,7 @@ std::intptr_t AudioEffectX::DispatcherThunk(AEffect* record, std::int32_t opcode
     return result;
 }
 
-/// The accumulating entry is out of use; a host that calls it gets its buffers back as they were.
+/// The accumulating entry is obsolete; a host that calls it gets its buffers back unchanged.
 void AudioEffectX::ProcessThunk(AEffect*, float**, float**, std::int32_t) noexcept {}
 
 void AudioEffectX::ProcessReplacingThunk(

@@ -12,12 +12,11 @@
 namespace KAV {
 
 /// The effect's side of the VST 2.4 interface: owns the record, turns the host's calls into virtual
-/// operations, and makes the calls towards the host. A derived class overrides what it answers; the defaults
-/// answer nothing.
+/// operations, and makes the calls to the host. A derived class overrides the calls that it answers; by
+/// default they do nothing.
 ///
-/// Nothing throws across the record's entries: an operation that fails with an exception answers 0 there.
-/// Pointers from the host are checked here, so that operations are only called with pointers that aren't
-/// null.
+/// No exception leaves the record's entries: an operation that throws answers 0. Pointers from the host are
+/// checked here, so operations never receive null.
 ///
 /// Threads: processReplacing() on the host's audio thread; everything else on any thread of the host.
 class AudioEffectX {
@@ -28,8 +27,8 @@ public:
     /// The record that the host gets. Lives as long as this object.
     VST::AEffect* Record() noexcept { return &_record; }
 
-    // To the host, from the editor's side as well. Without a host callback nothing happens.
-    /// The host reads this field when it likes.
+    // Calls to the host, also used by the editor's side. Without a host callback they do nothing.
+    /// The host reads this field whenever it wants to.
     void setInitialDelay(std::int32_t samples) noexcept {
         std::atomic_ref(_record.initialDelay).store(samples, std::memory_order_relaxed);
     }
@@ -37,7 +36,7 @@ public:
     void setParameterAutomated(std::int32_t index, float value) noexcept;
     void beginEdit(std::int32_t index) noexcept;
     void endEdit(std::int32_t index) noexcept;
-    /// Asks for another size of the editor's window, in pixels. False when the host leaves it as it is.
+    /// Asks for another size of the editor's window, in pixels. False if the host leaves the size as it is.
     bool sizeWindow(std::int32_t width, std::int32_t height) noexcept;
 
 protected:
@@ -45,8 +44,8 @@ protected:
         std::int32_t version, std::int32_t inputs, std::int32_t outputs, std::int32_t flags) noexcept;
     virtual ~AudioEffectX();
 
-    // From the host. Indexes are the host's own and may be any number. Texts have the sizes of vst2.h and
-    // take a closing zero.
+    // Calls from the host. Indexes are the host's own and may be any number. Text buffers have the sizes of
+    // vst2.h, which include the closing zero.
     virtual void processReplacing(float** inputs, float** outputs, std::int32_t frames) noexcept = 0;
     virtual void setParameter(std::int32_t index, float value) = 0;
     virtual float getParameter(std::int32_t index) = 0;
@@ -69,11 +68,12 @@ protected:
     virtual void getVendorString(char* text) = 0;
     virtual std::int32_t getPlugCategory() = 0;
 
-    /// Any call to the host. Without a host callback it does nothing and answers 0.
+    /// Makes any call to the host. Without a host callback it does nothing and returns 0.
     std::intptr_t CallHost(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0,
         void* pointer = nullptr, float option = 0.0f) noexcept;
 
-    /// Takes the editor, which is destroyed with this object. The host is informed of it if it has a window.
+    /// Takes the editor, which is destroyed with this object. The host only hears of an editor that has a
+    /// window.
     void setEditor(std::unique_ptr<AEffEditor> editor) noexcept;
 
     // Fields of the record
@@ -84,7 +84,7 @@ protected:
 
     float sampleRate = 44100.0f;   ///< Hz, as the host last said
     std::int32_t blockSize = 1024; ///< frames, as the host last said
-    /// 0 once construction has ended. Any thread of the host may change it while another asks.
+    /// 0 once construction has ended. Any thread of the host may change it while another one reads it.
     Utils::CShared<std::int32_t> curProgram = -1;
 
 private:
@@ -103,7 +103,7 @@ private:
     static void SetParameterThunk(VST::AEffect* record, std::int32_t index, float value) noexcept;
     static float GetParameterThunk(VST::AEffect* record, std::int32_t index) noexcept;
 
-    VST::HostCallback _audioMaster; // null when the host gave none
+    VST::HostCallback _audioMaster; // null if the host gave none
     VST::AEffect _record{};
     std::unique_ptr<AEffEditor> _editor; // null only while the effect is being built
 };

@@ -11,12 +11,12 @@ struct AEffect;
 
 using Dispatcher = std::intptr_t (*)(AEffect* effect, std::int32_t opcode, std::int32_t index,
     std::intptr_t value, void* pointer, float option);
-using HostCallback = Dispatcher; ///< `audioMaster`: the host's half, of the same form
+using HostCallback = Dispatcher; ///< `audioMaster`: the host's half, of the same type
 using ProcessEntry = void (*)(AEffect* effect, float** inputs, float** outputs, std::int32_t frames);
 using ProcessDoubleEntry = void (*)(AEffect* effect, double** inputs, double** outputs, std::int32_t frames);
 using SetParameterEntry = void (*)(AEffect* effect, std::int32_t index, float value);
 using GetParameterEntry = float (*)(AEffect* effect, std::int32_t index);
-using PluginEntry = AEffect* (*)(HostCallback host); ///< form of `VSTPluginMain`
+using PluginEntry = AEffect* (*)(HostCallback host); ///< type of `VSTPluginMain`
 
 /// Four characters as one number, first character highest.
 constexpr std::int32_t FourCharacters(char a, char b, char c, char d) {
@@ -28,7 +28,7 @@ constexpr std::int32_t FourCharacters(char a, char b, char c, char d) {
 
 inline constexpr std::int32_t kEffectMagic = FourCharacters('V', 's', 't', 'P');
 
-/// The record that the effect hands to the host. It lives as long as the effect; the host reads the counts
+/// The record that the effect gives to the host. It lives as long as the effect; the host reads the counts
 /// again after `audioMasterIOChanged`.
 struct AEffect {
     std::int32_t magic;
@@ -65,7 +65,7 @@ enum AEffectFlags : std::int32_t {
     effFlagsCanDoubleReplacing = 1 << 12,
 };
 
-/// Calls from the host to the effect's dispatcher. The gaps are calls that version 2.4 took out of use.
+/// Calls from the host to the effect's dispatcher. The gaps are calls that version 2.4 removed.
 enum EffectOpcode : std::int32_t {
     effOpen = 0,
     effClose = 1,
@@ -163,14 +163,14 @@ enum HostOpcode : std::int32_t {
 inline constexpr std::int32_t kPlugCategEffect = 1;
 inline constexpr std::int32_t kVstVersion = 2400;
 
-/// Sizes of the texts that the calls fill, in bytes with the closing zero.
+/// Sizes of the texts that the calls fill, in bytes including the closing zero.
 inline constexpr std::size_t kVstMaxParamStrLen = 8;
 inline constexpr std::size_t kVstMaxProgNameLen = 24;
 inline constexpr std::size_t kVstMaxEffectNameLen = 64;
 inline constexpr std::size_t kVstMaxVendorStrLen = 64;
 inline constexpr std::size_t kVstMaxProductStrLen = 64;
 
-/// The editor's place, in pixels.
+/// The editor's rectangle, in pixels.
 struct ERect {
     std::int16_t top;
     std::int16_t left;
@@ -178,10 +178,10 @@ struct ERect {
     std::int16_t right;
 };
 
-/// A key as hosts pass it on. Not a record of the interface: the call spreads it over its arguments.
+/// A key as hosts report it. Not a record of the interface: the call passes its parts as arguments.
 struct VstKeyCode {
-    std::int32_t character; ///< 0 for keys that write none
-    std::uint8_t virt;      ///< the number of such a key; 0: none
+    std::int32_t character; ///< 0 for keys without one
+    std::uint8_t virt;      ///< the number of a key without a character; 0 for none
     std::uint8_t modifier;  ///< bits: shift 1, alternate 2, command 4, control 8
 };
 
