@@ -10,7 +10,7 @@ namespace KAV::Bench {
 
 /// Runs the subject and the reference alternately, `frames` frames each time; both flush denormals, as the
 /// engine does. The case's time is the subject's; `ns_frame` and `reference` are medians per frame, `times`
-/// is how many times as fast as the reference the subject is.
+/// is how many times faster the subject is than the reference.
 template<typename TSubject, typename TReference>
 void Against(
     benchmark::State& state, std::size_t frames, const TSubject& subject, const TReference& reference) {

@@ -4,7 +4,7 @@ namespace KAV::Platform {
 
 namespace {
 
-/// The value that a shell reads after "NAME="; false when it doesn't end on its line.
+/// The value that a shell reads after "NAME="; false if it doesn't end on its line.
 bool Unquote(std::string_view text, std::string& value) {
     value.clear();
     char quote = 0;

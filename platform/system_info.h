@@ -11,7 +11,7 @@ namespace KAV::Platform {
 /// Milliseconds since the system started, modulo 2^32; only differences mean something.
 std::uint32_t TickMs() noexcept;
 
-/// The present local time.
+/// The current local time.
 std::tm LocalTime() noexcept;
 
 /// The system's name and version, in words.
@@ -24,7 +24,7 @@ std::string ProcessorName();
 std::string MachineName();
 
 /// A text that is always the same for this machine (Windows) or this user on this machine (elsewhere), and
-/// another on any other. Except on Windows, the machine's own identifier cannot be derived from it.
+/// different on any other. Except on Windows, the machine's own identifier cannot be derived from it.
 std::string MachineIdentifier();
 
 struct SMemory {

@@ -25,8 +25,8 @@ SBytes ReadWholeFile(const std::filesystem::path& file) noexcept;
 /// read.
 std::string ReadTable(const std::filesystem::path& file);
 
-/// Replaces or creates the whole file. Whatever happens meanwhile, even a crash or a full disk, the old
-/// content or the new one is there. A link stays and its target is replaced. False, with the old content
+/// Replaces or creates the whole file. Whatever happens meanwhile, even a crash or a full disk, either the
+/// old content or the new one remains. A link stays and its target is replaced. False, with the old content
 /// unchanged, if the folder is missing, the file may not be written or is not an ordinary file, or the disk
 /// is full. An unfinished temporary file remains only if the process or the system ends at that moment.
 bool ReplaceWholeFile(const std::filesystem::path& file, const void* data, std::size_t size) noexcept;

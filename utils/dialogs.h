@@ -6,19 +6,20 @@
 
 namespace KAV::Utils {
 
-/// What a dialog for files begins with.
+/// The initial content of a file dialog.
 struct SFileQuestion {
-    std::u16string filter; ///< "title||pattern;pattern", several of them with "|||" between
-    std::u16string name;   ///< proposed for a file to save
+    std::u16string filter; ///< "title||pattern;pattern"; several of them are separated by "|||"
+    std::u16string name;   ///< proposed name of a file to save
     std::u16string folder; ///< with forward slashes; empty: the system's choice
 };
 
-/// Receives the path that the user has chosen; an empty one when the user chose none, or can't be asked. It
-/// doesn't throw.
+/// Receives the path that the user has chosen; an empty one if the user cancels or can't be asked. It doesn't
+/// throw.
 using PathAnswer = std::function<void(std::u16string_view path)>;
 
-/// Boxes that ask or tell the user something. It is a seam: tests put answers of their own in the system's
-/// place. Threads: any but the audio thread, and no lock held: a box may stay for hours. Nothing throws.
+/// Boxes that ask the user something or show an error. This is a seam: tests replace the system's boxes by
+/// their own answers. Threads: any but the audio thread, with no lock held, because a box may stay open for
+/// hours. Nothing throws.
 ///
 /// Each question is answered exactly once, on the thread that asked: before the call returns, where a dialog
 /// runs a message loop of its own, or later, from a message of that thread's loop. Either way other messages
@@ -32,24 +33,24 @@ public:
 
     virtual void OpenFile(const SFileQuestion& question, PathAnswer answered) noexcept = 0;
     virtual void SaveFile(const SFileQuestion& question, PathAnswer answered) noexcept = 0;
-    /// Tells of an error.
+    /// Shows an error.
     virtual void ShowError(std::u16string_view title, std::u16string_view text) noexcept = 0;
-    /// ShowError() ends when the user has closed the box. Then it isn't for places where a host waits, such
-    /// as the creation of an instance: a scanner without a user would wait for ever.
+    /// Whether ShowError() blocks until the user has closed the box. If so, don't call it where a host waits,
+    /// such as in the creation of an instance: a scanner without a user would wait for ever.
     virtual bool ErrorsWait() const noexcept = 0;
 
 protected:
     ~IDialogs() = default;
 };
 
-/// The system's own. What can't be shown, for want of a display, goes to the session log. It asks for no
-/// files: every such question is answered at once, as cancelled.
+/// The system's own dialogs. Errors that can't be shown, because there is no display, go to the session log.
+/// There is no file dialog: every question is answered at once, as cancelled.
 IDialogs& SystemDialogs() noexcept;
 
-/// The one in use: the system's own, unless a test has put another in its place.
+/// The dialogs in use: the system's own, unless a test has replaced them.
 IDialogs& Dialogs() noexcept;
 
-/// For tests: the dialogs of the whole process from now on; null means the system's own. `dialogs` must
+/// For tests: replaces the dialogs of the whole process; null restores the system's own. `dialogs` must
 /// outlive its use.
 void UseDialogs(IDialogs* dialogs) noexcept;
 

@@ -10,7 +10,7 @@ namespace {
 using Utils::FormatInt;
 using Utils::FormatUnsigned;
 
-/// As std::u16string, the only type with which these can be joined.
+/// As std::u16string, the only type to which the others can be appended.
 template<typename... Texts>
 std::u16string Join(const Texts&... texts) {
     std::u16string joined;

@@ -6,7 +6,7 @@
 
 namespace KAV::Utils {
 
-/// Inflates a gzip stream that arrives in pieces. What follows its end, or an error in it, is dropped.
+/// Inflates a gzip stream that arrives in pieces. Bytes after its end, or after an error in it, are ignored.
 /// Threads: one at a time.
 class CGunzip final {
 public:
@@ -15,8 +15,8 @@ public:
     CGunzip(const CGunzip&) = delete;
     CGunzip& operator=(const CGunzip&) = delete;
 
-    /// Appends the inflated next bytes of the stream to `text`, until it has more than `limit` bytes. Then
-    /// returns false: there may be more.
+    /// Inflates the next bytes of the stream and appends the result to `text`, until that has more than
+    /// `limit` bytes. Then returns false: there may be more.
     bool Add(const char* data, std::size_t size, std::string& text, std::size_t limit);
 
 private:

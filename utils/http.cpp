@@ -72,7 +72,7 @@ Platform::SHttpRequest Request(const SWebAddress& address, const HttpOptions& op
     return request;
 }
 
-/// The response after all redirects; none when there was no response.
+/// The response after all redirects; empty if there was none.
 std::optional<std::string> Fetch(std::u16string_view url, HttpOptions& options) {
     auto address = ParseWebAddress(ToUtf8(url));
     if (!address) return std::nullopt;

@@ -50,7 +50,7 @@ struct SSetting {
     std::string name;
 };
 
-/// Empty when the location has fewer than three parts, an unknown root or ill-formed text.
+/// Empty if the location has fewer than three parts, an unknown root or ill-formed text.
 std::optional<SSetting> ParseSetting(std::u16string_view location) {
     const auto first = location.find(u'/');
     const auto last = location.rfind(u'/');

@@ -8,8 +8,8 @@
 /// be read. Any thread.
 namespace KAV::Utils {
 
-/// The text between `mid` and `close`, where `open`, `mid` and `close` follow each other, each searched for
-/// from the end of the one before. Empty if one of them is missing.
+/// The text between `mid` and `close`. `open`, `mid` and `close` must follow each other; each is searched for
+/// from the end of the previous one. Empty if one of them is missing.
 std::string_view ExtractTag(
     std::string_view text, std::string_view open, std::string_view mid, std::string_view close) noexcept;
 
@@ -19,12 +19,12 @@ std::string ReplaceAll(std::string_view text, std::string_view what, std::string
 /// The place of `mark` in `text`, or npos. All searches of this header go through it.
 std::size_t FindMark(std::string_view text, std::string_view mark) noexcept;
 
-/// How many bytes FindMark() has passed over since the program began. A test sees from this whether the work
+/// How many bytes FindMark() has passed over since the program started. Tests use it to check that the work
 /// grows linearly with a text.
 std::uint64_t SearchedBytes() noexcept;
 
-/// Walks through the pieces of a text between occurrences of a delimiter, empty ones included, in one pass
-/// and without a list of them. An empty text has none.
+/// Iterates over the pieces of a text between occurrences of a delimiter, empty ones included, in one pass
+/// and without a list of them. An empty text has no pieces.
 class CPieces final {
 public:
     CPieces(std::string_view text, std::string_view delimiter) noexcept

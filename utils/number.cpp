@@ -10,8 +10,8 @@ namespace KAV::Utils {
 
 namespace {
 
-/// Calls `read` with the text ended by a zero, as the C library wants it. A character that can't be part of
-/// a number ends the text as well.
+/// Calls `read` with the text terminated by a zero, as the C library requires. A character that can't be part
+/// of a number also ends the text.
 template<typename View, typename Read>
 auto WithZeroBehind(View text, Read read) noexcept {
     constexpr std::size_t shortLength = 64; // enough for nearly every number

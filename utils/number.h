@@ -14,8 +14,8 @@ namespace KAV::Utils {
 std::int32_t ToInt(std::string_view text) noexcept;
 std::int32_t ToInt(std::u16string_view text) noexcept;
 
-/// The number at the beginning of a text, by the rules of strtof(): also hexadecimal, "inf" and "nan". The
-/// default if there is no number, if it is too large for a float, or if it is so small that a float would
+/// The number at the beginning of a text, by the rules of strtof(), including hexadecimal, "inf" and "nan".
+/// The default if there is no number, if it is too large for a float, or if it is so small that a float would
 /// keep only part of its digits.
 float ToFloat(std::string_view text, float defaultValue) noexcept;
 float ToFloat(std::u16string_view text, float defaultValue) noexcept;
@@ -27,13 +27,13 @@ std::u16string FormatInt(std::int32_t value, EBase base = EBase::Decimal);
 std::u16string FormatUnsigned(std::uint32_t value);
 
 /// As printf's "%.*f" writes it into a buffer of 32 bytes: at most 31 characters; a longer text is cut at its
-/// end. Infinity is "inf" or "-inf", not-a-number "nan" or "-nan". `decimals` is limited to 0..9.
+/// end. Infinity is "inf" or "-inf", not-a-number "nan" or "-nan". `decimals` is clamped to 0..9.
 std::string FormatFixed(double value, int decimals);
 
 /// Enough for any float with up to two decimals, "-" and "+" included: 39 digits before the point.
 inline constexpr std::size_t DecimalCapacity = 48;
 
-/// As FormatFixed(), whole, with 0..2 decimals and without allocation. Returns the part of `buffer` that
+/// As FormatFixed(), but uncut, with 0..2 decimals and without allocation. Returns the part of `buffer` that
 /// holds the digits.
 std::string_view FormatDecimal(float value, int decimals, std::span<char, DecimalCapacity> buffer) noexcept;
 

@@ -15,8 +15,8 @@ bool IsSlash(char16_t c) noexcept {
     return c == u'/' || c == u'\\';
 }
 
-/// Adds a character to a normalized path and keeps it normalized. A slash that closes "/./" removes the dot,
-/// which leaves the slash before it.
+/// Appends a character to a normalized path and keeps it normalized. A slash that completes "/./" removes the
+/// dot and leaves the slash before it.
 void Append(std::u16string& path, char16_t c) {
     if (c == u'/') {
         if (path.ends_with(u"/.")) path.pop_back();

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Paths as texts with forward slashes. A backslash counts as a slash on every system, also where names may
-/// hold one, so that the same text means the same everywhere. Any thread.
+/// Paths as texts with forward slashes. A backslash counts as a slash on every system, even where file names
+/// may contain one, so that the same text means the same everywhere. Any thread.
 namespace KAV::Utils {
 
 /// Single forward slashes only, without "/./" in between. A path that begins with two slashes of either kind,
@@ -16,7 +16,7 @@ std::u16string NormalizePath(std::u16string_view path);
 /// What follows the last slash; the whole path if there is no slash.
 std::u16string GetFileName(std::u16string_view path);
 
-/// Everything through the last slash; the whole path if there is no slash.
+/// Everything up to and including the last slash; the whole path if there is no slash.
 std::u16string GetFolder(std::u16string_view path);
 
 /// What follows the last "." of the whole path, a folder's included, in lower case; empty without one.
@@ -29,11 +29,11 @@ std::u16string StripExtension(std::u16string_view path);
 /// its name isn't text; then callers stop.
 std::u16string GetDocumentsFolder();
 
-/// For tests: that folder from now on, with a slash at the end, in the whole process; empty for a system that
-/// has none; nothing means the system's own again. No other thread may request it meanwhile.
+/// For tests: replaces that folder in the whole process, with a slash at the end; empty for a system that has
+/// none; std::nullopt restores the system's own. No other thread may request it meanwhile.
 void UseDocumentsFolder(std::optional<std::u16string> folder);
 
-/// For files that may be lost, with a slash at the end; empty as above.
+/// A folder for files that may be lost, with a slash at the end; empty as above.
 std::u16string GetTemporaryFolder();
 
 /// The file of this library itself; empty if the system doesn't provide it, or its name isn't text.

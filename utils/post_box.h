@@ -6,7 +6,7 @@
 
 namespace KAV::Utils {
 
-/// Numbers that any thread leaves for one that comes by. Closed at first. Threads: any.
+/// Numbers that any thread leaves for another one to collect. Initially closed. Threads: any.
 class CPostBox final {
 public:
     CPostBox() = default;
@@ -14,10 +14,10 @@ public:
     CPostBox& operator=(const CPostBox&) = delete;
 
     void Open();
-    /// Drops what is in it, and what comes from now on.
+    /// Drops its content and everything that arrives later.
     void Close();
     void Post(std::uint32_t message);
-    /// What has come since the last time, oldest first.
+    /// What has arrived since the last call, oldest first.
     std::vector<std::uint32_t> Take();
 
 private:

@@ -26,17 +26,17 @@ using Platform::IFileSystem;
 /// Longer than any session's log. Only the end of a longer file is read.
 constexpr std::size_t LongestLog = 16u << 20;
 
-/// Empty when the system has no temporary folder.
+/// Empty if the system has no temporary folder.
 std::u16string PathOf(std::u16string_view ending) {
     const auto folder = GetTemporaryFolder();
     if (folder.empty()) return {};
     return folder + std::u16string(ProductName) + u" " + MachineId() + std::u16string(ending);
 }
 
-/// The log of the process.
+/// The process's log.
 class CSessionLog final {
 public:
-    /// Nothing of this library runs any more then, but threads may have ended while they held the lock.
+    /// By then no code of this library runs, but threads may have ended while they held the lock.
     void CloseWithoutLock() noexcept {
         if (_file != IFileSystem::NoFile) Files().Close(_file);
         _file = IFileSystem::NoFile;
@@ -45,7 +45,7 @@ public:
     void Write(std::u16string_view text) {
         const std::scoped_lock lock(_mutex);
         if (!_begun) {
-            _begun = true; // first, since the date is a line as well
+            _begun = true; // first, because the date is also a line
             Begin();
         }
         if (_file == IFileSystem::NoFile) return;
@@ -67,7 +67,8 @@ public:
 
     void DropUnsent() {
         const std::scoped_lock lock(_mutex);
-        if (_file == IFileSystem::NoFile) return; // the file may belong to the process that has the log
+        if (_file == IFileSystem::NoFile)
+            return; // otherwise the file may belong to the process that owns the log
         Files().Remove(ToSystemPath(UnsentLogPath()));
     }
 
@@ -107,7 +108,7 @@ CSessionLog& Log() {
     return log;
 }
 
-/// Writes the text that `make` composes; does nothing when there is no memory for it.
+/// Writes the text that `make` composes; does nothing if there is no memory for it.
 template<typename Make>
 void WriteMade(Make make) noexcept {
     try {

@@ -4,9 +4,9 @@
 
 namespace KAV::Utils {
 
-/// A word that one thread writes while others read it. Each read sees the old value or the new one; nothing
-/// is promised about the order between two words. On every supported processor a read or write is one plain
-/// move. Threads: any.
+/// A word that one thread writes while others read it. Each read returns either the old value or the new one;
+/// the order of changes to different words is not defined. On every supported processor a read or write is
+/// one plain move. Threads: any.
 template<typename T>
 class CShared final {
 public:

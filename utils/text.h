@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-/// Texts. Those that a user can see, paths and locations are UTF-16; patches, routing files, chunks and the
-/// host's texts are UTF-8. Any thread.
+/// Texts. Those that a user can see, paths and locations are UTF-16; patches, routing files, chunks and texts
+/// for the host are UTF-8. Any thread.
 namespace KAV::Utils {
 
 /// Conversions between the two. Empty if the text is ill-formed anywhere: a surrogate without its partner,
@@ -19,7 +19,7 @@ std::string ToUtf8(std::u16string_view text);
 /// As ToUtf16(), but each ill-formed sequence becomes U+FFFD: for text whose end a crash may have cut.
 std::u16string ToUtf16Repaired(std::string_view text);
 
-/// The pieces between occurrences of the delimiter, as parts of `text`. Empty pieces count, also the one
+/// The pieces between occurrences of the delimiter, as parts of `text`. Empty pieces count, including one
 /// after a delimiter at the end. An empty text has no pieces; the delimiter must not be empty.
 std::vector<std::string_view> Split(std::string_view text, std::string_view delimiter);
 std::vector<std::u16string_view> Split(std::u16string_view text, std::u16string_view delimiter);

@@ -7,8 +7,8 @@
 namespace KAV::Utils {
 
 /// A thread that runs one operation of its client, once for each Start() and Stop(). The client outlives it.
-/// Threads: the owner's thread builds, starts, stops and destroys; `running` and `startNow` are read
-/// anywhere.
+/// Threads: the owner's thread creates, starts, stops and destroys it; `running` and `startNow` are read by
+/// any thread.
 class CThread final {
 public:
     class IOnThread {
@@ -26,10 +26,10 @@ public:
     CThread(const CThread&) = delete;
     CThread& operator=(const CThread&) = delete;
 
-    /// Starts the thread, unless there is one that has not been stopped, even if its operation has ended.
-    /// Does nothing if the system has no thread left.
+    /// Starts the thread, unless it has been started and not yet stopped, even if its operation has ended.
+    /// Does nothing if the system can't create another thread.
     void Start() noexcept;
-    /// Asks the operation to end and waits for it without limit. On the thread itself it only asks.
+    /// Asks the operation to end and waits for it without limit. Called on the thread itself, it only asks.
     void Stop() noexcept;
 
     CShared<bool> running{false};  ///< set by Start(); cleared to ask the client to stop

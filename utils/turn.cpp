@@ -19,7 +19,7 @@ CTurn::~CTurn() {
     if (_isPart) return;
     try {
         if (_turns._end != nullptr) _turns._end->OnTurnEnd(*this);
-    } catch (...) { // out of memory: what was to be shown is shown at the end of a later turn
+    } catch (...) { // out of memory: the changes are shown at the end of a later turn
     }
     const auto then = std::exchange(_turns._then, {});
     const auto shared = _turns.Watch();

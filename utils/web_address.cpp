@@ -34,14 +34,14 @@ bool IsHost(std::string_view host) noexcept {
     });
 }
 
-/// 0 when the text isn't a port.
+/// 0 if the text isn't a port.
 std::uint16_t Port(std::string_view digits) noexcept {
     if (digits.empty() || digits.size() > 5 || !std::ranges::all_of(digits, IsDigit)) return 0;
     const std::int32_t port = ToInt(digits);
     return port <= 0xFFFF ? static_cast<std::uint16_t>(port) : std::uint16_t{0};
 }
 
-/// The path of a request: empty when `text` contains a control character, which could end the request's line.
+/// The path of a request; nothing if `text` contains a control character, which could end the request's line.
 std::optional<std::string> Path(std::string_view text) {
     text = text.substr(0, text.find('#'));
     std::string path;

@@ -15,7 +15,7 @@ struct SWebAddress {
     std::string path; ///< begins with '/', with the query; visible ASCII
 };
 
-/// An address that a browser may be given: it begins with "http://" or "https://".
+/// Whether an address may be passed to a browser: it begins with "http://" or "https://".
 bool IsWebAddress(std::u16string_view text) noexcept;
 
 /// The parts of an address in UTF-8. Without a port it is 443 for https and 80 for http; without a path
@@ -24,11 +24,11 @@ bool IsWebAddress(std::u16string_view text) noexcept;
 /// letters, digits, '.', '-' and '_': no user names or passwords.
 std::optional<SWebAddress> ParseWebAddress(std::string_view text);
 
-/// Where a redirect leads: `location` may be a whole address, or only the end of one. Nothing if it
-/// leads from https to http.
+/// The target of a redirect: `location` may be a whole address, or only the end of one. Nothing if it leads
+/// from https to http.
 std::optional<SWebAddress> FollowRedirect(const SWebAddress& from, std::string_view location);
 
-/// Letters, digits and ~ ! ( ) ' as they are, every other byte as '%' and two digits of 0-9a-f.
+/// Keeps letters, digits and ~ ! ( ) ' and writes every other byte as '%' and two digits of 0-9a-f.
 std::string PercentEncoded(std::string_view bytes);
 
 } // namespace KAV::Utils

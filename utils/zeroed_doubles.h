@@ -5,8 +5,8 @@
 
 namespace KAV::Utils {
 
-/// An array of zeros whose pages cost memory only once they are touched, so that room for a stage that hardly
-/// ever runs is cheap. Threads: building and destroying wait for the system; then any one thread.
+/// An array of zeros whose pages cost memory only once they are touched, so room for a stage that rarely runs
+/// is cheap. Threads: the constructor and destructor call the system; the rest on any one thread.
 class CZeroedDoubles final {
 public:
     CZeroedDoubles() noexcept = default;

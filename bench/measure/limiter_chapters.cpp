@@ -72,7 +72,7 @@ the averages over the look-ahead affect neither end.
         const std::size_t end = audio[0].size();
         Append(audio[0], quiet, 4.0 * releaseMs / 1000.0 + 0.1);
         rig.Run(audio);
-        const double unity = quiet * FromDb(12.0); // the threshold drives what isn't limited
+        const double unity = quiet * FromDb(12.0); // the threshold also drives what isn't limited
         const auto reduction = [&](std::size_t i) { return 1.0 - static_cast<double>(audio[0][i]) / unity; };
         const double full = 1.0 - FromDb(-12.0);
         const auto start = end + static_cast<std::size_t>(rig.LookaheadDelay());

@@ -33,7 +33,7 @@ std::vector<SDirectoryEntry> ListDirectory(const std::filesystem::path& folder) 
     const std::unique_ptr<DIR, SClose> directory(opendir(folder.c_str()));
     std::vector<SDirectoryEntry> entries;
     if (directory == nullptr) return entries;
-    // readdir() is safe here: this stream belongs to this call alone.
+    // readdir() is safe here: no other call uses this stream.
     while (const dirent* const entry = readdir(directory.get())) // NOLINT(concurrency-mt-unsafe)
         Add(*entry, dirfd(directory.get()), entries);
     return entries;

@@ -14,7 +14,7 @@ namespace KAV::Platform {
 namespace {
 
 constexpr std::size_t LongestHead = 256u << 10;
-constexpr int LongestWaitMs = 50; // until the receiver is polled again
+constexpr int LongestWaitMs = 50; // between two polls of the receiver
 
 /// On a connection that the server has closed, the TLS library raises SIGPIPE, which could end the host.
 /// While this object lives, the signal is blocked in this thread; one that is pending at its end is
@@ -120,7 +120,7 @@ std::size_t OnBytes(char* data, std::size_t, std::size_t size, void* user) noexc
 
 using List = std::unique_ptr<curl_slist, SFreeList>;
 
-/// Appends a line to a curl list; false when there is no memory.
+/// Appends a line to a curl list; false if there is no memory.
 bool Append(List& list, const char* line) noexcept {
     curl_slist* const longer = Curl()->slist_append(list.get(), line);
     if (longer == nullptr) return false;
@@ -129,7 +129,8 @@ bool Append(List& list, const char* line) noexcept {
     return true;
 }
 
-/// The same header lines as on Windows: of the library's own only Host and those that describe the body.
+/// The same header lines as on Windows: of the library's own lines only Host and those that describe the
+/// body.
 bool HeadLines(const SHttpRequest& request, List& list) noexcept {
     return Append(list, "Accept:") && Append(list, "Expect:") && Append(list, "Pragma: no-cache") &&
            (request.body.empty() || Append(list, "Content-Type: application/x-www-form-urlencoded"));
@@ -162,7 +163,7 @@ bool Prepare(CURL* easy, const SHttpRequest& request, const List& lines, SAnswer
            set(CURLOPT_WRITEFUNCTION, &OnBytes) && set(CURLOPT_WRITEDATA, static_cast<void*>(&answer));
 }
 
-/// Runs what was added to `multi`. The library's blocking call would not do, because it checks only once a
+/// Runs what was added to `multi`. The library's blocking call isn't used, because it checks only once a
 /// second whether to continue.
 CURLcode Run(CURLM* multi, IHttpReceiver& receiver) noexcept {
     int running = 1;

@@ -105,7 +105,7 @@ fs::path PartPath(std::string_view part) {
     return path / name;
 }
 
-/// Empty when the key can't be stored.
+/// Empty if the key can't be stored.
 fs::path KeyFile(ESettingsRoot root, std::string_view key) {
     fs::path file = StoreFolder();
     if (file.empty()) return {};
@@ -128,7 +128,7 @@ bool IsOurs(const Json& values) {
 
 enum class EKey { Missing, Unreadable, Damaged, Good };
 
-/// The result of reading a key. A file that can't be opened at the moment isn't damaged.
+/// Why a key couldn't be read. A file that can't be opened at the moment isn't damaged.
 EKey WhyNothing(const fs::path& file) {
     const auto handle = Files().OpenToRead(file);
     if (handle == IFileSystem::NoFile)
@@ -151,7 +151,7 @@ EKey ReadKey(const fs::path& file, Json& values) {
     return EKey::Good;
 }
 
-/// While this object lives and Held() is true, no other process and no other thread has the store.
+/// While this object lives and Held() is true, no other process or thread has the store.
 class CStoreLock final {
 public:
     CStoreLock() {
@@ -193,7 +193,7 @@ Json Values(const fs::path& file) {
     Json values;
     if (ReadKey(file, values) != EKey::Damaged) return values;
     const CStoreLock lock;
-    if (lock.Held() && ReadKey(file, values) == EKey::Damaged) KeepAside(file); // still, under the lock
+    if (lock.Held() && ReadKey(file, values) == EKey::Damaged) KeepAside(file); // read again under the lock
     return values;
 }
 

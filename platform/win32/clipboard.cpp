@@ -14,7 +14,7 @@ UINT Format(const std::string& format) {
 }
 
 /// An invisible window that receives only messages of its own thread. Emptying the clipboard makes the window
-/// with which it was opened its owner. Without a window there is no owner, and Windows then refuses data.
+/// that opened it its owner. Without a window there is no owner, and Windows then refuses data.
 class CMessageWindow final {
 public:
     CMessageWindow() noexcept

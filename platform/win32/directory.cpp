@@ -9,7 +9,7 @@ namespace KAV::Platform {
 
 std::vector<SDirectoryEntry> ListDirectory(const std::filesystem::path& folder) {
     std::vector<SDirectoryEntry> entries;
-    if (folder.empty()) return entries; // otherwise the pattern alone would mean the working folder
+    if (folder.empty()) return entries; // otherwise the pattern would list the working folder
     WIN32_FIND_DATAW found{};
     const HANDLE search = FindFirstFileW((folder / L"*.*").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return entries;

@@ -14,7 +14,7 @@ namespace KAV::Platform {
 namespace {
 
 constexpr std::uint32_t LongestLimitMs = 10000;
-constexpr std::uint32_t LongestWaitMs = 50; // until the receiver is polled again
+constexpr std::uint32_t LongestWaitMs = 50; // between two polls of the receiver
 
 /// Passes on what arrives, until the end or until the receiver cancels.
 SHttpResult Fetch(CWinInetExchange& exchange, std::uint32_t limitMs, IHttpReceiver& receiver) noexcept {

@@ -9,7 +9,7 @@ namespace {
 
 std::atomic<bool> interrupted{false};
 
-BOOL WINAPI NoteInterrupt(DWORD event) { // on a thread of the system
+BOOL WINAPI NoteInterrupt(DWORD event) { // called on a thread of the system
     if (interrupted.exchange(true)) return FALSE;
     // The process ends when the handler of these events returns, so this pause lets the program clean up.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(4000);

@@ -33,7 +33,7 @@ void LimitWaits(HINTERNET handle, DWORD limitMs) noexcept {
     WinInet()->SetOption(handle, INTERNET_OPTION_CONNECT_RETRIES, &once, sizeof(once));
 }
 
-/// A header line by the library's number for it; empty when there is no such line.
+/// A header line by the library's number for it; empty if there is no such line.
 std::string HeadLine(HINTERNET request, DWORD which) {
     DWORD size = 0;
     DWORD first = 0;
@@ -68,7 +68,7 @@ bool ReadHead(HINTERNET request, SHttpHead& head) {
     return true;
 }
 
-/// How many bytes follow the head; the largest number when the head doesn't say.
+/// How many bytes follow the head; the largest number if the head doesn't say.
 std::uint64_t BodyLength(HINTERNET request) {
     const auto text = HeadLine(request, HTTP_QUERY_CONTENT_LENGTH);
     std::uint64_t length = 0;
@@ -123,7 +123,7 @@ void CWinInetExchange::CloseHandles() noexcept {
     for (auto* const handle : std::views::reverse(handles)) WinInet()->CloseHandle(handle);
 }
 
-/// Null when there is no handle, and when the exchange has been abandoned.
+/// Null if there is no handle or the exchange has been abandoned.
 void* CWinInetExchange::Keep(void* handle) {
     if (handle == nullptr) return nullptr;
     const std::scoped_lock lock(_mutex);
@@ -154,7 +154,8 @@ bool CWinInetExchange::Take(const char* data, std::size_t size) {
     return true;
 }
 
-/// Takes what has arrived at once: reading whole blocks would wait for a server that sends one byte a second.
+/// Takes whatever has arrived at once: reading whole blocks would wait for a server that sends one byte a
+/// second.
 SHttpResult CWinInetExchange::ReadBytes(void* request, std::uint64_t length) {
     std::array<char, Block> block{};
     while (true) {

@@ -10,13 +10,14 @@
 #include <vector>
 #include <windows.h>
 
-/// For the Windows part of this folder alone.
+/// Only for the Windows part of this folder.
 namespace KAV::Platform {
 
-/// One exchange by the system's client, whose calls wait for the server and know no limit over all before an
-/// answer's head has come. So it runs on a thread of its own, and what comes is fetched by another, which may
-/// give it up at any time.
-/// Threads: Run() on its own; all else on the thread that asks. Both own the object.
+/// One exchange through the system's client, whose calls block and have no overall time limit until the head
+/// of a response has arrived. So it runs on its own thread, and another thread fetches the results and may
+/// abandon it at any time.
+/// Threads: Run() on the exchange's own thread; everything else on the requesting thread. Both own the
+/// object.
 class CWinInetExchange final {
 public:
     explicit CWinInetExchange(SHttpRequest request);
@@ -25,15 +26,15 @@ public:
 
     void Run() noexcept;
 
-    /// What has come since the last call.
+    /// What has arrived since the last call.
     struct SNews {
         std::optional<SHttpHead> head;     ///< once, before any bytes
         std::string bytes;                 ///< as the server sent them
-        std::optional<SHttpResult> result; ///< the end, with or after the last bytes
+        std::optional<SHttpResult> result; ///< the end of the exchange, with or after the last bytes
     };
-    /// Waits for news up to that time.
+    /// Waits for news for up to this time.
     SNews Await(std::uint32_t ms);
-    /// Ends the exchange from outside: by its handles, without which its calls fail. Nothing is fetched
+    /// Ends the exchange from outside by closing its handles, so that its calls fail. Nothing is fetched
     /// afterwards.
     void GiveUp() noexcept;
 
@@ -47,10 +48,10 @@ private:
 
     const SHttpRequest _request;
     std::mutex _mutex;
-    std::condition_variable _news; // for the one that asks
-    std::condition_variable _room; // for the thread of its own
-    // under the mutex
-    std::vector<void*> _handles; // the library's, in the order in which they were made
+    std::condition_variable _news; // for the requesting thread
+    std::condition_variable _room; // for the exchange's thread
+    // guarded by the mutex
+    std::vector<void*> _handles; // the library's, in order of creation
     bool _givenUp = false;
     SNews _come;
 };

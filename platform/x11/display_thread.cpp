@@ -41,14 +41,14 @@ bool IsOverdue(const std::string& display) {
     return Overdue().displays.contains(display);
 }
 
-/// What the thread shares with the one that waits for it.
+/// What the thread shares with the caller that waits for it.
 class CCall final {
 public:
     explicit CCall(std::string display) : _display(std::move(display)) {}
 
     const std::string& Display() const noexcept { return _display; }
 
-    /// True when the work ended in time.
+    /// True if the work ended in time.
     bool Wait() noexcept {
         std::unique_lock lock(Overdue().mutex);
         if (_end.wait_for(lock, LongestWait, [this] { return _ended; })) return true;
@@ -83,7 +83,7 @@ bool RunOnDisplayThread(std::function<void(const std::string& display)> work) {
     std::thread thread([call, work = std::move(work)] {
         try {
             work(call->Display());
-        } catch (...) { // no memory: there is no answer
+        } catch (...) { // no memory: no answer
         }
         call->End();
     });

@@ -6,19 +6,19 @@
 #include <string>
 #include <utility>
 
-/// Questions to the X11 display. A display that has stopped answers nothing, and the library waits for it for
-/// ever, in calls that nothing can interrupt. So each question runs on a thread of its own, which is left to
-/// itself when the display takes too long. For the Linux part of this folder alone.
+/// Queries of the X11 display. If a display has stopped responding, the library waits for it for ever, in
+/// calls that can't be interrupted. So each query runs on its own thread, which is abandoned if the display
+/// takes too long. Only for the Linux part of this folder.
 namespace KAV::Platform {
 
-/// Runs `work` on a thread of its own, with the name of the display that DISPLAY names. True when it has
-/// ended within three seconds. Otherwise it goes on alone and may outlive its caller, so it has to own all
-/// that it touches; until it ends, no further work is begun for that display. False at once when there is no
-/// display on this machine (one elsewhere could let us wait for minutes) or no client library. Any thread.
-/// Throws std::bad_alloc, or std::system_error when there is no thread.
+/// Runs `work` on its own thread, with the name of the display from DISPLAY. True if it has ended within
+/// three seconds. Otherwise it keeps running and may outlive its caller, so it must own everything that it
+/// touches; until it ends, no further work is begun for that display. False at once if there is no display on
+/// this machine (a remote one could block for minutes) or no client library. Any thread. Throws
+/// std::bad_alloc, or std::system_error if the thread can't be created.
 bool RunOnDisplayThread(std::function<void(const std::string& display)> work);
 
-/// The answer to a question that runs as above; nothing when there is none in time, or it has thrown.
+/// The result of a query that runs as above; nothing if there is none in time or it has thrown.
 template<typename TAnswer>
 std::optional<TAnswer> AskDisplay(std::function<TAnswer(const std::string& display)> question) {
     const auto answer = std::make_shared<std::optional<TAnswer>>();

@@ -11,7 +11,7 @@ namespace KAV::Platform {
 namespace {
 
 /// Dots per inch as the desktop announces them in a property of the root window, which has lines
-/// "name:\tvalue". 96 when there is no such line.
+/// "name:\tvalue". 96 if there is no such line.
 int DotsPerInch(xcb_connection_t* connection, xcb_window_t root) {
     constexpr int usual = 96;
     constexpr std::uint32_t words = 0x10000;

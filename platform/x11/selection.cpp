@@ -116,7 +116,7 @@ void CSelectionOwner::Serve() noexcept {
             if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return;
             if (waits[1].revents != 0) return;
         }
-    } catch (...) { // no memory: the program that asks gets no answer
+    } catch (...) { // no memory: the requesting program gets no answer
         return;
     }
 }

@@ -10,14 +10,14 @@
 /// The CLIPBOARD selection of the display, with a private format as its target.
 namespace KAV::Platform {
 
-/// Owns the selection with a window of its own and hands the data to whoever asks, from a thread that lives
-/// until another program takes the selection or End() is called. Nobody waits for that thread, since the
-/// display may have stopped: it owns this object together with the caller.
-/// Threads: Create() on a display thread, whose blocked signals the thread of its own inherits; End() on any.
-/// The thread of its own reads what never changes after Create().
+/// Owns the selection with a window of its own and sends the data to any program that requests it, from a
+/// thread that lives until another program takes the selection or End() is called. That thread is never
+/// waited for, because the display may have stopped: it owns this object together with the caller.
+/// Threads: Create() on a display thread, whose blocked signals the object's own thread inherits; End() on
+/// any. The object's own thread only reads what never changes after Create().
 class CSelectionOwner final {
 public:
-    /// Null when there is no display, it refuses, or the data is more than it takes in one request.
+    /// Null if there is no display, it refuses, or the data is more than it takes in one request.
     static std::shared_ptr<CSelectionOwner> Create(
         const std::string& display, const std::string& format, std::vector<char> data);
     ~CSelectionOwner();
@@ -40,11 +40,11 @@ private:
     xcb_atom_t _selection = 0;
     xcb_atom_t _targets = 0;
     xcb_atom_t _format = 0;
-    int _wake = -1; // an event descriptor: readable when the thread shall end
+    int _wake = -1; // an event descriptor: readable when the thread has to end
 };
 
-/// What the selection's present owner gives for that format. Null when there is no display or no owner, it
-/// has no such format or gives nothing within a second. On a display thread.
+/// The data of the selection's current owner in that format. Null if there is no display or no owner, or the
+/// owner doesn't have that format or sends nothing within a second. On a display thread.
 SBytes ReadSelection(const std::string& display, const std::string& format);
 
 } // namespace KAV::Platform

@@ -7,9 +7,9 @@
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
-/// The X11 client library, loaded when it is first needed: a host without a display may lack it, and linking
-/// it would keep our library from loading there. This one and not Xlib, whose error handlers end the process
-/// when the display goes away. For the Linux part of this folder alone. Any thread.
+/// The X11 client library, loaded when it is first needed: a system without a display may lack it, and
+/// linking it would keep our library from loading there. It is XCB and not Xlib, because Xlib's error
+/// handlers end the process when the display goes away. Only for the Linux part of this folder. Any thread.
 namespace KAV::Platform {
 
 /// The library's functions, under their names there.
@@ -44,7 +44,7 @@ struct SXcb {
     decltype(&xcb_randr_get_monitors_reply) randr_get_monitors_reply;
 };
 
-/// The functions, for the life of the process; null when the library is missing or incomplete.
+/// The functions, for the life of the process; null if the library is missing or incomplete.
 const SXcb* Xcb();
 
 struct SDisconnect {
@@ -52,21 +52,21 @@ struct SDisconnect {
 };
 using XConnection = std::unique_ptr<xcb_connection_t, SDisconnect>;
 
-/// What the library hands out is freed by the C library's function.
+/// Memory from the library is freed by the C library's function.
 struct SFree {
     void operator()(void* reply) const noexcept { free(reply); }
 };
 template<typename T>
 using XReply = std::unique_ptr<T, SFree>;
 
-/// A connection of our own to that display; null when it refuses. Waits for the display's greeting for ever,
-/// as everything below waits for its answers: call them on a display thread.
+/// A new connection to that display; null if it refuses. Waits for the display without limit, as do the
+/// functions below, so call them on a display thread.
 XConnection ConnectToDisplay(const std::string& display);
 
 /// The first screen of a connection.
 const xcb_screen_t* FirstScreen(xcb_connection_t* connection);
 
-/// The number that the display has for a name; 0 when it fails.
+/// The display's number for a name; 0 on failure.
 xcb_atom_t Atom(xcb_connection_t* connection, std::string_view name);
 
 } // namespace KAV::Platform

@@ -33,7 +33,7 @@ std::vector<char*> Environment() {
     return variables;
 }
 
-/// Everything that a new process is started with.
+/// Everything that is needed to start a process.
 struct SLaunch {
     std::string program;
     std::vector<std::string> texts; // the program's arguments

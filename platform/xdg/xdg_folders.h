@@ -5,12 +5,12 @@
 /// The user's folders by the XDG Base Directory rules. Only for the Linux part of this folder.
 namespace KAV::Platform {
 
-/// The home folder: HOME if it is an absolute path, else the one in the user database. Empty if neither
-/// has one.
+/// The home folder: HOME if it is an absolute path, otherwise the one in the user database. Empty if neither
+/// exists.
 std::filesystem::path HomeFolder();
 
-/// Where programs keep the user's settings: XDG_CONFIG_HOME if it is an absolute path, else ~/.config. Empty
-/// if there is no home.
+/// Where programs keep the user's settings: XDG_CONFIG_HOME if it is an absolute path, otherwise ~/.config.
+/// Empty if there is no home.
 std::filesystem::path ConfigurationFolder();
 
 } // namespace KAV::Platform
