@@ -67,8 +67,7 @@ public:
 
     void DropUnsent() {
         const std::scoped_lock lock(_mutex);
-        if (_file == IFileSystem::NoFile)
-            return; // otherwise the file may belong to the process that owns the log
+        if (_file == IFileSystem::NoFile) return; // another process may own the log
         Files().Remove(ToSystemPath(UnsentLogPath()));
     }
 

@@ -29,7 +29,7 @@ inline SCell CellOf(const SPixels& pixels, const SSprite& sprite, int index) {
         index / sprite.columns * sprite.FrameHeight(), sprite.FrameWidth(), sprite.FrameHeight()};
 }
 
-/// Brightness of what the eye gets over a dark panel, 0..255.
+/// Brightness of a cell as it is seen over a dark panel, 0..255.
 inline double BrightnessAt(const SCell& cell, int u, int v) {
     const auto* p = cell.At(u, v);
     const double alpha = p[3] / 255.0;

@@ -15,8 +15,8 @@ bool IsQuick(const SSprite& sprite) {
     return sprite.width * sprite.height < 200'000;
 }
 
-/// The largest difference of one channel, and where it is. What cannot be seen does not count: the colour of
-/// a pixel without alpha.
+/// The largest difference of one channel, and where it is. Invisible differences don't count: the colour of a
+/// pixel without alpha.
 int LargestDifference(const SPixels& a, const SPixels& b) {
     int largest = 0;
     for (std::size_t i = 0; i < a.rgba.size(); ++i)

@@ -1,5 +1,5 @@
-// What has to line up: indicators with the scales under them, meters with what lies over them, lettering with
-// what it is printed on. Everything is measured in the committed pictures.
+// What has to line up: indicators with the scales under them, meters with what is drawn over them, lettering
+// with the parts that it is printed on. Everything is measured in the committed pictures.
 
 #include "artwork/colour.h"
 #include "artwork/labels.h"
@@ -19,7 +19,7 @@ namespace {
 
 constexpr double HalfPixel = 0.5; // of the panel
 
-/// A band's picture with the panel's own coordinates.
+/// A band's picture, addressed by the panel's coordinates.
 class CBand final {
 public:
     explicit CBand(EBand band)
@@ -35,7 +35,7 @@ public:
         const auto* p = _pixels.At(x, y);
         return 0.2126 * p[0] + 0.7152 * p[1] + 0.0722 * p[2];
     }
-    /// Between the four pixels around a place on the panel.
+    /// Interpolated between the four pixels around a place on the panel.
     double BrightnessAt(double x, double y) const {
         const double u = (x - _rect.x) * ScaleX() - 0.5;
         const double v = (y - _rect.y) * ScaleY() - 0.5;
@@ -65,7 +65,7 @@ private:
     SPixels _pixels;
 };
 
-/// Where something bright lies, as the mean of places weighted by how far they exceed the middle between the
+/// The place of something bright: the mean of all places, weighted by how far they exceed the midpoint of the
 /// darkest and the brightest.
 double BrightPlace(const std::vector<std::pair<double, double>>& placesAndBrightness) {
     double low = 1e9;
@@ -85,7 +85,7 @@ double BrightPlace(const std::vector<std::pair<double, double>>& placesAndBright
 }
 
 /// The painted line's height in a frame of the fader, in panel pixels from the frame's top: a bright line
-/// across the cap, found without knowing where it ought to be.
+/// across the cap, found without using its expected place.
 double FaderIndicator(const SPixels& pixels, int frame) {
     const SSprite& sprite = SpriteOf("fader");
     const SCell cell = CellOf(pixels, sprite, frame);
@@ -105,7 +105,7 @@ double FaderIndicator(const SPixels& pixels, int frame) {
     return sum / static_cast<double>(rows.size());
 }
 
-/// The height of a line of a fader's scale on the panel, looked for up to three pixels around `near`.
+/// The height of a line of a fader's scale on the panel, searched for up to three pixels around `near`.
 double TickHeight(const CBand& body, double x, double near) {
     std::vector<std::pair<double, double>> rows;
     for (double y = near - 3; y <= near + 3; y += 0.05) {
@@ -116,7 +116,7 @@ double TickHeight(const CBand& body, double x, double near) {
     return BrightPlace(rows);
 }
 
-/// The direction of a knob's pointer: what differs from the mean of all frames, inside a ring of the cap.
+/// The direction of a knob's pointer, from what differs from the mean of all frames inside a ring of the cap.
 double PointerAngle(const SPixels& pixels, const SSprite& sprite, int frame, double inner, double outer) {
     const double middle = sprite.FrameWidth() / 2.0;
     const double scale = sprite.FrameWidth() / sprite.panelWidth;
@@ -140,7 +140,7 @@ double PointerAngle(const SPixels& pixels, const SSprite& sprite, int frame, dou
     return std::atan2(x, -y);
 }
 
-/// The direction of a knob's scale line, looked for within six degrees.
+/// The direction of a knob's scale line, searched for within six degrees.
 double TickAngle(const CBand& band, const SRect& knob, double near, double inner, double outer) {
     std::vector<std::pair<double, double>> angles;
     for (double angle = near - 0.105; angle <= near + 0.105; angle += 0.002) {
@@ -188,7 +188,7 @@ TEST_P(Fader, IndicatorPointsAtItsTick) {
         const double line = TickHeight(body, rect.x + FaderCentreX - 14, expected);
         EXPECT_NEAR(line, expected, HalfPixel) << name << " at " << tick.value;
         const double indicator = rect.y + FaderIndicator(pixels, FrameOf(tick.value));
-        // A line without a number may lie between two frames.
+        // A line without a number may be between two frames.
         const double halfStep = *tick.text ? 0 : (FaderMinimumY - FaderMaximumY) / (ValueFrames - 1) / 2;
         EXPECT_NEAR(indicator, line, HalfPixel + halfStep) << name << " at " << tick.value;
         numbers += *tick.text != 0;
@@ -215,7 +215,7 @@ TEST(MacroKnobs, PointAtTheirTicks) {
     }
 }
 
-/// The arc of a sensitivity ends where the value is; the upper half is drawn turned by half.
+/// The arc of a sensitivity ends at the value; the upper half is drawn turned by half.
 TEST(SensitivityKnob, EndsItsArcAtTheValue) {
     const SSprite& sprite = SpriteOf("knob04");
     const SPixels pixels = ReadPng(FileOf(sprite));
@@ -223,13 +223,13 @@ TEST(SensitivityKnob, EndsItsArcAtTheValue) {
     for (const int frame : {0, 8, 16, 24, 31, 38, 46, 54, 62}) {
         const SCell cell = CellOf(pixels, sprite, frame);
         const double value = KnobAngle(ValueOf(frame, KnobAnchors));
-        double lit = 0; // length of the arc, by counting along its circle
+        double lit = 0; // length of the arc, counted along its circle
         for (double angle = -3.14159; angle < 3.14159; angle += 0.01) {
             const double x = (6 + 4.75 * std::sin(angle)) * scale;
             const double y = (6 - 4.75 * std::cos(angle)) * scale;
             lit += BrightnessAt(cell, static_cast<int>(x), static_cast<int>(y)) > 150 ? 0.01 : 0;
         }
-        // Round ends reach half a stroke further, on both sides.
+        // Round ends extend the arc by half a stroke on both sides.
         const double ends = frame == 31 ? 0 : 1.35 / 4.75;
         EXPECT_NEAR(lit, std::abs(value) + ends, HalfPixel / 4.75) << "frame " << frame;
     }
@@ -278,7 +278,8 @@ SRect LitRect(const SPlace& meter) {
     return {meter.rect.x + 2, meter.rect.y + 1.35, meter.rect.w - 4, 2.9};
 }
 
-/// How many pixels of a widget's frames lie over a rectangle of the panel, and whether any of them shows.
+/// How many pixels of a widget's frames are over a rectangle of the panel, and whether any of them is
+/// visible.
 struct SCovering {
     int pixels = 0;
     int strongestAlpha = 0;
@@ -313,8 +314,8 @@ std::string_view FamilyOf(std::string_view name) {
     return name.substr(0, name.find_last_not_of("0123456789") + 1);
 }
 
-/// The panel in its drawing order: whatever is drawn after a meter leaves the meter's lit part free in each
-/// of its frames.
+/// The panel in its drawing order: everything that is drawn after a meter leaves the meter's lit part visible
+/// in each of its frames.
 TEST(Panel, CoversNoLitPartOfAnyMeterInAnyFrame) {
     std::map<std::string_view, SPixels> pictures;
     for (const auto& sprite : Sprites) pictures.emplace(sprite.stem, ReadPng(FileOf(sprite)));
@@ -329,7 +330,7 @@ TEST(Panel, CoversNoLitPartOfAnyMeterInAnyFrame) {
             EXPECT_EQ(covering.strongestAlpha, 0) << places[later].name << " over " << places[m].name;
         }
     }
-    // They do lie over each other: two faders reach over two meters each, every button over its own.
+    // They do overlap: two faders overlap two meters each, and every button overlaps its own.
     EXPECT_EQ(overlaps["Input Gain"], 2);
     EXPECT_EQ(overlaps["Output Ceiling"], 2);
     EXPECT_EQ(overlaps["ToolCh"], 16);
@@ -348,7 +349,7 @@ TEST(Panel, LeavesTheMetersUnderChannelAndGroupButtonsFree) {
             for (int u = 0; u < cell.width; ++u) ASSERT_EQ(cell.At(u, v)[3], 0);
         }
     }
-    // And the meter draws nothing where the next row of buttons lies: six panel pixels below its top.
+    // And the meter draws nothing over the next row of buttons, six panel pixels below its top.
     const SCell full = CellOf(meters, meter, 15);
     for (int v = 18; v < full.height; ++v) {
         for (int u = 0; u < full.width; ++u) ASSERT_EQ(full.At(u, v)[3], 0);
@@ -365,8 +366,8 @@ TEST(Panel, EndsItsFadersAboveTheToolbar) {
     }
 }
 
-/// The strongest contrast between the ground of an area, which is what most of it shows, and its lightest or
-/// darkest hundredth, which is the ink.
+/// The strongest contrast between the ground of an area, which is the colour of most of it, and its lightest
+/// or darkest hundredth, which is the ink.
 double ContrastOfInk(std::vector<double> luminances) {
     std::sort(luminances.begin(), luminances.end());
     const auto at = [&luminances](double part) {
@@ -375,7 +376,7 @@ double ContrastOfInk(std::vector<double> luminances) {
     return std::max(Contrast(at(0.99), at(0.5)), Contrast(at(0.01), at(0.5)));
 }
 
-/// Words on a key: a rectangle in panel pixels that holds them and the face, no lamp.
+/// Words on a key: a rectangle in panel pixels that contains them and the face, but no lamp.
 struct SWords {
     const char* sprite;
     SRect rect;

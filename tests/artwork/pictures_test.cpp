@@ -25,8 +25,8 @@ int StrongestAlphaAtEdges(const SCell& cell) {
     return strongest;
 }
 
-/// The pattern of light and dark edges, which a mere change of brightness leaves as it is: where neighbours
-/// differ by more than a tenth of the cell's own range.
+/// The pattern of light and dark edges, which a change of brightness doesn't affect: where neighbours differ
+/// by more than a tenth of the cell's own range.
 std::vector<bool> EdgesOf(const SCell& cell) {
     double low = 255;
     double high = 0;
@@ -50,7 +50,7 @@ std::vector<bool> EdgesOf(const SCell& cell) {
 
 class Picture : public testing::TestWithParam<SSprite> {};
 
-/// Two frames that a user has to tell apart.
+/// Two frames that a user has to be able to distinguish.
 struct SStates {
     const char* sprite;
     int one;
@@ -171,7 +171,7 @@ TEST(Pictures, AreAllInTheManifestAndTheFolderHoldsNothingElse) {
     EXPECT_EQ(static_cast<std::size_t>(files), expected.size() + 1);
 }
 
-/// The grid that a resource's name tells, "((FRAMESxCOLUMNS))" or "((FRAMES))", is that of the layout.
+/// The grid in a resource's name, "((FRAMESxCOLUMNS))" or "((FRAMES))", is that of the layout.
 TEST(Pictures, AreNamedAfterTheirGrid) {
     for (const auto& sprite : Sprites) {
         std::string grid;

@@ -1,4 +1,4 @@
-// Factory content on its way into the user's documents and out again.
+// Installs factory content into the user's documents and removes it again.
 
 #include "tests/support/faulty_files.h"
 #include "tests/support/file_text.h"
@@ -24,7 +24,7 @@ const std::string Patches = "Kavelin/KAV Sorrel Limiter/";
 const std::string Routings = "Kavelin/Routings/";
 const std::string Manifest = Patches + ".factory-content";
 
-/// Every file below a folder with what it holds, by its path relative to it.
+/// Every file below a folder with its content, by its path relative to the folder.
 std::map<std::string, std::string> FilesBelow(const fs::path& folder) {
     std::map<std::string, std::string> files;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
@@ -55,14 +55,14 @@ protected:
         ADD_FAILURE() << place << " is not in the report";
         return EContentFate::Failed;
     }
-    /// All of the content is there, and nothing but it and the list.
+    /// All of the content is there, and nothing else but the list.
     void ExpectWhole() {
         auto files = FilesBelow(documents);
         files.erase(Manifest);
         EXPECT_EQ(files, whole);
     }
 
-    /// Every file costs calls, and every call of the system is made to fail once.
+    /// Every file costs calls, and every call of the system is made to fail once. So only a few files remain.
     void MakeContentSmall() {
         fs::remove_all(content / "Routings" / "Legacy");
         fs::remove(content / "Patches" / "B.kvp");
@@ -134,7 +134,7 @@ TEST_F(ContentInstaller, WhatTheUserHasChangedSinceStays) {
     WriteText(documents / (Routings + "5.1.kvt"), "routinG"); // of the same size
     EXPECT_EQ(FateOf(Uninstall(), Routings + "5.1.kvt"), EContentFate::Users);
     EXPECT_EQ(FilesBelow(documents), (std::map<std::string, std::string>{{Routings + "5.1.kvt", "routinG"}}));
-    WriteText(documents / (Routings + "5.1.kvt"), "routing"); // the user's own by now
+    WriteText(documents / (Routings + "5.1.kvt"), "routing"); // the user has edited it
     Uninstall();
     EXPECT_EQ(ReadText(documents / (Routings + "5.1.kvt")), "routing");
 }
@@ -172,7 +172,7 @@ TEST_F(ContentInstaller, TheOldVersionOfARenewedFileIsTheUsersAgain) {
     Install();
     WriteText(content / "Patches" / "A.kvp", "patch A, better");
     Install();
-    WriteText(documents / (Patches + "A.kvp"), "patch A"); // put back by hand
+    WriteText(documents / (Patches + "A.kvp"), "patch A"); // restored by the user
     EXPECT_EQ(FateOf(Uninstall(), Patches + "A.kvp"), EContentFate::Users);
 }
 

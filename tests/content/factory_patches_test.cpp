@@ -1,4 +1,4 @@
-// The patches that come with the plug-in, in instances of it.
+// The patches that come with the plug-in, loaded in instances of it.
 
 #include "device/parameter_table.h"
 #include "device/value_flags.h"
@@ -35,7 +35,7 @@ std::filesystem::path FileOf(const std::string& title) {
     return Folder / (title + ".kvp");
 }
 
-/// The lines of the parameters alone.
+/// Only the lines of the parameters.
 std::string Values(std::string_view text) {
     std::string values;
     Utils::CPieces lines(text, Patch::LineEnd);

@@ -1,4 +1,4 @@
-// The routings that come with the plug-in, in the program that reads them.
+// The routings that come with the plug-in, read by the product's own code.
 
 #include "device/parameter_table.h"
 #include "patch/patch_text.h"
@@ -30,7 +30,7 @@ std::vector<std::string> Files() {
     return files;
 }
 
-/// What the file's place says that the layout is called: older layouts may have a slash in their name.
+/// The layout's name according to the file's path: older layouts may have a slash in their name.
 std::string NameOf(std::string file) {
     if (file.starts_with("Legacy/")) file.erase(0, 7);
     return file.substr(0, file.size() - 4);
@@ -112,7 +112,7 @@ TEST_F(FactoryRoutings, DeclareMiddleAndSideOfTwoChannels) {
         EXPECT_EQ(RoutingEntryCount(text), 2u) << file;
         ++found;
     }
-    EXPECT_EQ(found, 2u); // the current one and that of older patches
+    EXPECT_EQ(found, 2u); // the current one and the one of older patches
 }
 
 TEST_F(FactoryRoutings, BeginWithThatOfANewInstance) {

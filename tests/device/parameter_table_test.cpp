@@ -26,7 +26,7 @@ TEST(HostParamTable, HoldsTheTagsInTheHostsOrder) {
     const auto table = HostParamTable();
     ASSERT_EQ(table.size(), 109u);
     std::size_t index = 0;
-    for (const std::int32_t first : {32, 33, 35, 34, 36, 37}) { // Auto Release stands before Limiter
+    for (const std::int32_t first : {32, 33, 35, 34, 36, 37}) { // Auto Release is before Limiter
         for (int group = 0; group < 4; ++group) EXPECT_EQ(table[index++], first + 100 * group);
     }
     for (int channel = 1; channel <= 16; ++channel) {
@@ -141,7 +141,7 @@ TEST(ParameterDisplays, FollowTheirLawsOverTheRange) {
 }
 
 TEST(ParameterDisplays, AreComputedInDoublePrecisionAndRoundedOnce) {
-    // Beside positions whose text is about to change, single precision leads to another one.
+    // Near positions whose text is about to change, single precision would give a different text.
     struct SCase {
         std::int32_t index;
         double scale;
@@ -222,14 +222,14 @@ TEST(ParameterRows, OfLinearLawsShowTheirRangeAsText) {
 
 namespace {
 
-/// The real values that the engine makes of positions, measured on what comes out of an instance.
+/// The real values that the engine derives from positions, measured at the output of an instance.
 class CMeasuredEngine final {
 public:
     CMeasuredEngine() { effect.Dispatch(VST::effSetBlockSize, 0, Frames); }
 
     void Set(std::int32_t tag, float position) { effect.Set(HostIndexOf(tag), position); }
 
-    /// Gain of a steady level in dB, once all ramps are over.
+    /// Gain of a steady level in dB, after all ramps have ended.
     double GainDb(float level) {
         std::vector<std::vector<float>> audio;
         for (int block = 0; block < 400; ++block) {
@@ -239,7 +239,7 @@ public:
         return 20.0 * std::log10(static_cast<double>(audio[0].back() / level));
     }
 
-    /// How long the gain takes from `depth` below 1 to a tenth of that, in ms, from two points of its way up.
+    /// How long the gain takes from `depth` below 1 to a tenth of that, in ms, from two points of its rise.
     double ReleaseMs(double expectedMs) {
         constexpr float Loud = 4.0f;
         constexpr float Soft = 0.01f;
@@ -251,7 +251,7 @@ public:
             effect.Process(audio);
             for (const float x : audio[0]) below.push_back(1.0 - static_cast<double>(x / Soft));
         }
-        // The loud samples that are on their way are limited to 1, a hundred times the soft level.
+        // The loud samples still in the delay are limited to 1, a hundred times the soft level.
         std::size_t start = 0;
         while (start < below.size() && below[start] < 0.0) ++start;
         start += 128; // past the edge and the window that smooths the gain
@@ -271,11 +271,11 @@ double RealValue(const SParameterRow& row, double position) {
                                             : row.minimum * std::pow(row.maximum / row.minimum, position);
 }
 
-/// What the engine makes of a position of `row`'s parameter `tag`, in the row's unit.
+/// The engine's value for a position of `row`'s parameter `tag`, in the row's unit.
 double EnginesValue(const SParameterRow& row, std::int32_t tag, float position) {
     constexpr float Quiet = 0.001f;
     CMeasuredEngine engine;
-    engine.GainDb(Quiet); // the ramps of a new instance are over
+    engine.GainDb(Quiet); // until the ramps of a new instance are over
     engine.Set(tag, position);
     switch (row.firstTag) {
     case 23: // main gains
@@ -284,11 +284,11 @@ double EnginesValue(const SParameterRow& row, std::int32_t tag, float position) 
         return engine.GainDb(Quiet);
     case 33: // threshold: the drive is its reciprocal
         return -engine.GainDb(Quiet);
-    case 37: // ceiling: what a loud sound is limited to
+    case 37: // ceiling: the level to which a loud sound is limited
         return engine.GainDb(4.0f) + 20.0 * std::log10(4.0);
     case 36: // release
         return engine.ReleaseMs(RealValue(row, static_cast<double>(position)));
-    case FirstMacroTag: // percent of the whole way of a target with full sensitivity
+    case FirstMacroTag: // percent of the full range of a target with full sensitivity
         engine.Set(33, 0.0f);
         engine.effect.Device().AssignMacro(static_cast<std::size_t>(tag - FirstMacroTag), 33,
             position < 0.5f ? 0.0f : 1.0f); // either way upwards

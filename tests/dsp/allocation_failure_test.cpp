@@ -1,4 +1,4 @@
-// Memory that runs out while a host changes the rate or the block size: the engine goes on as it was.
+// Memory runs out while a host changes the rate or the block size: the engine continues as before.
 
 #include "dsp/plugin_dsp.h"
 #include "tests/support/failing_allocations.h"
@@ -18,8 +18,7 @@ using Audio = std::vector<std::vector<float>>;
 
 constexpr std::size_t Block = 256;
 
-/// Set such that every buffer is in use: three channels of two parallel groups, oversampled, automatic gain
-/// on.
+/// Settings that use every buffer: three channels of two parallel groups, oversampled, automatic gain on.
 struct SSubject {
     Engine engine;
     Utils::CShared<bool> on{true};
@@ -44,13 +43,12 @@ struct SSubject {
         engine.SetSampleRate(48000.0f);
         engine.SetBlockSize(static_cast<int>(Block));
         engine.autoGain.rmsTime = 20.0;
-        Run(3); // or automatic gain would measure the delay's silence and stand at its limit, whatever
-                // follows
+        Run(3); // otherwise automatic gain would measure the delay's silence and stay at its limit
         if (automaticGain) engine.SetAutoGainLinks({.enable = true, .on = &on, .automatic = &on});
         Run(3);
     }
 
-    /// What comes out of some more blocks; bypass comes and goes meanwhile.
+    /// The output of some more blocks; bypass is switched on and off meanwhile.
     Audio Run(int blocks) {
         Audio result;
         for (int block = 0; block < blocks; ++block) {
@@ -71,8 +69,8 @@ struct SSubject {
     }
 };
 
-/// Lets each allocation of the change fail in turn, each in an engine of its own. What follows is what an
-/// engine does whose change was never tried, and then, once it has succeeded, one where nothing had failed.
+/// Lets each allocation of the change fail in turn, each time in a new engine. After a failure the engine
+/// behaves as if the change had never been tried; after a success, as if nothing had failed.
 void ExpectFailuresLeaveTheOldState(bool automaticGain, const std::function<void(SSubject&)>& change) {
     SSubject expected(automaticGain);
     const int oldLatency = expected.engine.Latency();
@@ -107,7 +105,7 @@ void ExpectFailuresLeaveTheOldState(bool automaticGain, const std::function<void
 } // namespace
 
 TEST(AllocationFailure, CounterFailsTheNthAllocationAndNoOther) {
-    int* volatile memory = nullptr; // volatile, or the compiler leaves the pair out
+    int* volatile memory = nullptr; // volatile, or the compiler would remove the pair
     const Tests::CFailingAllocation failing(2);
     EXPECT_NO_THROW(memory = new int(1));
     delete memory;

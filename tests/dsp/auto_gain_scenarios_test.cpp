@@ -1,5 +1,5 @@
-// The automatic gain stage alone, switched on, against a plain model of it: the same bits over random
-// sessions.
+// The automatic gain stage on its own, switched on, compared with a plain model of it: the same bits over
+// random sessions.
 
 #include "dsp/auto_gain.h"
 #include "dsp/flush_denormals.h"
@@ -16,7 +16,7 @@ namespace {
 
 using Channels = Reference::CAutoGain::CChannels;
 
-/// Both stages, and one session's way of treating them alike.
+/// Both stages, and the operations that treat them alike.
 class CPair final {
 public:
     explicit CPair(std::uint64_t seed) : _random(seed) {
@@ -28,7 +28,7 @@ public:
         Choose();
     }
 
-    /// One block; false when the two differ.
+    /// One block; false if the two differ.
     bool Run() {
         if (_random.Chance(0.1)) Choose();
         if (_random.Chance(0.05)) _disabled = !_disabled;

@@ -28,7 +28,7 @@ protected:
         stage.SetRate(Rate);
         stage.Reserve(Block);
     }
-    /// Square waves of one level before the groups and another behind them; the last sample.
+    /// Square waves of one level before the groups and another one after them; returns the last sample.
     float Run(float before, float after, int blocks, bool autoOn = true, bool disabled = false) {
         std::vector<float> samples(Block);
         std::array<float*, 1> channels{samples.data()};
@@ -86,7 +86,7 @@ TEST_F(AutomaticGain, QuietInputStopsAllWindowsByItsSamples) {
     Run(0.5f, 0.5f, 10, false);
     EXPECT_EQ(stage.Ratio(), 1.0);
     settings.suspendLevel = -30.0;
-    Run(0.01f, 0.9f, 50, false); // -40 dB in; what comes out doesn't count
+    Run(0.01f, 0.9f, 50, false); // -40 dB in; the output doesn't count
     EXPECT_EQ(stage.Ratio(), 1.0);
     settings.suspendLevel = 0.0;
     Run(0.01f, 0.9f, 50, false);

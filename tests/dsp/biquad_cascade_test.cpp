@@ -38,7 +38,7 @@ double Measure(std::size_t order, double cutoff, double frequency) {
     return std::abs(sum);
 }
 
-/// Butterworth's magnitude behind the bilinear transform.
+/// Butterworth's magnitude after the bilinear transform.
 double Expected(std::size_t order, double cutoff, double frequency) {
     const double ratio = std::tan(std::numbers::pi * frequency) / std::tan(std::numbers::pi * cutoff);
     return 1.0 / std::sqrt(1.0 + std::pow(ratio, 2.0 * static_cast<double>(order)));
@@ -65,7 +65,8 @@ TEST(BiquadCascade, ChannelsHaveDelaysOfTheirOwn) {
     std::vector<float> quiet(64, 0.0f);
     std::array<float*, 2> channels{loud.data(), quiet.data()};
     cascade.Process(channels, 64);
-    for (const float y : quiet) EXPECT_LT(std::fabs(y), 1e-7f); // but for the value that keeps denormals away
+    for (const float y : quiet)
+        EXPECT_LT(std::fabs(y), 1e-7f); // except for the value that keeps denormals away
 }
 
 TEST(BiquadCascade, SilenceLeavesNoDenormalsAndNoOffsetBehind) {
@@ -78,7 +79,7 @@ TEST(BiquadCascade, SilenceLeavesNoDenormalsAndNoOffsetBehind) {
             std::array<float*, 1> channels{samples.data()};
             cascade.Process(channels, samples.size());
             std::fill(samples.begin(), samples.end(), 0.0f);
-            std::feclearexcept(FE_ALL_EXCEPT); // the processor itself tells of numbers that became too small
+            std::feclearexcept(FE_ALL_EXCEPT); // the processor's own flag for results that became too small
             cascade.Process(channels, samples.size());
             EXPECT_FALSE(std::fetestexcept(FE_UNDERFLOW)) << "order " << order << ", factor " << factor;
             for (const float y : samples) ASSERT_LT(std::fabs(y), 1e-20f);
@@ -94,7 +95,7 @@ using namespace KAV::Utils;
 constexpr std::uint64_t PairFeatures = CpuFma | CpuSse2;
 constexpr std::uint64_t FourFeatures = CpuFma | CpuSse2 | CpuAvx;
 
-/// Something like music, below full scale; another one for each channel.
+/// Similar to music, below full scale; different for each channel.
 Channels Music(std::size_t count, std::size_t length) {
     Channels channels(count, std::vector<float>(length));
     std::uint32_t noise = 1;
@@ -144,9 +145,9 @@ TEST(BiquadCascade, ChannelLeftOverIsTheOnlyOneThatRunsPlainInAWidePass) {
     if (!HasFused()) GTEST_SKIP() << "this processor has no fused multiply-add";
     for (const auto& [features, width] : {std::pair{PairFeatures, 2u}, {FourFeatures, 4u}}) {
         for (std::size_t count = 1; count <= 16; ++count) {
-            // What is left of a tone far above the corner is rounding, which tells one arithmetic from
-            // another. A pass flips the sign against denormals once per sample; an even length leaves it as
-            // it was.
+            // What is left of a tone far above the corner is rounding noise, which distinguishes one
+            // arithmetic from another. A pass flips the sign against denormals once per sample; an even
+            // length leaves it as it was.
             Channels tones(count, std::vector<float>(3000));
             for (std::size_t c = 0; c < count; ++c) {
                 for (std::size_t n = 0; n < 3000; ++n)
@@ -220,7 +221,8 @@ TEST(BiquadCascade, PlaceWithANonFiniteStateIsEmptiedAtTheEndAndNoOther) {
 
 namespace {
 
-/// The same blocks through two cascades, one on the plain path and one on another that changes; all bits.
+/// The same blocks through two cascades, one on the plain path and the other on changing paths; compares all
+/// bits.
 void ExpectPathsAgree(std::size_t order, std::uint64_t features, unsigned seed) {
     const auto paths = KAV::Tests::ProcessorPaths();
     std::mt19937 random(seed);
@@ -281,7 +283,7 @@ TEST(BiquadCascade, PathsGiveTheSameBitsHoweverTheyTakeTurns) {
 }
 
 TEST(BiquadCascade, LongSilenceEndsInTheSameBitsOnAnyPath) {
-    // A sound's end decays until nothing but the value against denormals is left.
+    // The end of a sound decays until only the value against denormals is left.
     for (const std::uint64_t features : {std::uint64_t{0}, DetectFeatures()}) {
         for (const std::size_t order : {4u, 32u}) {
             for (const double cutoff : {0.05625, 0.061875, 0.2475}) {

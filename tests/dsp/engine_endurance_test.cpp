@@ -1,4 +1,4 @@
-// A long project: hours of audio while somebody edits. Running sums are never made anew, so time itself is a
+// A long project: hours of audio while the user edits. Running sums are never recomputed, so time itself is a
 // test.
 
 #include "tests/dsp/engine_subject.h"
@@ -15,7 +15,7 @@ using namespace KAV;
 
 namespace {
 
-/// A minute in a usual run, an hour in a long one.
+/// A minute in a normal run, an hour in a long one.
 int Seconds() {
     return std::getenv("KAV_LONG") != nullptr ? 3600 : 60;
 }
@@ -55,7 +55,7 @@ TEST(EngineEndurance, RandomEditsOverTheHoursLeaveTheSoundAtItsCeiling) {
         for (int block = 0; block < 100; ++block) play(second % 10 == 9 ? 0.0f : 8.0f);
         for (const float y : left) ASSERT_TRUE(std::isfinite(y)) << second;
     }
-    // One group at its ceiling: what an hour of sums has left behind must not be heard.
+    // One group at its ceiling: the errors of an hour of sums must not be audible.
     settings = Reference::SSettings{};
     settings.threshold[0] = 0.5f;
     for (int block = 0; block < 1000; ++block) play(2.0f);
@@ -96,7 +96,7 @@ TEST(EngineEndurance, EditsOfEverythingLeaveAllStatesFiniteAndTheMetersOnTheirSc
                 for (float& x : audio[c]) x = level * (position() - 0.5f);
                 channels[c] = audio[c].data();
             }
-            // Now and then something that no file should hold.
+            // Occasionally a value that no file should contain.
             if (block == 50 && chance(1, 4)) audio[0][7] = std::numeric_limits<float>::infinity();
             if (block == 60 && chance(1, 4)) audio[1][7] = std::numeric_limits<float>::quiet_NaN();
             engine.SetLatch(static_cast<int>(group));

@@ -1,4 +1,4 @@
-// The engine against a plain model of it that was written by itself: the same bits over random sessions.
+// The engine compared with an independently written plain model: the same bits over random sessions.
 
 #include "tests/dsp/engine_subject.h"
 #include "tests/dsp/reference/scenario.h"
@@ -11,7 +11,7 @@ using namespace KAV;
 
 namespace {
 
-/// 1,000 in a usual run, 10,000 in a long one, any number on demand.
+/// 1,000 in a normal run, 10,000 in a long one, any number on demand.
 std::uint64_t ScenarioCount() {
     if (const char* count = std::getenv("KAV_SCENARIOS")) return std::strtoull(count, nullptr, 10);
     return std::getenv("KAV_LONG") != nullptr ? 10000 : 1000;

@@ -5,7 +5,7 @@
 
 namespace KAV::Tests {
 
-/// The product's engine behind the face that scenarios drive.
+/// The product's engine with the interface that scenarios drive.
 class CEngineSubject final : public Reference::IEngine {
 public:
     void SetSampleRate(float rate) override { _engine.SetSampleRate(rate); }
@@ -16,7 +16,7 @@ public:
     double ReportedGain(int group) override { return _engine.Limiter(group).ReportedGain(); }
     void SetLatch(int group) override { _engine.Limiter(group).Latch(); }
     float Meter(int tag) override;
-    /// Memory taken or given back, and locks, in all calls of Process() so far.
+    /// Allocations, releases and locks in all calls of Process() so far.
     std::size_t SystemCalls() const { return _systemCalls; }
 
 private:

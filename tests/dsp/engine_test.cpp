@@ -41,7 +41,7 @@ protected:
         engine.Process(
             channels.data(), nullptr, static_cast<int>(channels.size()), static_cast<int>(audio[0].size()));
     }
-    /// Constant levels, one per channel, until all ramps have ended; the last sample of each channel.
+    /// Constant levels, one per channel, until all ramps have ended; returns the last sample of each channel.
     std::vector<float> Settle(const std::vector<float>& levels, int blocks = 400) {
         std::vector<float> last;
         for (int block = 0; block < blocks; ++block) {
@@ -53,7 +53,7 @@ protected:
         }
         return last;
     }
-    /// Makes entry k of the group stand for channel k.
+    /// Assigns channel k to entry k of the group.
     void MapStraight(std::size_t group) {
         for (int entry = 0; entry < RoutingEntries; ++entry) engine.routing[group].SetPair(entry, entry, -1);
     }
@@ -83,12 +83,13 @@ TEST_F(Engine, ChannelInNoGroupPassesWithTheMainGains) {
 
 TEST_F(Engine, SerialGroupsRunInTheOrderOfTheirNumbers) {
     Take(0, 1);
-    engine.parameters.inputGain[0].SetBase(0.0f); // -20 dB, so that nothing is left for the second to hold
+    engine.parameters.inputGain[0].SetBase(0.0f);        // -20 dB, so that the second has nothing to limit
     engine.parameters.threshold[1].SetBase(1.0f / 3.0f); // -20 dB, brought back to 0 dB
     EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-5f);
     engine.parameters.inputGain[0].SetBase(1.0f);
     engine.parameters.inputGain[1].SetBase(0.0f);
-    engine.parameters.threshold[0].SetBase(1.0f / 3.0f); // the first drives and holds, the second takes back
+    engine.parameters.threshold[0].SetBase(
+        1.0f / 3.0f); // the first drives and limits, the second restores the level
     engine.parameters.threshold[1].SetBase(1.0f);
     EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.1f, 1e-5f);
 }
@@ -97,7 +98,7 @@ TEST_F(Engine, ParallelGroupsAddAtEveryFactor) {
     Take(0, 1);
     engine.parameters.inputGain[0].SetBase(0.7f); // -6 dB
     engine.parameters.inputGain[1].SetBase(0.4f); // -12 dB
-    engine.parameters.highQuality = true;         // a constant comes back as it went up
+    engine.parameters.highQuality = true;         // a constant passes it unchanged
     engine.groupsParallel = true;
     const float sum = 0.5f * static_cast<float>(std::pow(10.0, -0.3) + std::pow(10.0, -0.6));
     for (const std::int32_t index : {0, 1, 2, 3}) {
@@ -162,7 +163,7 @@ TEST_F(Engine, LatencyIsThatOfThePresentSettingsBeforeABlockHasSeenThem) {
 
 TEST_F(Engine, RampsOfAGroupTakeAFactorsPartOfTheirTime) {
     // Group smoothers run at the rate of oversampled blocks but step once per block: at x8 a step covers
-    // eight times the part of the way. The main gain's ramp stays as it is; so the groups alone are watched.
+    // eight times as much. The main gain's ramp stays the same, so only the groups are measured.
     const auto blocksUntilOpen = [this](std::int32_t index) {
         engine.parameters.oversampling = index;
         engine.parameters.inputGain[0].SetBase(1.0f);
@@ -208,7 +209,7 @@ TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
 }
 
 TEST_F(Engine, SourceMeterReadsAChannelThatTheGateHasDropped) {
-    Settle({0.1f, 1e-8f}, 7 * 48000 / static_cast<int>(Block)); // two seconds behind the drop
+    Settle({0.1f, 1e-8f}, 7 * 48000 / static_cast<int>(Block)); // two seconds after the drop
     EXPECT_GT(engine.Meters().Source(1), 1.0f / 7.0f) << "it still reads the buffer, at -160 dB";
     EXPECT_EQ(engine.Meters().Input(1), 0.0f);
     EXPECT_EQ(engine.Meters().Output(1), 0.0f);
@@ -216,7 +217,7 @@ TEST_F(Engine, SourceMeterReadsAChannelThatTheGateHasDropped) {
 }
 
 TEST_F(Engine, OutputMetersGoByPlaceInTheListNotByChannel) {
-    // Entries 0 and 1 stand for channels that aren't there; entry 4 gets the first place.
+    // Entries 0 and 1 name channels that don't exist; entry 4 gets the first place.
     engine.routing[0].SetPair(0, 7, -1);
     engine.routing[0].SetPair(1, -1, -1);
     engine.routing[0].SetPair(4, 1, -1);
@@ -244,7 +245,7 @@ TEST_F(Engine, GroupThatIsNotShownKeepsCollectingItsInputPeaks) {
     engine.groupsParallel = true;
     Settle({0.01f, 0.01f});
     Settle({1.0f, 0.01f}, 1);
-    Settle({0.01f, 0.01f}, 2000); // the spike has long gone from every meter
+    Settle({0.01f, 0.01f}, 2000); // the spike is no longer in any meter
     EXPECT_LT(engine.Meters().Input(0), 0.1f);
     engine.currentGroup = 1;
     Settle({0.01f, 0.01f}, 1);
@@ -341,7 +342,7 @@ TEST_F(Engine, AutomaticGainIsOffUntilItIsLinkedAndThenMovesTheOutputKnob) {
     EXPECT_NEAR(Settle({0.5f, 0.5f})[0], 0.5f, 1e-3f);
     EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
     EXPECT_EQ(float{adjusting}, 0.0f);
-    engine.hostBypass = true; // disabled: the gain goes back to the frame's own ramp
+    engine.hostBypass = true; // disabled: the gain returns to the frame's own ramp
     EXPECT_NEAR(Settle({0.5f, 0.5f}, 1000)[0], 0.5f, 1e-6f);
     EXPECT_NEAR(float{engine.parameters.mainOutputGain.final}, 0.625f, 1e-3f);
 }
@@ -366,7 +367,7 @@ TEST_F(Engine, AutomaticGainIsTheSameEnabledBeforeOrAfterRateAndBlockSize) {
             std::vector<float> samples(4096);
             for (std::size_t i = 0; i < samples.size(); ++i)
                 samples[i] = std::sin(0.1f * static_cast<float>(i % 200));
-            std::vector<float> louder = samples; // of its own, so that no channel gets into another's place
+            std::vector<float> louder = samples; // a copy, so that no channel takes another's place
             std::reverse(louder.begin(), louder.end());
             for (float& x : louder) x *= 1.5f;
             std::vector<float*> channels{samples.data(), louder.data()};

@@ -8,7 +8,7 @@ using KAV::DSP::CFlushDenormals;
 namespace {
 
 float Half(float x) {
-    volatile float kept = x; // so that the product is made at run time
+    volatile float kept = x; // so that the product is computed at run time
     return kept * 0.5f;
 }
 
@@ -38,7 +38,7 @@ TEST(FlushDenormals, LeavesTheOtherBitsOfTheControlWordAlone) {
     _mm_setcsr(before | 0x2000); // round down
     {
         const CFlushDenormals flushing;
-        _mm_setcsr(_mm_getcsr() | 0x1); // a sticky flag that the work has raised
+        _mm_setcsr(_mm_getcsr() | 0x1); // a sticky flag raised meanwhile
     }
     EXPECT_EQ(_mm_getcsr(), before | 0x2000 | 0x1);
     _mm_setcsr(before);

@@ -39,8 +39,8 @@ protected:
 } // namespace
 
 TEST_F(Group, FadesInFromItsLowestGainAndCeiling) {
-    // One step of the 100 ms ramp from 0, at one step per block. Loud enough to be limited: the ceiling is
-    // heard.
+    // One step of the 100 ms ramp from 0, at one step per block. Loud enough to be limited, so that the
+    // ceiling is audible.
     const double position =
         1.0 - std::exp(-1.0 / (0.1 / std::log(100.0) * 48000.0 / static_cast<double>(Block)));
     EXPECT_NEAR(Run(0.5f), std::pow(10.0, (30.0 * position - 30.0) / 20.0), 1e-4);
@@ -52,7 +52,7 @@ TEST_F(Group, WithoutChannelsItsValuesMoveAllTheSame) {
         group.Prepare(settings, 0, Block, 1);
         group.Process({}, dry);
     }
-    // The positions have arrived; a channel that comes now finds no fade-in.
+    // The positions have arrived; a channel that is added now gets no fade-in.
     EXPECT_NEAR(Run(0.5f), 0.5f, 1e-6f);
 }
 
@@ -100,7 +100,7 @@ TEST_F(Group, FactorChangeRestartsTheLimiterAtItsNewRate) {
 }
 
 TEST_F(Group, EachValueArrivesWhereItGoesAlone) {
-    // Loud enough that all of them are heard. What a value comes from is forgotten, but for its last bits.
+    // Loud enough that all of them are audible. The previous value has no influence, except on the last bits.
     const std::array<void (*)(SGroupSettings&), 6> moves{[](SGroupSettings& s) { s.inputGain = 0.8f; },
         [](SGroupSettings& s) { s.threshold = 0.5f; }, [](SGroupSettings& s) { s.ceiling = 0.5f; },
         [](SGroupSettings& s) { s.release = 0.9f; }, [](SGroupSettings& s) { s.autoRelease = true; },
@@ -136,7 +136,7 @@ TEST_F(Group, EachValueArrivesWhereItGoesAlone) {
 
 namespace {
 
-/// What a ramp of `seconds` for 99 % of the way keeps of it in one block.
+/// The fraction that a ramp of `seconds` for 99 % of a step keeps after one block.
 double Kept(double seconds, double rateHz, std::size_t length) {
     return std::exp(-std::log(100.0) / (seconds * rateHz / static_cast<double>(length)));
 }

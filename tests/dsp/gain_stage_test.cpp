@@ -1,4 +1,4 @@
-// Gains, of the engine and, where it has them too, of the plain model.
+// Gains, in the engine and, where it has them too, in the plain model.
 
 #include "dsp/gain_stage.h"
 

@@ -16,10 +16,10 @@ using namespace KAV::DSP;
 
 namespace {
 
-constexpr float FullScale = 1.0f; // position of threshold and ceiling that gives 0 dB
+constexpr float FullScale = 1.0f; // the position of threshold and ceiling for 0 dB
 constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
-/// Position of the release that falls to 10 % in `seconds`.
+/// The release position at which the gain falls to 10 % in `seconds`.
 float ReleasePosition(double seconds) {
     return static_cast<float>(1.0 + std::log10(seconds) / 5.0);
 }
@@ -27,7 +27,7 @@ float ReleasePosition(double seconds) {
 /// The engine's limiter on one of its paths, or the plain model.
 class CSubject final {
 public:
-    /// What the tests that run now are about; none is the model.
+    /// What the running tests test; nothing means the model.
     static inline std::optional<EProcessorPath> Path;
 
     void SetRate(double rateHz) {
@@ -141,9 +141,8 @@ TEST_P(LimiterOnPath, HoldsTheNegativeHalfAsThePositiveOne) {
 }
 
 TEST_P(LimiterOnPath, LonePeakPassesByTheOneTapThatComesLate) {
-    // The triangle has N + 1 taps and the window N values: one tap, of weight 1 / size^2, sees the gain as it
-    // is one sample after the peak has left the window, which a release of 0.01 ms has nearly brought back
-    // to 1.
+    // The triangle has N + 1 taps and the window N values. So one tap, of weight 1 / size^2, uses the gain
+    // one sample after the peak has left the window, when a release of 0.01 ms has nearly restored it to 1.
     for (const double rate : {44100.0, 96000.0, 384000.0}) {
         const double release = 1e-5;
         CLimiterOnAChannel channel(rate, release);
@@ -260,8 +259,8 @@ TEST_P(LimiterOnPath, SameOutputForBlocksOfAnyLength) {
 }
 
 TEST_P(LimiterOnPath, SwitchingBackToAutoReleaseUsesItsOldCoefficientForTheFirstSample) {
-    // Two limiters whose automatic release saw the same past. One of them spends a while in the fixed
-    // release, during which the automatic one's state and coefficient must stand still.
+    // Two limiters whose automatic release has the same history. One of them spends some time in the fixed
+    // release, during which the automatic one's state and coefficient must stay as they are.
     CLimiterOnAChannel steady(48000, 0.05, true);
     CLimiterOnAChannel switched(48000, 0.05, true);
     std::vector<float> past(3000, 3.0f);
@@ -280,7 +279,7 @@ TEST_P(LimiterOnPath, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
     CLimiterOnAChannel channel(48000, 1.0);
     channel.Run(std::vector<float>(1000, 4.0f)); // fixed state at 0.25
     channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), true);
-    channel.Run(std::vector<float>(48000, 0.1f)); // the automatic one is at unity all along
+    channel.Run(std::vector<float>(48000, 0.1f)); // the automatic one stays at unity
     channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), false);
     const auto out = channel.Run(std::vector<float>(400, 0.1f));
     EXPECT_NEAR(out[399] / 0.1f, 0.25f, 0.02f) << "the fixed release goes on from where it was left";
@@ -338,7 +337,7 @@ TEST_P(LimiterOnPath, RateChangeDoesNotResetTheMinimum) {
 }
 
 TEST_P(LimiterOnPath, NotANumberMovesNoGainAndComesOutDelayed) {
-    // In the first channel that is looked at and in the last, and at every place of the window.
+    // In the first channel and in the last, and at every place of the window.
     for (const std::size_t spoilt : {0u, 1u}) {
         for (std::size_t place = 0; place < 64; ++place) {
             CSubject limiter;

@@ -1,4 +1,4 @@
-// What an instance costs the system's memory, and when.
+// How much of the system's memory an instance needs, and when.
 
 #include "dsp/plugin_dsp.h"
 #include "tests/support/process_memory.h"
@@ -16,7 +16,7 @@ namespace {
 
 using Engine = CPluginDSP<float, float, DSP::CPluginMC<float, float>>;
 
-/// Sixteen channels of two groups at the highest factor, in the first block as in later ones.
+/// Sixteen channels of two groups at the highest factor; the same in the first block as in later ones.
 class CHost final {
 public:
     explicit CHost(std::size_t frames) : _frames(frames), _audio(16, std::vector<float>(frames, 0.5f)) {
@@ -36,7 +36,7 @@ public:
         engine->SetBlockSize(static_cast<int>(_frames));
         return engine;
     }
-    /// Page faults in the first block, which crossfades to bypass where asked.
+    /// Page faults in the first block, optionally with a crossfade to bypass.
     std::size_t FirstBlock(Engine& engine, bool parallel, bool highQuality) {
         engine.groupsParallel = parallel;
         engine.parameters.highQuality = highQuality;
@@ -59,12 +59,12 @@ TEST(EngineMemory, FirstBlockTouchesNoMemoryForTheFirstTime) {
     if (!Tests::PageFaultsOfThisThread()) GTEST_SKIP() << "this system doesn't count a thread's page faults";
     for (const std::size_t frames : {64u, 1024u, 8192u}) {
         CHost host(frames);
-        // All of them live on, so that none gets memory that another one has touched.
+        // All engines stay alive, so that none gets memory that another one has touched.
         std::vector<std::unique_ptr<Engine>> engines;
         for (const bool parallel : {false, true}) {
             for (const bool highQuality : {false, true}) {
                 host.FirstBlock(*engines.emplace_back(host.Build()), parallel, highQuality); // loads the code
-                // A busy system takes pages away now and then; it doesn't do so three times in a row.
+                // A busy system occasionally takes pages away, but not three times in a row.
                 std::size_t fewest = std::numeric_limits<std::size_t>::max();
                 for (int i = 0; i < 3; ++i) {
                     auto& engine = *engines.emplace_back(host.Build());

@@ -16,8 +16,8 @@ float PeakOfDb(double db) {
     return static_cast<float>(std::pow(10.0, db / 20.0));
 }
 
-/// The place of a peak by the definition: `first` at the lowest point, from there the same height for each
-/// segment.
+/// The place of a peak by the definition: `first` at the lowest point, and from there the same height for
+/// each segment.
 float PlainScale(float peak, std::span<const double> points, double first, double segments) {
     const double db = peak > 0.0f ? 20.0 * std::log10(static_cast<double>(peak)) : -999.9;
     if (db <= points.front()) return 0.0f;
@@ -64,7 +64,7 @@ TEST(FivePointScale, GivesEachSegmentAQuarterFromItsLowestPointOn) {
 }
 
 TEST(MeterScales, AreThoseOfTheDefinitionToTheBit) {
-    // From a denormal to above full scale, by steps that hit all mantissas' parts.
+    // From a denormal to above full scale, in steps that reach all parts of the mantissa.
     for (std::uint32_t bits = 0; bits < std::bit_cast<std::uint32_t>(4.0f); bits += 1009) {
         ASSERT_NO_FATAL_FAILURE(ExpectDefinedPlaces(std::bit_cast<float>(bits)));
     }

@@ -1,4 +1,4 @@
-// The minimum of a window, by the engine's tree and by the plain model.
+// The minimum of a window, in the engine's tree and in the plain model.
 
 #include "dsp/min_tree.h"
 

@@ -21,7 +21,7 @@ Oversampler Make(std::int32_t factor, bool highQuality) {
     return oversampler;
 }
 
-/// Raises and brings back one channel.
+/// Raises one channel and lowers it again.
 void There(Oversampler& oversampler, std::vector<float>& samples) {
     std::array<float*, 1> channels{samples.data()};
     oversampler.Up(channels, samples.size());
@@ -59,7 +59,7 @@ TEST(Oversampler, FactorOneLeavesTheSignalUntouched) {
 }
 
 TEST(Oversampler, ConstantComesBackAsItWentUpToTheFiltersOwnError) {
-    // The standard pair lets images at multiples of the base rate through a little, which fold back onto a
+    // The standard pair passes a little of the images at multiples of the base rate, which fold back onto a
     // constant.
     for (const auto& [factor, highQuality, expected] : {std::tuple{2, false, 1.0}, {4, false, 0.99973},
              {8, false, 0.99838}, {2, true, 1.0}, {4, true, 1.0}, {8, true, 1.0}}) {
@@ -74,8 +74,8 @@ TEST(Oversampler, StandardPairAttenuatesWhatLiesJustBelowTheBaseNyquist) {
     auto oversampler = Make(2, false);
     auto samples = Sine(0.45);
     There(oversampler, samples);
-    // Each way is 3 dB down at 0.9 of Nyquist; the image at 0.55 of the rate, a good 11 dB down each way,
-    // folds back onto the tone and moves the sum by at most 0.074 of full scale.
+    // Each direction is 3 dB down at 0.9 of Nyquist. The image at 0.55 of the rate, which is attenuated by
+    // more than 11 dB each way, folds back onto the tone and changes the sum by at most 0.074 of full scale.
     EXPECT_NEAR(Amplitude(samples), 0.5, 0.08);
 }
 

@@ -1,4 +1,4 @@
-// The audio thread takes no memory and no lock, whatever changes between two blocks.
+// The audio thread neither allocates nor locks, whatever changes between two blocks.
 
 #include "dsp/plugin_dsp.h"
 #include "tests/support/system_call_counter.h"
@@ -27,7 +27,7 @@ TEST(SystemCallCounter, SeesWhatItIsMeantToSee) {
     std::size_t locks = 0;
     {
         const Tests::CSystemCallCounter counter;
-        int* volatile memory = new int(1); // volatile, or the compiler takes the pair away
+        int* volatile memory = new int(1); // volatile, or the compiler would remove the pair
         delete memory;
         mutex.lock();
         mutex.unlock();

@@ -8,7 +8,7 @@ using KAV::DSP::CSampleHistory;
 
 namespace {
 
-/// Pushes counting numbers in runs and reads all that is held before each.
+/// Pushes counting numbers in runs and checks all held values before each run.
 void ExpectTheLast(std::size_t length, std::size_t run, std::size_t runs) {
     CSampleHistory<float> history;
     history.Reset(length, -1.0f);

@@ -13,7 +13,7 @@ namespace {
 constexpr float Limit = 0.5f;
 constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
-/// For every length up to two vectors' unrolled steps and every place in it.
+/// For every length up to two unrolled vector steps, and every place in it.
 template<typename TCheck>
 void AtEveryPlace(TCheck check) {
     for (std::size_t length = 1; length <= 40; ++length) {
@@ -41,7 +41,7 @@ TEST(QuietEnd, ReachesBackToTheLastSampleThatIsNotSmaller) {
             EXPECT_EQ(QuietEnd(channel, Limit), length);
             channel[place] = loud;
             EXPECT_EQ(QuietEnd(channel, Limit), length - 1 - place) << length << " " << place << " " << loud;
-            channel[0] = loud; // what comes before doesn't matter
+            channel[0] = loud; // earlier samples don't matter
             EXPECT_EQ(QuietEnd(channel, Limit), length - 1 - place);
         }
     });

@@ -1,5 +1,5 @@
-// What the signal path promises to whoever drives it, asked of the engine and of the plain model that the
-// random sessions compare it with: a fault in one cannot hide behind the same fault in the other.
+// The promises of the signal path, tested on the engine and on the plain model that the random sessions
+// compare it with, so that a fault in one isn't hidden by the same fault in the other.
 
 #include "tests/dsp/engine_subject.h"
 #include "tests/dsp/reference/flush_scope.h"
@@ -76,7 +76,8 @@ protected:
     void Settle(std::size_t channels) {
         for (int i = 0; i < 40; ++i) Ran(Constant(channels, 1000, 1e-4f));
     }
-    /// The last sample of each channel, of constant levels, once all has settled and the delays are full.
+    /// The last sample of each channel, for constant levels, after everything has settled and the delays are
+    /// full.
     std::vector<float> Settled(const std::vector<float>& levels) {
         std::vector<float> last;
         for (int i = 0; i < 40; ++i) {
@@ -133,7 +134,7 @@ TYPED_TEST(SignalPath, LeavesAMainGainAtUnityThatStartsAtItsLowestPosition) {
     EXPECT_EQ(this->Settled({0.5f})[0], 0.5f);
     this->settings.mainInput = 1.0f;
     this->Settle(1);
-    this->settings.mainInput = 0.0f; // now it has somewhere to come from
+    this->settings.mainInput = 0.0f; // so that it has a distance to move
     EXPECT_NEAR(this->Settled({0.5f})[0], 0.5 * MainGain(0.0), 1e-6);
 }
 
@@ -147,7 +148,7 @@ TYPED_TEST(SignalPath, ReturnsTheInputItselfOnceBypassHasFadedIn) {
     EXPECT_EQ(this->Ran(Constant(2, 300, 3.0f)), Constant(2, 300, 3.0f));
 }
 
-// Calls of the host
+// Calls from the host
 
 TYPED_TEST(SignalPath, ProcessesALongerBlockInSlicesOfTheAnnouncedLength) {
     TypeParam other;
@@ -171,7 +172,7 @@ TYPED_TEST(SignalPath, ProcessesALongerBlockInSlicesOfTheAnnouncedLength) {
 }
 
 TYPED_TEST(SignalPath, CallsThatMakeNoSenseLeaveAllStateUntouched) {
-    // In the middle of every ramp and with full delays, so that a step too many is heard.
+    // In the middle of every ramp and with full delays, so that an extra step is audible.
     TypeParam plain;
     this->settings.oversampling = 1;
     this->settings.groupsParallel = true;
@@ -200,7 +201,7 @@ TYPED_TEST(SignalPath, CallsThatMakeNoSenseLeaveAllStateUntouched) {
 }
 
 TYPED_TEST(SignalPath, AnnouncingTheSameAgainIsHeardByNobody) {
-    // Not even where parallel groups and oversampling work in buffers that are made anew.
+    // Not even where parallel groups and oversampling work in reallocated buffers.
     TypeParam plain;
     this->settings.groupsParallel = true;
     this->settings.channelInGroup[0][1] = true;
@@ -229,7 +230,7 @@ TYPED_TEST(SignalPath, BlockSizeMayGrowAndShrink) {
         this->Run(plain.engine, expected);
         ASSERT_EQ(this->Ran(input), expected) << frames;
     }
-    // The channels do not get into each other's places either.
+    // Nor do the channels take each other's places.
     this->engine.SetBlockSize(4000);
     CSound sound;
     for (int block = 0; block < 20; ++block) {
@@ -285,7 +286,7 @@ TYPED_TEST(SignalPath, ReportsTheLookAheadOfTheGroupsInUse) {
 
 TYPED_TEST(SignalPath, DropsAChannelAfterFiveSecondsOfSilenceAndTakesItBackAtOnce) {
     this->ToggleOff(0);
-    this->settings.mainInput = 1.0f; // +24 dB tells a processed channel from a dropped one
+    this->settings.mainInput = 1.0f; // +24 dB distinguishes a processed channel from a dropped one
     this->engine.SetSampleRate(8000.0f);
     const auto boosted = static_cast<float>(1e-8 * MainGain(1.0));
     for (int block = 0; block < 40; ++block) {
@@ -367,12 +368,12 @@ TYPED_TEST(SignalPath, SoloLetsItsGroupsAloneRunAndSilencesWhatTheyDoNotTake) {
     this->settings.mute[0] = false;
     this->settings.mute[1] = true; // of another group
     EXPECT_NEAR(this->Settled({0.5f, 0.5f, 0.5f})[0], 0.5f * Gain(-6.0), 1e-6);
-    this->settings.channelInGroup[1][0] = false; // from now on nobody takes it
+    this->settings.channelInGroup[1][0] = false; // from now on no group takes it
     auto sound = this->Ran(Constant(3, 10, 0.5f));
     EXPECT_EQ(sound[1], std::vector<float>(10, 0.0f));
 
     this->settings.solo[0] = false;
-    this->settings.solo[2] = true; // a group of nothing
+    this->settings.solo[2] = true; // a group without channels
     sound = this->Ran(Constant(3, 10, 0.5f));
     EXPECT_EQ(sound, Constant(3, 10, 0.0f));
 }
@@ -388,7 +389,8 @@ TYPED_TEST(SignalPath, SoloSilencesCompletelyAtEveryFactor) {
 }
 
 TYPED_TEST(SignalPath, ValuesMoveInGroupsThatRunOnNothing) {
-    // Of group 0 without a channel, then of group 1 while it is muted: what comes later finds no fade-in.
+    // First group 0 without a channel, then group 1 while it is muted: the channels that follow get no
+    // fade-in.
     this->ToggleOff(0);
     this->settings.inputGain[0] = 0.7f; // -6 dB
     this->settings.channelInGroup[0][1] = true;
@@ -501,7 +503,7 @@ TYPED_TEST(SignalPath, BringsAConstantBackFromEveryFactor) {
         for (const bool quality : {false, true}) {
             this->settings.oversampling = index;
             this->settings.highQuality = quality;
-            // The standard pair lets a little of the images through.
+            // The standard pair passes a little of the images.
             EXPECT_NEAR(this->Settled({0.5f})[0], 0.5, quality || index < 2 ? 1e-5 : 1e-3)
                 << index << quality;
         }
@@ -527,8 +529,8 @@ TYPED_TEST(SignalPath, AnotherRateEmptiesTheFilters) {
 }
 
 TYPED_TEST(SignalPath, WithoutVectorCodeAChannelSoundsAsIfItWereAlone) {
-    // With it several channels take fused operations, which differ in the last bits: the end of a sound,
-    // which decays to nothing, shows them.
+    // With it several channels use fused operations, which differ in the last bits. The decay at the end of a
+    // sound shows them.
     this->ToggleOff(0);
     this->settings.oversampling = 3;
     this->settings.highQuality = true;
@@ -554,7 +556,7 @@ TYPED_TEST(SignalPath, MetersShowThePeaksOfTheirPlaces) {
 }
 
 TYPED_TEST(SignalPath, SourceMetersShowWhatTheHostSentToTheShownGroup) {
-    this->settings.mainInput = 0.75f; // +12 dB, behind the meters
+    this->settings.mainInput = 0.75f; // +12 dB, after the meters
     this->settings.editedGroup = 1;
     this->settings.map[1][0][0] = 2;
     for (int i = 0; i < 100; ++i) {
@@ -568,7 +570,7 @@ TYPED_TEST(SignalPath, SourceMetersShowWhatTheHostSentToTheShownGroup) {
 
 TYPED_TEST(SignalPath, OutputMetersOfAMidSideGroupShowBothHalves) {
     this->settings.type[0] = 1;
-    this->settings.channelInGroup[1][0] = false; // mid alone
+    this->settings.channelInGroup[1][0] = false; // only mid
     for (int i = 0; i < 200; ++i) {
         CSound sound{std::vector<float>(1000, 0.75f), std::vector<float>(1000, -0.25f)};
         this->Run(sound);

@@ -1,4 +1,4 @@
-// Silence gates, of the engine and of the plain model. Limits are five seconds of samples.
+// Silence gates, in the engine and in the plain model. Limits are five seconds of samples.
 
 #include "dsp/silence_gate.h"
 

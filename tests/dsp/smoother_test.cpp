@@ -1,4 +1,4 @@
-// Ramps, of the engine and of the plain model.
+// Ramps, in the engine and in the plain model.
 
 #include "dsp/smoother.h"
 

@@ -4,7 +4,7 @@
 
 namespace KAV::Tests {
 
-/// Names typed tests by what they are about: each subject has a `Name`.
+/// Names typed tests after their subject: each subject has a `Name`.
 struct SSubjectNames {
     template<typename TSubject>
     static std::string GetName(int) {

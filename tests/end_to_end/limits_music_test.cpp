@@ -8,7 +8,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-/// `music` through kavhost and the library with these settings, as float.
+/// Renders `music` with kavhost and the library with these settings, as float.
 SMusic Render(const SMusic& music, const std::string& settings) {
     const auto in = ScratchFolder() / "in.wav";
     const auto out = ScratchFolder() / "out.wav";
@@ -26,8 +26,8 @@ TEST(RealMusic, StaysAtTheCeilingHoweverHardItIsDriven) {
     for (const double thresholdDb : {-3.0, -12.0, -30.0}) {
         const auto limited = Render(music, "--set 'Threshold (1)=" + std::to_string(thresholdDb) + "'");
         ASSERT_EQ(limited.samples.size(), music.samples.size());
-        // One tap of the smoothing window, of weight 1 / size^2, comes a sample late: of a driven peak that
-        // much of its gain step passes.
+        // One tap of the smoothing window, of weight 1 / size^2, is a sample late, so this fraction of a
+        // driven peak's gain step passes.
         const double peakIn = static_cast<double>(music.Peak()) * std::pow(10.0, -thresholdDb / 20.0);
         const double size = 33.0;
         const double lateTap = peakIn * (1.0 - 1.0 / peakIn) / (size * size);

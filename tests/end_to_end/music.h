@@ -15,15 +15,15 @@ struct SMusic {
     float Peak() const;
 };
 
-/// Fails the test when the file can't be read.
+/// Fails the test if the file can't be read.
 SMusic ReadMusic(const std::filesystem::path& file);
-/// As 32-bit float WAV.
+/// Writes 32-bit float WAV.
 void WriteMusic(const std::filesystem::path& file, const SMusic& music);
 
-/// Twenty seconds from the middle of a produced track, as dense as music gets.
+/// Twenty seconds from the middle of a produced track, with very dense music.
 SMusic RealMusic();
 
-/// Runs a command line; the test fails with what it said when its exit code isn't 0.
+/// Runs a command line. If its exit code isn't 0, the test fails and shows its output.
 void RunCommand(const std::string& command);
 
 } // namespace KAV::Tests

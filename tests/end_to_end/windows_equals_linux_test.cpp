@@ -17,7 +17,7 @@ namespace {
 const std::string Here = "'" KAVHOST_PROGRAM "'";
 const std::string There = "'" KAV_WINE_RUN "' '" KAV_WINDOWS_BUILD "/kavhost.exe'";
 
-/// Runs kavhost of one of the systems in the scratch folder; what it said, with the line ends of this one.
+/// The output of either system's kavhost, run in the scratch folder, with this system's line ends.
 std::string Said(const std::string& kavhost, const std::string& arguments) {
     const auto folder = ScratchFolder();
     RunCommand("cd '" + folder.string() + "' && " + kavhost + ' ' + arguments);
@@ -42,7 +42,7 @@ float Difference(const SMusic& one, const SMusic& other) {
     return difference;
 }
 
-/// Replaces what the first element of the name holds.
+/// Replaces the content of the first element of that name.
 void Fill(std::string& text, const std::string& name, std::string_view content) {
     auto begin = text.find('<' + name);
     begin = text.find('>', begin) + 1;
@@ -54,8 +54,8 @@ void Fill(std::string& text, const std::string& name, std::string_view content) 
 const std::string RoutingName = "Gekreuzt \xE4\xBA\xA4\xE5\xB7\xAE \xF0\x9F\x8E\x9A"; // one beyond 16 bits
 const std::string MacroNames = "W\xC3\xA4rme|*|\xE9\x9F\xB3\xE5\x9C\xA7|*|Macro 3|*|Macro 4|*|Macro 5";
 
-/// A state with what no parameter tells: the first group takes the right channel alone, through its first
-/// entry, and a macro moves its threshold.
+/// A state with everything that isn't a parameter: the first group takes only the right channel, through its
+/// first entry, and a macro moves its threshold.
 void WriteToldState(const std::filesystem::path& file) {
     Said(Here,
         "info --set 'Threshold (1)=-9' --set 'Release (1)=20 ms' --set 'ToolCh2 (1)=off' --set 'Macro 1=60'"
@@ -71,7 +71,8 @@ void WriteToldState(const std::filesystem::path& file) {
     WriteText(file, text);
 }
 
-/// Reading a state leaves the tab of a line that it takes out of a routing: that is its form, no difference.
+/// A state that is read keeps the tab of a line that is removed from a routing. That is its format, not a
+/// difference.
 std::string WithSingleTabs(std::string text) {
     const auto areTabs = [](char a, char b) { return a == '\t' && b == '\t'; };
     text.erase(std::unique(text.begin(), text.end(), areTabs), text.end());
@@ -80,7 +81,8 @@ std::string WithSingleTabs(std::string text) {
 
 } // namespace
 
-// The two maths libraries differ in the last bits of their exponentials, and so do a few samples in millions.
+// The two maths libraries differ in the last bits of their exponentials, and therefore so do a few samples in
+// a million.
 TEST(Windows, RendersWhatLinuxRenders) {
     const auto folder = ScratchFolder();
     WriteMusic(folder / "in.wav", RealMusic());
@@ -112,7 +114,7 @@ TEST(Windows, RestoresTheStatesOfLinuxAndTheOtherWayRound) {
         // Each value, name and macro, written again by the other system.
         Said(reader, "info --state made.state --save-state read.state");
         EXPECT_EQ(WithSingleTabs(ReadText(folder / "read.state")), WithSingleTabs(made)) << reader;
-        // And what a host would be shown of it.
+        // And what a host would show of it.
         const auto told = [](const std::string& kavhost) {
             const auto json = Said(kavhost, "info --json --state made.state");
             return json.substr(std::min(json.find("\"parameters\""), json.size()));
@@ -133,7 +135,7 @@ TEST(Windows, InspectsAPatchAsLinuxDoes) {
     EXPECT_NE(here.find("Threshold (1)"), std::string::npos);
 }
 
-// Its clock goes in steps of 16 ms; a second of sound takes less.
+// Its clock advances in steps of 16 ms; a second of sound takes less.
 TEST(Windows, MeasuresItsTime) {
     WriteMusic(ScratchFolder() / "in.wav", RealMusic());
     const auto said = Said(There, "bench --input in.wav --seconds 1 --runs 1 --json");

@@ -1,5 +1,5 @@
 // Any sequence of host calls: opcodes, indexes, values, rates, block sizes, layouts and audio of any bits.
-// The sanitizers and the guard bytes behind each text judge.
+// The sanitizers and the guard bytes after each text detect failures.
 
 #include "plugin/device_dsp.h"
 #include "vst/vst2.h"
@@ -66,7 +66,7 @@ void Process(AEffect* effect, CBytes& bytes) {
 
 using Arrangement = SpeakerArrangement<64>;
 
-/// The bytes of a record that count.
+/// The bytes of a record that are compared.
 std::string Content(const VstSpeakerArrangement& record) {
     const auto channels = static_cast<std::size_t>(std::clamp(record.numChannels, 0, 64));
     const auto size = offsetof(Arrangement, speakers) + channels * sizeof(VstSpeakerProperties);
@@ -85,8 +85,8 @@ SArrangements HandedOut(AEffect* effect) {
     return records;
 }
 
-/// Each side is a record of the host's or one that the effect has handed out, its own or that of the other
-/// side. What is accepted must come back unchanged.
+/// Each side is a record of the host, or one that the effect has returned, for the same side or the other
+/// one. What is accepted must be returned unchanged.
 void Arrange(AEffect* effect, CBytes& bytes) {
     Arrangement ownInput{};
     Arrangement ownOutput{};
@@ -119,7 +119,7 @@ void Arrange(AEffect* effect, CBytes& bytes) {
     if (now.input->numChannels != effect->numInputs) std::abort();
 }
 
-/// Opcodes whose pointer and value mean memory get memory; all others get what comes.
+/// Opcodes whose pointer and value describe memory get memory; all others get arbitrary values.
 void Dispatch(AEffect* effect, CBytes& bytes) {
     const auto opcode = bytes.Take<std::int32_t>();
     const auto index = bytes.Take<std::int32_t>();
@@ -135,7 +135,7 @@ void Dispatch(AEffect* effect, CBytes& bytes) {
         effect->dispatcher(effect, opcode, index, 0, nullptr, option);
         HandedOut(effect);
         return;
-    case effSetChunk: { // the very bytes that the effect has handed out, or their beginning
+    case effSetChunk: { // the bytes that the effect has returned, or their beginning
         void* chunk = nullptr;
         const std::intptr_t size = effect->dispatcher(effect, effGetChunk, index & 1, 0, &chunk, 0.0f);
         if (chunk == nullptr || size <= 0) std::abort();

@@ -1,4 +1,4 @@
-// Numbers from any bytes, against the C library in the C locale, which this process never leaves.
+// Numbers from any bytes, compared with the C library in the C locale, which this process never changes.
 
 #include "utils/number.h"
 

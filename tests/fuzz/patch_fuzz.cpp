@@ -1,4 +1,4 @@
-// Patches of any bytes: every walk ends, and what is written from what was read is a patch again.
+// Patches of any bytes: every iteration ends, and what is written from what was read is a patch again.
 
 #include "patch/patch_formats.h"
 #include "patch/patch_text.h"
@@ -24,8 +24,7 @@ void ReadText(std::string_view text) {
         if (!line) continue;
         Require(line->tag >= 0 && !line->rawValue.empty());
         const auto moved = ReadParamLine(WithTag(lines.Piece(), 123));
-        Require(
-            !moved || moved->tag == 123); // what stood in the place of a number may have been all of the line
+        Require(!moved || moved->tag == 123); // what was read as the number may have been the whole line
     }
     for (int macro = 0; macro < 5; ++macro) {
         CPieces targets(MacroTargets(text, macro), "||");

@@ -1,5 +1,5 @@
-// Two routing documents of any bytes, one after the other. Whatever they hold, the record names no channel
-// below -1, and reads the second as a new record would, unless both have the same map.
+// Two routing documents of any bytes, one after another. Whatever they contain, the record names no channel
+// below -1, and reads the second one as a new record would, unless both have the same map.
 
 #include "routing/routing_document.h"
 #include "routing/routing_record.h"

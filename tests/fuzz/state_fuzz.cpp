@@ -1,5 +1,5 @@
-// An instance is given any bytes as a patch, as a file of the older form and as names, and groups are copied.
-// Whatever it takes, its state stays one that can be written, read back, and written again the same.
+// An instance gets any bytes as a patch, as a file in the older format and as names, and groups are copied.
+// Whatever it accepts, its state can be written, read back, and written again with the same result.
 
 #include "device/parameter_table.h"
 #include "device/value_flags.h"
@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 0:
         gui.ApplyPatchData(bytes.data(), bytes.size(), flags);
         break;
-    case 1: // most bytes are no patch: these are lines of one
+    case 1: // most bytes aren't a patch: these are lines of one
         gui.ReadPatch({bytes.data(), bytes.size()}, flags);
         break;
     case 2: {
@@ -83,8 +83,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         break;
     }
     CheckState(device);
-    // Read back, a state is settled: names are cut at marks of the text, and macros have moved switches,
-    // which keep no value apart from their offset.
+    // After it has been read back once, a state no longer changes: names have been cut at marks of the text,
+    // and macros have moved switches, which keep no value apart from their offset.
     gui.ReadPatch(gui.State().PatchText(HostChunkFlags), HostChunkFlags);
     gui.ReadPatch(gui.State().PatchText(0), 0);
     const auto settled = gui.State().PatchText(0);

@@ -1,4 +1,4 @@
-// Conversions, path helpers and Split() on any bytes, against plain statements of what they promise.
+// Conversions, path helpers and Split() on any bytes, compared with plain versions of their rules.
 
 #include "utils/path.h"
 #include "utils/text.h"
@@ -16,7 +16,7 @@ void Require(bool holds) {
     if (!holds) std::abort();
 }
 
-/// What is converted comes back the same; what isn't gives nothing.
+/// What is converted can be converted back; what isn't gives nothing.
 void Conversions(const std::string& bytes, const std::u16string& units) {
     const auto wide = ToUtf16(bytes);
     Require(wide.empty() || ToUtf8(wide) == bytes);
@@ -28,7 +28,7 @@ void Conversions(const std::string& bytes, const std::u16string& units) {
     Require(ToUtf8(repaired).empty() == repaired.empty()); // it is well-formed
 }
 
-/// The rules one after the other, each until it finds nothing more.
+/// The rules one after another, each applied until it finds nothing more.
 std::u16string NormalizeByTheRules(std::u16string path) {
     for (char16_t& c : path) c = c == u'\\' ? u'/' : c;
     const bool network = path.starts_with(u"//");
@@ -54,7 +54,7 @@ void Paths(const std::u16string& units) {
     Require(ToSystemPath(units).empty() || NormalizePath(units) == FromSystemPath(ToSystemPath(units)));
 }
 
-/// Joined again the pieces are the text, and none holds the delimiter.
+/// Joined again, the pieces are the text, and none contains the delimiter.
 template<typename Text>
 void Pieces(const Text& text, const Text& delimiter) {
     const auto pieces = Split(text, delimiter);
@@ -76,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
     std::u16string units(bytes.size() / 2, u'\0');
     std::memcpy(units.data(), bytes.data(), units.size() * 2);
-    const std::u16string letters(bytes.begin(), bytes.end()); // more slashes than pairs of bytes make
+    const std::u16string letters(
+        bytes.begin(), bytes.end()); // contains more slashes than pairs of bytes would
     Conversions(bytes, units);
     Paths(units);
     Paths(letters);

@@ -1,5 +1,4 @@
-// What a server may send: a version answer, a gzip stream, a redirect, against plain statements of what is
-// promised.
+// Data from a server: a version answer, a gzip stream, a redirect, compared with plain versions of the rules.
 
 #include "device_gui/version_check.h"
 #include "utils/gunzip.h"
@@ -30,7 +29,7 @@ void Version(std::string_view bytes) {
     Require(answer->sVersion.size() + answer->sDownload.size() + 4 <= bytes.size());
 }
 
-/// The same text whatever the pieces, unless it is too long.
+/// The result is the same however the stream is cut into pieces, unless it is too long.
 void Inflation(const std::string& bytes, std::size_t piece) {
     std::string whole;
     std::string inPieces;

@@ -9,8 +9,8 @@ import xml.etree.ElementTree as Xml
 import states
 from support import HERE, LIBRARY, NAME, PARAMETERS, UNIQUE_ID, HostTest, limited_material, read_wav, write_wav
 
-LOOK_AHEAD = 64  # samples at 48 kHz, which the effect reports and Ardour makes up for
-TICKS_PER_FRAME = 282240000 // 48000  # Ardour 7 keeps times in a unit of its own
+LOOK_AHEAD = 64  # samples at 48 kHz, which the effect reports and Ardour compensates for
+TICKS_PER_FRAME = 282240000 // 48000  # Ardour 7 keeps times in its own unit
 CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour><Config>
 <Option name="use-lxvst" value="1"/>
@@ -28,7 +28,7 @@ def prepare_home(home, plugins):
 
 def scan(test, library):
     """Leaves the scanner's answer in the cache from which a session knows its plug-ins."""
-    # A cache counts only when it is newer than the library.
+    # A cache counts only if it is newer than the library.
     hour_ago = library.stat().st_mtime - 3600
     os.utime(library, (hour_ago, hour_ago))
     return test.run_program("/usr/lib/ardour7/ardour-vst-scanner", "-f", "-v", library,
@@ -51,7 +51,7 @@ def put_sound_on_track(session, file, sound):
     tree = Xml.parse(session)
     root = tree.getroot()
     length = sound.frames * TICKS_PER_FRAME
-    first, region_id, range_id = 900000, 900050, 900060  # far above what a new session has given away
+    first, region_id, range_id = 900000, 900050, 900060  # far above the ids in a new session
     region = {
         "name": "in.1", "id": str(region_id), "type": "audio", "channels": str(len(sound.channels)),
         "start": "a0", "position": "a0", "sync_position": "a0", "length": f"a{length}@a0", "stretch": "1", "shift": "1",
@@ -158,7 +158,8 @@ class Ardour(HostTest):
         self.assertEqual(values_in(self.restored), values_in(self.inserted))
 
     def test_saves_again_what_it_restored(self):
-        # Each reading leaves the tab of a line that it takes out of a routing: the state's form, and no difference.
+        # Each read keeps the tab of a line that is removed from a routing. That is the state's format, not a
+        # difference.
         first, second = (re.sub("\t+", "\t", chunk) for chunk in (self.first_chunk, self.second_chunk))
         self.assertEqual(second, first)
 
@@ -170,5 +171,5 @@ class Ardour(HostTest):
         self.kavhost("render", "in.wav", "-o", "rendered.wav", "--state", state, "--no-align")
         rendered = read_wav(self.folder / "rendered.wav")
         self.assertGreater(rendered.difference(self.sound), 0.1, "nothing was limited")
-        # Ardour plays the track as many samples early as the effect reports.
+        # Ardour plays the track earlier by the number of samples that the effect reports.
         self.assertEqual(exported.difference(rendered.from_frame(LOOK_AHEAD)), 0.0)

@@ -14,10 +14,10 @@ import states
 from support import LIBRARY, NAME, HostTest, limited_material, read_wav, write_wav
 
 MODULE = pathlib.Path("/usr/lib/audacity/modules/mod-script-pipe.so")
-# Audacity names them so, whatever the folder for temporary files.
+# Audacity gives them these names, whatever the folder for temporary files.
 PIPES = [pathlib.Path(f"/tmp/audacity_script_pipe.{way}.{os.getuid()}") for way in ("to", "from")]
-# Audacity keeps an effect's values by their names, and hands the last of equal ones to all of them; names have 7
-# characters here. So all groups get the same values, and all toggles whose names begin alike.
+# Audacity stores an effect's values by name, and passes the last of several values with the same name to all of them.
+# Names have 7 characters here. So all groups get the same values, and so do all toggles whose names begin alike.
 VALUES = dict.fromkeys(range(4, 8), 0.7) | dict.fromkeys(range(16, 20), 0.3) | dict.fromkeys(range(20, 24), 0.95) | \
     dict.fromkeys(range(24, 32), 1) | dict.fromkeys(range(60, 88), 1)
 LOOK_AHEADS = 4 * 64  # the groups are in series
@@ -50,7 +50,7 @@ class Audacity(HostTest):
     def set_up_once(cls):
         (cls.home / ".vst").mkdir()
         shutil.copy(LIBRARY, cls.home / ".vst")
-        # Its commands set no value that the effect would hear, but a new instance starts with the user's first patch.
+        # Its commands set no value that reaches the effect, but a new instance starts with the user's first patch.
         cls.state = cls.folder / "told.state"
         cls.kavhost("info", "--state", states.told_state(cls.folder, cls.kavhost),
                     *(word for index, value in VALUES.items() for word in ("--set", f"{index}={value}")),
@@ -73,7 +73,7 @@ class Audacity(HostTest):
         for attempt in range(3):
             with cls.running():
                 cls.wait_for(lambda: all(pipe.exists() for pipe in PIPES), 60, "its pipes")
-                # The pipes are there before it listens, and a command that comes too early is never answered.
+                # The pipes exist before it listens, and a command that arrives too early is never answered.
                 time.sleep(8 * (attempt + 1))
                 with contextlib.suppress(TimeoutError):
                     return cls.talk(f'Import2: Filename="{cls.folder}/in.wav"', "SelectAll:", "KavSorrelLimiter:",
@@ -99,7 +99,7 @@ class Audacity(HostTest):
     @classmethod
     @contextlib.contextmanager
     def running(cls):
-        for pipe in PIPES:  # of a run that was ended
+        for pipe in PIPES:  # left by a run that was interrupted
             pipe.unlink(missing_ok=True)
         shutil.rmtree(cls.folder / "tmp", ignore_errors=True)
         (cls.folder / "tmp").mkdir()
@@ -111,7 +111,7 @@ class Audacity(HostTest):
         try:
             yield
         finally:
-            # It asks whether to save when it is told to end.
+            # When terminated, it asks whether to save.
             with contextlib.suppress(ProcessLookupError):
                 os.killpg(process.pid, 9)
             process.wait()
@@ -121,7 +121,7 @@ class Audacity(HostTest):
     @staticmethod
     def talk(*commands):
         """The answers, one per command; an answer ends with an empty line."""
-        # Both ways, so that neither opening waits for the other side.
+        # Opened in both directions, so that neither waits for the other side.
         to, answers = (os.open(pipe, os.O_RDWR | os.O_NONBLOCK) for pipe in PIPES)
         told = []
         try:
@@ -155,7 +155,7 @@ class Audacity(HostTest):
         rendered = read_wav(self.folder / "rendered.wav")
         self.assertEqual(exported.frames, rendered.frames)
         self.assertGreater(rendered.difference(read_wav(self.folder / "in.wav")), 0.1, "nothing was limited")
-        # It takes out what the effect reports.
+        # It removes the delay that the effect reports.
         self.assertEqual(exported.difference(rendered.from_frame(LOOK_AHEADS)), 0.0)
 
     def test_keeps_the_names_of_macros(self):

@@ -22,7 +22,7 @@ def muse_scan(test, library):
     def is_written(_):
         return b"</muse>" in out.read_bytes()
 
-    out.write_bytes(b"")  # it writes into a file that is there and into no other
+    out.write_bytes(b"")  # it only writes into a file that exists
     said = test.run_program("muse_plugin_scan", "-p", "-t", "16", "-f", library, "-o", out, attempts=3,
                             accept=is_written, QT_QPA_PLATFORM="offscreen")
     return Xml.parse(out).getroot().find("plugin") if is_written(said) else said

@@ -7,7 +7,7 @@ CHANNEL_NAMES = ("Rechts (R)", "Línks")
 MACRO_NAMES = ("Wärme", "音圧", "Macro 3", "Macro 4", "Macro 5")
 MACRO_TARGETS = ((33, "0.300"), (36, "0.750"))  # tags of the first group's threshold and release
 
-# The first group takes the right channel alone, through its first entry; the macro moves its threshold.
+# The first group takes only the right channel, through its first entry; the macro moves its threshold.
 SETTINGS = ("Threshold (1)=-9", "Release (1)=20 ms", "Output Ceiling (1)=-0.5 dB", "ToolCh2 (1)=off", "Macro 1=60")
 SETTINGS_BY_INDEX = {4: 0.7, 20: 0.95, 28: 0.0, 104: 0.8}
 

@@ -59,7 +59,7 @@ class HostTest(unittest.TestCase):
         """
         said = ""
         for _ in range(attempts):
-            # A session of its own: what hangs is ended with all that it started.
+            # Its own session: a process that hangs is ended with everything that it started.
             process = subprocess.Popen([str(word) for word in command], env=cls.environment(**environment),
                                        cwd=cls.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                        stderr=subprocess.STDOUT, start_new_session=True)
@@ -112,7 +112,7 @@ def read_wav(file):
         kind, size = struct.unpack_from("<4sI", data, at)
         if kind == b"fmt ":
             coding, channels, rate, _, _, bits = struct.unpack_from("<HHIIHH", data, at + 8)
-            if coding == 0xFFFE:  # the real coding stands in the extension
+            if coding == 0xFFFE:  # the actual coding is in the extension
                 coding = struct.unpack_from("<H", data, at + 8 + 24)[0]
             if (coding, rate, bits) != (3, RATE, 32):
                 raise AssertionError(f"{file}: coding {coding}, rate {rate}, {bits} bits")

@@ -25,7 +25,7 @@ class WindowsPackage(HostTest):
 
     def run_there(self, *arguments):
         """kavhost.exe as it lies there."""
-        # Wine's own home is that of its prefix.
+        # Under Wine the home folder is that of the prefix.
         done = subprocess.run([WINE_RUN, self.top / "kavhost.exe", *arguments], env=os.environ, cwd=self.folder,
                               stdin=subprocess.DEVNULL, capture_output=True, timeout=120, check=False)
         said = done.stdout.decode()

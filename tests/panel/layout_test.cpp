@@ -14,13 +14,13 @@ namespace {
 
 constexpr std::string_view StoredSize = "##Sz-1x-1pxSb0.png";
 
-/// What a row has to be.
+/// The expected content of a row.
 struct SExpected {
     int id = -1;
     std::string name;
     EClass widget = EClass::Widget;
     SRect rect;
-    std::string picture; // without the mark of its size; empty: none
+    std::string picture; // without the mark of its size; empty: no picture
 };
 using ExpectedRows = std::vector<SExpected>;
 

@@ -1,5 +1,5 @@
-// The panel's rows and the device's parameters are two tables on purpose: neither folder knows the other.
-// What they say of the same control has to be the same.
+// The panel's rows and the device's parameters are two tables on purpose, because neither folder may include
+// the other. Where they describe the same control, they must agree.
 
 #include "device/parameter_table.h"
 #include "panel/layout.h"

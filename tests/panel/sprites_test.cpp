@@ -17,7 +17,7 @@ struct SSize {
     int height = 0;
 };
 
-/// What a PNG file says in its first chunk: two words of four bytes, the highest first, from byte 16 on.
+/// The size in a PNG file's first chunk: two words of four bytes, highest byte first, from byte 16 on.
 SSize SizeInFile(const std::filesystem::path& file) {
     std::array<unsigned char, 24> head{};
     std::ifstream stream(file, std::ios::binary);

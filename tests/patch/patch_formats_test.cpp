@@ -120,8 +120,8 @@ TEST(FxpFile, OfAnotherPlugInOrTooShortGivesNothing) {
 TEST(FxpFile, NeverReadsOrNamesBeyondWhatItHolds) {
     const auto whole = Fxp(Binary(u"inside", {{33, 0.5f}}));
     for (std::size_t size = 60; size <= whole.size(); ++size) {
-        const Bytes cut(
-            whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)); // says that it is longer
+        const Bytes cut(whole.begin(),
+            whole.begin() + static_cast<std::ptrdiff_t>(size)); // a length that is greater than the rest
         EXPECT_EQ(PatchFromFxp(cut, std::u16string(200, u'n')).size(), size - 60);
     }
     auto huge = whole;
@@ -203,7 +203,7 @@ TEST(PatchFile, WithAnEmptyNameIsNamedLikeItsFileToo) {
 }
 
 TEST(FxpFile, IsOfThisPlugInByItsFourLettersAlone) {
-    Bytes file(60, '?'); // none of the other fields counts
+    Bytes file(60, '?'); // none of the other fields matters
     for (std::size_t i = 0; i < 4; ++i) file[16 + i] = "sorl"[i];
     EXPECT_TRUE(IsFxpOfOurs(file));
     for (std::size_t i = 0; i < 4; ++i) {

@@ -84,7 +84,7 @@ TEST(RoutingBlocks, CarryTheNumberOfTheirGroup) {
     CRoutingBlocks blocks(text);
     ASSERT_TRUE(blocks.Next());
     EXPECT_EQ(blocks.Group(), "2");
-    // A tab stays behind: the line is cut from its bracket on.
+    // A tab remains: the line is cut from its bracket on.
     EXPECT_EQ(blocks.Document(), "<kav_input_routing>\r\n\t\t<name>LCR</name>\r\n</kav_input_routing>");
     ASSERT_TRUE(blocks.Next());
     EXPECT_EQ(blocks.Group(), "0");

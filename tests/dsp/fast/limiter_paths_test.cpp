@@ -1,4 +1,4 @@
-// The limiter's paths against each other, sample for sample and bit for bit.
+// The limiter's paths compared with each other, sample for sample and bit for bit.
 
 #include "dsp/fast/exact_quotient.h"
 #include "dsp/flush_denormals.h"
@@ -18,7 +18,8 @@ using namespace KAV::DSP;
 
 namespace {
 
-/// A limiter's life drawn by lot: one side always plain, the other on any path, changing while it runs.
+/// Random use of a limiter: one side is always on the plain path, the other on any path, which changes while
+/// it runs.
 class CSession {
 public:
     explicit CSession(unsigned seed) : _random(seed) {}
@@ -69,7 +70,7 @@ private:
             return 4.0f * Unit();
         case 2: // lone peaks
             return _random() % 200 == 0 ? 8.0f * Unit() : 0.01f * Unit();
-        case 3: // among others what spoils a sound
+        case 3: // values that spoil a sound, among other samples
             if (_random() % 300 == 0) {
                 return std::array{std::numeric_limits<float>::quiet_NaN(),
                     std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
@@ -131,7 +132,7 @@ TEST(LimiterPaths, ABufferThatComesTwiceIsDrivenTwiceOnAnyPath) {
         std::vector<float> once(300, 0.1f);
         std::array<float*, 2> channels{once.data(), once.data()};
         limiter.Process(channels, 300, path);
-        // Driven twice it leaves the first delay, and then goes through the second.
+        // Driven twice, it leaves the first delay and then passes through the second.
         const double drive = 1.0 / std::pow(10.0, (30.0 * static_cast<double>(0.8f) - 30.0) / 20.0);
         EXPECT_EQ(once[127], 0.0f) << Tests::NameOf(path);
         EXPECT_NEAR(once[128], 0.1 * drive * drive, 1e-6) << Tests::NameOf(path);
@@ -139,7 +140,8 @@ TEST(LimiterPaths, ABufferThatComesTwiceIsDrivenTwiceOnAnyPath) {
 }
 
 TEST(LimiterPaths, SettleOnceNothingIsLimitedAndComeBackToLife) {
-    // Long enough at rest for the averages to be left alone, in a state where rounding stopped the recovery.
+    // At rest for long enough that the averages are skipped, in a state where rounding has stopped the
+    // recovery.
     for (const auto path : Tests::ProcessorPaths()) {
         LookaheadLimiter plain;
         LookaheadLimiter subject;
@@ -165,7 +167,7 @@ TEST(ExactQuotient, RoundsAsADivisionForEveryWindowThatOccurs) {
         const double size = static_cast<double>(lookahead / 2 + 1);
         for (int i = 0; i < 3000; ++i) {
             double sum = static_cast<double>(random() >> 11) * 0x1p-53 * size;
-            if (i % 3 == 0) { // next to where rounding changes its mind
+            if (i % 3 == 0) { // next to where the rounding changes
                 const double gain = static_cast<double>(random() >> 11) * 0x1p-53;
                 sum = std::nextafter(gain * size, i % 2 == 0 ? 0.0 : 2.0 * size);
             }

@@ -78,7 +78,7 @@ void CAutoGain::Prepare(bool nowDisabled, bool nowAuto, const CChannels& active)
         window->timeMs = timeMs;
         Restart(*window);
     }
-    // The coefficient is a smoother's: single precision, from single-precision figures.
+    // The coefficient is that of a smoother: single precision, computed from single-precision values.
     const float rampMs = static_cast<float>(timeMs * 5.55);
     const double ramp = static_cast<double>(rampMs);
     const double steps =

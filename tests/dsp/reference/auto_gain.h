@@ -15,7 +15,7 @@ struct SAutoGainSettings {
     double maximumCutDb = 20.0;
 };
 
-/// Equal loudness before and after, written one step after the other.
+/// Equal loudness before and after, written one step after another.
 class CAutoGain final {
 public:
     using CChannels = std::vector<std::vector<float>>;
@@ -24,7 +24,7 @@ public:
 
     void SetRate(float rateHz);
     void Prepare(bool disabled, bool autoOn, const CChannels& active);
-    /// `used[k]` tells whether some group took channel k. The position of the output gain may move.
+    /// `used[k]`: whether some group took channel k. The position of the output gain may move.
     void Run(CChannels& active, const std::vector<bool>& used, float& position);
 
     bool disabled = true;
@@ -58,7 +58,7 @@ private:
 
     float _rateHz = 0.0f;
     SWindow _in, _out, _outGain;
-    double _c = 0.0; // rises and falls alike
+    double _c = 0.0; // the same for rise and fall
     CChannels _copies;
     CBank _inFilters{}, _outFilters{};
 };

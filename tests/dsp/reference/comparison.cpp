@@ -29,7 +29,7 @@ std::string Hex(double value) {
     return text;
 }
 
-/// The sound of one engine, with a guard behind each channel that no engine may touch.
+/// The sound of one engine, with a guard after each channel that no engine may write to.
 class CHostBuffers final {
 public:
     explicit CHostBuffers(const std::vector<std::vector<float>>& audio) : _audio(audio) {

@@ -168,8 +168,8 @@ enum class ECase : std::size_t {
 
 std::string_view NameOf(ECase which);
 
-/// Counts in how many blocks each case occurred. A case met many times in one block counts once, so that a
-/// high figure means many situations and not one long buffer.
+/// Counts in how many blocks each case occurred. A case that occurs many times in one block counts once, so a
+/// high number means many situations and not one long buffer.
 class CCoverage final {
 public:
     void Hit(ECase which) { _seen.set(static_cast<std::size_t>(which)); }

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What a signal path must offer to be compared with the plain reference model: the settings it reads, and
-/// the few calls a host makes. Nothing here knows how either side is built.
+/// The interface that a signal path needs to be compared with the plain reference model: the settings it
+/// reads, and the few calls a host makes. It doesn't depend on how either side is built.
 namespace KAV::Reference {
 
 /// Everything the engine reads once per block. Positions are normalised 0..1.
@@ -23,7 +23,7 @@ struct SSettings {
     bool simd = false;
     int editedGroup = 0;
     bool highQuality = false;
-    int type[4] = {}; // of each group's routing; 1 is mid/side, the others are all alike
+    int type[4] = {}; // of each group's routing; 1 is mid/side, the others don't differ
     // Routing map per group: entry -> two channel numbers, -1 for none.
     int map[4][16][2] = {{{0, -1}, {1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1},
                              {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}, {-1, -1}},

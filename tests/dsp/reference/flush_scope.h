@@ -15,7 +15,7 @@ inline void WriteFlushBits(unsigned int bits) {
     _mm_setcsr((_mm_getcsr() & ~FlushBits) | bits);
 }
 
-/// Flushes denormals for its lifetime; afterwards the caller's choice stands again.
+/// Flushes denormals for its lifetime; afterwards the caller's setting is restored.
 class CFlushScope final {
 public:
     CFlushScope() : _saved(ReadFlushBits()) { WriteFlushBits(FlushBits); }

@@ -79,7 +79,7 @@ void CFrame::ProcessSlice(float* const* channels, std::size_t count, int frames)
     ProcessFlushed(channels, count, frames);
 }
 
-// Not inlined, so that no arithmetic can move in front of the change of the control word.
+// Not inlined, so that no arithmetic can be moved before the change of the control word.
 [[gnu::noinline]] void CFrame::ProcessFlushed(float* const* channels, std::size_t count, int frames) {
     if (_processed) {
         _coverage.HitIf(count != _channels, ECase::ChannelCountChange);
@@ -144,7 +144,7 @@ void CFrame::CountMaterial(const float* channel, int frames) {
     for (int i = 0; i < frames; ++i) {
         _coverage.HitIf(std::isnan(channel[i]), ECase::NanInput);
         _coverage.HitIf(std::isinf(channel[i]), ECase::InfiniteInput);
-        // By its bits: with denormals flushed, any comparison takes one for zero.
+        // By its bits: with denormals flushed, any comparison treats one as zero.
         const std::uint32_t magnitude = std::bit_cast<std::uint32_t>(channel[i]) & 0x7FFFFFFFu;
         _coverage.HitIf(magnitude != 0 && magnitude < 0x00800000u, ECase::DenormalInput);
     }
@@ -158,7 +158,8 @@ void CFrame::RunMainGain(SMainGain& gain, float parameter, ECase steps, ECase se
         const double position = gain.position;
         gain.stage.SetGain(static_cast<float>(std::pow(10.0, (48.0 * position - 24.0) / 20.0)));
     } else {
-        // A parameter that starts where the position starts never moves it: the gain is still 0 dB, not -24.
+        // A parameter that starts at the position's own start never moves it: the gain is still 0 dB, not
+        // -24.
         _coverage.Hit(!_processed && target == 0.0f ? zeroFromStart : settled);
     }
     for (float* channel : _active) {
@@ -265,7 +266,7 @@ void CFrame::MeterGroup(std::size_t group, const SList& list) {
         int shares = 0;
         for (std::size_t slot = 0; slot < list.entries.size(); ++slot) {
             if (list.entries[slot] != entry) continue;
-            in = _groups[group]->TakeInputPeak(slot); // a second channel shows instead of the first
+            in = _groups[group]->TakeInputPeak(slot); // a second channel is shown instead of the first
             out = kept[slot];
             ++shares;
         }
@@ -326,7 +327,7 @@ int CFrame::GetLatency() {
             anyToggle = anyToggle || _settings.channelInGroup[entry][g];
         }
         if (!anyToggle) continue;
-        // At the rate of the present settings, whether or not a block has run with them.
+        // At the rate of the current settings, even if no block has run with them yet.
         const double rateHz =
             static_cast<double>(_sampleRate) * static_cast<double>(1 << _settings.oversampling);
         const int lookAhead = static_cast<int>(CLimiter::LookAheadAt(rateHz));

@@ -30,12 +30,12 @@ public:
     float Meter(int tag) override;
 
 private:
-    /// A main gain: a smoothed position that heads for the parameter, or for 0 dB under bypass.
+    /// A main gain: a smoothed position that moves to the parameter, or to 0 dB under bypass.
     struct SMainGain {
         CGainStage stage;
         float position = 0.0f;
     };
-    /// What a group gets in one block. `buffers` are the host's own, or private copies in parallel mode.
+    /// A group's input in one block. `buffers` are the host's own, or private copies in parallel mode.
     struct SList {
         std::vector<float*> buffers;
         std::vector<std::size_t> channels;
@@ -62,7 +62,7 @@ private:
     CCoverage& _coverage;
     SSettings _settings;
     float _sampleRate = 44100.0f;
-    int _announced = 0; // largest block the host has promised
+    int _announced = 0; // largest block that the host has announced
     bool _hostAnnounced = false;
     bool _processed = false;
 
@@ -79,7 +79,7 @@ private:
     bool _anySolo = false;
     std::array<float*, 16> _active{}; // null for a channel the gate has dropped
     std::array<bool, 16> _used{};
-    std::array<int, 16> _takers{}; // how many groups took the channel; only coverage asks
+    std::array<int, 16> _takers{}; // how many groups took the channel; only used for coverage
     std::array<std::vector<float>, 16> _sums;
     bool _parallel = false;
     COversampler _oversampler;

@@ -20,7 +20,7 @@ public:
     void SetSampleRate(float rateHz); // of the host, before oversampling
     void SetBlock(int length);        // at the oversampled rate
 
-    /// Takes what the coming block needs from the settings: one smoother step each.
+    /// Takes the settings that the next block needs, one smoother step each.
     void Update(const SSettings& settings, int factor);
     int MidSideMode() const; // 0: none
     void Run(std::span<float* const> channels, int length);
@@ -37,7 +37,7 @@ private:
     void SetFactor(int factor);
     void StepMix(bool hostBypass);
     void StepInputGain(float target);
-    bool StepPosition(float& position, float target); // true when the limiter needs the new position
+    bool StepPosition(float& position, float target); // returns whether the limiter needs the new position
     void GiveParams();
     void CountMix();
     void RunPlain(std::span<float* const> channels, int length);

@@ -80,7 +80,7 @@ double CLimiter::Rate() const {
 }
 
 std::size_t CLimiter::LookAheadAt(double rateHz) {
-    // About 1.4 ms in multiples of 64 samples. A rate too low for one multiple still gets one.
+    // About 1.4 ms in multiples of 64 samples, at least one multiple even at a very low rate.
     const auto samples = static_cast<std::size_t>(std::floor(rateHz * 0.0014 * 0.015625 + 0.6)) * 64;
     return samples == 0 ? 64 : samples;
 }
@@ -199,7 +199,7 @@ double CLimiter::Curve(double u) {
 
 void CLimiter::Output(std::span<float* const> channels, int i, double gain) {
     for (std::size_t slot = 0; slot < channels.size(); ++slot) {
-        // Two slots may name one buffer; then the later slot delays what the earlier one has just written.
+        // Two slots may share one buffer; then the later slot delays what the earlier one has just written.
         float* const channel = channels[slot];
         const double d = _delays[slot].Push(static_cast<double>(channel[i]));
         _coverage.HitIf(std::isnan(d), ECase::NanLeavesDelay);

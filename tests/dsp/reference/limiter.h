@@ -10,8 +10,8 @@
 
 namespace KAV::Reference {
 
-/// Minimum of the last `length` values. Of these only candidates are kept, each lower than all before it: a
-/// value can no longer become the minimum once a lower one has come.
+/// Minimum of the last `length` values. Only candidates are kept, each lower than all before it: a value can
+/// no longer become the minimum once a lower one has arrived.
 class CWindowMinimum final {
 public:
     void SetLength(std::size_t length); // then as if `length` ones had been pushed
@@ -27,7 +27,7 @@ private:
     std::size_t _pushes = 0;
 };
 
-/// Mean of the last `length` values by a running sum, which keeps the rounding of every sample it ever saw.
+/// Mean of the last `length` values by a running sum, which keeps the rounding errors of all earlier samples.
 class CMovingAverage final {
 public:
     void SetLength(std::size_t length); // then as if `length` ones had been pushed
@@ -108,7 +108,7 @@ private:
     double _minimumGain = 1.0; // since the last answered latch
     double _reportedGain = 1.0;
     bool _latch = false;
-    std::size_t _lastCount = 0; // channels of the last call; only coverage asks
+    std::size_t _lastCount = 0; // channels of the last call; only used for coverage
 };
 
 } // namespace KAV::Reference

@@ -29,16 +29,16 @@ bool CMaterial::IsFaint() const {
 }
 
 void CMaterial::SurpriseGate(CRandom& random, std::span<float> block) const {
-    // A lone NaN is no silence.
+    // A single NaN isn't silence.
     if (IsFaint() && random.Chance(0.03)) block[block.size() / 2] = std::numeric_limits<float>::quiet_NaN();
-    // Silence that begins one sample before a block makes the five seconds end with the last sample of one.
+    // If silence begins one sample before a block, the five seconds end with the last sample of a block.
     if (_blocksLeft == 0 && random.Chance(0.5)) block.back() = 1e-8f;
 }
 
 void CMaterial::Choose(CRandom& random) {
     _kind = ChooseKind(random);
     _blocksLeft = random.Integer(1, 8);
-    // A gate needs a long stretch to close, and material that spoils the sound is for one block.
+    // A gate needs a long stretch to close, and material that spoils the sound should last only one block.
     if (_habit == EHabit::Patient && IsFaint()) _blocksLeft = random.Integer(11, 20);
     if (_kind == EKind::NotANumber || _kind == EKind::Infinite || _kind == EKind::Huge) _blocksLeft = 1;
     _phase = 0;
@@ -71,7 +71,7 @@ float CMaterial::Sample(CRandom& random) {
     case EKind::AroundGate:
         return random.Chance(0.5) ? 2e-8f : random.Signed(2.5e-8f);
     case EKind::Denormal: {
-        // Half of them become denormal only by a gain.
+        // Half of them only become denormal after a gain.
         if (random.Chance(0.5)) return random.Signed(1e-37f);
         const std::uint64_t bits = random.Bits();
         const std::uint32_t sign = (bits & 1) != 0 ? 0x80000000u : 0u;
@@ -102,7 +102,7 @@ float CMaterial::Sample(CRandom& random) {
     return 0.0f;
 }
 
-/// Replaces a few samples in a row: the second infinity in a row meets a gain of next to nothing.
+/// Replaces a few samples in a row: the second infinity in a row gets a gain of almost 0.
 void CMaterial::Spoil(CRandom& random, std::span<float> block, float value) {
     const std::size_t length = block.size();
     const std::size_t run = std::min<std::size_t>(length, static_cast<std::size_t>(random.Integer(1, 4)));

@@ -9,7 +9,7 @@ namespace KAV::Reference {
 /// The sound of one channel: it keeps one kind of material for some blocks, then takes another.
 class CMaterial final {
 public:
-    /// Restless: anything. Patient: mostly long silence. Calm: quiet, but for infinities.
+    /// Restless: anything. Patient: mostly long silence. Calm: quiet, except for infinities.
     enum class EHabit { Restless, Patient, Calm };
     void SetHabit(EHabit habit);
     void Fill(CRandom& random, std::span<float> block);

@@ -7,10 +7,10 @@
 
 namespace KAV::Reference {
 
-/// The peak of one block, or 0 when there is nothing above it; NaN is no peak.
+/// The peak of one block, or 0 if there is nothing above it; NaN never counts as a peak.
 float PeakOf(const float* channel, int length, float atLeast = 0.0f);
 
-/// The four families of meters, each a number of values 0..1.
+/// The four families of meters, with values 0..1.
 class CMeters final {
 public:
     explicit CMeters(CCoverage& coverage) : _coverage(coverage) {}

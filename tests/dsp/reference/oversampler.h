@@ -32,11 +32,11 @@ private:
 /// Zero-stuffing and low-pass up, low-pass and dropping down.
 class COversampler final {
 public:
-    void Prepare(float rate, int factor); // designs anew when either is another one
+    void Prepare(float rate, int factor); // designs the filters again if either has changed
     void Up(std::array<float*, 16>& channels, int frames, bool quality, int width, CCoverage& coverage);
     void Down(std::array<float*, 16>& channels, int frames, bool quality, int width, CCoverage& coverage);
 
-    /// Channels per pass: 4 with wide registers and fused arithmetic, 2 with fused arithmetic, else 1.
+    /// Channels per pass: 4 with wide registers and fused arithmetic, 2 with fused arithmetic, otherwise 1.
     static int Width(bool simd);
 
 private:

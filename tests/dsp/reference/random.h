@@ -6,8 +6,8 @@
 
 namespace KAV::Reference {
 
-/// Random numbers that are the same with every standard library: the engine is fixed by the language, the
-/// distributions are not, so the mapping is ours.
+/// Random numbers that are the same with every standard library. The language defines the engine but not the
+/// distributions, so those are written here.
 class CRandom final {
 public:
     explicit CRandom(std::uint64_t seed) : _engine(seed) {}
@@ -16,7 +16,7 @@ public:
 
     double Unit() { return static_cast<double>(_engine() >> 11) * 0x1p-53; } // 0 <= x < 1
 
-    int Integer(int lowest, int highest) { // both included
+    int Integer(int lowest, int highest) { // both inclusive
         const std::uint64_t span = static_cast<std::uint64_t>(highest - lowest) + 1;
         return lowest + static_cast<int>(_engine() % span);
     }

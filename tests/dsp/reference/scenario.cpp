@@ -36,7 +36,7 @@ void CScenario::ChooseKind() {
     case EKind::Long:
         _frames = _random.Integer(500, 4096);
         break;
-    // Four thousand, so that the five seconds may end exactly where a block ends.
+    // Four thousand, so that the five seconds may end exactly at the end of a block.
     case EKind::Silent:
         _frames = _random.OneOf({4000, 4000, 4096, 3901});
         break;
@@ -66,7 +66,7 @@ void CScenario::ChooseStart() {
         _move = 0.0;
         _unsteady = 0.2;
     }
-    if (_kind == EKind::Calm || _random.Chance(0.2)) return; // the settings of a fresh instance
+    if (_kind == EKind::Calm || _random.Chance(0.2)) return; // the settings of a new instance
 
     if (_kind == EKind::Raised) {
         _settings.oversampling = _random.Integer(1, 3);
@@ -128,7 +128,7 @@ float CScenario::ChoosePosition(float present) {
     if (draw < 0.35) return 1.0f;
     if (draw < 0.45) return 0.5f;
     if (draw < 0.6) return std::clamp(present + _random.Signed(0.02f), 0.0f, 1.0f);
-    // As far from an end as a smoother still jumps, and a hair more.
+    // Exactly at the distance from an end at which a smoother still jumps, and slightly further.
     if (draw < 0.7) return _random.OneOf({1.0f - 0.99f, 0.01f, 0.99f});
     return static_cast<float>(_random.Unit());
 }
@@ -138,7 +138,7 @@ void CScenario::ChooseToggles() {
     for (int g = 0; g < 4; ++g) {
         const bool inUse = _random.Chance(0.5);
         for (int entry = 0; entry < 16; ++entry) {
-            // Low entries more often: they name the channels that a small host has.
+            // Prefers low entries, because they name the channels that a small host has.
             const double chance = entry < 4 ? 0.7 : density;
             _settings.channelInGroup[entry][g] = inUse && _random.Chance(chance);
         }
@@ -159,7 +159,7 @@ void CScenario::ChooseMap(int group) {
             pair[0] = entry;
             pair[1] = -1;
             break;
-        case 1: // stereo pairs, more than any host has
+        case 1: // anything, including gaps and channels that don't exist
             pair[0] = 2 * entry;
             pair[1] = 2 * entry + 1;
             break;
@@ -201,7 +201,7 @@ void CScenario::FlipSwitches() {
         flip(_settings.autoRelease[g]);
         flip(_settings.limiter[g]);
         flip(_settings.mute[g]);
-        // Solo silences the rest, so it does not stay long.
+        // Solo silences the rest, so it doesn't last long.
         if (_settings.solo[g] ? _random.Chance(0.2) : _random.Chance(_flip * 0.3)) {
             _settings.solo[g] = !_settings.solo[g];
         }

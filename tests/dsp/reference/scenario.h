@@ -21,12 +21,12 @@ struct SHostBlock {
     SSettings settings;
     std::array<bool, 4> latch{};
     bool emptyCalls = false;  // calls without channels or samples, which must change nothing
-    bool flushedHost = false; // the host itself runs with denormals flushed
+    bool flushedHost = false; // the host itself flushes denormals
     int frames = 0;
     std::vector<std::vector<float>> audio;
 };
 
-/// A run of a few dozen blocks, the same for the same seed everywhere.
+/// A run of a few dozen blocks, which is the same for the same seed everywhere.
 class CScenario final {
 public:
     explicit CScenario(std::uint64_t seed);
@@ -67,9 +67,9 @@ struct SRunResult {
     std::string difference; // seed and place of the first difference; empty when equal
 };
 
-/// Both engines must be fresh. They get the same calls and the same sound; after each block the sound, the
+/// Both engines must be new. They get the same calls and the same sound. After each block the sound, the
 /// latency, the meters, the reported gains and the flush bits of the control word are compared bit for bit
-/// (one NaN is as good as another).
+/// (all NaNs count as equal).
 SRunResult RunScenario(std::uint64_t seed, IEngine& reference, IEngine& subject);
 
 std::unique_ptr<IEngine> MakeReferenceEngine(CCoverage& coverage);

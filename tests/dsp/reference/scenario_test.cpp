@@ -52,7 +52,7 @@ private:
     IEngine& _engine = *_owned;
 };
 
-/// What the first 60 scenarios say about a fault; empty when none of them noticed.
+/// The differences that the first 60 scenarios find for a fault; empty if none of them noticed it.
 std::string Noticed(const std::function<void(CAlteredEngine&)>& plant) {
     CCoverage coverage;
     for (std::uint64_t seed = 1; seed <= 60; ++seed) {
@@ -153,7 +153,7 @@ TEST(ReferenceScenario, NoticesACallThatIsNotHeeded) {
         "");
 }
 
-/// One setting read wrongly.
+/// One setting that is read wrongly.
 class ReferenceScenarioSetting : public testing::TestWithParam<void (*)(SSettings&)> {};
 
 TEST_P(ReferenceScenarioSetting, IsNoticedWhenReadWrongly) {

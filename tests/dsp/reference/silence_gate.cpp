@@ -12,7 +12,7 @@ void CSilenceGate::Watch(const float* channel, int length, CCoverage& coverage) 
     for (int i = 0; i < length; ++i) {
         const bool tiny = std::fabs(channel[i]) < 2e-8f;
         if (tiny && !_silent) {
-            // Only the exact count closes the gate: a limit that shrinks below the count is passed by.
+            // Only the exact count closes the gate: a limit that shrinks below the count has no effect.
             if (_count == _limit) {
                 _silent = true;
                 coverage.Hit(ECase::GateCloses);

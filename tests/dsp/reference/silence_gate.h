@@ -6,7 +6,7 @@
 
 namespace KAV::Reference {
 
-/// Tells when a channel has been below audibility for so long that the path may drop it.
+/// Detects that a channel has been inaudible for so long that the path may drop it.
 class CSilenceGate final {
 public:
     void SetRate(float rateHz); // the limit becomes five seconds of whole-hertz samples

@@ -4,7 +4,7 @@
 
 namespace KAV::Reference {
 
-/// One-pole ramp for a value stepped once per block. Rising and falling have their own time.
+/// One-pole ramp for a value stepped once per block, with separate times for rising and falling.
 class CSmoother final {
 public:
     explicit CSmoother(float riseMs, float fallMs);
