@@ -1,6 +1,6 @@
-// Windows keeps a stack aligned to 16 bytes, and this project's compiler for it doesn't align its 32-byte
-// spills any further: the assembler is told to write moves that don't mind. Here 32-byte values are spilled
-// at every alignment that a stack can have.
+// Windows keeps the stack aligned to 16 bytes, and this project's compiler for it doesn't align its 32-byte
+// spills any further, so the assembler is made to write unaligned moves. Here 32-byte values are spilled at
+// every alignment that a stack can have.
 
 #include "utils/cpu_features.h"
 
@@ -20,7 +20,7 @@
 
 namespace {
 
-/// Leaves no vector register as it was, so that the caller must keep its values on the stack.
+/// Overwrites every vector register, so that the caller must keep its values on the stack.
 __attribute__((noinline, target("avx"))) void ForgetRegisters() {
     asm volatile("vzeroall" ::
                      : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9",
@@ -28,7 +28,7 @@ __attribute__((noinline, target("avx"))) void ForgetRegisters() {
 }
 
 /// Six values that live across a call and so are spilled. An array of them would prove nothing: the compiler
-/// aligns what has a name and an address, but not the places of its own spills.
+/// aligns variables with a name and an address, but not its own spills.
 __attribute__((noinline, target("avx"))) float SumOfSpilled(const float* values) {
     const __m256 a = _mm256_loadu_ps(values);
     const __m256 b = _mm256_loadu_ps(values + 8);
@@ -64,7 +64,7 @@ TEST(AvxCode, RunsInAThreadWhateverItsStacksAlignment) {
         return; // this processor never runs such code
     std::array<float, 48> values{};
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i);
-    float expected = 0.0f; // of whole numbers, so that no order of the sums changes it
+    float expected = 0.0f; // of integers, so that the order of the sums makes no difference
     for (std::size_t i = 0; i < 8; ++i) {
         expected += values[i] * values[i + 8] + values[i + 16] * values[i + 24] +
                     values[i + 32] * values[i + 40] + values[i] * values[i + 24];
@@ -82,7 +82,7 @@ TEST(AvxCode, AlignedMovesAreAssembledAsMovesThatTakeAnyAddress) {
     alignas(32) std::array<float, 16> memory{};
     memory.fill(1.0f);
     asm volatile("vxorps %%xmm0, %%xmm0, %%xmm0\n\t"
-                 "vmovaps %%ymm0, %0\n\t" // 16 bytes off: as it is written this would end the process
+                 "vmovaps %%ymm0, %0\n\t" // off by 16 bytes: an aligned move would end the process
                  "vzeroupper"
                  : "=m"(*reinterpret_cast<float(*)[8]>(memory.data() + 4))
                  :

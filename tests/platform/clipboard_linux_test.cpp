@@ -17,7 +17,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-/// Another program, which asks for the clipboard in one of the display's own formats.
+/// Another program, which requests the clipboard in one of the display's own formats.
 class COtherProgram final {
 public:
     COtherProgram() {
@@ -25,7 +25,7 @@ public:
             XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     }
 
-    /// The numbers that it gets; nothing when it is refused.
+    /// The numbers that it receives; nothing if it is refused.
     std::vector<xcb_atom_t> Ask(const char* target) {
         const auto property = Name("KAV_TEST");
         Xcb()->convert_selection(
@@ -106,7 +106,7 @@ TEST(Clipboard, ReachesOtherProcesses) {
     const CDisplay display;
     const pid_t child = fork(); // before there are threads
     if (child == 0) {
-        for (int attempt = 0; attempt < 500; ++attempt) { // its parent writes any time now
+        for (int attempt = 0; attempt < 500; ++attempt) { // its parent may write at any time
             const SBytes bytes = ReadClipboard("clipboard:shared");
             if (bytes.data != nullptr) _exit(std::string(bytes.data.get(), bytes.size) == "hello" ? 0 : 1);
             std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -7,10 +7,10 @@ using namespace KAV::Platform;
 
 namespace {
 
-/// Who owned the clipboard when its viewers last heard of it.
+/// The owner of the clipboard when its viewers were last notified.
 struct SHeard {
     int times = 0;
-    DWORD ownersProcess = 0; // 0: nobody
+    DWORD ownersProcess = 0; // 0: no owner
 } heard;
 
 LRESULT CALLBACK Receive(HWND window, UINT message, WPARAM first, LPARAM second) {
@@ -35,7 +35,7 @@ TEST(Clipboard, IsOurOwnWhileItIsWritten) {
     ASSERT_NE(viewer, nullptr);
     SetClipboardViewer(viewer);
     heard = {};
-    ASSERT_TRUE(WriteClipboard("clipboard:KAV test", "1234", 4)); // tells viewers of this thread at once
+    ASSERT_TRUE(WriteClipboard("clipboard:KAV test", "1234", 4)); // notifies viewers of this thread at once
     EXPECT_GE(heard.times, 1);
     EXPECT_EQ(heard.ownersProcess, GetCurrentProcessId());
     EXPECT_EQ(ReadClipboard("clipboard:KAV test").size, 4u);

@@ -1,4 +1,4 @@
-// What a limit of time does, by limits that a test can wait for.
+// Time limits, set so short that a test can wait for them.
 
 #include "platform/http.h"
 
@@ -106,7 +106,7 @@ TEST(ExchangeHttp, LeavesTheHostsSignalsAsTheyAre) {
 
 namespace {
 
-/// A receiver in whose place the library writes to a connection that the server has closed.
+/// A receiver that lets the library write to a connection that the server has closed.
 class CBrokenPipe final : public IHttpReceiver {
 public:
     CBrokenPipe() {
@@ -148,7 +148,7 @@ TEST(ExchangeHttp, KeepsTheSignalOfABrokenConnectionFromTheHost) {
     EXPECT_GT(receiver.writes, 0);
     EXPECT_EQ(pipeSignals, 0);
     EXPECT_FALSE(IsPending());
-    raise(SIGPIPE); // the host's own arrives as before
+    raise(SIGPIPE); // the host's own signal still arrives
     EXPECT_EQ(pipeSignals, 1);
 }
 
@@ -192,7 +192,7 @@ TEST(ExchangeHttp, EndsAsSoonAsTheReceiverWantsItWhateverTheServerDoes) {
         } receiver(asked);
         const auto began = std::chrono::steady_clock::now();
         EXPECT_EQ(ExchangeHttp(Request(server, 10000), receiver).end, EHttpEnd::Failed);
-        // Half of the time after which it would have ended by itself.
+        // Half of the time after which it would have ended on its own.
         EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(5));
     }
 }

@@ -1,4 +1,4 @@
-// What shows boxes is a script of the test's own, which writes down how it was called.
+// The program that shows boxes is replaced by a script, which records how it was called.
 
 #include "platform/message_box.h"
 
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The desktop's programs of these names, and no others.
+/// The desktop has programs of these names, and no others.
 class CBoxes final {
 public:
     explicit CBoxes(const std::vector<std::string>& names) {

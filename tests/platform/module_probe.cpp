@@ -1,4 +1,4 @@
-// A library whose own file is asked for, wherever it was loaded from.
+// A library that returns its own file, wherever it was loaded from.
 
 #include "platform/module.h"
 #include "utils/path.h"

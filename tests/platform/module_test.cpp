@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A copy of the library in a folder of that name, and what it says of its own place.
+/// A copy of the library in a folder of that name, and the path that it reports for itself.
 struct SProbe {
     explicit SProbe(const fs::path& folder)
         : file(folder / (std::u8string(u8"Prüf modul") + fs::path(LibrarySuffix()).u8string())) {

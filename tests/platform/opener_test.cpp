@@ -1,4 +1,4 @@
-// The desktop's opener is a script of the test's own, which writes down how it was called.
+// The desktop's opener is replaced by a script, which records how it was called.
 
 #include "platform/opener.h"
 
@@ -47,7 +47,7 @@ public:
 
     fs::path Said() const { return _folder / "said"; }
 
-    /// What it wrote, waited for; as lines.
+    /// Waits for its output; returns it as lines.
     std::string Wait() const {
         for (int i = 0; i < 500 && !fs::exists(Said()); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -66,8 +66,8 @@ private:
     fs::path _folder = ScratchFolder() / "opener with spaces";
 };
 
-/// A thread that writes to every page of its memory over and over, as an audio thread does with its buffers,
-/// and counts its page faults.
+/// A thread that writes to every page of its memory repeatedly, as an audio thread does with its buffers, and
+/// counts its page faults.
 class CWritingThread final {
 public:
     static constexpr std::size_t Pages = 8192;
@@ -112,13 +112,13 @@ private:
     std::thread _thread;
 };
 
-/// Waits until there is no process of that number any more, not even a dead one, for a minute at most.
+/// Waits, at most a minute, until no process has that number any more, not even a zombie.
 void AwaitEnd(pid_t process) {
     for (int i = 0; i < 6000 && kill(process, 0) == 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
-/// Whether this process gets rid of all its children, within a minute. Reaps none of them itself.
+/// Whether all children of this process disappear within a minute. Reaps none of them itself.
 bool HasNoChildInTheEnd() {
     for (int i = 0; i < 6000; ++i) {
         siginfo_t child{};
@@ -165,7 +165,8 @@ TEST(OpenWithDesktop, LeavesNothingOfTheHostToTheProgram) {
     EXPECT_EQ(said.find("LD_"), std::string::npos) << said;
     EXPECT_EQ(script.Value(said, "SigBlk:\t"), "0000000000000000");
     EXPECT_EQ(script.Value(said, "SigIgn:\t"), "0000000000000000");
-    EXPECT_EQ(script.Value(said, "descriptors="), "4"); // the standard ones, and the folder that is listed
+    EXPECT_EQ(
+        script.Value(said, "descriptors="), "4"); // the standard ones, and the folder that is being listed
     EXPECT_STREQ(std::getenv("LD_LIBRARY_PATH"), "/opt/host/lib");
 }
 
@@ -210,7 +211,7 @@ TEST(OpenWithDesktop, WaitsForTheProgramOnAThreadThatTakesNoSignals) {
     chmod((folder / "xdg-open").c_str(), 0755);
     setenv("PATH", (folder.string() + ":" + std::getenv("PATH")).c_str(), 1);
     const auto before = Threads();
-    ASSERT_TRUE(OpenWithDesktop("/tmp", "", EOpen::Ordinary)); // which doesn't wait for its end
+    ASSERT_TRUE(OpenWithDesktop("/tmp", "", EOpen::Ordinary)); // it doesn't wait for the program to end
     const auto started = AwaitNewThreads(before, 1);
     ASSERT_EQ(started.size(), 1u);
     EXPECT_TRUE(BlocksAllSignals(*started.begin()));
@@ -227,7 +228,7 @@ TEST(OpenWithDesktop, WorksInAHostThatIgnoresItsChildren) {
 
 TEST(OpenWithDesktop, WorksInAHostThatHasClosedItsStandardStreams) {
     const COpenerScript script;
-    const int error = fcntl(2, F_DUPFD_CLOEXEC, 10); // the test's own words go there
+    const int error = fcntl(2, F_DUPFD_CLOEXEC, 10); // keeps the test's own output
     const int output = fcntl(1, F_DUPFD_CLOEXEC, 10);
     for (int standard = 0; standard < 3; ++standard) close(standard);
     const bool started = OpenWithDesktop("/tmp", "", EOpen::Ordinary);

@@ -1,4 +1,4 @@
-// The store where the system has no registry: one file per key.
+// The store on systems without a registry: one file per key.
 
 #include "platform/file_system.h"
 #include "platform/settings_store.h"
@@ -148,7 +148,7 @@ TEST(SettingsFiles, StayInsideTheStoreWhateverTheKey) {
     }
 }
 
-TEST(SettingsFiles, HaveNoPartBeyondTheRegistrysLimit) { // which Wine's registry doesn't have
+TEST(SettingsFiles, HaveNoPartBeyondTheRegistrysLimit) { // Wine's registry doesn't have that limit
     const std::string longest(255, 'x');
     EXPECT_TRUE(Write("escape", "value", longest));
     for (const auto& key : {longest + "x", longest + "x/Below", "Above/" + longest + "x"}) {
@@ -167,7 +167,7 @@ TEST(SettingsFiles, SurviveManyProcessesThatWriteAtOnce) {
             bool good = true;
             for (int round = 0; round < Rounds; ++round) {
                 const auto value = std::to_string(round);
-                // A writer gives up after two seconds, which a busy disk may well take for the others' turns.
+                // A writer gives up after two seconds, which other writers may well need on a busy disk.
                 bool isWritten = false;
                 for (int attempt = 0; attempt < 60 && !isWritten; ++attempt)
                     isWritten = Write(std::to_string(process), value);

@@ -11,7 +11,7 @@ using namespace KAV::Platform;
 
 namespace {
 
-// A key of this run of the test, since a registry outlives both.
+// A key that only this run of the test uses, because a registry outlives it.
 std::string Key() {
     static const std::string run = std::to_string(std::random_device()());
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
@@ -102,7 +102,7 @@ TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
         threads.emplace_back([writer, key = Key()] {
             for (int round = 0; round < Rounds; ++round) {
                 const auto value = std::to_string(writer * 1000 + round);
-                // A writer gives up after two seconds, which a busy disk may well take for the others' turns.
+                // A writer gives up after two seconds, which other writers may well need on a busy disk.
                 bool isWritten = false;
                 for (int attempt = 0; attempt < 60 && !isWritten; ++attempt)
                     isWritten = Write(key, "value " + std::to_string(writer), value);
@@ -120,7 +120,7 @@ TEST(SettingsStore, LosesNothingWhenManyWriteAtOnce) {
 TEST(SettingsStore, HasFiveRoots) {
     for (const auto root : {ESettingsRoot::CurrentUser, ESettingsRoot::ClassesRoot,
              ESettingsRoot::LocalMachine, ESettingsRoot::Users, ESettingsRoot::CurrentConfig}) {
-        // The registry has nothing but users right below its root of users.
+        // The registry's root of users contains only users directly below it.
         const auto key = (root == ESettingsRoot::Users ? ".Default/" : "") + Key();
         const auto value = std::to_string(static_cast<int>(root));
         ASSERT_TRUE(WriteSetting(root, key, "Root", value.data(), value.size())) << value;

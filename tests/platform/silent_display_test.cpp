@@ -1,4 +1,4 @@
-// A display that accepts a client and then stops answers no question, and the library waits for it for ever.
+// A display that accepts a client and then stops answers no request, and the library waits for it for ever.
 
 #include "platform/clipboard.h"
 #include "platform/system_info.h"

@@ -1,4 +1,5 @@
-// What only this system has: links, permissions, pipes, and processes that end in the middle of a call.
+// Features that only this system has: links, permissions, pipes, and processes that end in the middle of a
+// call.
 
 #include "platform/file_system.h"
 #include "platform/whole_file.h"
@@ -50,7 +51,7 @@ TEST(ReplaceWholeFile, KeepsTheOldFileOnAFullDisk) {
     WriteText(file, "old content");
     const std::string large(1 << 20, 'n');
     const int status = InAnotherProcess([&] {
-        std::signal(SIGXFSZ, SIG_IGN); // writing fails there instead
+        std::signal(SIGXFSZ, SIG_IGN); // then writing fails instead
         rlimit limit{4096, 4096};
         setrlimit(RLIMIT_FSIZE, &limit);
         return Replace(file, large) ? 0 : 1;

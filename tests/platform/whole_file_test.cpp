@@ -27,7 +27,7 @@ std::string Read(const fs::path& file) {
     return {bytes.data.get(), bytes.size};
 }
 
-/// Calls that a replacement makes when all goes well.
+/// The calls of a replacement without faults.
 int CallsOfAReplacement(bool exists) {
     const auto folder = ScratchFolder() / "count";
     fs::create_directories(folder);
@@ -110,7 +110,7 @@ TEST(ReplaceWholeFile, LeavesTheOldFileOrTheNewOneWhicheverCallFails) {
                     EXPECT_TRUE(files.Happened());
                 }
                 EXPECT_EQ(ReadText(folder / "file"), replaced ? New : exists ? Old : "") << "call " << call;
-                // The only file besides is one whose removal failed itself.
+                // Otherwise only a file whose own removal failed.
                 EXPECT_LE(CountEntries(folder), 1u) << "call " << call;
                 fs::remove_all(folder);
             }

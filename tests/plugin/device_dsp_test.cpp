@@ -109,7 +109,7 @@ TEST_F(Device, OversamplingTakesPositionsAndIndexes) {
     device.SetParam(30, 1.9f, 0);
     EXPECT_EQ(device.GetParam(30, 0), 1.0f);
     EXPECT_EQ(device.GetParam(30, Normalized), 1.0f / 3.0f);
-    for (int index = 0; index < 4; ++index) { // what a host reads it may write back
+    for (int index = 0; index < 4; ++index) { // a host may write back what it has read
         device.SetParam(30, static_cast<float>(index), 0);
         effect.Set(100, effect.Get(100));
         EXPECT_EQ(device.GetParam(30, 0), static_cast<float>(index));
@@ -297,7 +297,7 @@ TEST_F(Device, SlotsActInOrderSoThatTheLastOneOfATargetCounts) {
     EXPECT_EQ(device.GetParam(33, 0), 0.75f);
     device.tags[0][6] = 25;
     device.tags[0][5] = 33;
-    device.SetParam(24, 0.75f, 0); // macro 2 gets the offset 0.25 as its value, and gives (0.25 - 0.5) x -2
+    device.SetParam(24, 0.75f, 0); // macro 2 gets the offset 0.25 as its value, and adds (0.25 - 0.5) x -2
     EXPECT_EQ(device.GetParam(33, 0), 1.0f);
 }
 
@@ -373,7 +373,7 @@ TEST_F(Device, OffsetStaysWhenItsTargetIsNoLongerAssigned) {
 }
 
 TEST_F(Device, GroupRelativeTagsAreNeverNegative) {
-    // 132 less 200, for example, would be a tag of another group if it were taken for a relative one.
+    // If 132 less 200, for example, were taken for a relative tag, it would be a tag of another group.
     for (int group = 0; group < 4; ++group) {
         device.SetCurrentGroup(group);
         for (std::int32_t tag = -400; tag < 0; ++tag) {
@@ -428,7 +428,7 @@ TEST_F(Device, RoutingOfAGroupDecidesWhichChannelsItsTogglesMean) {
 
 TEST_F(Device, MeterTagsReadWhatTheEngineShowsAndNothingElseDoes) {
     for (std::int32_t tag = -60; tag < 0; ++tag) EXPECT_EQ(device.GetParam(tag, 0), 0.0f) << tag;
-    device.SetParam(37, 0.5f, 0); // a ceiling of -15 dB tells what leaves the group from what enters it
+    device.SetParam(37, 0.5f, 0); // a ceiling of -15 dB distinguishes the group's output from its input
     for (int block = 0; block < 200; ++block) {
         std::vector<std::vector<float>> audio{std::vector<float>(512, 0.9f), std::vector<float>(512, 0.1f)};
         effect.Process(audio);

@@ -1,4 +1,4 @@
-// What the library does to the process of a host beside its audio.
+// Effects of the library on a host's process, apart from audio.
 
 #include "tests/support/file_text.h"
 #include "tests/support/loaded_library.h"

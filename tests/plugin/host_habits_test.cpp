@@ -1,5 +1,4 @@
-// What real hosts have been seen to do, each as a test: the order and the threads of their calls are theirs
-// to choose.
+// The behaviour of real hosts, each as a test: hosts choose the order and the threads of their calls.
 
 #include "device_gui/xxx_gui.h"
 #include "tests/support/recording_host.h"

@@ -1,4 +1,4 @@
-// What a host hears of an instance, and when: from the edit to the host's callback.
+// What a host hears from an instance, and when: from the edit to the host's callback.
 
 #include "gui/value_display.h"
 #include "tests/support/hand_clock.h"
@@ -20,7 +20,7 @@ protected:
 
     CHandClock clock;
 
-    /// The host's calls since the last question, in words.
+    /// The host's calls since the last query, as words.
     Calls Heard() {
         Calls heard;
         for (const auto& call : host.calls) {

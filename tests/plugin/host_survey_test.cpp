@@ -78,7 +78,7 @@ std::string Log() {
 } // namespace
 
 TEST(LogHostSurvey, WritesFourLinesInOrder) {
-    Utils::LogLine(u"before"); // the log is the process's, in which other tests may have run
+    Utils::LogLine(u"before"); // the log is shared by the process, in which other tests may have run
     const auto before = Log().size();
     LogHostSurvey({"M\xC3\xA4ker", "Studio", "2.3.0.0", "sendVstEvents;sizeWindow;"});
     const auto folder = Utils::ToUtf8(Utils::GetFolder(Utils::GetModulePath()));

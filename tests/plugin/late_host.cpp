@@ -1,5 +1,5 @@
-// A host that closes its instances in an exit handler, when the static objects of the libraries that it has
-// loaded are gone. It ends with 0 when its own files hold what it has written.
+// A host that closes its instances in an exit handler, after the static objects of its libraries have been
+// destroyed. It exits with 0 if its own files contain what it has written.
 
 #include "platform/library.h"
 #include "vst/vst2.h"
@@ -16,7 +16,7 @@ using namespace KAV;
 namespace {
 
 VST::AEffect* effect = nullptr;
-std::string* folder = nullptr; // for the temporary files, outlives every static object
+std::string* folder = nullptr; // for the temporary files; outlives every static object
 
 std::intptr_t Answer(VST::AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
     return opcode == VST::audioMasterVersion ? VST::kVstVersion : 0;
@@ -52,7 +52,7 @@ void CloseLate() {
 int main(int count, char** arguments) {
     if (count != 3) return 2;
     folder = new std::string(arguments[2]);
-    std::atexit(CloseLate); // before the library registers anything, so after all of it
+    std::atexit(CloseLate); // registered before anything of the library, so it runs after all of it
     std::string reason;
     void* const library = Platform::OpenLibrary(arguments[1], reason);
     if (library == nullptr) return 2;

@@ -11,7 +11,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-// On Linux the library asks to stay, because hosts unload it while one of its threads still ends.
+// On Linux the library stays loaded, because hosts unload it while one of its threads is still ending.
 #if defined(_WIN32)
 constexpr bool StaysOnceLoaded = false;
 
@@ -28,7 +28,7 @@ bool IsStillLoaded() {
 }
 #endif
 
-/// A state that differs from that of the instance before in each of its parts.
+/// A state that differs from that of the previous instance in each of its parts.
 std::string ChunkOf(int number) {
     const auto n = std::to_string(number);
     return "<patch_format>textual</patch_format>\r\n<patch_name>state " + n + "</patch_name>\r\n<fx_names>a" +

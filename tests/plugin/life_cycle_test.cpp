@@ -1,4 +1,4 @@
-// How an instance comes and goes, and the order of its operations' table.
+// Creation and destruction of an instance, and the order of its virtual operations.
 
 #include "device/value_flags.h"
 #include "device_gui/fx_button.h"
@@ -17,8 +17,8 @@ namespace {
 
 using LifeCycle = State;
 
-/// The place of a virtual operation in the table. In this compiler's interface a pointer to one holds its
-/// distance from the table's beginning, plus one.
+/// The index of a virtual operation. In this compiler's ABI a pointer to one holds its offset from the start
+/// of the table, plus one.
 template<typename TMember>
 std::size_t SlotOf(TMember member) {
     std::array<std::uintptr_t, 2> words{};
@@ -41,7 +41,7 @@ TEST_F(LifeCycle, OperationsHaveTheirSlots) {
         SlotOf(&CXXXDSP::GetParamName), SlotOf(&CXXXDSP::GetChunk), SlotOf(&CXXXDSP::SetChunk),
         SlotOf(&CXXXDSP::SetProgramName), SlotOf(&CXXXDSP::GetParamLabel), SlotOf(&CXXXDSP::SetBlockSize),
         SlotOf(&CXXXDSP::SetSampleRate),
-        // here stands the destructor, with two entries
+        // the destructor is here, with two entries
         SlotOf(&CXXXDSP::GetGroupCount), SlotOf(&CXXXDSP::GetCurrentGroup), SlotOf(&CXXXDSP::GetMaxChannels),
         SlotOf(&CXXXDSP::GetTagName), SlotOf(&CXXXDSP::GetParam), SlotOf(&CXXXDSP::SetParam),
         SlotOf(&CXXXDSP::GetRouting), SlotOf(&CXXXDSP::SetRouting), SlotOf(&CXXXDSP::Spare1),

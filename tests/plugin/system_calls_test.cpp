@@ -1,5 +1,5 @@
-// The audio thread calls nothing of the system's. In a process that the kernel ends at the first call, blocks
-// run while a host automates everything.
+// The audio thread makes no system calls. Blocks run in a process that the kernel ends at the first one,
+// while a host automates everything.
 
 #include "tests/support/other_process.h"
 #include "tests/support/recording_host.h"
@@ -25,7 +25,7 @@ constexpr std::size_t Longest = 300; // frames; more than was announced
 constexpr std::int32_t Parameters = 109;
 constexpr std::int32_t OversamplingIndex = 100;
 
-/// From here on any call of the system but the one by which a process ends is the end of it.
+/// From here on, any system call except the one that ends a process kills it.
 bool ForbidSystemCalls() {
     std::array<sock_filter, 4> lines{{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -38,7 +38,7 @@ bool ForbidSystemCalls() {
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-/// Numbers that look like chance, from memory of its own.
+/// Pseudo-random numbers that need only their own memory.
 class CDice final {
 public:
     std::uint32_t Throw(std::uint32_t sides) noexcept {
@@ -51,7 +51,7 @@ private:
     std::uint32_t _state = 1;
 };
 
-/// All that a block needs, made before the ban.
+/// Everything that a block needs, allocated before the ban.
 struct SHost {
     CHostedEffect effect{nullptr};
     std::vector<std::vector<float>> audio{Channels, std::vector<float>(Longest)};
@@ -93,7 +93,7 @@ TEST(SystemCalls, AreMadeByNoBlockHoweverTheHostAutomates) {
             host.AutomateEverything();
             host.RunBlock(1 + host.dice.Throw(Longest));
         }
-        _exit(std::isfinite(host.audio[0][0]) ? 0 : 2); // the instance's own end calls the system
+        _exit(std::isfinite(host.audio[0][0]) ? 0 : 2); // the instance's destructor would call the system
     });
     EXPECT_EQ(status, 0);
 }

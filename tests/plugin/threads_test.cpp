@@ -1,4 +1,4 @@
-// Values cross threads without a lock. Under ThreadSanitizer these tests show that each crossing is an atomic
+// Values cross threads without a lock. Under ThreadSanitizer these tests show that each of them is an atomic
 // word; without it they show that nothing is torn or lost.
 
 #include "device/parameter_table.h"
@@ -21,11 +21,11 @@ using namespace KAV::Tests;
 namespace {
 
 constexpr int Blocks = 400;
-/// So often each thread has to come round while all others are at work, before any of them may stop.
+/// How often each thread has to run, while all others are running, before any of them may stop.
 constexpr int Rounds = 100;
 
-/// Threads that start together, and go on until each of them has done enough: a thread that the system starts
-/// late, or seldom runs, still meets all the others.
+/// Threads that start together, and continue until each of them has done enough: even a thread that starts
+/// late or rarely runs still meets all the others.
 class CTogether final {
 public:
     /// `round` is called with 0, 1, 2 and so on. Threads are added before Run().
@@ -58,7 +58,7 @@ private:
     std::vector<SMember> _members;
 };
 
-/// A block of sound that one thread sends through an instance again and again.
+/// A block of sound that one thread sends through an instance repeatedly.
 class CSound final {
 public:
     CSound(CHostedEffect& effect, std::size_t frames) : _effect(effect), _frames(frames) {}
@@ -92,7 +92,8 @@ TEST(Threads, ParametersAreWrittenAndReadWhileAudioRuns) {
                 step = step * 1664525u + 1013904223u;
                 const auto index = static_cast<std::int32_t>((step >> 8) % 109u);
                 const float value = static_cast<float>(step >> 16) / 65536.0f;
-                if (index == 100) return; // the factor is a test of its own: it costs eight times the audio
+                if (index == 100)
+                    return; // the factor has its own test, because it costs eight times the audio
                 switch (writer) {
                 case 0:
                     effect.Set(index, value);
@@ -183,7 +184,7 @@ TEST(Threads, TheHostIsToldOnOneThreadAtATimeAndEveryEditBeginsAndEnds) {
     CHostedEffect effect(host.Callback());
     std::atomic<int> inside = 0;
     std::atomic<int> together = 0;
-    int open = 0; // edits, as the host has heard; without a lock, because one thread at a time calls
+    int open = 0; // open edits, as the host has seen them; no lock, because one thread at a time calls
     int begins = 0;
     host.answer = [&](VST::AEffect*, std::int32_t opcode, std::int32_t, void*, float) -> std::intptr_t {
         if (inside++ > 0) ++together;
@@ -205,7 +206,7 @@ TEST(Threads, TheHostIsToldOnOneThreadAtATimeAndEveryEditBeginsAndEnds) {
         gui.SetParameter(24, static_cast<float>(step % 100) / 100.0f);
         gui.EndEdit(24);
         gui.ResizeTo(500 + step % 100, 400);
-        effect.Dispatch(VST::effEditClose); // so that no end waits
+        effect.Dispatch(VST::effEditClose); // so that no end of an edit is still waiting
         ++edits;
     });
     threads.Add([&effect](int) { effect.Dispatch(VST::effEditIdle); });
@@ -248,7 +249,7 @@ TEST(Threads, ChunksAndNamesAreSetWhileTheEditorAndAudioRun) {
                 "<param tag=\"24\" >0.75</param>\r\n<kav_input_routing><fx>0</fx>"
                 "<map>1,-1</map><ch_names>Z</ch_names></kav_input_routing>";
             void* data = nullptr;
-            // One asks for chunks, so that no other thread replaces what it copies; both set them.
+            // Only one thread asks for chunks, so that no other replaces what it copies; both set them.
             const auto size = host == 0 ? effect.Dispatch(VST::effGetChunk, step % 2, 0, &data) : 0;
             std::string chunk =
                 size > 0 ? std::string(static_cast<const char*>(data), static_cast<std::size_t>(size))
@@ -261,7 +262,7 @@ TEST(Threads, ChunksAndNamesAreSetWhileTheEditorAndAudioRun) {
             effect.Text(VST::effGetProgramNameIndexed, 0, 24);
         });
     }
-    gui.CreateGUIWindow(); // from here on the widgets are this thread's alone
+    gui.CreateGUIWindow(); // from here on only this thread may use the widgets
     gui.EnableHistory(true);
     threads.Add([&effect, &gui](int step) {
         gui.OnFrame(16);

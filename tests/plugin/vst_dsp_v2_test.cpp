@@ -138,7 +138,7 @@ TEST_F(HostCalls, ArrangementOfNoChannelsIsTakenAndSilencesTheEntry) {
 }
 
 TEST_F(HostCalls, ArrangementIsReadNoFurtherThanItsHeaderTells) {
-    // A host that allocates room for one speaker only: the sanitizer sees a read beyond it.
+    // A host that allocates room for only one speaker: the sanitizer detects a read beyond it.
     const auto record = std::make_unique<SpeakerArrangement<1>>();
     record->numChannels = 1;
     EXPECT_EQ(effect.Dispatch(
@@ -274,7 +274,7 @@ TEST_F(HostCalls, RecordsDelayFollowsWhatTheHostSets) {
     EXPECT_EQ(effect.Record().initialDelay, 0);
     effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 96000.0f);
     EXPECT_EQ(effect.Record().initialDelay, 128);
-    effect.Set(24, 0.0f); // channels 1 and 2 leave group 1: nobody uses it
+    effect.Set(24, 0.0f); // channels 1 and 2 leave group 1, which is then unused
     effect.Set(28, 0.0f);
     EXPECT_EQ(effect.Record().initialDelay, 128) << "a parameter alone refreshes nothing";
     effect.Dispatch(effSetBlockSize, 0, 256);

@@ -18,7 +18,7 @@ void Install() {}
 #else
 constexpr const char* CommaName = "de_DE.UTF-8";
 
-void Install() { // the system may have no locale but its own: one is compiled for this process
+void Install() { // the system may have only its own locale, so one is compiled for this process
     const auto folder = ScratchFolder() / "locales";
     std::filesystem::create_directory(folder);
     const std::string command =

@@ -2,8 +2,8 @@
 
 namespace KAV::Tests {
 
-/// Gives the process a locale whose decimal point is a comma, until the object dies. Fails the test when the
-/// system can't: a test that ran in the wrong locale would prove nothing.
+/// Gives the process a locale with a decimal comma for the lifetime of the object. Fails the test if the
+/// system can't: in the wrong locale it would prove nothing.
 class CCommaLocale final {
 public:
     CCommaLocale();
@@ -11,7 +11,7 @@ public:
     CCommaLocale(const CCommaLocale&) = delete;
     CCommaLocale& operator=(const CCommaLocale&) = delete;
 
-    /// Between this locale and the plain one.
+    /// Switches between this locale and the "C" locale.
     static void Switch(bool comma);
 };
 

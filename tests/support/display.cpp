@@ -29,8 +29,8 @@ CDisplay::CDisplay() {
     _server = fork();
     if (_server == 0) {
         close(tell[0]);
-        // It takes the first number that is free and writes it there once it listens. Without -noreset it
-        // begins anew, and is away for a moment, each time its last client leaves.
+        // The server takes the first free number and writes it there once it accepts connections. Without
+        // -noreset it restarts, and is briefly unavailable, each time its last client disconnects.
         execlp("Xvfb", "Xvfb", "-displayfd", std::to_string(tell[1]).c_str(), "-screen", "0", "1280x720x24",
             "-noreset", "-nolisten", "tcp", static_cast<char*>(nullptr));
         _exit(127);

@@ -2,8 +2,8 @@
 
 namespace KAV::Tests {
 
-/// A display of the test's own, without a screen, which the process and those it starts see while it lives.
-/// Windows always has one. Fails the test when there is none to be had.
+/// A display for the test, without a screen, which the process and its children use during the object's
+/// lifetime. Windows always has one. Fails the test if there is none.
 class CDisplay final {
 public:
     CDisplay();

@@ -5,8 +5,8 @@
 namespace KAV::Tests {
 
 /// While an object of this class lives, one allocation of its thread fails as if memory had run out: the
-/// `nth`, counted from 1. On Linux the C library's own functions and mmap() are interposed, elsewhere and in
-/// sanitizer builds operator new alone.
+/// `nth`, counted from 1. On Linux the C library's functions and mmap() are interposed; elsewhere and in
+/// sanitizer builds only operator new.
 class CFailingAllocation final {
 public:
     explicit CFailingAllocation(std::size_t nth) noexcept;

@@ -67,7 +67,7 @@ bool CFaultyFiles::Flush(Handle file) noexcept {
 }
 
 bool CFaultyFiles::Close(Handle file) noexcept {
-    const bool wrong = GoesWrong("Close"); // closed all the same, as the end of a process does it
+    const bool wrong = GoesWrong("Close"); // closed all the same, as at the end of a process
     return SystemFiles().Close(file) && !wrong;
 }
 

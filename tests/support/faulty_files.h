@@ -7,29 +7,28 @@
 
 namespace KAV::Tests {
 
-/// The system's files with one call that goes wrong. Takes its place in front of the system's while it lives;
-/// one at a time.
+/// The system's files with one call that goes wrong. Replaces the system's file system for its lifetime; one
+/// at a time.
 class CFaultyFiles final : public Platform::IFileSystem {
 public:
     enum class EFault {
-        Fail,     ///< that call fails and does nothing
-        HalfFail, ///< that call does half of its work, if it moves bytes, and then fails
-        Stop,     ///< nothing reaches the system from that call on: what a process that is ended there leaves
-                  ///< behind
-        HalfStop, ///< the same, with half of that call's bytes written
+        Fail,       ///< that call fails and does nothing
+        HalfFail,   ///< that call does half of its work, if it moves bytes, and then fails
+        Stop,       ///< from that call on nothing reaches the system, as if the process had been ended there
+        HalfStop,   ///< the same, with half of that call's bytes written
         Unreadable, ///< from that call on no file can be opened for reading
     };
 
-    /// With the call of that number, counted from 1; 0 only counts.
+    /// The call of that number, counted from 1, goes wrong; 0 only counts.
     CFaultyFiles(int call, EFault fault) : _call(call), _fault(fault) { Platform::UseFiles(this); }
     ~CFaultyFiles() { Platform::UseFiles(nullptr); }
 
     int Calls() const { return _calls; }
-    /// The operations in the order of their calls, each with a blank behind.
+    /// The operations in the order of their calls, each followed by a blank.
     const std::string& Names() const { return _names; }
-    /// The call that should go wrong has been made.
+    /// Whether the call that should go wrong has been made.
     bool Happened() const { return _call > 0 && _calls >= _call; }
-    /// Called in the place of the call that goes wrong.
+    /// Called instead of the call that goes wrong.
     std::function<void()> onFault;
 
     EKind Kind(const std::filesystem::path& path) noexcept override;
@@ -50,7 +49,7 @@ public:
     bool FlushFolder(const std::filesystem::path& folder) noexcept override;
 
 private:
-    /// Counts a call; true when it goes wrong.
+    /// Counts a call; returns whether it goes wrong.
     bool GoesWrong(const char* name);
     bool Half() const noexcept {
         return _calls == _call && (_fault == EFault::HalfFail || _fault == EFault::HalfStop);

@@ -7,10 +7,10 @@
 
 namespace KAV::Tests {
 
-/// Makes the file with its folders.
+/// Creates the file and its folders.
 void WriteText(const std::filesystem::path& file, std::string_view text);
 
-/// The file's bytes; empty when it is missing.
+/// The file's bytes; empty if it is missing.
 std::string ReadText(const std::filesystem::path& file);
 
 /// Entries of a folder, hidden ones included.

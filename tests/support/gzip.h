@@ -29,7 +29,7 @@ inline std::string Gzip(std::string_view text) {
     return stream;
 }
 
-/// As many letters, always the same, which gzip halves.
+/// That many characters, always the same, which gzip halves.
 inline std::string Letters(std::size_t size) {
     std::mt19937 random(1);
     std::string text(size, ' ');

@@ -7,7 +7,7 @@
 
 namespace KAV::Tests {
 
-/// A clock that goes on when the test says so, in the place of the system's while it lives. One at a time.
+/// A clock that the test sets by hand, instead of the system's during its lifetime. One at a time.
 class CHandClock final {
 public:
     explicit CHandClock(std::uint32_t nowMs = 1000) {

@@ -1,1 +1,1 @@
-// Nothing: the target that keeps the tests' compiled headers needs a source.
+// Empty: the target that holds the tests' precompiled headers needs a source.

@@ -11,13 +11,13 @@
 
 namespace KAV::Tests {
 
-/// The smallest host there is: it has a version.
+/// The smallest possible host: it only reports a version.
 inline std::intptr_t SmallestHost(
     VST::AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
     return opcode == VST::audioMasterVersion ? VST::kVstVersion : 0;
 }
 
-/// The library as it is delivered, loaded the way a host loads it.
+/// The library as delivered, loaded the way a host loads it.
 class CLoadedLibrary final {
 public:
     explicit CLoadedLibrary(const std::filesystem::path& file = KAV_PLUGIN_PATH) {
@@ -39,7 +39,7 @@ private:
     void* _library;
 };
 
-/// What a host does with an instance in the shortest session; with a state to load, if it has one.
+/// A host's calls in the shortest session, optionally with a state to load.
 inline void RunSession(VST::PluginEntry entry, std::string chunk = {}) {
     using namespace VST;
     AEffect* effect = entry(SmallestHost);

@@ -22,7 +22,7 @@ namespace KAV::Tests {
 
 namespace {
 
-constexpr int StepMs = 20; // between two looks whether the test has ended
+constexpr int StepMs = 20; // between two checks whether the test has ended
 
 #if defined(_WIN32)
 using Length = int;
@@ -95,7 +95,7 @@ std::size_t BodyLength(const std::string& head) {
 
 CConnection::CConnection(std::intptr_t socket, const std::atomic<bool>& serving)
     : _socket(socket), _serving(serving) {
-    NeverWait(socket); // the end of the test shall be seen whatever the client does
+    NeverWait(socket); // so that the end of the test is noticed whatever the client does
 }
 
 CConnection::~CConnection() {
@@ -131,7 +131,7 @@ bool CConnection::Send(std::string_view bytes) {
 }
 
 void CConnection::Answer(int status, std::string_view body, std::string_view head) {
-    // It closes, and so says so: a client that keeps connections would run into the next one's end.
+    // The server closes the connection and says so: a client that reused it would run into its end.
     Send("HTTP/1.1 " + std::to_string(status) + " As the test says\r\nConnection: close\r\nContent-Length: " +
          std::to_string(body.size()) + "\r\n" + std::string(head) + "\r\n" + std::string(body));
 }

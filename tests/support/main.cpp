@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #if defined(__SANITIZE_THREAD__)
-/// Not the product's: the X server's library frees the name of its file when the process ends, while a thread
-/// that was given up may still hold it, and a copied process ends with its parent's threads.
+/// Not a race of the product: the X server's library frees the name of its file when the process ends, while
+/// an abandoned thread may still hold it, and a copied process ends together with its parent's threads.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() {
     return "race:libXau.so\nthread:ErrorReport_IsSentByOneOfManyProcesses_Test\n";
 }

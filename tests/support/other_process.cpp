@@ -15,7 +15,7 @@ int InAnotherProcess(const std::function<int()>& work) {
 
 int AsNobody(const std::function<int()>& work) {
     return InAnotherProcess([&] {
-        constexpr uid_t nobody = 4242; // whom no user database knows
+        constexpr uid_t nobody = 4242; // not in any user database
         if (getuid() == 0 && (setgid(nobody) != 0 || setuid(nobody) != 0)) return 99;
         return work();
     });

@@ -16,7 +16,7 @@ namespace KAV::Tests {
 namespace fs = std::filesystem;
 
 std::set<int> Threads() {
-    // A sanitizer starts a thread of its own together with the first one.
+    // A sanitizer starts its own thread together with the first one.
     static const bool hasBegun = (std::thread([] {}).join(), true);
     static_cast<void>(hasBegun);
     std::set<int> numbers;

@@ -11,7 +11,7 @@ struct SPeakDifference {
     double difference = 0.0; ///< the largest between them
 };
 
-/// Of two lists of channels with the same lengths.
+/// Compares two lists of channels with the same lengths.
 template<typename Channels>
 SPeakDifference Compare(const Channels& plain, const Channels& other) {
     SPeakDifference result;

@@ -9,8 +9,8 @@
 
 namespace KAV::Tests {
 
-/// A patch as its format says, put together with nothing of the product: the reference for the writer. Starts
-/// as the state of a new instance of a user without patches and routings.
+/// A patch according to its format, built without any code of the product: the reference for the writer.
+/// Initially the state of a new instance of a user without patches and routings.
 struct SPlainPatch {
     SPlainPatch();
 
@@ -32,11 +32,11 @@ struct SPlainPatch {
     std::array<std::string, 5> macroNames{"Macro 1", "Macro 2", "Macro 3", "Macro 4", "Macro 5"};
     std::array<std::vector<std::pair<std::int32_t, double>>, 5> macros;
 
-    /// The text, without the zero behind it. `flags`: 1 group names, 2 routings, 4 width, 8 vector code, 16
+    /// The text, without its closing zero. `flags`: 1 group names, 2 routings, 4 width, 8 vector code, 16
     /// automatic gain, 128 connection.
     std::string Text(std::uint32_t flags) const;
 
-    /// The parameters' numbers in the host's order, and the full name of one.
+    /// The parameters' numbers in host order, with their full names.
     static const std::vector<std::pair<std::int32_t, std::string>>& Parameters();
 };
 

@@ -27,7 +27,7 @@ std::size_t ResidentBytes() {
     return Counters().WorkingSetSize;
 }
 
-/// Committed pages of this process's own. The system's account of them stands still under Wine.
+/// This process's own committed pages. The system's count of them doesn't change under Wine.
 std::size_t ReservedBytes() {
     std::size_t bytes = 0;
     MEMORY_BASIC_INFORMATION region{};

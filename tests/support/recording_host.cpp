@@ -8,7 +8,7 @@ namespace KAV::Tests {
 namespace {
 
 CRecordingHost* current =
-    nullptr; // the interface's callback carries no pointer of the host's before there is a record
+    nullptr; // the interface's callback has no pointer for the host's data before there is a record
 
 std::intptr_t Receive(VST::AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
     void* pointer, float option) {

@@ -11,7 +11,7 @@
 
 namespace KAV::Tests {
 
-/// One call that the host was told.
+/// One call to the host.
 struct SHostCall {
     VST::AEffect* effect;
     std::int32_t opcode;
@@ -21,8 +21,8 @@ struct SHostCall {
     std::string text; ///< of audioMasterCanDo
 };
 
-/// A host that records what it is told and answers what the test says. One at a time; calls may come from any
-/// thread when `record` is off.
+/// A host that records its calls and answers as the test says. One at a time; calls may come from any thread
+/// if `record` is off.
 class CRecordingHost final {
 public:
     CRecordingHost();
@@ -35,7 +35,7 @@ public:
     std::intptr_t version = VST::kVstVersion; ///< answer to audioMasterVersion
     bool record = true;
     std::vector<SHostCall> calls;
-    /// Asked first; a result other than 0 is the answer.
+    /// Called first; a result other than 0 is the answer.
     std::function<std::intptr_t(
         VST::AEffect*, std::int32_t opcode, std::int32_t index, void* pointer, float option)>
         answer;
@@ -43,10 +43,10 @@ public:
     std::size_t Count(std::int32_t opcode) const;
 };
 
-/// An instance as the entry makes it, driven through its record like a host does.
+/// An instance as the entry creates it, driven through its record the way a host does.
 class CHostedEffect final {
 public:
-    /// Asks no server but the test's own, whatever the build has been given.
+    /// Only queries the test's own server, whatever server the build was configured with.
     explicit CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service = {})
         : _device(new CDeviceDSP(callback, service)), _record(_device->Record()) {}
     ~CHostedEffect() { Dispatch(VST::effClose); }
@@ -59,13 +59,13 @@ public:
     }
     void Set(std::int32_t index, float value) { _record->setParameter(_record, index, value); }
     float Get(std::int32_t index) { return _record->getParameter(_record, index); }
-    /// The text of one of the text calls; fails the test when a byte at or behind `capacity` is touched.
+    /// The text of one of the text calls; fails the test if the byte at `capacity` or a later one is changed.
     std::string Text(std::int32_t opcode, std::int32_t index, std::size_t capacity);
     std::string Name(std::int32_t index) { return Text(VST::effGetParamName, index, 8); }
     std::string Label(std::int32_t index) { return Text(VST::effGetParamLabel, index, 8); }
     std::string Display(std::int32_t index) { return Text(VST::effGetParamDisplay, index, 8); }
     bool SetChannels(std::int32_t inputs, std::int32_t outputs);
-    /// In place on `channels`; all of one length.
+    /// Processes `channels`, all of the same length, in place.
     void Process(std::vector<std::vector<float>>& channels);
 
     VST::AEffect& Record() noexcept { return *_record; }

@@ -38,7 +38,7 @@ CScratchHome::CScratchHome() {
 }
 
 CScratchHome::~CScratchHome() {
-    std::error_code ignored; // a leftover in the temporary folder is no failure
+    std::error_code ignored; // a leftover in the temporary folder isn't a failure
     std::filesystem::remove_all(_folder, ignored);
 }
 

@@ -5,8 +5,8 @@
 namespace KAV::Tests {
 
 /// An empty home folder, with the user's configuration, data, cache, document and temporary folders inside,
-/// for the process and the processes that it starts: nothing that a test does can read or leave files of the
-/// real user. Made before the first test, removed at the end.
+/// for the process and its children, so that tests can neither read nor leave files of the real user. Created
+/// before the first test, removed at the end.
 class CScratchHome final {
 public:
     CScratchHome();
@@ -18,7 +18,7 @@ private:
     std::filesystem::path _folder;
 };
 
-/// A folder of this process's own for the files of a test; empty at the first call.
+/// A folder of this process for the files of a test; empty at the first call.
 std::filesystem::path ScratchFolder();
 
 } // namespace KAV::Tests

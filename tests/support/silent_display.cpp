@@ -17,10 +17,10 @@ namespace KAV::Tests {
 
 namespace {
 
-constexpr int StepMs = 20; // between two looks whether the test has ended
+constexpr int StepMs = 20; // between two checks whether the test has ended
 
-/// The abstract name that the client library asks first: it leaves no file behind. The numbers begin where no
-/// server looks for a free one.
+/// The abstract name that the client library tries first; it leaves no file behind. The numbers begin where
+/// no server searches for a free one.
 int Listen() {
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     for (int number = 20000; number < 21000; ++number) {
@@ -30,7 +30,7 @@ int Listen() {
         name.copy(address.sun_path + 1, sizeof(address.sun_path) - 2);
         const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
         if (bind(listener, reinterpret_cast<const sockaddr*>(&address), size) != 0)
-            continue; // another test's
+            continue; // used by another test
         EXPECT_EQ(listen(listener, 8), 0);
         setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
         return listener;
@@ -67,7 +67,7 @@ void CSilentDisplay::Serve() {
     for (const int client : _open) close(client);
 }
 
-/// The least that the protocol allows: no vendor, no formats, one screen without depths.
+/// The least that the protocol requires: no vendor, no formats, one screen without depths.
 void CSilentDisplay::Greet(int client) const {
     std::array<char, 12> hello{};
     if (recv(client, hello.data(), hello.size(), MSG_WAITALL) != static_cast<ssize_t>(hello.size())) return;

@@ -6,21 +6,22 @@
 
 namespace KAV::Tests {
 
-/// A display that accepts every client and then stops, which the process and those it starts see while it
-/// lives. After a minute it hangs up, so that a client that waits for ever fails its test soon. Linux only.
+/// A display that accepts every client and then stops responding, for the process and its children during the
+/// object's lifetime. After a minute it disconnects, so that a client that waits for ever fails its test
+/// soon. Linux only.
 class CSilentDisplay final {
 public:
     enum class ESays { Nothing, AGreeting };
 
-    /// With a greeting a client gets as far as to its first question.
+    /// With a greeting a client gets as far as its first query.
     explicit CSilentDisplay(ESays says = ESays::Nothing);
     ~CSilentDisplay();
     CSilentDisplay(const CSilentDisplay&) = delete;
     CSilentDisplay& operator=(const CSilentDisplay&) = delete;
 
-    int Clients() const noexcept { return _clients; }   ///< all that have ever come
-    bool HasHungUp() const noexcept { return _hungUp; } ///< a minute is over
-    void HangUp() noexcept { _hangUp = true; }          ///< ends the connections that there are, and goes on
+    int Clients() const noexcept { return _clients; }   ///< all clients so far
+    bool HasHungUp() const noexcept { return _hungUp; } ///< the minute is over
+    void HangUp() noexcept { _hangUp = true; }          ///< ends the existing connections, and continues
 
 private:
     void Serve();

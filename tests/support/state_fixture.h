@@ -22,7 +22,7 @@
 
 namespace KAV::Tests {
 
-/// A user's documents, empty at first, in the place of the real ones while it lives.
+/// A user's documents, empty at first, instead of the real ones for the object's lifetime.
 class CUserDocuments final {
 public:
     CUserDocuments() {
@@ -33,7 +33,7 @@ public:
     CUserDocuments(const CUserDocuments&) = delete;
     CUserDocuments& operator=(const CUserDocuments&) = delete;
 
-    /// Of a name in UTF-8.
+    /// `file` in UTF-8.
     std::filesystem::path Patch(const std::string& file) const {
         return _folder / "Kavelin" / "KAV Sorrel Limiter" / Name(file);
     }
@@ -49,8 +49,7 @@ private:
     std::filesystem::path _folder = ScratchFolder() / "documents";
 };
 
-/// Dialogs that answer what the test says, at once or when it says so, and keep what they were asked and
-/// told.
+/// Dialogs that answer as the test says, at once or later, and record their questions and errors.
 class CAnsweringDialogs final : public Utils::IDialogs {
 public:
     CAnsweringDialogs() { Utils::UseDialogs(this); }
@@ -81,7 +80,7 @@ public:
     std::function<void()> whileOpen; ///< runs in each box, before it is answered or closed
     std::vector<Utils::SFileQuestion> questions;
     std::vector<std::u16string> errors; ///< "title: text"
-    bool errorsWait = false;            ///< as on Windows, for those that a test would close
+    bool errorsWait = false;            ///< as on Windows, for errors that a user would have to close
 
 private:
     void Ask(const Utils::SFileQuestion& question, Utils::PathAnswer answered) {
@@ -95,7 +94,7 @@ private:
     }
 };
 
-/// An instance of a user without patches and routings; others after Renew().
+/// An instance of a user without patches and routings; Renew() creates another one.
 class State : public testing::Test {
 protected:
     CUserDocuments documents;
@@ -105,12 +104,12 @@ protected:
 
     CDeviceDSP& Device() { return effect->Device(); }
     CXXXGUI& Gui() { return effect->Device().GUI(); }
-    /// A new instance, which sees the user's files as they are now.
+    /// Creates a new instance, which finds the user's files as they are now.
     void Renew() {
         effect.reset();
         effect = std::make_unique<CHostedEffect>(host.Callback());
     }
-    /// Reads a text as `flags` say. The opening, which tells a text from other data, is put in front.
+    /// Reads a text according to `flags`. The opening that distinguishes a text from other data is prepended.
     bool Read(const std::string& lines, std::uint32_t flags = 0) {
         const auto text = "<patch_format>textual</patch_format>\r\n" + lines;
         return Gui().ApplyPatchData(text.data(), text.size(), flags);

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-// A sanitizer takes the C library's functions for itself.
+// A sanitizer replaces the C library's functions itself.
 #if defined(__linux__) && !defined(KAV_SANITIZED)
 #define KAV_INTERPOSE 1
 #include <dlfcn.h>
@@ -57,7 +57,7 @@ bool CSystemCallCounter::SeesLocks() noexcept {
 
 #if KAV_INTERPOSE
 
-// The C library's inner names do the work; the public ones, ours here, count.
+// The C library's internal functions do the work; the public ones, replaced here, count.
 extern "C" {
 
 void* __libc_malloc(std::size_t size);

@@ -4,9 +4,9 @@
 
 namespace KAV::Tests {
 
-/// Counts what the audio thread must not do, while an object of this class lives and on its thread alone:
-/// memory taken or given back, and locks. On Linux the C library's own functions are interposed, elsewhere
-/// operator new and delete.
+/// Counts what the audio thread must not do, on its own thread and during the lifetime of the object:
+/// allocations, releases and locks. On Linux the C library's functions are interposed, elsewhere operator new
+/// and delete.
 class CSystemCallCounter final {
 public:
     CSystemCallCounter() noexcept;
@@ -16,7 +16,7 @@ public:
 
     std::size_t Allocations() const noexcept; ///< malloc, calloc, realloc, aligned ones, free, new and delete
     std::size_t Locks() const noexcept; ///< mutexes, read and write locks, condition variables, semaphores
-    /// Whether locks can be seen on this system and in this build.
+    /// Whether locks can be counted on this system and in this build.
     static bool SeesLocks() noexcept;
 };
 

@@ -38,7 +38,7 @@ std::string ReadName(Bytes file, std::uint64_t offset) {
     return name;
 }
 
-/// Elf64_Ehdr, Elf64_Shdr, Elf64_Sym and Elf64_Dyn, by the offsets that the System V ABI gives them.
+/// Elf64_Ehdr, Elf64_Shdr, Elf64_Sym and Elf64_Dyn, by the offsets that the System V ABI defines.
 class CElf final {
 public:
     explicit CElf(Bytes file) : _file(file) {
@@ -89,7 +89,7 @@ private:
         constexpr std::size_t entrySize = 24;
         const auto symbols = Content(Find(SHT_DYNSYM)), names = Names(Find(SHT_DYNSYM));
         for (std::size_t at = entrySize; at < symbols.size();
-             at += entrySize) { // the first stands for "none"
+             at += entrySize) { // the first one stands for "none"
             if (Read<std::uint16_t>(symbols, at + 6) == SHN_UNDEF) continue;
             image.exports.push_back(ReadName(names, Read<std::uint32_t>(symbols, at)));
         }
@@ -148,8 +148,7 @@ private:
         std::uint32_t offset;
     };
 
-    /// Where the first byte of a table of the data directory is, as an address; 0 when there is no such
-    /// table.
+    /// Where the first byte of a table of the data directory is, as an address; 0 if there is no such table.
     std::uint32_t Directory(std::uint64_t index) const {
         return Read<std::uint32_t>(_file, _header + 136 + index * 8);
     }

@@ -55,7 +55,7 @@ bool LiesIn(const std::string& file, const std::string& folder) {
     return file.starts_with(folder + "/");
 }
 
-/// The layer with the longest name that the file lies in; null when there is none.
+/// The layer with the longest name that contains the file; null if there is none.
 const SLayer* LayerOf(const std::string& file, const std::vector<SLayer>& layers) {
     const SLayer* found = nullptr;
     for (const auto& layer : layers) {
@@ -69,7 +69,7 @@ std::vector<std::string> Cells(const std::string& row) {
     std::vector<std::string> cells;
     std::istringstream stream(row);
     std::string cell;
-    std::getline(stream, cell, '|'); // in front of the first bar
+    std::getline(stream, cell, '|'); // before the first bar
     while (std::getline(stream, cell, '|')) {
         const auto first = cell.find_first_not_of(' ');
         const auto last = cell.find_last_not_of(' ');
@@ -78,7 +78,7 @@ std::vector<std::string> Cells(const std::string& row) {
     return cells;
 }
 
-/// The words of a text that stand between `backquotes`.
+/// The words of a text in `backquotes`.
 std::vector<std::string> Quoted(const std::string& text) {
     static const std::regex quoted("`([^`]+)`");
     std::vector<std::string> words;
@@ -103,7 +103,7 @@ SLayer ReadLayer(const std::string& row) {
     return layer;
 }
 
-/// The line with the lines that it continues on behind a backslash.
+/// The line with the lines that continue it after a backslash.
 std::string Continued(const std::vector<std::string>& lines, std::size_t index) {
     std::string text = lines[index];
     while (text.ends_with("\\") && ++index < lines.size()) text.replace(text.size() - 1, 1, lines[index]);
@@ -170,7 +170,7 @@ std::vector<std::string> IncludeBreaks(const fs::path& root, const std::vector<S
 }
 
 std::vector<std::string> UnusedAllowances(const fs::path& root, const std::vector<SLayer>& layers) {
-    std::map<std::string, std::set<std::string>> used; // by folder; those without sources are only planned
+    std::map<std::string, std::set<std::string>> used; // by folder; folders without sources are only planned
     for (const auto& file : Sources(root)) {
         const SLayer* layer = LayerOf(file, layers);
         if (!layer) continue;
@@ -204,7 +204,7 @@ std::vector<std::string> UnitCircles(const fs::path& root, const std::set<std::s
     }
     std::vector<std::string> circles;
     for (;;) {
-        // Away with all that includes nothing that is left: what remains lies on a circle or leads to one.
+        // Removes units that include nothing that is left. What remains is part of a circle or leads to one.
         bool isSmaller = true;
         while (isSmaller) {
             for (auto& [unit, targets] : units)
@@ -367,7 +367,7 @@ std::vector<std::string> UnknownTests(const fs::path& root) {
     std::set<std::string> tests;
     for (const auto& source : Sources(root / "tests")) {
         const auto lines = ReadLines(root / "tests" / source);
-        for (std::size_t i = 0; i < lines.size(); ++i) { // a long name stands on a line of its own
+        for (std::size_t i = 0; i < lines.size(); ++i) { // a long name is on a line of its own
             const auto text = lines[i] + (i + 1 < lines.size() ? lines[i + 1] : "");
             std::smatch match;
             const bool begins = lines[i].starts_with("TEST") || lines[i].starts_with("TYPED_TEST(");

@@ -18,7 +18,7 @@ using Lines = std::vector<std::string>;
 
 const std::filesystem::path Root = KAV_SOURCE_DIR;
 
-// What may ask for the system outside platform/ and gfx/<back end>/.
+// Files outside platform/ and gfx/<back end>/ that may test for the system.
 const std::set<std::string> SystemExceptions{};
 
 constexpr std::size_t LongestSource = 600;
@@ -27,8 +27,8 @@ const std::set<std::string> LongExceptions{};
 // The roots of the widgets: each widget reports to the root that lists it.
 const std::set<std::string> CircleExceptions{"gui/gui", "device_gui/xxx_gui"};
 
-/// What only the table of the panel says: rectangles, images, and names as the editor's widgets have them,
-/// those of a family without their number.
+/// Texts that only the table of the panel may contain: rectangles, images, and names as the editor's widgets
+/// have them, those of a family without their number.
 std::set<std::string> SaidByThePanel() {
     std::set<std::string> texts;
     for (const auto& row : KAV::Panel::Rows()) {
@@ -41,7 +41,7 @@ std::set<std::string> SaidByThePanel() {
     return texts;
 }
 
-/// A small tree of files, gone when the test process ends.
+/// A small tree of files, removed when the test process ends.
 class CMadeUpTree final {
 public:
     CMadeUpTree() { std::filesystem::remove_all(_root); }
@@ -105,8 +105,8 @@ TEST(LongSources, AreNone) {
 }
 
 TEST(RepeatedTexts, AreNone) {
-    // The salt of the machine's name keeps its words, or each machine would change its name with the
-    // product's.
+    // The salt of the machine's name keeps these words; otherwise each machine would get another name when
+    // the product is renamed.
     EXPECT_EQ(RepeatedTexts(Root, ReadLayers(Root / "docs/architecture.md"),
                   {"\"Kavelin", "/Kavelin/", "KAV Sorrel Limiter", "\"1.0.1.0\""},
                   {"utils/product.h", "platform/linux/system_info.cpp"}),

@@ -1,4 +1,4 @@
-// A plug-in as it must not be: it exports a name too many and two too few, and on Linux needs the C++
+// A plug-in that breaks the rules: it exports one name too many and two too few, and on Linux needs the C++
 // run-time library.
 #include <stdexcept>
 #include <string>

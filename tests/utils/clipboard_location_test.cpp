@@ -21,5 +21,5 @@ TEST(UniversalClipboard, KeepsBytesUnderTheWholeLocation) {
     size = 77;
     EXPECT_EQ(ReadUniversal(u"clipboard:KAV", size), nullptr);
     EXPECT_EQ(size, 0u);
-    EXPECT_FALSE(ExistsUniversal(u"clipboard:KAV \xE4")); // asked as a path, which it isn't
+    EXPECT_FALSE(ExistsUniversal(u"clipboard:KAV \xE4")); // looked up as a path, which it isn't
 }

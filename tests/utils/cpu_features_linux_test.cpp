@@ -31,12 +31,12 @@ const std::vector<SPair> Pairs{{Cpu3dNow, "3dnow"}, {Cpu3dNowExt, "3dnowext"}, {
     {CpuRdtscp, "rdtscp"}, {CpuRtm, "rtm"}, {CpuSep, "sep"}, {CpuSha, "sha_ni"}, {CpuSyscall, "syscall"},
     {CpuTbm, "tbm"}, {CpuXop, "xop"}, {CpuXsave, "xsave"}};
 
-/// What a kernel may hide although the processor says it: features that it has switched off for their faults,
-/// or by its command line.
+/// Features that a kernel may hide although the processor reports them: it has disabled them because of
+/// faults, or through its command line.
 const std::uint64_t MayBeHidden =
     CpuHle | CpuRtm | CpuInvpcid | CpuFsgsbase | CpuMonitor | CpuRdrand | CpuRdseed | CpuErms | CpuSep;
 
-/// What only one maker's processors count as having; others make compatible ones.
+/// Features that only count on one manufacturer's processors, although others make compatible ones.
 const std::uint64_t OneMakers =
     Cpu3dNow | Cpu3dNowExt | CpuMmxext | CpuSse4a | CpuTbm | CpuXop | CpuHle | CpuRtm;
 

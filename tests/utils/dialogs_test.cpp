@@ -60,7 +60,7 @@ TEST(Dialogs, OfTheSystemHoldUpTheirCallerOnWindowsAlone) {
 #endif
 }
 
-#if !defined(_WIN32) // there a box could really be shown, and would wait for somebody
+#if !defined(_WIN32) // there a box could really be shown, and would wait for a user
 TEST(Dialogs, AnErrorThatCannotBeShownIsLogged) {
     unsetenv("DISPLAY");
     unsetenv("WAYLAND_DISPLAY");

@@ -12,7 +12,7 @@ const unsigned char* GlStrings(unsigned int name) {
     const char* text = nullptr;
     if (name == 0x1F00) text = "Mak\xC3\xA9r";
     if (name == 0x1F02) text = "2.1";
-    return reinterpret_cast<const unsigned char*>(text); // no renderer's name
+    return reinterpret_cast<const unsigned char*>(text); // not a renderer's name
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// A library in somebody else's process: whatever is called, the process is afterwards what it was before.
+// The library in a host's process: whatever is called, the process's own state stays the same.
 
 #include "tests/support/display.h"
 #include "tests/support/scratch_home.h"

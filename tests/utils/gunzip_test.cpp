@@ -24,7 +24,7 @@ std::string Inflated(
     return text;
 }
 
-/// Lengths around those of the blocks, of one letter and of sixteen.
+/// Lengths near those of the blocks, of one character and of sixteen.
 std::vector<std::string> Texts() {
     std::vector<std::string> texts;
     for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u, 8192u, 100000u}) {

@@ -1,4 +1,4 @@
-// Against a server of the test's own, which behaves as badly as each test says.
+// Uses a server of the test's own, which misbehaves as each test says.
 
 #include "utils/http.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view Nothing = "(nothing)";
 
-/// The answer's bytes; Nothing for null. Checks the zeros behind them.
+/// The response's bytes; Nothing for null. Checks the zeros after them.
 std::string Get(const std::u16string& url, HttpOptions* options = nullptr) {
     std::size_t size = 4711;
     const auto bytes = HttpGet(url, size, options);
@@ -33,7 +33,7 @@ CLocalServer::Behaviour Answering(int status, std::string body, std::string head
     return [=](CConnection& connection, const std::string&) { connection.Answer(status, body, head); };
 }
 
-/// Without a length: the answer ends with the connection.
+/// Without a length: the response ends with the connection.
 CLocalServer::Behaviour Sending(std::string bytes) {
     return
         [bytes = std::move(bytes)](CConnection& connection, const std::string&) { connection.Send(bytes); };
@@ -96,7 +96,7 @@ TEST(HttpGet, NamesNoClientWithoutAnAgent) {
     for (const auto& request : server.Requests()) {
         const auto head = request.find("User-Agent:");
         if (head == std::string::npos) continue;
-        EXPECT_TRUE(request.substr(head).starts_with("User-Agent: \r\n")) << request; // named, and empty
+        EXPECT_TRUE(request.substr(head).starts_with("User-Agent: \r\n")) << request; // present, but empty
     }
 }
 
@@ -229,7 +229,7 @@ TEST(HttpGet, WaitsForNothingBehindTheHeadOfAnError) {
     HttpOptions options;
     EXPECT_EQ(Get(server.Origin(), &options), Nothing);
     EXPECT_EQ(options.status, 404);
-    EXPECT_EQ(options.error, 0); // the limit of time would be one
+    EXPECT_EQ(options.error, 0); // a time-out would be an error
 }
 
 TEST(HttpGet, EndsAnEndlessErrorAtItsHead) {
@@ -248,7 +248,7 @@ TEST(HttpGet, GivesWhatCameOfAnAnswerThatIsShorterThanItsLength) {
     HttpOptions options;
     EXPECT_EQ(Get(server.Origin(), &options), "short");
     EXPECT_EQ(options.status, 200);
-#if !defined(_WIN32) // which doesn't tell
+#if !defined(_WIN32) // which doesn't report it
     EXPECT_NE(options.error, 0);
 #endif
 }
@@ -270,7 +270,7 @@ TEST(HttpGet, GivesNothingWhenTheConnectionIsResetBeforeTheHeadIsWhole) {
                 connection.Send("HTTP/1.");
                 connection.Reset();
             },
-#if !defined(_WIN32) // there this is a head whose last line has no end, and an answer of no bytes
+#if !defined(_WIN32) // there this is a head whose last line doesn't end, and a response without bytes
             [](CConnection& connection, const std::string&) {
                 connection.ReadRequest();
                 connection.Send("HTTP/1.1 200 OK\r\nContent-Le");
@@ -290,7 +290,7 @@ TEST(HttpGet, GivesNothingWhenTheConnectionIsResetBeforeTheHeadIsWhole) {
 TEST(HttpGet, GivesWhatCameBeforeAResetInTheBody) {
     const CLocalServer server([](CConnection& connection, const std::string&) {
         connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nbegin");
-        connection.Pause(500); // the client has it before the end comes, which may overtake
+        connection.Pause(500); // so that the client has it before the end arrives, which may overtake it
         connection.Reset();
     });
     HttpOptions options;
@@ -298,7 +298,7 @@ TEST(HttpGet, GivesWhatCameBeforeAResetInTheBody) {
     EXPECT_EQ(options.status, 200);
 }
 
-#if !defined(_WIN32) // which takes it for the oldest form of HTTP, an answer without a head
+#if !defined(_WIN32) // which takes it for the oldest form of HTTP, a response without a head
 TEST(HttpGet, GivesNothingForWhatIsNoHttp) {
     for (const auto* const bytes : {"SSH-2.0-OpenSSH\r\n\r\n", "\r\n\r\n", "HTTP/1.1\r\n\r\n",
              "HTTP/1.1 abc\r\n\r\nxyz", "220 mail.example ESMTP\r\n"}) {
@@ -320,7 +320,7 @@ TEST(HttpGet, RefusesAHugeHead) {
     EXPECT_EQ(Get(server.Origin()), Nothing);
 }
 
-#if !defined(_WIN32) // there such a head is read before anybody can ask how long it is
+#if !defined(_WIN32) // there such a head is read before its length can be checked
 TEST(HttpGet, RefusesAnEndlessHead) {
     const std::string line = "X: " + std::string(1000, 'x') + "\r\n";
     const CLocalServer server([&](CConnection& connection, const std::string&) {
@@ -377,7 +377,7 @@ TEST(HttpGet, EndsInACircleOfRedirects) {
 }
 
 TEST(HttpGet, SpendsItsTimeOnAllRedirectsTogether) {
-    // Twelve seconds in all, and none of the three requests comes near the limit by itself.
+    // Twelve seconds in total, while none of the three requests comes near the limit on its own.
     const CLocalServer server([](CConnection& connection, const std::string& request) {
         connection.Pause(4000);
         if (request.starts_with("GET /2 ")) return connection.Answer(200, "there");

@@ -112,8 +112,8 @@ TEST(Universal, PrefixesAreComparedLetterByLetter) {
     EXPECT_EQ(Read(File("hkey_file")), "a file");
     std::filesystem::current_path(ScratchFolder());
     EXPECT_EQ(Write(u"HTTP file", "x"), 1u);
-    EXPECT_EQ(Write(u"http file", "x"), 0u);  // the web, by its prefix
-    EXPECT_EQ(Write(u"hkey_x/y/z", "x"), 0u); // a file in a folder that is not there
+    EXPECT_EQ(Write(u"http file", "x"), 0u);  // the web, because of its prefix
+    EXPECT_EQ(Write(u"hkey_x/y/z", "x"), 0u); // a file in a folder that doesn't exist
 }
 
 TEST(Universal, TheWebIsNoPlaceToWrite) {

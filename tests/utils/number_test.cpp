@@ -53,7 +53,7 @@ TEST(ToInt, IsZeroForNoNumberOrOneOutOfRange) {
 
 TEST(ToInt, ReadsWideTexts) {
     EXPECT_EQ(ToInt(u" 42;"), 42);
-    EXPECT_EQ(ToInt(u"\xFF11"), 0); // a digit, but not one of C
+    EXPECT_EQ(ToInt(u"\xFF11"), 0); // a digit, but not in C
     EXPECT_EQ(ToInt(u""), 0);
 }
 
@@ -88,7 +88,7 @@ TEST(ToFloat, ReadsInfinityAndNotANumberInAnyCase) {
 }
 
 TEST(ToFloat, RoundsOnceAndToNearest) {
-    // Between 1 and the next float, just above the middle by less than a double can hold.
+    // Between 1 and the next float, above the midpoint by less than a double can represent.
     EXPECT_EQ(Read("1.00000005960464477539062500000000000001"), std::nextafter(1.0f, 2.0f));
     EXPECT_EQ(Read("1.000000059604644775390625"), 1.0f);
     EXPECT_EQ(Read("0x1.00000100000000000001"), std::nextafter(1.0f, 2.0f));
@@ -123,7 +123,7 @@ TEST(Numbers, DoNotFollowTheHostsLocale) {
     EXPECT_EQ(Read("1,5"), 1.0f);
     EXPECT_EQ(FormatFixed(1.5, 3), "1.500");
     EXPECT_EQ(Format(1.5f, 1), "1.5");
-    EXPECT_STREQ(std::localeconv()->decimal_point, ","); // and leave it alone
+    EXPECT_STREQ(std::localeconv()->decimal_point, ","); // and leaves it unchanged
 }
 
 TEST(Numbers, StayTheSameWhileAnotherThreadChangesTheLocale) {

@@ -10,7 +10,7 @@ using namespace std::string_literals;
 
 namespace {
 
-/// The rules one after the other, each until it finds nothing more.
+/// The rules one after another, each applied until it finds nothing more.
 std::u16string NormalizeByTheRules(std::u16string path) {
     const bool network =
         path.size() > 1 && (path[0] == u'/' || path[0] == u'\\') && (path[1] == u'/' || path[1] == u'\\');

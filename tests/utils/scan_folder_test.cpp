@@ -14,7 +14,7 @@ namespace {
 
 using Names = std::vector<std::u16string>;
 
-/// A folder with something of everything.
+/// A folder with entries of every kind.
 fs::path Folder() {
     const auto folder = ScratchFolder() / "scan";
     for (const char* const file :

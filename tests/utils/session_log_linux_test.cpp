@@ -130,7 +130,7 @@ TEST(SessionLog, OfACrashIsTheNextSessionsPreviousLog) {
 }
 
 TEST(SessionLog, IsTakenByTheFirstOfTwoProcesses) {
-    // The other process comes to life before this one's first line, and writes after it.
+    // The other process starts before this one's first line, and writes after it.
     int go[2] = {-1, -1};
     ASSERT_EQ(pipe(go), 0);
     const pid_t child = fork();

@@ -1,4 +1,4 @@
-// The log belongs to the process, and each test is a process.
+// The log belongs to the process, and each test has its own process.
 
 #include "utils/session_log.h"
 
@@ -32,7 +32,7 @@ std::filesystem::path Unsent() {
     return ToSystemPath(UnsentLogPath());
 }
 
-/// The lines of the file; each has to end with CR LF.
+/// The lines of the file; each must end with CR LF.
 std::vector<std::string> Lines() {
     std::vector<std::string> lines;
     const auto text = ReadText(File());
@@ -82,7 +82,7 @@ TEST(SessionLog, BeginsWithThePresentLocalTime) {
     LogLine(u"x");
     const auto after = LogTime(Platform::LocalTime());
     const auto written = Lines().at(0).substr(std::string("DateTime=").size());
-    if (before <= after) { // no clock was set back meanwhile
+    if (before <= after) { // the clock wasn't set back meanwhile
         EXPECT_GE(written, before);
         EXPECT_LE(written, after);
     }
@@ -90,7 +90,7 @@ TEST(SessionLog, BeginsWithThePresentLocalTime) {
 
 TEST(SessionLog, KeepsWhatTheFileHeldAndBeginsAnew) {
     WriteText(File(), "DateTime=2026.01.02.03:04:05\r\nSessionStart=1\r\n");
-    EXPECT_EQ(PreviousLog(), u""); // nobody has taken the file yet
+    EXPECT_EQ(PreviousLog(), u""); // the file hasn't been opened yet
     LogLine(u"new");
     EXPECT_EQ(PreviousLog(), u"DateTime=2026.01.02.03:04:05\r\nSessionStart=1\r\n");
     ASSERT_EQ(Lines().size(), 2u);
@@ -151,7 +151,7 @@ TEST(SessionLog, AProcessThatFindsTheFileTakenLogsNothingAndKnowsOfNoSession) {
     LogLine(u"mine");
     EXPECT_EQ(PreviousLog(), u"");
     Platform::SystemFiles().Close(other);
-    LogLine(u"mine as well"); // the chance is gone with the first line
+    LogLine(u"mine as well"); // too late: the first line decides
     EXPECT_EQ(ReadText(File()), "SessionStart=of another process\r\n");
 }
 
@@ -188,7 +188,7 @@ TEST(SessionLog, AddsThePreviousLogToThoseThatWereNotSent) {
     EXPECT_EQ(ReadText(Unsent()), both);
     DropUnsentLog();
     EXPECT_FALSE(std::filesystem::exists(Unsent()));
-    EXPECT_EQ(UnsentLog(), ToUtf16(both)); // as it was when the file was taken
+    EXPECT_EQ(UnsentLog(), ToUtf16(both)); // as it was when the file was opened
 }
 
 TEST(SessionLog, KeepsUnsentLogsWhenThereIsNoPreviousOne) {

@@ -22,7 +22,7 @@ TEST(DescribeMemory, CountsWholeGigabytes) {
 TEST(DescribeMemory, OfThisMachineHasTheFreePartFirst) {
     const auto memory = Platform::PhysicalMemory();
     ASSERT_GT(memory.totalBytes, memory.freeBytes);
-    const auto total = DescribeMemory({0, memory.totalBytes}).substr(1); // with the slash in front
+    const auto total = DescribeMemory({0, memory.totalBytes}).substr(1); // including the slash before it
     EXPECT_TRUE(DescribeMemory().ends_with(total));
 }
 

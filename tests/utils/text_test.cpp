@@ -23,7 +23,7 @@ TEST(CopyText, LeavesBytesBehindTheZeroAlone) {
 
 TEST(CopyText, NeverSplitsACharacter) {
     std::array<char, 4> buffer{};
-    CopyText("ab\xC3\xA4", buffer); // the second byte of the letter would be the fourth
+    CopyText("ab\xC3\xA4", buffer); // the second byte of the character would be the fourth
     EXPECT_STREQ(buffer.data(), "ab");
     CopyText("a\xE2\x82\xAC", buffer);
     EXPECT_STREQ(buffer.data(), "a");
@@ -40,7 +40,7 @@ TEST(CopyText, LeavesAnEmptyBufferUntouched) {
 TEST(Utf, ConvertsEveryCharacterThereAndBack) {
     for (char32_t c = 0; c <= 0x10FFFF; c += c < 0x3000 || c > 0xD700 ? 1 : 7) {
         if (c >= 0xD800 && c <= 0xDFFF) continue;
-        if (c == 0x11000) c = 0x10F000; // the end of the range again
+        if (c == 0x11000) c = 0x10F000; // continue near the end of the range
         std::u16string wide;
         if (c < 0x10000) {
             wide += static_cast<char16_t>(c);

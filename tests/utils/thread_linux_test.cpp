@@ -11,7 +11,7 @@ using namespace KAV::Tests;
 TEST(Thread, TakesNoSignals) {
     struct SClient final : CThread::IOnThread {
         void OnThread(CThread* thread) override {
-            began = true; // a thread that is just being made has them all blocked by the C library
+            began = true; // while a thread is being created, the C library has all signals blocked in it
             while (thread->running) std::this_thread::yield();
         }
         std::atomic<bool> began{false};
@@ -23,6 +23,6 @@ TEST(Thread, TakesNoSignals) {
     const auto started = AwaitNewThreads(before, 1);
     ASSERT_EQ(started.size(), 1u);
     EXPECT_TRUE(BlocksAllSignals(*started.begin()));
-    EXPECT_FALSE(BlocksAllSignals(*before.begin())); // the one that has started it goes on as before
+    EXPECT_FALSE(BlocksAllSignals(*before.begin())); // the thread that started it is unchanged
     thread.Stop();
 }

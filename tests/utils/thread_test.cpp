@@ -65,7 +65,7 @@ TEST(Thread, StartDoesNothingWhileThereIsOne) {
     thread.Start();
     AwaitRuns(client, 1);
     while (client.ends < 1) std::this_thread::yield();
-    thread.Start(); // its operation has ended, but nobody has stopped it
+    thread.Start(); // its operation has ended, but it hasn't been stopped
     thread.Stop();
     EXPECT_EQ(client.runs, 1);
     thread.Start();
@@ -128,7 +128,7 @@ TEST(Thread, MayDestroyItself) {
     client.thread->Start();
     client.ready = true;
     while (!client.done) std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(10)); // its last steps
+    std::this_thread::sleep_for(std::chrono::milliseconds(10)); // for its last steps
 }
 
 TEST(Thread, KeepsTheMarkOfItsOwner) {

@@ -11,7 +11,7 @@ using namespace KAV::Utils;
 
 namespace {
 
-/// Whether another thread gets a turn; it is given one sooner or later.
+/// Starts a thread that takes a turn, sooner or later, and returns whether it got it at once.
 bool IsFree(CTurns& turns, std::vector<std::thread>& waiting, std::atomic<bool>& got) {
     waiting.emplace_back([&turns, &got] {
         const CTurn turn(turns);
@@ -67,7 +67,7 @@ TEST(Turn, WhatFollowsRunsInOrderAndLetsOtherThreadsIn) {
         CTurn turn(turns);
         for (const int n : {1, 2, 3}) {
             turn.Then([&turns, &order, n] {
-                std::thread([&turns, &order, n] { // it would wait for ever within the turn
+                std::thread([&turns, &order, n] { // within the turn it would wait for ever
                     const CTurn other(turns);
                     order.push_back(n);
                 })
@@ -92,7 +92,7 @@ TEST(Turn, WhatFollowsMayBeginTurnsAndHaveThemFollowed) {
         turn.Then([&] { told.emplace_back("second follower"); });
     }
     EXPECT_EQ(told, (std::vector<std::string>{"follower", "of the follower", "second follower"}));
-    const CTurn turn(turns); // nothing is left behind
+    const CTurn turn(turns); // nothing is left over
     EXPECT_EQ(told.size(), 3u);
 }
 

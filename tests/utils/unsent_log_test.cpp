@@ -13,14 +13,14 @@ using namespace KAV::Tests;
 
 namespace {
 
-/// A file that isn't there yet.
+/// A file that doesn't exist yet.
 std::filesystem::path File() {
     const auto file = ScratchFolder() / "unsent.log";
     std::filesystem::remove(file);
     return file;
 }
 
-/// A line of this many bytes with a number in front.
+/// A line of this many bytes that starts with a number.
 std::string Line(std::size_t number, std::size_t length) {
     auto line = std::to_string(number);
     line.resize(length - 2, 'x');

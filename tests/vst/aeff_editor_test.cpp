@@ -1,4 +1,4 @@
-// What an editor gets of the host's calls, with an effect that has nothing but an editor.
+// Which of the host's calls reach an editor, tested with an effect that has only an editor.
 
 #include "tests/support/recording_host.h"
 #include "vst/audio_effect_x.h"
@@ -13,7 +13,7 @@ using namespace KAV::VST;
 
 namespace {
 
-/// Writes down what it is asked, and answers what the test says.
+/// Records its calls, and answers as the test says.
 class CRecordingEditor final : public AEffEditor {
 public:
     explicit CRecordingEditor(std::vector<std::string>& calls, const bool& answer)
@@ -75,7 +75,7 @@ protected:
     CRecordingHost host;
     std::vector<std::string> calls;
     bool answer = false;
-    CBareEffect* effect = new CBareEffect(host.Callback()); // its record owns it
+    CBareEffect* effect = new CBareEffect(host.Callback()); // owned by its record
 
     ~Editor() override { Dispatch(effClose); }
     void TakeEditor() { effect->Take(std::make_unique<CRecordingEditor>(calls, answer)); }
@@ -84,7 +84,7 @@ protected:
         AEffect* const record = effect->Record();
         return record->dispatcher(record, opcode, index, value, nullptr, option);
     }
-    /// What the editor was asked by one call.
+    /// What one call asked of the editor.
     std::string Asked(
         std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0, float option = 0.0f) {
         calls.clear();
@@ -95,7 +95,7 @@ protected:
     }
 };
 
-/// An editor with only what every editor must have.
+/// An editor with only the required operations.
 class CPlainEditor final : public AEffEditor {
 public:
     bool hasWindow() const noexcept override { return true; }

@@ -16,7 +16,7 @@ protected:
     CRecordingHost host;
     CHostedEffect effect{host.Callback()};
 
-    /// All that a host or the editor can read of the instance, as bytes.
+    /// Everything of the instance that a host or the editor can read, as bytes.
     std::string Everything() {
         std::string all(reinterpret_cast<const char*>(&effect.Record()), sizeof(AEffect));
         const auto add = [&all](const auto& value) {
@@ -71,7 +71,7 @@ TEST_F(Boundary, RecordIsFilledAsHostsReadIt) {
 }
 
 TEST_F(Boundary, OpcodesThatChangeNothingAnswerZero) {
-    effect.Set(4, 0.25f); // a state unlike that of a new instance
+    effect.Set(4, 0.25f); // a state that differs from that of a new instance
     effect.Device().SetHostBypass(true);
     effect.Dispatch(effSetSampleRate, 0, 0, nullptr, 48000.0f);
     const auto before = Everything();
@@ -98,7 +98,7 @@ TEST_F(Boundary, OpcodesThatChangeNothingAnswerZero) {
         ASSERT_EQ(Everything(), before) << opcode;
         host.calls.clear();
     }
-    // Nor has what can't be read changed: the sound is that of an instance without these calls.
+    // Data that can't be read hasn't changed either: the sound is that of an instance without these calls.
     CHostedEffect quiet(host.Callback());
     quiet.Set(4, 0.25f);
     quiet.Device().SetHostBypass(true);
@@ -188,7 +188,7 @@ TEST_F(Boundary, BlocksWithoutSoundAreLeftAloneWhicheverPartIsMissing) {
     }
     for (const auto& each : {left, right}) EXPECT_EQ(each, inputBefore);
     for (const auto& each : {leftOut, rightOut}) EXPECT_EQ(each, outputBefore);
-    // None of them has gone through the engine.
+    // None of them has passed through the engine.
     std::vector<std::vector<float>> sound(2, std::vector<float>(256, 0.75f));
     auto expected = sound;
     effect.Process(sound);
@@ -275,7 +275,8 @@ TEST_F(Boundary, AccumulatingAndDoubleEntriesDoNothing) {
 TEST(Instance, CloseAnswersOneAndDestroysTheInstance) {
     CRecordingHost host;
     AEffect* record = (new CDeviceDSP(host.Callback()))->Record();
-    EXPECT_EQ(record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f), 1); // the leak checker sees the rest
+    EXPECT_EQ(
+        record->dispatcher(record, effClose, 0, 0, nullptr, 0.0f), 1); // the leak checker detects the rest
 }
 
 TEST(Instance, WorksWithoutAHostCallback) {
@@ -293,7 +294,7 @@ TEST(Instance, HostThatAnswersGarbageDoesNoHarm) {
     CRecordingHost host;
     host.answer = [](AEffect*, std::int32_t opcode, std::int32_t, void* pointer, float) -> std::intptr_t {
         if (opcode == audioMasterGetVendorString || opcode == audioMasterGetProductString) {
-            std::memset(pointer, 0xFF, 64); // no closing zero, no UTF-8
+            std::memset(pointer, 0xFF, 64); // no closing zero, not UTF-8
         }
         return INTPTR_MIN;
     };

@@ -45,9 +45,9 @@ CPrivateAuthority::CPrivateAuthority(const std::filesystem::path& file)
     : _name(L"Software\\KAV test " + std::to_wstring(GetCurrentProcessId())) {
     const auto certificate = Certificate(file);
     if (!IsPossible() || certificate.empty()) return;
-    // A process of the same number may have come to no good end.
+    // An earlier process of the same number may have crashed.
     RegDeleteTreeW(HKEY_CURRENT_USER, _name.c_str());
-    // It can't be one that the system forgets by itself: the list adds keys below it that last.
+    // It can't be a volatile key, because the list adds permanent keys below it.
     if (RegCreateKeyExW(HKEY_CURRENT_USER, _name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
             nullptr, &_user, nullptr) != ERROR_SUCCESS) {
         return;

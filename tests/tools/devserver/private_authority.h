@@ -7,15 +7,16 @@
 
 namespace KAV::Tests {
 
-/// While it lives, this process trusts an authority, and no other does: in this process alone another key
-/// stands for the user's own, and the list of authorities below it. A process that crashes leaves that key,
-/// which nobody reads. Only under Wine. On Windows itself the user is asked about each change of such a list:
-/// there nothing is touched.
+/// While it lives, this process trusts an authority that no other process trusts: only in this process
+/// another key replaces the user's own, including the list of authorities below it. A process that crashes
+/// leaves that key behind, where it is never read. Only under Wine: Windows itself asks the user about each
+/// change of such a list, so nothing is changed there.
 class CPrivateAuthority final {
 public:
     static bool IsPossible() noexcept;
 
-    /// From a PEM file, before the process first asks for a list of authorities: that answer is kept.
+    /// From a PEM file. Must precede the process's first query of a list of authorities, whose result is
+    /// kept.
     explicit CPrivateAuthority(const std::filesystem::path& file);
     ~CPrivateAuthority();
     CPrivateAuthority(const CPrivateAuthority&) = delete;
@@ -24,7 +25,7 @@ public:
     bool IsTrusted() const noexcept { return _isTrusted; }
 
 private:
-    std::wstring _name;   // of the key that stands for the user's
+    std::wstring _name;   // of the key that replaces the user's
     HKEY _user = nullptr; // that key; null: there is none
     bool _isTrusted = false;
 };

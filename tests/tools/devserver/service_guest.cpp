@@ -1,6 +1,7 @@
-// An instance against a running service: started by service_test, which has seen to the server and to the log
-// of the session before. Ends with 0 when the instance knows what KAV_EXPECT says; "nothing" stands for no
-// version at all. KAV_AUTHORITIES is a PEM file of whom to trust; NotPossible where that can't be done.
+// An instance with a running service. service_test starts this program, after it has prepared the server and
+// the previous session's log. Exits with 0 if the instance knows the version in KAV_EXPECT; "nothing" stands
+// for no version. KAV_AUTHORITIES is a PEM file of the authorities to trust; exits with NotPossible where
+// that can't be set.
 
 #include "device_gui/new_version_led.h"
 #include "device_gui/xxx_gui.h"
@@ -31,7 +32,7 @@ std::u16string Variable(const char* name) {
     return value != nullptr ? Utils::ToUtf16(value) : std::u16string();
 }
 
-/// Where the log lies. The other system's emulation has folders of its own whatever its caller says.
+/// Sets the folder of the log. Wine has its own folders, whatever its caller sets.
 void UseTemporaryFolder(const char* folder) {
 #if defined(_WIN32)
     for (const char* const name : {"TEMP", "TMP"}) _putenv_s(name, folder);
@@ -50,7 +51,7 @@ int main() {
     if (const char* const folder = std::getenv("KAV_TEMPORARY")) UseTemporaryFolder(folder);
     const auto expected = Variable("KAV_EXPECT");
     const auto authorities = Variable("KAV_AUTHORITIES");
-#if defined(_WIN32) // whose list of authorities is the system's alone
+#if defined(_WIN32) // the list of authorities is always the system's
     std::optional<CPrivateAuthority> authority;
     if (!authorities.empty()) {
         if (!CPrivateAuthority::IsPossible()) {

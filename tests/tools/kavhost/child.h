@@ -8,14 +8,14 @@
 
 namespace KAV::Tests {
 
-/// kavhost as a process of its own, its standard streams in files.
+/// kavhost as a separate process, with its standard streams in files.
 class CChild final {
 public:
     struct SOptions {
         std::filesystem::path program = KAVHOST_PROGRAM;
         unsigned long mostFileBytes =
             0; ///< the system refuses more in one file, as a full disk would; 0: any
-        std::filesystem::path standardOutput{}; ///< else a file of the child's own
+        std::filesystem::path standardOutput{}; ///< otherwise a file of the child's own
         bool errorsToTerminal = false;
     };
 
@@ -24,7 +24,7 @@ public:
 
     void Signal(int number) const;
 
-    /// Once; the code is 128 and the signal's number for a child that a signal ended.
+    /// Call once. For a child that a signal ended, the code is 128 plus the signal's number.
     SRun Wait();
 
 private:

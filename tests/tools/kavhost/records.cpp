@@ -13,7 +13,7 @@ std::string BigEndian(std::uint32_t number) {
     return bytes;
 }
 
-/// The 56 bytes that both forms begin with.
+/// The 56 bytes with which both formats begin.
 std::string Head(const char* form, std::int32_t uniqueId, std::size_t parameters, const std::string& name) {
     std::string head = "CcnK" + BigEndian(0) + form + BigEndian(1) +
                        BigEndian(static_cast<std::uint32_t>(uniqueId)) + BigEndian(1) +

@@ -9,14 +9,14 @@
 
 namespace KAV::Tests {
 
-/// One of the effects of the tests, by the name of its source file.
+/// One of the test effects, by the name of its source file.
 std::filesystem::path EffectFile(const std::string& name);
 
-/// The product's own library, as it was built, and its profile.
+/// The product's own library as built, and its profile.
 std::filesystem::path PluginFile();
 std::filesystem::path PluginProfile();
 
-/// The whole file; and a file of these bytes.
+/// Reads a whole file; writes a file of these bytes.
 std::string BytesOf(const std::filesystem::path& file);
 void WriteBytes(const std::filesystem::path& file, const std::string& bytes);
 
@@ -31,14 +31,14 @@ struct SAudio {
     std::size_t Frames() const { return samples.size() / static_cast<std::size_t>(format.channels); }
 };
 
-/// Noise between -peak and peak, other in each channel, the same in each call.
+/// Noise between -peak and peak, different in each channel but the same in each call.
 SAudio Noise(
     int channels, std::size_t frames, float peak, Host::ESampleFormat samples = Host::ESampleFormat::Float32);
 
 void WriteWav(const std::filesystem::path& file, const SAudio& audio, bool dither = false);
 SAudio ReadWav(const std::filesystem::path& file);
 
-/// What a run of kavhost in this process said.
+/// The result and output of a run of kavhost in this process.
 struct SRun {
     int code;
     std::string out;

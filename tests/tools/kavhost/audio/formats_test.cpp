@@ -151,7 +151,7 @@ TEST_F(Formats, BeyondFourGibibytesAreTheWideFormOfWav) {
         CAudioWriter writer(
             _folder / "a.wav", EContainer::Wav, {48000, 2, ESampleFormat::Int16}, false, frames);
         auto audio = Noise(2, 1000, 0.5f);
-        writer.Write(audio.samples); // the estimate alone decides
+        writer.Write(audio.samples); // only the estimate decides
         writer.Commit();
         EXPECT_EQ(Content(_folder / "a.wav").substr(0, 4), mark);
         EXPECT_EQ(Read("a.wav").samples, audio.samples);
@@ -159,13 +159,13 @@ TEST_F(Formats, BeyondFourGibibytesAreTheWideFormOfWav) {
 }
 
 TEST(LevelMeter, AgreesWithTheDefinitionOfLoudness) {
-    // The K-weighting has 0.691 dB at 997 Hz, which the formula takes off again: two channels with a sine of
-    // amplitude a each have the mean squares a^2 / 2, and so 20 log10(a) LUFS together.
+    // The K-weighting has 0.691 dB at 997 Hz, which the formula subtracts again. Two channels with a sine of
+    // amplitude a each have the mean squares a^2 / 2, so together 20 log10(a) LUFS.
     EXPECT_NEAR(*LevelsOf(Sine(997, 0.1, 0)).loudnessLufs, -20, 0.05);
 }
 
 TEST(LevelMeter, SeesPeaksBetweenSamples) {
-    // At a quarter of the rate and 45 degrees every sample is 3 dB below the crest between them.
+    // At a quarter of the rate and 45 degrees every sample is 3 dB below the crest between the samples.
     const auto levels = LevelsOf(Sine(12000, 0.5, std::numbers::pi / 4));
     EXPECT_NEAR(levels.samplePeakDbfs, 20 * std::log10(0.5 * std::numbers::sqrt2 / 2), 1e-4);
     EXPECT_NEAR(*levels.truePeakDbtp, 20 * std::log10(0.5), 0.2);

@@ -54,7 +54,7 @@ TEST(Quantiser, ClipsAndNeverWraps) {
         }
     }
     CQuantiser quantiser(16, false);
-    EXPECT_EQ(Steps(quantiser, 16, 1.0f), 32767); // one step too far, and still no clipping: it is full scale
+    EXPECT_EQ(Steps(quantiser, 16, 1.0f), 32767); // one step too far, but not clipped: it is full scale
     EXPECT_EQ(Steps(quantiser, 16, -1.0f), -32768);
     EXPECT_EQ(quantiser.Clipped(), 0u);
     EXPECT_EQ(Steps(quantiser, 16, 1.0001f), 32767);
@@ -75,8 +75,8 @@ TEST(Quantiser, MakesZeroOfWhatIsNoNumber) {
 }
 
 TEST(Quantiser, DithersWithTriangularNoiseThatHidesTheRounding) {
-    // Triangular dither of two steps' width makes the total error's mean 0 and its variance 1/4 step^2 (1/6
-    // of the noise, 1/12 of the rounding), wherever between two steps the sample lies.
+    // Triangular dither two steps wide makes the total error's mean 0 and its variance 1/4 step^2 (1/6 from
+    // the noise, 1/12 from the rounding), wherever the sample is between two steps.
     constexpr int count = 200000;
     for (const double offset : {0.0, 0.25, 0.5, 0.9}) {
         CQuantiser quantiser(16, true);

@@ -103,7 +103,7 @@ TEST(WavReader, ReadsWhatACutFileHas) {
 }
 
 TEST(WavReader, TrustsNoSize) {
-    // What a program leaves that was stopped while it wrote, and what a hostile file claims.
+    // What a program leaves if it is stopped while writing, and what a hostile file claims.
     const auto endless = "RIFF" + Little(0xFFFFFFFF, 4) + "WAVE" + Chunk("fmt ", Format({})) + "data" +
                          Little(0xFFFFFFFF, 4) + TwoSamples;
     EXPECT_EQ(Parse(endless).samples, (std::vector{0.5f, -0.5f}));
@@ -139,7 +139,8 @@ TEST(WavReader, RefusesFormatsThatMakeNoSense) {
     EXPECT_EQ(error({.bits = 0}), "a WAV file with an unsupported coding (0 bits)");
     EXPECT_EQ(error({.tag = 3}), "a WAV file with an unsupported coding (16 bits)");
     EXPECT_EQ(error({.tag = 2, .bits = 4}), "a WAV file with an unsupported coding (4 bits)");
-    EXPECT_EQ(error({.tag = 0xFFFE}), "a damaged WAV file: its format is cut off"); // extensible, yet short
+    EXPECT_EQ(
+        error({.tag = 0xFFFE}), "a damaged WAV file: its format is cut off"); // extensible, but too short
     EXPECT_EQ(Error(Riff(Chunk("fmt ", "abc") + Chunk("data", TwoSamples))),
         "a damaged WAV file: its format is cut off");
 }

@@ -60,7 +60,7 @@ TEST(PendingFile, KeepsTheOldFileUntilItIsComplete) {
 TEST(PendingFile, FailsWhereNoFileCanBe) {
     const auto folder = NewFolder();
     EXPECT_THROW(CPendingFile(folder / "missing" / "out"), CFailure);
-    EXPECT_THROW(CPendingFile{folder}, CFailure); // a folder is no plain file
+    EXPECT_THROW(CPendingFile{folder}, CFailure); // a folder isn't a plain file
 }
 
 TEST(PendingFile, RemembersThatAWriteFailed) {

@@ -27,7 +27,7 @@ TEST(ReadNumber, RefusesWhatDoesNotBeginWithANumber) {
 
 TEST(ReadNumber, DoesNotReadADecimalComma) {
     EXPECT_EQ(ReadNumber("6,5")->value, 6);
-    EXPECT_EQ(ReadNumber("6,5")->unit, ",5"); // no unit of anything, so it will be refused
+    EXPECT_EQ(ReadNumber("6,5")->unit, ",5"); // not a unit of anything, so it will be refused
 }
 
 TEST(ReadIndex, TakesNothingButAWholeNumber) {

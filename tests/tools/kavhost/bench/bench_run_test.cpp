@@ -39,7 +39,7 @@ TEST(Bench, ComparesTwoEffectsInTurns) {
 }
 
 TEST(Bench, MeasuresTheThreadsOwnTimeAlone) {
-    // With "Slow" on, the fader sleeps for 5 ms in each call: 36 calls' worth must not show as work.
+    // With "Slow" on, the fader sleeps for 5 ms in each call. The time of 36 calls must not count as work.
     const auto run = Bench({"--set", "4:on", "--json", "--block", "4096"});
     ASSERT_EQ(run.code, 0) << run.errors;
     const double nsPerFrame = nlohmann::json::parse(run.out)["first"]["ns_per_frame"].get<double>();

@@ -28,7 +28,7 @@ TEST(Median, IsTheMiddleOfWhatIsSorted) {
 }
 
 TEST(MedianRatio, IsTakenRunByRun) {
-    // The machine was twice as slow in the second run: each run's own ratio does not see it.
+    // The machine was twice as slow in the second run, which doesn't affect each run's own ratio.
     EXPECT_EQ(MedianRatio({{10, 20, 10}, {5, 10, 5}}), 2);
 }
 
@@ -58,7 +58,7 @@ TEST(Material, IsLouderByTheGain) {
 
 namespace {
 
-/// A clock that goes in steps; each pass takes the time that it is given.
+/// A clock that advances in steps; each pass takes the time that it is given.
 class CCoarseClock final {
 public:
     CCoarseClock(std::int64_t stepNs, std::int64_t passNs) : _stepNs(stepNs), _passNs(passNs) {}

@@ -15,7 +15,7 @@ std::string WithoutEscapes(const std::string& page) {
     return std::regex_replace(page, std::regex(R"(\\(f[BIR]|(?=-)))"), "");
 }
 
-/// The page from the heading of a command to the next.
+/// The page from the heading of a command to the next heading.
 std::string SectionOf(const std::string& page, const std::string& command) {
     const auto begin = page.find(".SS \"kavhost " + command + "\"\n");
     if (begin == std::string::npos) return {};
@@ -23,7 +23,7 @@ std::string SectionOf(const std::string& page, const std::string& command) {
 }
 
 std::set<std::string> OptionsIn(const std::string& help) {
-    // At the beginning of a line, behind the short name or not.
+    // At the beginning of a line, with or without a short name before it.
     static const std::regex name(R"(^ *(?:-\w,)?(--[a-z0-9-]+))", std::regex::multiline);
     std::set<std::string> options;
     for (std::sregex_iterator match(help.begin(), help.end(), name), end; match != end; ++match)

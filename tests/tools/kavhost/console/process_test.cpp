@@ -62,7 +62,7 @@ TEST_F(Process, ShowsABarOnATerminal) {
 TEST_F(Process, LeavesNoFileWhenItIsInterrupted) {
     WriteWav(_folder / "in.wav", Noise(2, 48000 * 20, 0.5f));
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        // Made slow: 5 ms for each of the 1875 blocks.
+        // Slowed down: 5 ms for each of the 1875 blocks.
         CChild child(RenderTo("out.wav", {"--set", "4:on", "--no-align", "--no-preroll"}));
         const auto start = std::chrono::steady_clock::now();
         while (FilesIn(_folder).size() < 2) {
@@ -114,8 +114,9 @@ TEST_F(Process, LeavesNoFileWhenTheDiskIsFullWhereverThatHappens) {
         ASSERT_EQ(CChild(RenderTo(output)).Wait().code, 0);
         const auto size = fs::file_size(_folder / output);
         fs::remove(_folder / output);
-        // The last byte is missed when the file is closed, if at all. (OGG's own size varies a little. The
-        // limit holds for the file that catches the error line, too, so it is never that small.)
+        // The loss of the last byte is only noticed when the file is closed, if at all. (The size of an OGG
+        // file varies slightly. The limit also applies to the file that receives the error line, so it is
+        // never that small.)
         for (const auto limit : {std::uintmax_t{1000}, size / 2, size - (size > 50000 ? 1 : size / 20)}) {
             const auto run = CChild(RenderTo(output), {.mostFileBytes = limit}).Wait();
             EXPECT_EQ(run.code, 1) << output << " " << limit;

@@ -87,11 +87,11 @@ TEST(Effect, OfAFixedSizeTakesThatSizeAlone) {
 TEST(Effect, BeforeVersion24IsFoundByItsOldEntryAndAddsIntoSilence) {
     const CEffectLibrary library(EffectFile("old_stereo"));
     CEffect effect(library, Stream);
-    EXPECT_EQ(effect.Name(), "old_stereo"); // it has none of its own
+    EXPECT_EQ(effect.Name(), "old_stereo"); // it has no name of its own
     effect.Start();
     CPlanarBuffer in(2, 64), out(2, 64);
     in.Channel(0)[0] = 0.5f;
-    out.Channel(0)[7] = 9; // left from before
+    out.Channel(0)[7] = 9; // left over from before
     effect.Process(in.Pointers(), out.Pointers(), 64);
     EXPECT_EQ(out.Channel(0)[7], -0.5f);
     EXPECT_EQ(out.Channel(1)[7], 0.0f);
@@ -113,7 +113,7 @@ TEST(HostCallback, AnswersForTheStreamOfEachEffect) {
 
 TEST(HostCallback, AnswersAnUnknownEffectForTheOneThatIsBeingMade) {
     auto* const unknown =
-        reinterpret_cast<VST::AEffect*>(std::uintptr_t{8}); // would fault if it were looked into
+        reinterpret_cast<VST::AEffect*>(std::uintptr_t{8}); // would crash if it were dereferenced
     EXPECT_EQ(HostCallback(unknown, VST::audioMasterAutomate, 0, 0, nullptr, 0.5f), 0);
     {
         const SStream stream{88200, 256};

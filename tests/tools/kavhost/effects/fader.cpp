@@ -13,8 +13,8 @@ namespace {
 
 using namespace KAV;
 
-/// A gain with all that a host must not fall for: it delays by 64 frames and reports 256, fades in over a
-/// quarter of a second, and calls the host from inside its entry.
+/// A gain with several traps for hosts: it delays by 64 frames and reports 256, fades in over a quarter of a
+/// second, and calls the host from inside its entry.
 class CFader final : public Tests::CTestEffect {
 public:
     explicit CFader(VST::HostCallback host)

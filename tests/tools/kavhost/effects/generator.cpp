@@ -6,7 +6,7 @@ namespace {
 
 using namespace KAV;
 
-/// Plays a tone and never listens; it reports a delay of 100 frames.
+/// Plays a tone and ignores its input; it reports a delay of 100 frames.
 class CGenerator final : public Tests::CTestEffect {
 public:
     explicit CGenerator(VST::HostCallback host)

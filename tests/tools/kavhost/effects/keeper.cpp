@@ -9,8 +9,9 @@ namespace {
 
 using namespace KAV;
 
-/// A gain without delay that keeps its state in chunks of its own kind: four letters, "BANK" or "PROG", and
-/// the values. It takes no other bytes. Asked for a program behind its last one it faults, as real ones have.
+/// A gain without delay that keeps its state in chunks of its own format: four letters, "BANK" or "PROG", and
+/// the values. It takes no other bytes. If it is asked for a program past its last one, it crashes, as real
+/// effects have done.
 class CKeeper final : public Tests::CTestEffect {
 public:
     explicit CKeeper(VST::HostCallback host)

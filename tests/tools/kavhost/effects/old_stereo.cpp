@@ -7,8 +7,7 @@ namespace {
 using namespace KAV;
 
 /// An effect from before version 2.4: its entry is called "main", it adds to its outputs, and it has two
-/// channels and takes no others. It turns the signal over and delays it by 7 frames, of which it says
-/// nothing.
+/// channels and takes no others. It inverts the signal and delays it by 7 frames without reporting that.
 class COldStereo final : public Tests::CTestEffect {
 public:
     explicit COldStereo(VST::HostCallback host)

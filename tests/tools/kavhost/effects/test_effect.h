@@ -6,8 +6,8 @@
 
 namespace KAV::Tests {
 
-/// A VST 2 effect for tests: the record, the texts and the channel counts. An effect of a test derives from
-/// it, and its entry returns the record of a new one, which effClose deletes.
+/// A VST 2 effect for tests: the record, the texts and the channel counts. A test's effect derives from it,
+/// and its entry returns the record of a new one, which effClose deletes.
 class CTestEffect {
 public:
     CTestEffect(VST::HostCallback host, std::int32_t uniqueId, std::int32_t parameters);
@@ -28,7 +28,7 @@ protected:
     virtual bool TakesChannels(int) { return false; }
     virtual void SetRate(double) {}
     virtual void Activate() {}
-    /// Calls that no other operation here stands for.
+    /// Handles calls for which there is no other operation here.
     virtual std::intptr_t Answer(
         std::int32_t /*opcode*/, std::int32_t /*index*/, std::intptr_t /*value*/, void* /*pointer*/) {
         return 0;

@@ -147,7 +147,7 @@ TEST_F(Inspect, ReadsEveryFormOfAPatch) {
     const auto values = Json(ValueRecord(1952866660, "List", {0.25f, 1, 0.4f, 1, 0, 0.5f}), "p.fxp");
     EXPECT_EQ(values["patch"], "List");
     EXPECT_EQ(values["parameters"][0]["quantity"], "-15.00 dB");
-    EXPECT_EQ(values["parameters"][3]["quantity"], "x8"); // a host's value of a choice goes from 0 to 1
+    EXPECT_EQ(values["parameters"][3]["quantity"], "x8"); // a host's value of a choice is 0 to 1
     EXPECT_EQ(values["parameters"][5]["name"], "parameter 5");
     EXPECT_EQ(values["parameters"][5]["quantity"], nullptr);
 }

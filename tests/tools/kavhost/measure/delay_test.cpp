@@ -53,7 +53,7 @@ TEST(FindSignal, FindsASignalInNoiseOfItsOwnLevel) {
     for (std::size_t i = 0; i < signal.size(); ++i) recording[123 + i] += signal[i];
     const auto match = FindSignal(signal, recording);
     EXPECT_EQ(match->lag, 123);
-    EXPECT_NEAR(match->correlation, std::sqrt(0.5), 0.05); // half of the power is the signal's
+    EXPECT_NEAR(match->correlation, std::sqrt(0.5), 0.05); // half of the power is from the signal
 }
 
 TEST(FindSignal, CorrelatesLittleWithOtherNoise) {
@@ -75,7 +75,7 @@ TEST(MeasureDelay, IsExactWhateverTheEffectReports) {
         EXPECT_TRUE(fader.isMeasured);
         EXPECT_EQ(fader.frames, 64);
     }
-    const auto old = DelayOf("old_stereo", 2, 512); // reports nothing, and turns the signal over
+    const auto old = DelayOf("old_stereo", 2, 512); // reports nothing, and inverts the signal
     EXPECT_TRUE(old.isMeasured);
     EXPECT_EQ(old.frames, 7);
 }

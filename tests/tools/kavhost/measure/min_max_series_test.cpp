@@ -65,7 +65,7 @@ TEST(MinMaxSeries, OfAnyLengthHoldsWhatBinningItAtOnceWould) {
         for (std::size_t i = 0; i < steps; ++i) expected[i / perBin].Add(all[i]);
         EXPECT_EQ(std::vector<SSpan>(series.Bins().begin(), series.Bins().end()), expected) << steps;
         EXPECT_LE(expected.size(), 8u);
-        EXPECT_TRUE(perBin == 1 || expected.size() > 4) << steps; // no coarser than it must be
+        EXPECT_TRUE(perBin == 1 || expected.size() > 4) << steps; // no coarser than necessary
         EXPECT_EQ(series.Steps(), steps);
     }
 }

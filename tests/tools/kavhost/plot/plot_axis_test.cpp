@@ -36,7 +36,7 @@ TEST(TimeAxis, HasAFewTicksAtRoundTimesWhateverTheLength) {
         EXPECT_LE(axis.ticks.back(), seconds * (1 + 1e-6));
     }
     EXPECT_EQ(TimeAxis(290.6).ticks[1], 30);
-    EXPECT_GT(TimeAxis(0).to, 0); // or nothing could be placed on it
+    EXPECT_GT(TimeAxis(0).to, 0); // otherwise nothing could be placed on it
 }
 
 TEST(AmplitudeAxis, IsSymmetricAndHoldsTheSound) {
@@ -68,7 +68,7 @@ TEST(LevelAxis, HoldsPeaksAboveFullScaleUnlessTheyAreAbsurd) {
     SPlot plot;
     plot.before.peak = Series({4});
     EXPECT_EQ(LevelAxis(plot).to, 7);
-    plot.before.peak = Series({770}); // the greatest float
+    plot.before.peak = Series({770}); // the largest float
     EXPECT_EQ(LevelAxis(plot).to, 61);
     EXPECT_LE(LevelAxis(plot).ticks.size(), 8u);
 }

@@ -25,7 +25,7 @@ struct SPicture {
     }
 };
 
-/// No picture when the bytes are no PNG file.
+/// An empty picture if the bytes aren't a PNG file.
 SPicture Decode(const std::string& bytes) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
@@ -43,7 +43,7 @@ SPicture Draw(const SPlot& plot) {
     return Decode(png.str());
 }
 
-/// Columns from `left` to `right` that have a pixel like this below the head.
+/// Columns from `left` to `right` that have such a pixel below the head.
 int ColumnsWith(const SPicture& picture, int left, int right, bool (*isWanted)(const std::array<int, 3>&)) {
     int columns = 0;
     for (int x = left; x < right; ++x) {
@@ -95,7 +95,7 @@ TEST(PlotPicture, ShowsTheBinsWhereTheyLie) {
     auto plot = still;
     for (std::size_t i = 0; i < 50; ++i) plot.before.amplitude.bins[i] = {-0.5, 0.5};
     for (std::size_t i = 50; i < 100; ++i) plot.after.amplitude.bins[i] = {-0.5, 0.5};
-    // The legend and its letters are the same in both.
+    // The legend and its text are the same in both.
     const auto empty = Draw(still), full = Draw(plot);
     const auto more = [&](int left, int right, bool (*isWanted)(const std::array<int, 3>&)) {
         return ColumnsWith(full, left, right, isWanted) - ColumnsWith(empty, left, right, isWanted);

@@ -79,7 +79,7 @@ TEST_F(Plot, HasTheLevelsOfAKnownSound) {
     // Two channels of a sine near 1 kHz are as loud in LUFS as their level in dBFS is (BS.1770).
     const auto& before = data.at("short_term_loudness before");
     const auto& after = data.at("short_term_loudness after");
-    if (!before["highest"].empty()) { // where the build measures it
+    if (!before["highest"].empty()) { // only if the build measures it
         EXPECT_NEAR(before["bin_seconds"].get<double>(), 0.1, 1e-9);
         ASSERT_EQ(before["highest"].size(), 50u);
         EXPECT_TRUE(before["highest"][28].is_null()); // three seconds end with the thirtieth
@@ -88,7 +88,7 @@ TEST_F(Plot, HasTheLevelsOfAKnownSound) {
             EXPECT_NEAR(after["highest"][i].get<double>(), level - 6, 0.1);
         }
     }
-    // The fader has the same gain at any level: there is no reduction.
+    // The fader has the same gain at any level, so there is no reduction.
     for (const auto& gain : data.at("gain effect")["lowest"]) EXPECT_NEAR(gain.get<double>(), -6, 1e-3);
     for (const auto& gain : data.at("gain_reduction effect")["lowest"])
         EXPECT_NEAR(gain.get<double>(), 0, 1e-3);
@@ -100,7 +100,7 @@ TEST_F(Plot, TellsHowFarALimiterHoldsAToneDown) {
         RunHost({"render", "-p", Utf8(PluginFile()), "--profile", Utf8(PluginProfile()), Path("in.wav"), "-o",
             Path("out.wav"), "--set", "Threshold (1)=-12 dB", "--plot-data", Path("d.json")});
     ASSERT_EQ(run.code, 0) << run.errors;
-    // Driven by 12 dB the tone would stand 12 - 6.02 dB above full scale, which is the ceiling.
+    // Driven by 12 dB, the tone would be 12 - 6.02 dB above full scale, which is the ceiling.
     const double expected = -(12 + 20 * std::log10(0.5));
     const auto reduction = DataOf("d.json").at("gain_reduction effect");
     ASSERT_EQ(reduction["lowest"].size(), 100u);
@@ -123,7 +123,7 @@ TEST_F(Plot, LaysBeforeOverAfterToTheFrame) {
     for (const char* signal : {"before", "after"}) {
         const auto highest =
             data.at(std::string("amplitude ") + signal)["highest"].get<std::vector<double>>();
-        ASSERT_EQ(highest.size(), 3000u); // a bin each, for as few
+        ASSERT_EQ(highest.size(), 3000u); // so few frames get a bin each
         EXPECT_EQ(std::ranges::max_element(highest) - highest.begin(), 1234) << signal;
     }
 }
@@ -181,7 +181,7 @@ TEST_F(Plot, TellsOfSamplesThatAreNoNumbersAndLeavesThemOut) {
     EXPECT_FALSE(peaks.empty());
     for (const auto& peak : peaks) EXPECT_LT(peak.get<double>(), -6);
     const auto gains = DataOf("d.json").at("gain effect")["highest"];
-    EXPECT_TRUE(gains[1].is_null()); // the window of 480 frames with the two in it
+    EXPECT_TRUE(gains[1].is_null()); // the window of 480 frames that contains the two
     EXPECT_NEAR(gains[2].get<double>(), 0, 1e-3);
 }
 
@@ -220,7 +220,7 @@ TEST_F(Plot, IsNotThereWhenTheAudioCannotBeWritten) {
 
 TEST_F(Plot, NeverReplacesAnInputOrTheOutput) {
     WriteWav(_folder / "in.wav", Noise(1, 4800, 0.5f));
-    WriteWav(_folder / "in.csv", Noise(1, 4800, 0.5f)); // the ending of an input does not matter
+    WriteWav(_folder / "in.csv", Noise(1, 4800, 0.5f)); // the extension of an input doesn't matter
     EXPECT_EQ(Run({"--plot-data", Path("in.csv")}, "fader", "in.csv").code, 2);
     EXPECT_EQ(Run({"--plot-data", Path("d.csv"), "--save-state", Path("d.csv")}, "keeper").code, 2);
     for (const char* name : {"d.txt", "out.wav", "d"}) {

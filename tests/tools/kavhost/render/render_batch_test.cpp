@@ -16,7 +16,7 @@ namespace {
 
 class Jobs : public testing::Test {
 protected:
-    /// All inputs of the folder "in" to a folder of this name, their pictures and data as well.
+    /// Renders all inputs of the folder "in" to a folder of this name, with their pictures and data.
     SRun Run(const std::string& output, const std::vector<std::string>& more) {
         const auto path = Utf8(_folder / output);
         std::vector<std::string> arguments{"render", "-p", Utf8(EffectFile("fader")), "-o", path, "--set",
@@ -29,7 +29,7 @@ protected:
 
     void WriteInputs() {
         std::filesystem::create_directory(_folder / "in");
-        for (int i = 0; i < 6; ++i) { // the last are the shortest: they overtake
+        for (int i = 0; i < 6; ++i) { // the last ones are the shortest, so they finish first
             auto audio =
                 Noise(1 + i % 2, static_cast<std::size_t>(40000 >> i), 0.1f * static_cast<float>(i + 1));
             WriteWav(_folder / "in" / (std::to_string(i) + ".wav"), audio);
@@ -39,7 +39,7 @@ protected:
     std::filesystem::path _folder = NewFolder();
 };
 
-/// What remains is a matter of the clock, or of the name.
+/// The reports without what depends on the clock or the name.
 nlohmann::json WithoutTimes(const SRun& run) {
     auto reports = nlohmann::json::parse(run.out);
     for (auto& report : reports) {

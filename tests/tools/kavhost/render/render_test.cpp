@@ -16,7 +16,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-/// Files of a test's own folder through kavhost, in this process.
+/// Runs files in the test's own folder through kavhost, in this process.
 class Render : public testing::Test {
 protected:
     std::string Path(const std::string& name) const { return Utf8(_folder / PathOf(name)); }

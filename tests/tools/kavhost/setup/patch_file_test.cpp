@@ -20,7 +20,7 @@ const std::int32_t Fader = KAV::VST::FourCharacters('t', 'f', 'a', 'd');
 
 class PatchFile : public testing::Test {
 protected:
-    /// Applies a file of these bytes; the message of what went wrong.
+    /// Applies a file of these bytes; returns the error message.
     std::string Apply(const std::string& bytes, CEffect& effect, const std::string& name = "p.fxp") {
         WriteBytes(_folder / PathOf(name), bytes);
         try {
@@ -46,7 +46,7 @@ TEST_F(PatchFile, OfOneChunkIsGivenToTheEffect) {
     EXPECT_EQ(Apply(ChunkRecord(Keeper, KeeperChunk("PROG", {0.25f, 0.5f, 0.75f})), _keeper), "no error");
     EXPECT_EQ(_keeper.Parameter(0), 0.25f);
     EXPECT_EQ(_keeper.Parameter(2), 0.75f);
-    EXPECT_EQ(_keeper.ProgramName(), "First"); // the chunk is the effect's affair, name and all
+    EXPECT_EQ(_keeper.ProgramName(), "First"); // the chunk, including the name, belongs to the effect
 }
 
 TEST_F(PatchFile, OfValuesSetsParametersAndTheName) {
@@ -86,7 +86,7 @@ TEST_F(PatchFile, OfAnotherPlugInIsRefused) {
 TEST_F(PatchFile, OfTextIsTakenOnlyAsTheEffectTakesIt) {
     const auto text = "<plugin_id>" + std::to_string(Keeper) + "</plugin_id>";
     EXPECT_EQ(Apply(text, _keeper, "p.kvp"), "p.kvp: Test Keeper does not accept this patch");
-    // What stands behind the zero is no part of the text.
+    // Bytes after the zero aren't part of the text.
     EXPECT_EQ(Apply(std::string(1, '\0') + text, _keeper, "p.kvp"),
         "Patch \"p.kvp\" was created for another plug-in");
 }
@@ -110,7 +110,7 @@ TEST_F(PatchFile, IsReadNoFurtherThanItGoesWhateverSizesItClaims) {
         EXPECT_TRUE(Contains(Apply(WithNumber(values, 24, size), _keeper), "too short")) << size;
         EXPECT_TRUE(Contains(Apply(WithNumber(chunk, 56, size), _keeper), "too short")) << size;
     }
-    // A chunk of no bytes is whole, but nothing that an effect would take.
+    // A chunk of no bytes is complete, but no effect would take it.
     EXPECT_TRUE(Contains(Apply(WithNumber(chunk, 56, 0), _keeper), "does not accept this patch"));
     EXPECT_EQ(Apply(WithNumber(values, 24, 0), _keeper), "no error");
     EXPECT_EQ(_keeper.Parameter(0), 1.0f);

@@ -13,7 +13,7 @@ using namespace KAV::Tests;
 
 namespace {
 
-/// The fader: Gain -24 to 24 dB, Mode of three words, Time falling from 1000 to 0.01 ms, Switch of 1, 2, 4,
+/// The fader: Gain -24 to 24 dB, Mode with three texts, Time falling from 1000 to 0.01 ms, Switch of 1, 2, 4,
 /// 8, Slow.
 class Settings : public testing::Test {
 protected:
@@ -49,7 +49,7 @@ TEST_F(Settings, ByIndexTakeTheHostsValue) {
 TEST_F(Settings, ByNameTakeTheProfilesQuantity) {
     EXPECT_EQ(Set("gain: ALL = -12 dB", &_profile).value, 0.25f);
     EXPECT_NEAR(Set("Fall Time=1 ms", &_profile).value, 0.4, 1e-7);
-    EXPECT_EQ(Set("2=0.5", &_profile).value, 0.5f); // an index works with a profile, too
+    EXPECT_EQ(Set("2=0.5", &_profile).value, 0.5f); // an index also works with a profile
 }
 
 TEST_F(Settings, ByDisplayFindTheMiddleOfWhatShowsTheNumber) {
@@ -103,7 +103,7 @@ TEST_F(Settings, LeaveTheEffectAsTheySay) {
     const auto settings =
         ResolveSettings(std::vector<std::string>{"0:-6", "1:Hard", "0=0.25"}, _effect, nullptr);
     EXPECT_EQ(settings.size(), 3u);
-    EXPECT_EQ(_effect.Parameter(0), 0.25f); // the last word counts
+    EXPECT_EQ(_effect.Parameter(0), 0.25f); // the last one counts
     EXPECT_EQ(_effect.Parameter(1), 1.0f);
     CEffect fresh(_library, {48000, 512});
     ApplySettings(settings, fresh);

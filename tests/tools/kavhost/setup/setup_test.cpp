@@ -15,7 +15,7 @@ namespace {
 
 const std::int32_t Keeper = KAV::VST::FourCharacters('t', 'k', 'e', 'p');
 
-/// The options of state on effects of other makers, in files of a test's own folder.
+/// The options for states, on effects of other vendors, with files in the test's own folder.
 class Setup : public testing::Test {
 protected:
     std::string Path(const std::string& name) const { return Utf8(_folder / PathOf(name)); }
@@ -74,7 +74,7 @@ TEST_F(Setup, IsThatOfRenderToo) {
         for (float& sample : half) sample *= 0.5f;
         EXPECT_EQ(Rendered(audio, {"--state", Path("s"), "--save-state", Path("again")}), half);
         EXPECT_EQ(BytesOf(_folder / "again"), BytesOf(_folder / "s"));
-        EXPECT_EQ(Rendered(audio, {}), audio.samples); // no routing for a state that is no text
+        EXPECT_EQ(Rendered(audio, {}), audio.samples); // no routing for a state that isn't text
     }
 }
 
@@ -107,7 +107,7 @@ TEST_F(Setup, FailsForAStateThatTheEffectRefuses) {
 TEST_F(Setup, TakesNoFileOfAnAbsurdSize) {
     WriteBytes(_folder / "large", "x");
     std::filesystem::resize_file(
-        _folder / "large", (std::uintmax_t{64} << 20) + 1); // of zeros that take no disk
+        _folder / "large", (std::uintmax_t{64} << 20) + 1); // zeros that take no disk space
     const auto run = Info("keeper", {"--state", Path("large")});
     EXPECT_EQ(run.code, 1);
     EXPECT_TRUE(Contains(run.errors, "large: too large\n")) << run.errors;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::int32_t Limiter = KAV::VST::FourCharacters('s', 'o', 'r', 'l');
 
-/// The product's own library under the options of state.
+/// The product's own library with the options for states.
 class State : public testing::Test {
 protected:
     std::string Path(const std::string& name) const { return Utf8(_folder / PathOf(name)); }
@@ -45,13 +45,13 @@ protected:
         EXPECT_EQ(run.code, 0) << run.errors;
         return ReadWav(_folder / "out.wav");
     }
-    /// The bank's state with these settings.
+    /// The bank's state after these settings.
     std::string Saved(std::vector<std::string> more) {
         more.insert(more.end(), {"--save-state", Path("saved")});
         Info(more);
         return BytesOf(_folder / "saved");
     }
-    /// The same as a patch, which is the text up to where the routings of a bank begin, and its macros.
+    /// The same as a patch: the text up to where a bank's routings begin, and its macros.
     std::string Patch(const std::vector<std::string>& settings) {
         const auto bank = Saved(settings);
         return bank.substr(0, bank.find("<kav_input_routing>")) + std::string(1, '\0');
@@ -91,15 +91,15 @@ TEST_F(State, LimitsEveryChannelOfAFileAndLeavesNoneLate) {
         WriteWav(_folder / "in.wav", audio);
         const auto out = Rendered(Drive);
         ASSERT_EQ(out.samples.size(), audio.samples.size());
-        // The ceiling, and what one tap of the smoothing window, of weight 1 / size^2, lets pass when it
-        // comes a sample late: of a driven peak that much of its gain step.
+        // The ceiling, plus what one tap of the smoothing window, of weight 1 / size^2, lets pass because it
+        // is a sample late: this fraction of a driven peak's gain step.
         const double driven = 0.9 * std::pow(10.0, 12 / 20.0);
         const double most = std::pow(10.0, -6 / 20.0) * (1 + (driven - 1) / (33.0 * 33.0)) + 1e-6;
         for (int c = 0; c < channels; ++c) {
             EXPECT_LE(static_cast<double>(Peak(out, c)), most) << c;
             EXPECT_GT(Peak(out, c), 0.4f) << c;
         }
-        // The same gain for all channels at the same time: each is its input, sample under sample.
+        // All channels have the same gain at the same time: each is its input, sample by sample.
         for (std::size_t i = 0; i + static_cast<std::size_t>(channels) <= audio.samples.size();
              i += static_cast<std::size_t>(channels)) {
             for (std::size_t c = 1; c < static_cast<std::size_t>(channels); ++c) {
@@ -128,7 +128,7 @@ TEST_F(State, TakesARoutingsEntriesAndNoOthers) {
     const auto out = Rendered(arguments);
     for (std::size_t c = 0; c < 6; ++c) {
         const bool isRouted = c == 0 || c == 2 || c == 4;
-        // A channel of no group comes through as it is.
+        // A channel of no group passes unchanged.
         bool isSame = true;
         for (std::size_t i = c; i < audio.samples.size(); i += 6)
             isSame = isSame && out.samples[i] == audio.samples[i];
@@ -151,7 +151,7 @@ TEST_F(State, BringsItsOwnRoutingUnlessAnotherIsAskedFor) {
     WriteBytes(_folder / "p.kvp", Patch({}));
     Rendered({"--patch", Path("p.kvp"), "--save-state", Path("s")});
     EXPECT_EQ(Map(BytesOf(_folder / "s")), "0,-1|*|1,-1|*|2,-1|*|3,-1|*|4,-1|*|5,-1");
-    EXPECT_EQ(Shown(Info({"--state", Path("s")}), "ToolCh6 (1)"), "On"); // which the patch has off
+    EXPECT_EQ(Shown(Info({"--state", Path("s")}), "ToolCh6 (1)"), "On"); // which is off in the patch
 }
 
 TEST_F(State, SavedIsTheOneThatWasHeard) {
@@ -160,7 +160,7 @@ TEST_F(State, SavedIsTheOneThatWasHeard) {
         const auto first = Rendered({"--set", "Threshold (1)=-12 dB", "--set", "Release (1)=1 ms", "--os",
             "2", "--simd", "on", "--save-state", Path("s")});
         EXPECT_NE(first.samples, Rendered({}).samples);
-        // A state has six decimals of each value, the first run had all of them.
+        // A state stores six decimals of each value, while the first run used all of them.
         const auto again = Rendered({"--state", Path("s"), "--save-state", Path("s2")});
         float difference = 0;
         for (std::size_t i = 0; i < first.samples.size(); ++i)
@@ -209,7 +209,7 @@ TEST_F(State, OfAPatchFromAHostsFile) {
 
 TEST_F(State, OfAPatchCutOffAnywhereIsTakenOrRefused) {
     const auto whole = Patch({});
-    const auto named = whole.find("</plugin_id>") + 1; // from here on the number has its end
+    const auto named = whole.find("</plugin_id>") + 1; // from here on the number is complete
     for (std::size_t size = 1; size < whole.size(); size += size < 400 ? 1 : 97) {
         WriteBytes(_folder / "cut.kvp", whole.substr(0, size));
         EXPECT_EQ(Run({"info", "--patch", Path("cut.kvp")}).code, size < named ? 1 : 0) << size;

@@ -80,7 +80,7 @@ TEST(StateText, StaysAsItIsWhenItHasNoPlaceForARouting) {
              Head, Head + Toggles(16, 2),                                       // no routing
              Head + Toggles(16, 2) + Block("1", "0,-1"),                        // of another group
              Head + Toggles(2, 2) + Block("0", "0,-1"),                         // too few toggles
-             Head + Toggles(16, 2) + "<kav_input_routing>\r\n\t<fx>0</fx>\r\n", // one that does not end
+             Head + Toggles(16, 2) + "<kav_input_routing>\r\n\t<fx>0</fx>\r\n", // one without an end
          }) {
         auto state = State(bytes);
         EXPECT_FALSE(state.SetRouting(routing)) << bytes;
@@ -124,7 +124,7 @@ TEST(StateText, CutOffAnywhereIsEditedOrLeftAsItIs) {
     const std::string whole = Head + Toggles(16, 2) + Block("0", "0,-1|*|1,-1") + "<simd>0</simd>\r\n";
     const auto routing = RoutingOfChannels(6);
     const auto routed = Head + Toggles(16, 6);
-    // Both edits need all that stands before them.
+    // Both edits need everything before them.
     const auto leastToRoute = whole.find("</kav_input_routing>") + 20;
     const auto leastToSwitch = whole.find("</simd>") + 2;
     for (std::size_t size = 36; size <= whole.size(); ++size) {
