@@ -1,5 +1,5 @@
-# Libraries of headers only are the same for every system, but on a cross build their folder, /usr/include, would bring
-# in the headers of this one's C library: links to the libraries alone make a folder of their own.
+# Header-only libraries are the same for every system. But in a cross build their folder, /usr/include, would also
+# provide the headers of this system's C library. So links to just those libraries make up a separate folder.
 
 # kav_header_libraries(<target> <folder>...): an interface target with these folders of /usr/include on its path.
 function(kav_header_libraries target)

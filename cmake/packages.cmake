@@ -1,9 +1,9 @@
-# What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb of the preset "release", a .zip
-# of the preset "mingw".
+# What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb for the preset "release", a
+# .zip for the preset "mingw".
 #
-# kavhost looks beside itself for the plug-in, its profile and the factory content. On Linux all of that is one folder
-# of its own, with links: from the command in bin, and to the library where hosts look for it.
-set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # tests and benchmarks are part of "all", and of no package
+# kavhost searches its own folder for the plug-in, its profile and the factory content. On Linux that is a separate
+# folder with links: from the command in bin, and to the library where hosts search for it.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # "all" includes tests and benchmarks, which no package contains
 
 set(content_folders "${CMAKE_BINARY_DIR}/content/Patches" "${CMAKE_BINARY_DIR}/content/Routings")
 set(name kav-sorrel-limiter)
@@ -25,7 +25,7 @@ else()
     install(FILES packaging/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
     install(DIRECTORY docs DESTINATION ${documents})
 
-    # install_compressed(<file> <place>): without name and date inside, so that equal sources give equal packages.
+    # install_compressed(<file> <place>): stores no name or date inside, so that equal sources give equal packages.
     function(install_compressed file place)
         get_filename_component(folder ${place} DIRECTORY)
         install(CODE "
@@ -72,7 +72,7 @@ else()
     set(CPACK_DEBIAN_PACKAGE_SECTION sound)
     set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-    # Loaded when they are there: the clipboard and the description of the screen.
+    # Loaded if present: for the clipboard and the description of the screen.
     set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libxcb1, libxcb-randr0")
 endif()
 include(CPack)

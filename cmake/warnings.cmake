@@ -1,28 +1,28 @@
-# Compile options that belong to our own code, as targets to link with: never global, never forced on a dependency.
+# Compile options for our own code, as targets to link with: never global, never forced on a dependency.
 
 add_library(kav_warnings INTERFACE)
 target_compile_options(kav_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wformat=2 -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # GCC 12 sees overlapping copies in the standard library's own strings (its bug 105651).
+    # GCC 12 wrongly warns of overlapping copies in the standard library's own strings (its bug 105651).
     target_compile_options(kav_warnings INTERFACE -Wduplicated-cond -Wlogical-op -Wno-restrict)
 endif()
 
-# What every object of the library needs: position independence, hidden names, and arithmetic that does not depend
-# on the compiler's mood. Contraction is off so that plain code and vector code give the same bits; fused
-# operations are written as intrinsics where they are wanted.
+# For every object of the library: position independence, hidden names, and arithmetic that doesn't depend on the
+# compiler's choices. Contraction is off so that plain code and vector code give the same bits; fused operations are
+# written as intrinsics where they are wanted.
 add_library(kav_codegen INTERFACE)
 target_compile_features(kav_codegen INTERFACE cxx_std_20)
 target_compile_options(kav_codegen INTERFACE -ffp-contract=off -fvisibility=hidden
     -fvisibility-inlines-hidden)
 
 if(KAV_SANITIZE)
-    # GCC 12 sees uninitialised values in the instrumented code of the standard library's own regular expressions; the
-    # other presets keep this warning.
+    # GCC 12 wrongly warns of uninitialised values in the instrumented code of the standard library's own regular
+    # expressions; the other presets keep this warning.
     target_compile_options(kav_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     add_compile_options(-fsanitize=${KAV_SANITIZE} -fno-omit-frame-pointer)
-    add_compile_definitions(KAV_SANITIZED) # each compiler has other names of its own for it
+    add_compile_definitions(KAV_SANITIZED) # the compilers' own macros for it differ
     add_link_options(-fsanitize=${KAV_SANITIZE})
     if(KAV_SANITIZE MATCHES "undefined")
         add_compile_options(-fno-sanitize-recover=undefined)
@@ -43,8 +43,8 @@ function(kav_library name)
         VERIFY_INTERFACE_HEADER_SETS ON)
 endfunction()
 
-# kav_alone(<source>...): sources that a unity build leaves to themselves, since what they keep to themselves has the
-# same names as what a neighbour does.
+# kav_alone(<source>...): sources that a unity build compiles alone, because their local names clash with a
+# neighbour's.
 function(kav_alone)
     set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()

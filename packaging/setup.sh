@@ -5,7 +5,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 logs=$root/build/log
 
-# Prints a line about what happens now, to standard error, because standard output belongs to the program that is run.
+# Prints a line about the current step to standard error, because standard output belongs to the program that is run.
 say() { printf '%s\n' "== $*" >&2; }
 
 # with_log NAME COMMAND...: runs the command silently; if it fails, prints the end of its output.

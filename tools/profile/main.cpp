@@ -45,7 +45,7 @@ void WriteProfile(std::ostream& out) {
     for (const std::int32_t tag : HostParamTable()) {
         const SParameter parameter = FindParameter(tag);
         std::array<char, TagNameCapacity> name{};
-        WriteParameterName(parameter, name); // names and units hold nothing that JSON would have to escape
+        WriteParameterName(parameter, name); // nothing in names and units needs escaping in JSON
         out << (index == 0 ? "" : ",") << "\n    {\"index\": " << index << ", \"tag\": " << tag
             << ", \"name\": \"" << name.data() << "\", \"unit\": \"" << parameter.row->unit << "\", ";
         WriteLaw(out, *parameter.row);
