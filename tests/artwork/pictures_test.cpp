@@ -197,7 +197,7 @@ TEST_P(States, DifferInLuminanceAndShape) {
         for (int u = 0; u < a.width; ++u)
             difference += std::abs(BrightnessAt(a, u, v) - BrightnessAt(b, u, v));
     }
-    EXPECT_GT(difference / (a.width * a.height), 2.5) << "of 255, in the mean";
+    EXPECT_GT(difference / (a.width * a.height), 2.5) << "of 255, on average";
 
     const auto edgesA = EdgesOf(a);
     const auto edgesB = EdgesOf(b);

@@ -179,7 +179,7 @@ TEST(ParameterDisplays, AreComputedInDoublePrecisionAndRoundedOnce) {
                 EXPECT_EQ(effect.Display(law.index), wanted) << law.index << " at " << x;
             }
         }
-        EXPECT_GE(apart, 5) << law.index << ": there have to be such positions";
+        EXPECT_GE(apart, 5) << law.index << ": there must be such positions";
     }
 }
 

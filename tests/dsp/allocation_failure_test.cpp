@@ -79,7 +79,7 @@ void ExpectFailuresLeaveTheOldState(bool automaticGain, const std::function<void
     const int newLatency = expected.engine.Latency();
     const Audio after = expected.Run(4);
     for (std::size_t nth = 1;; ++nth) {
-        ASSERT_LT(nth, 10000u) << "it never succeeds";
+        ASSERT_LT(nth, 10000u) << "the change never succeeds";
         SSubject subject(automaticGain);
         bool failed = false;
         try {

@@ -119,5 +119,5 @@ TEST(AutoGainScenarios, EqualThePlainModelBitForBit) {
             m.adjusted, m.held, m.clampedUp, m.clampedDown, m.suspended, m.wrapped};
         for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += counts[i];
     }
-    for (const int sum : sums) EXPECT_GT(sum, 1000) << "the comparison says too little of some branch";
+    for (const int sum : sums) EXPECT_GT(sum, 1000) << "some branch was taken too rarely";
 }

@@ -51,7 +51,7 @@ TEST_F(AutomaticGain, BringsTheOutputToTheInputsLoudness) {
     EXPECT_FALSE(stage.IsAdjusting());
     EXPECT_NEAR(stage.CorrectedRatio(), 1.0, 1e-3);
     EXPECT_LT(Run(0.5f, 0.5f, 3), 0.45f);
-    EXPECT_TRUE(stage.IsAdjusting()) << "outside the tolerance it begins again";
+    EXPECT_TRUE(stage.IsAdjusting()) << "outside the tolerance it starts again";
     EXPECT_NEAR(Run(0.5f, 0.5f, 400), 0.5f, 1e-3f);
 }
 
@@ -106,7 +106,7 @@ TEST_F(AutomaticGain, AnotherTimeEmptiesAllWindows) {
     EXPECT_NEAR(stage.Ratio(), 2.0, 1e-6);
     settings.rmsTime = 100.0;
     Run(0.25f, 0.25f, 1, false);
-    EXPECT_NEAR(stage.Ratio(), 1.0, 1e-6) << "nothing is left of what was louder";
+    EXPECT_NEAR(stage.Ratio(), 1.0, 1e-6) << "the louder part has left the window";
 }
 
 TEST_F(AutomaticGain, TimesOutsideTheWindowsRoomAreHeldToIt) {

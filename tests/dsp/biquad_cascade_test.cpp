@@ -195,7 +195,7 @@ TEST(BiquadCascade, PlaceThatAPassDoesNotTakeKeepsItsDelays) {
         Filter(cascade, three, features);
         Channels again(4, std::vector<float>(64, 0.0f));
         Filter(cascade, again, features);
-        EXPECT_GT(std::fabs(again[3][0]), 0.5f) << "the fourth goes on from the ones it had";
+        EXPECT_GT(std::fabs(again[3][0]), 0.5f) << "the fourth continues from its own delays";
         EXPECT_LT(std::fabs(again[0][0]), 0.1f);
     }
 }

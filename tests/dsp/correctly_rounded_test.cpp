@@ -12,7 +12,8 @@ double WideExponential(double x);
 using namespace KAV;
 
 TEST(CorrectlyRounded, GiveTheLibrarysBits) {
-    if (Tests::ProcessorPaths().back() != DSP::EProcessorPath::Wide) GTEST_SKIP() << "nobody calls them here";
+    if (Tests::ProcessorPaths().back() != DSP::EProcessorPath::Wide)
+        GTEST_SKIP() << "not used on this processor";
     std::mt19937_64 random(1);
     for (int i = 0; i < 300000; ++i) {
         const double x = static_cast<double>((random() >> 11) + 1) * 0x1p-53; // above 0, at most 1

@@ -26,9 +26,9 @@ TEST(EngineScenarios, EqualThePlainModelBitForBit) {
         Tests::CEngineSubject engine;
         const auto result = Reference::RunScenario(seed, *reference, engine);
         ASSERT_TRUE(result.equal) << result.difference;
-        ASSERT_EQ(engine.SystemCalls(), 0u) << "memory or locks on the audio thread, scenario " << seed;
+        ASSERT_EQ(engine.SystemCalls(), 0u) << "allocations or locks on the audio thread, scenario " << seed;
     }
     std::string rare;
     for (const auto& name : coverage.UncoveredBelow(20)) rare += name + ' ';
-    EXPECT_EQ(rare, "") << "these cases came up less than 20 times; the comparison says too little of them";
+    EXPECT_EQ(rare, "") << "these cases occurred less than 20 times, too rarely for the comparison";
 }

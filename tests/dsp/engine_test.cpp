@@ -195,7 +195,7 @@ TEST_F(Engine, BlockBeforeAnyAnnouncementIsProcessed) {
     std::vector<float> samples(3000, 0.5f);
     std::vector<float*> channels{samples.data()};
     fresh.Process(channels.data(), nullptr, 1, 3000);
-    EXPECT_EQ(samples[0], 0.5f) << "positions of 0 everywhere: the main gains stand at their start";
+    EXPECT_EQ(samples[0], 0.5f) << "all positions are 0, so the main gains are at their start";
 }
 
 TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
@@ -210,7 +210,7 @@ TEST_F(Engine, SixteenChannelsRunAndMoreAreLeftAlone) {
 
 TEST_F(Engine, SourceMeterReadsAChannelThatTheGateHasDropped) {
     Settle({0.1f, 1e-8f}, 7 * 48000 / static_cast<int>(Block)); // two seconds after the drop
-    EXPECT_GT(engine.Meters().Source(1), 1.0f / 7.0f) << "it still reads the buffer, at -160 dB";
+    EXPECT_GT(engine.Meters().Source(1), 1.0f / 7.0f) << "the meter still reads the buffer, at -160 dB";
     EXPECT_EQ(engine.Meters().Input(1), 0.0f);
     EXPECT_EQ(engine.Meters().Output(1), 0.0f);
     EXPECT_GT(engine.Meters().Input(0), 0.0f);
@@ -249,7 +249,7 @@ TEST_F(Engine, GroupThatIsNotShownKeepsCollectingItsInputPeaks) {
     EXPECT_LT(engine.Meters().Input(0), 0.1f);
     engine.currentGroup = 1;
     Settle({0.01f, 0.01f}, 1);
-    EXPECT_GT(engine.Meters().Input(0), 0.99f) << "the spike shows when the group does";
+    EXPECT_GT(engine.Meters().Input(0), 0.99f) << "the spike is shown once the group is";
     EXPECT_LT(engine.Meters().Output(0), 0.1f);
 }
 
@@ -273,7 +273,7 @@ TEST_F(Engine, MetersGlideFromTheOldGroupsValues) {
     EXPECT_GT(after, 0.8f * before);
     Settle({0.9f, 0.9f}, 1000);
     EXPECT_EQ(engine.Meters().Input(0), 0.0f);
-    EXPECT_GT(engine.Meters().Group(0), 0.9f) << "groups have meters of their own";
+    EXPECT_GT(engine.Meters().Group(0), 0.9f) << "groups have their own meters";
     EXPECT_EQ(engine.Meters().Group(3), 0.0f);
 }
 

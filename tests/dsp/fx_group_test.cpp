@@ -79,7 +79,7 @@ TEST_F(Group, LimiterOffKeepsItsDelayLinesForLater) {
     std::array<float*, 1> channels{samples.data()};
     group.Prepare(settings, 0, Block, 1);
     group.Process(channels, dry);
-    EXPECT_EQ(samples[0], 0.5f) << "what the delay line held when the limiter was switched off";
+    EXPECT_EQ(samples[0], 0.5f) << "the content of the delay line when the limiter was switched off";
 }
 
 TEST_F(Group, ProbesHoldThePeaksBeforeAndBehindTheLimiter) {
@@ -216,5 +216,5 @@ TEST_F(Group, LimiterRestsUnderFullBypass) {
     std::array<float*, 1> channels{samples.data()};
     group.Prepare(settings, 0, Block, 1);
     group.Process(channels, dry);
-    EXPECT_GT(samples[0], 0.0f) << "what it held before bypass was complete";
+    EXPECT_GT(samples[0], 0.0f) << "the content of the delay line before bypass was complete";
 }

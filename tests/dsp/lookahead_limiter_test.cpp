@@ -282,7 +282,7 @@ TEST_P(LimiterOnPath, BothReleaseStatesAreKeptWhenTheReleaseIsSwitched) {
     channel.Run(std::vector<float>(48000, 0.1f)); // the automatic one stays at unity
     channel.limiter.SetParams(FullScale, FullScale, ReleasePosition(1.0), false);
     const auto out = channel.Run(std::vector<float>(400, 0.1f));
-    EXPECT_NEAR(out[399] / 0.1f, 0.25f, 0.02f) << "the fixed release goes on from where it was left";
+    EXPECT_NEAR(out[399] / 0.1f, 0.25f, 0.02f) << "the fixed release continues from its previous state";
 }
 
 TEST_P(LimiterOnPath, RateChangeRestartsWithSilence) {
@@ -291,21 +291,21 @@ TEST_P(LimiterOnPath, RateChangeRestartsWithSilence) {
     channel.limiter.SetRate(96000);
     const auto out = channel.Run(std::vector<float>(200, 0.5f));
     for (std::size_t i = 0; i < 128; ++i) EXPECT_EQ(out[i], 0.0f);
-    EXPECT_EQ(out[128], 0.5f) << "gain is back at unity";
+    EXPECT_EQ(out[128], 0.5f) << "the gain is back at unity";
 }
 
 TEST_P(LimiterOnPath, LatchReportsTheLowestGainSinceTheLastOne) {
     CLimiterOnAChannel channel(48000, 0.001);
     EXPECT_EQ(channel.limiter.ReportedGain(), 1.0);
     channel.Run(std::vector<float>(2000, 4.0f));
-    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "nobody has asked";
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "not requested yet";
     channel.Run(std::vector<float>(48000, 0.1f));
     channel.limiter.Latch();
     channel.Run({0.1f});
     EXPECT_NEAR(channel.limiter.ReportedGain(), 0.25, 1e-6);
     channel.limiter.Latch();
     channel.Run({0.1f});
-    EXPECT_NEAR(channel.limiter.ReportedGain(), 1.0, 1e-6) << "the minimum began anew with the latch";
+    EXPECT_NEAR(channel.limiter.ReportedGain(), 1.0, 1e-6) << "the latch restarts the minimum";
 }
 
 TEST_P(LimiterOnPath, LatchIsAnsweredOnce) {
@@ -324,7 +324,7 @@ TEST_P(LimiterOnPath, LatchIsAnsweredByACallOfNoLength) {
     EXPECT_NEAR(channel.limiter.ReportedGain(), 0.5, 1e-6);
     channel.limiter.Latch();
     channel.Run({});
-    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "no sample since: nothing was reduced";
+    EXPECT_EQ(channel.limiter.ReportedGain(), 1.0) << "no samples since, so no reduction";
 }
 
 TEST_P(LimiterOnPath, RateChangeDoesNotResetTheMinimum) {
@@ -382,7 +382,7 @@ TEST_P(LimiterOnPath, DelayLinesBelongToPlacesInTheList) {
     std::vector<float> third(64, 0.0f);
     std::array<float*, 1> one{third.data()};
     limiter.Process(one, 64);
-    EXPECT_EQ(third[0], 0.25f) << "another channel at the same place finds what its predecessor left";
+    EXPECT_EQ(third[0], 0.25f) << "a channel takes over the delay of the previous one at its place";
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -44,7 +44,7 @@ TEST(Meters, RiseAtOnceAndFallByNinetyNinePercentInTheirTime) {
         EXPECT_NEAR(meters.Input(5), expected, 1e-4f);
         EXPECT_EQ(meters.Output(5), meters.Input(5));
         for (int block = 0; block < 2 * blocksPerSecond; ++block) meters.StepEntries(0, All(1.0f), All(1.0f));
-        EXPECT_EQ(meters.Input(5), 0.0f) << "the last hundredth goes in one step";
+        EXPECT_EQ(meters.Input(5), 0.0f) << "the last hundredth is covered in one step";
     }
 }
 
@@ -61,5 +61,5 @@ TEST(Meters, OfEntriesWithoutAPeakFallWhateverTheArrayHolds) {
     for (int block = 0; block < 1000; ++block) meters.StepSources(0, All(1.0f));
     EXPECT_EQ(meters.Source(0), 0.0f);
     meters.StepSources(Bit(0), All(0.5f));
-    EXPECT_GT(meters.Source(0), 0.0f) << "a meter that has come to rest starts again";
+    EXPECT_GT(meters.Source(0), 0.0f) << "a meter at rest starts again";
 }

@@ -110,7 +110,7 @@ TEST(Oversampler, FactorChangeEmptiesTheFiltersAndAQualityChangeDoesNot) {
     oversampler.SetHighQuality(false);
     std::vector<float> tail(256, 0.0f);
     There(oversampler, tail);
-    EXPECT_GT(std::fabs(tail[0]), 1e-3f) << "the standard pair goes on from its own delays";
+    EXPECT_GT(std::fabs(tail[0]), 1e-3f) << "the standard pair continues from its own delays";
     There(oversampler, loud);
     oversampler.SetFactor(4);
     oversampler.SetFactor(2);

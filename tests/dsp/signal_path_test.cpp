@@ -423,7 +423,7 @@ TYPED_TEST(SignalPath, TakesSixteenSlotsOfALongerMap) {
     for (const bool parallel : {false, true}) {
         this->settings.groupsParallel = parallel;
         EXPECT_NEAR(this->Settled(std::vector<float>(16, 0.01f))[15], 0.01f, 1e-6f)
-            << "the last channel comes after the sixteenth place and passes by";
+            << "the last channel comes after the sixteenth place and is left unchanged";
     }
 }
 

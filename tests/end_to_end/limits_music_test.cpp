@@ -49,5 +49,5 @@ TEST(RealMusic, CeilingScalesTheSameLimitedSignal) {
 TEST(RealMusic, BelowTheThresholdItComesBackBitForBit) {
     auto music = RealMusic();
     for (float& x : music.samples) x *= 0.25f;
-    EXPECT_EQ(Render(music, "").samples, music.samples) << "unity gain everywhere, and the delay taken out";
+    EXPECT_EQ(Render(music, "").samples, music.samples) << "unity gain everywhere, and the delay removed";
 }

@@ -49,7 +49,7 @@ SMusic RealMusic() {
     SMusic music = ReadMusic("/usr/share/games/asc/music/machine_wars.mp3"); // of the package asc-music
     const auto second = static_cast<std::ptrdiff_t>(music.channels * music.rateHz);
     if (music.samples.size() < static_cast<std::size_t>(140 * second)) {
-        ADD_FAILURE() << "the track is shorter than it was";
+        ADD_FAILURE() << "the track is too short";
         return music;
     }
     music.samples = {music.samples.begin() + 120 * second, music.samples.begin() + 140 * second};

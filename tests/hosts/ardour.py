@@ -27,7 +27,7 @@ def prepare_home(home, plugins):
 
 
 def scan(test, library):
-    """Leaves the scanner's answer in the cache from which a session knows its plug-ins."""
+    """Writes the scanner's answer to the cache in which a session finds its plug-ins."""
     # A cache counts only if it is newer than the library.
     hour_ago = library.stat().st_mtime - 3600
     os.utime(library, (hour_ago, hour_ago))
@@ -36,7 +36,7 @@ def scan(test, library):
 
 
 def write_preset(home, label, state):
-    """A user's preset as Ardour keeps it: a chunk under the effect's number."""
+    """A user's preset as Ardour stores it: a chunk under the effect's number."""
     root = Xml.Element("VSTPresets")
     preset = Xml.SubElement(root, "ChunkPreset", uri=f"VST:{UNIQUE_ID}:x0001", label=label, version="1010",
                             numParams=str(PARAMETERS))
@@ -46,7 +46,7 @@ def write_preset(home, label, state):
 
 
 def put_sound_on_track(session, file, sound):
-    """Ardour's Lua cannot import: the file becomes a region of the track in the saved session."""
+    """Ardour's Lua can't import, so the file is made a region of the track in the saved session."""
     shutil.copy(file, session.parent / "interchange" / session.parent.name / "audiofiles" / file.name)
     tree = Xml.parse(session)
     root = tree.getroot()
@@ -75,7 +75,7 @@ def put_sound_on_track(session, file, sound):
 
 
 def chunk_in(session):
-    """The effect's state as the session holds it, as a text."""
+    """The effect's state in the session, as text."""
     for effect in Xml.parse(session).getroot().iter("lxvst"):
         for chunk in effect.iter("chunk"):
             return base64.b64decode(chunk.text).rstrip(b"\0").decode()
@@ -87,7 +87,7 @@ def values_in(said):
 
 
 class Ardour(HostTest):
-    """The names of the tests tell what Ardour does; all of them look at one run of three processes."""
+    """Each test's name says what Ardour does; all of them check one run of three processes."""
 
     @classmethod
     def set_up_once(cls):
@@ -117,7 +117,7 @@ class Ardour(HostTest):
 
     @classmethod
     def run_session(cls, **settings):
-        """What Ardour's Lua said of the session, from its script's first word to its last."""
+        """The output of Ardour's Lua script about the session."""
         for _ in range(3):
             if not settings["KAV_OPEN"]:
                 shutil.rmtree(cls.session.parent, ignore_errors=True)
@@ -130,7 +130,7 @@ class Ardour(HostTest):
 
     @classmethod
     def is_exported(cls):
-        """The exporter may hang or end in any way after its work, and before: the file tells."""
+        """The exporter may hang or end in any way, before or after its work, so only the file counts."""
         try:
             return read_wav(cls.exported).frames == cls.sound.frames
         except (OSError, AssertionError):

@@ -38,13 +38,13 @@ WAV_10000=6
 
 
 def group_of_effect(part):
-    """The name under which Audacity keeps something of the effect's."""
+    """The name under which Audacity stores something of the effect."""
     identity = base64.b64encode(f"Effect_VST_Kavelin_{NAME}".encode()).decode().replace("=", "\\=")
     return f"[pluginsettings/base64\\:{identity}/private/{part}]"
 
 
 class Audacity(HostTest):
-    """One run that searches for plug-ins, and one that works with what the first has found."""
+    """One run that searches for plug-ins, and one that uses the result."""
 
     @classmethod
     def set_up_once(cls):
@@ -69,7 +69,7 @@ class Audacity(HostTest):
 
     @classmethod
     def limit_selection(cls):
-        """What Audacity answered to the commands."""
+        """Audacity's answers to the commands."""
         for attempt in range(3):
             with cls.running():
                 cls.wait_for(lambda: all(pipe.exists() for pipe in PIPES), 60, "its pipes")

@@ -1,4 +1,4 @@
-"""What is installed, by ./run and as a package, is found by a host, works from there, and goes again."""
+"""What ./run and the packages install is found by a host, works there, and is removed completely."""
 
 import os
 import shutil
@@ -12,12 +12,12 @@ LIST = ".KAVSorrelLimiter.installed"
 
 
 def files_in(folder):
-    """Everything below a folder but folders."""
+    """Everything below a folder except folders."""
     return sorted(str(file.relative_to(folder)) for file in folder.rglob("*") if file.is_symlink() or not file.is_dir())
 
 
 class RunInstall(HostTest):
-    """./run install and uninstall, each test with a home of its own."""
+    """./run install and uninstall, each test with its own home."""
 
     def setUp(self):
         self.own_home = self.folder / self.id().rsplit(".", 1)[1]
@@ -100,7 +100,7 @@ class RunInstall(HostTest):
 
 
 class Package(HostTest):
-    """The Debian package, unpacked into a root of its own."""
+    """The Debian package, unpacked into an empty root."""
 
     @classmethod
     def set_up_once(cls):
@@ -120,7 +120,7 @@ class Package(HostTest):
                               text=True).stdout.strip()
 
     def run_command(self, *arguments):
-        """kavhost, as it lies in the root."""
+        """kavhost in that root."""
         done = subprocess.run([self.command, *arguments], env=self.environment(), cwd=self.folder, timeout=120,
                               stdin=subprocess.DEVNULL, capture_output=True, check=False)
         self.assertEqual(done.returncode, 0, done.stderr.decode())
@@ -174,7 +174,7 @@ class Package(HostTest):
 
 
 class Prefix(HostTest):
-    """cmake --install below a folder of a user's choice."""
+    """cmake --install below a folder of the user's choice."""
 
     def test_works_from_there_after_it_was_moved(self):
         first, moved = self.folder / "first", self.folder / "moved – 移動"

@@ -1,4 +1,4 @@
-"""What the scanners of hosts tell of the effect. That of Ardour is asked in ardour.py, where its answer is needed."""
+"""What the scanners of hosts report about the effect. Ardour's scanner runs in ardour.py, which needs its answer."""
 
 import xml.etree.ElementTree as Xml
 
@@ -8,7 +8,7 @@ QTRACTOR = "/usr/lib/x86_64-linux-gnu/qtractor/qtractor_plugin_scan"
 
 
 def qtractor_scan(test, library):
-    """The fields of the scanner's line about the effect, or what it said instead."""
+    """The fields of the scanner's line about the effect, or its output if there is no such line."""
     said = test.run_program(QTRACTOR, stdin=f"VST:{library}\n", attempts=3, accept=lambda text: "VST|" in text,
                             QT_QPA_PLATFORM="offscreen")
     lines = [line for line in said.splitlines() if line.startswith("VST|")]
@@ -16,7 +16,7 @@ def qtractor_scan(test, library):
 
 
 def muse_scan(test, library):
-    """The scanner's record of the effect, or what it said instead."""
+    """The scanner's record of the effect, or its output if there is no record."""
     out = test.folder / "scan.xml"
 
     def is_written(_):

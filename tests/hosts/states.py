@@ -1,4 +1,4 @@
-"""States as hosts keep them: the effect's own text, with what no parameter tells."""
+"""States as hosts store them: the effect's own text, including what isn't a parameter."""
 
 import re
 
@@ -13,13 +13,13 @@ SETTINGS_BY_INDEX = {4: 0.7, 20: 0.95, 28: 0.0, 104: 0.8}
 
 
 def element(text, name):
-    """The content of the first element of the name."""
+    """The content of the first element with that name."""
     found = re.search(f"<{name}(?: [^>]*)?>(.*?)</{name}>", text, re.S)
     return found.group(1) if found else None
 
 
 def told_state(folder, kavhost):
-    """A state with a routing, macros and names beyond ASCII, made by the effect itself from a text."""
+    """A state with a routing, macros and non-ASCII names, made by the effect itself from a text."""
     plain, edited, whole = folder / "plain.state", folder / "edited.state", folder / "whole.state"
     settings = [word for setting in SETTINGS for word in ("--set", setting)]
     kavhost("info", *settings, "--save-state", plain)
@@ -37,7 +37,7 @@ def told_state(folder, kavhost):
 
 
 def check_names(test, text):
-    """Fails `test` unless the text holds what `told_state` put there beside values."""
+    """Fails `test` unless the text contains what `told_state` put there in addition to values."""
     test.assertEqual(element(text, "name"), ROUTING_NAME)
     test.assertEqual(element(text, "map"), "1,-1|*|0,-1")
     test.assertEqual(element(text, "ch_names"), "|*|".join(CHANNEL_NAMES))

@@ -22,9 +22,9 @@ RATE = 48000
 
 
 class HostTest(unittest.TestCase):
-    """A test in a folder of its own that is gone afterwards: home of every program it starts, and place of its files.
+    """A test with its own temporary folder, which is the home of every program it starts and holds its files.
 
-    All tests of a class share the folder and what `set_up_once` leaves there.
+    All tests of a class share the folder and the files that `set_up_once` writes to it.
     """
 
     longMessage = True
@@ -45,17 +45,17 @@ class HostTest(unittest.TestCase):
 
     @classmethod
     def environment(cls, **more):
-        """Nothing of the user's own but the path; no display, no sound server."""
+        """Of the user's environment only the path; no display, no sound server."""
         own = {"HOME": cls.home, "TMPDIR": cls.folder / "tmp", "XDG_RUNTIME_DIR": cls.folder / "run"}
         kept = {key: os.environ[key] for key in ("PATH", "USER", "LOGNAME") if key in os.environ}
         return kept | {"LANG": "C.UTF-8"} | {key: str(value) for key, value in (own | more).items()}
 
     @classmethod
     def run_program(cls, *command, timeout=30, stdin="", attempts=1, accept=None, **environment):
-        """What the program said, both outputs as one text.
+        """The program's output, both streams as one text.
 
-        `accept(said)` judges an attempt: hosts end with any status, and now and then they hang. The last one's text
-        is handed back, accepted or not.
+        `accept(said)` judges an attempt, because hosts end with any status and occasionally hang. The output of the
+        last attempt is returned even if it isn't accepted.
         """
         said = ""
         for _ in range(attempts):
@@ -76,7 +76,7 @@ class HostTest(unittest.TestCase):
 
     @classmethod
     def kavhost(cls, *arguments):
-        """What kavhost said; unlike a host it has to end well."""
+        """kavhost's output. Unlike a host, it has to exit with 0."""
         result = subprocess.run([str(word) for word in (KAVHOST, *arguments)], env=cls.environment(), cwd=cls.folder,
                                 stdin=subprocess.DEVNULL, capture_output=True, timeout=120, check=False)
         if result.returncode != 0:
@@ -98,12 +98,12 @@ class Sound:
         return Sound([channel[first:] for channel in self.channels])
 
     def difference(self, other):
-        """The largest distance of two samples at the same place, as far as both go."""
+        """The largest difference of two samples at the same place, up to the end of the shorter sound."""
         return max(abs(x - y) for mine, theirs in zip(self.channels, other.channels) for x, y in zip(mine, theirs))
 
 
 def read_wav(file):
-    """32-bit float, as every host here is asked to write it."""
+    """32-bit float, the format that every host here is set to write."""
     data = pathlib.Path(file).read_bytes()
     if data[:4] != b"RIFF" or data[8:12] != b"WAVE":
         raise AssertionError(f"{file} is no WAV file")

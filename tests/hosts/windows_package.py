@@ -1,4 +1,4 @@
-"""The package for Windows, unpacked below a name beyond ASCII and run under Wine. Needs the preset mingw built."""
+"""The package for Windows, unpacked below a non-ASCII name and run under Wine. Needs a build of the preset mingw."""
 
 import os
 import subprocess
@@ -24,7 +24,7 @@ class WindowsPackage(HostTest):
         cls.top = cls.folder / "Größe – 音" / made[0].stem
 
     def run_there(self, *arguments):
-        """kavhost.exe as it lies there."""
+        """kavhost.exe in that folder."""
         # Under Wine the home folder is that of the prefix.
         done = subprocess.run([WINE_RUN, self.top / "kavhost.exe", *arguments], env=os.environ, cwd=self.folder,
                               stdin=subprocess.DEVNULL, capture_output=True, timeout=120, check=False)

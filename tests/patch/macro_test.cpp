@@ -124,7 +124,7 @@ TEST(Macro, AssignmentWithNoSlotFreeIsLost) {
         EXPECT_EQ(table.Tag(0, slot), 100 + static_cast<std::int32_t>(slot));
         EXPECT_EQ(table.SlotSensitivity(0, slot), 0.75f);
     }
-    EXPECT_EQ(table.Held(1), 0u) << "nor does it go to the next macro";
+    EXPECT_EQ(table.Held(1), 0u) << "nor is it given to the next macro";
 }
 
 TEST(Macro, ClearingEmptiesEverySlotOfEveryMacro) {

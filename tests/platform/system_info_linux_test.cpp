@@ -20,11 +20,11 @@ TEST(MachineIdentifier, HidesTheMachinesOwn) {
     EXPECT_EQ(identifier.size(), 36u);
     std::erase(identifier, '-');
     for (std::size_t i = 0; i + 8 <= raw.size(); ++i)
-        EXPECT_EQ(identifier.find(raw.substr(i, 8)), std::string::npos) << "a part of it shows";
+        EXPECT_EQ(identifier.find(raw.substr(i, 8)), std::string::npos) << "part of it is visible";
 }
 
 TEST(MachineIdentifier, IsAnotherForAnotherUser) {
-    if (getuid() != 0) GTEST_SKIP() << "only root can be two users";
+    if (getuid() != 0) GTEST_SKIP() << "only root can become another user";
     const auto mine = MachineIdentifier();
     if (mine.empty()) GTEST_SKIP() << "this machine has none";
     EXPECT_EQ(AsNobody([&] { return MachineIdentifier() != mine ? 0 : 1; }), 0);

@@ -119,7 +119,7 @@ TEST(OpenAlone, RefusesLinksAndPipesAndFilesThatHaveASecondName) {
 }
 
 TEST(OpenAlone, RefusesAnotherUsersFile) {
-    if (getuid() != 0) GTEST_SKIP() << "only root has files of two users";
+    if (getuid() != 0) GTEST_SKIP() << "only root can create files of two users";
     const auto folder = ScratchFolder() / "planted";
     WriteText(folder / "file", "planted");
     ASSERT_EQ(chown((folder / "file").c_str(), 65534, 65534), 0);

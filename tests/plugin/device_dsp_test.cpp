@@ -317,7 +317,7 @@ TEST_F(Device, OffsetsOfMacrosAreComputedInDoublePrecision) {
             ASSERT_EQ(device.GetParam(33, 0), offset) << value << " " << sensitivity;
         }
     }
-    EXPECT_GT(apart, 100) << "these values have to tell one precision from the other";
+    EXPECT_GT(apart, 100) << "these values must distinguish one precision from the other";
 }
 
 TEST_F(Device, SwitchesThatFollowAMacroAreOnUnlessTheOffsetIsZero) {
@@ -364,10 +364,10 @@ TEST_F(Device, OffsetStaysWhenItsTargetIsNoLongerAssigned) {
             EXPECT_EQ(device.GetParam(33, 0), 0.75f) << "nothing moves it any more";
         }
         effect.Set(4, 0.25f);
-        EXPECT_EQ(device.GetParam(33, 0), 0.5f) << "the host's base lies under it";
+        EXPECT_EQ(device.GetParam(33, 0), 0.5f) << "the host's value is the base";
         EXPECT_EQ(effect.Get(4), 0.25f);
         device.SetParam(33, 0.625f, Normalized);
-        EXPECT_EQ(device.GetParam(33, 0), 0.625f) << "the editor's value is the one that is heard";
+        EXPECT_EQ(device.GetParam(33, 0), 0.625f) << "the editor's value is the final value";
         EXPECT_EQ(effect.Get(4), 0.375f);
     }
 }

@@ -98,7 +98,7 @@ TEST_F(HostRoad, TellsAHostWithoutIdleCallsTheEndAfterALaterEdit) {
     EXPECT_EQ(Heard(), Calls{"value 0 0.500"});
     clock.Advance(1);
     Gui().SetParameter(32, 0.75f);
-    EXPECT_EQ(Heard(), (Calls{"end 4", "value 0 0.750"})) << "the older first";
+    EXPECT_EQ(Heard(), (Calls{"end 4", "value 0 0.750"})) << "the older one first";
 }
 
 TEST_F(HostRoad, EmptiesTheQueueAfterOperationsThatHaveSomethingForTheHostAlone) {
@@ -197,10 +197,10 @@ TEST_F(HostRoad, AsksForTheLastOfSeveralSizesInTheIdleCall) {
     Gui().CreateGUIWindow();
     for (const std::int32_t width : {600, 700, 100}) Gui().ResizeTo(width, 400);
     EXPECT_EQ(Heard(), Calls{});
-    EXPECT_EQ(HeardInIdle(), Calls{"size 500 400"}) << "held to the least width";
+    EXPECT_EQ(HeardInIdle(), Calls{"size 500 400"}) << "clamped to the smallest width";
     EXPECT_EQ(HeardInIdle(), Calls{});
     Gui().ResizeTo(500, 400);
-    EXPECT_EQ(HeardInIdle(), Calls{}) << "the size that it has";
+    EXPECT_EQ(HeardInIdle(), Calls{}) << "the current size";
     Gui().ResizeTo(0, 400);
     EXPECT_EQ(HeardInIdle(), Calls{});
 }

@@ -154,12 +154,12 @@ TEST_F(LifeCycle, ProgramCallsWorkWithoutADocumentsFolder) {
         Device().SetProgram(program, true);
         EXPECT_EQ(effect->Dispatch(VST::effGetProgram), program < 0 ? -1 : 0);
     }
-    EXPECT_EQ(Chunk(false), before) << "no program brings anything";
+    EXPECT_EQ(Chunk(false), before) << "programs change nothing";
     char name[] = "mine";
     effect->Dispatch(VST::effSetProgramName, 0, 0, name);
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "mine");
     EXPECT_NE(Chunk(true).find("<patch_name>mine<"), std::string::npos);
-    EXPECT_FALSE(Device().State().SaveAsDefault()) << "there is nowhere to save it";
+    EXPECT_FALSE(Device().State().SaveAsDefault()) << "there is no folder to save it in";
     EXPECT_FALSE(std::filesystem::exists("Kavelin"));
     EXPECT_TRUE(dialogs.errors.empty());
     Device().SetProgram(0, false);
@@ -190,14 +190,15 @@ TEST_F(LifeCycle, AChunkMayBeSetFromTheVeryBytesThatWereHandedOut) {
         Device().SetParam(33, 0.75f, 0);
         EXPECT_EQ(effect->Dispatch(VST::effSetChunk, isPreset, size, data), 1);
         EXPECT_EQ(Device().GetParam(33, 0), 0.25f);
-        EXPECT_EQ(std::string(static_cast<const char*>(data), copy.size()), copy) << "they stay as they are";
+        EXPECT_EQ(std::string(static_cast<const char*>(data), copy.size()), copy)
+            << "the bytes stay unchanged";
         const auto state = Chunk(isPreset != 0);
         CHostedEffect other(host.Callback());
         EXPECT_EQ(other.Dispatch(VST::effSetChunk, isPreset, size, copy.data()), 1);
         void* again = nullptr;
         EXPECT_EQ(other.Dispatch(VST::effGetChunk, isPreset, 0, &again),
             static_cast<std::intptr_t>(state.size() + 1));
-        EXPECT_STREQ(static_cast<const char*>(again), state.c_str()) << "no other state than from a copy";
+        EXPECT_STREQ(static_cast<const char*>(again), state.c_str()) << "the same state as from a copy";
     }
 }
 

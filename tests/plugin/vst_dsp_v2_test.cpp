@@ -218,9 +218,9 @@ TEST_F(HostCalls, GesturesOfSeveralParametersOverlapAndUnknownOnesShareAFlag) {
     EXPECT_FALSE(device.IsEdited(NoHostIndex));
     for (const std::int32_t tag : {100, 124, -1, INT_MIN, INT_MAX}) {
         device.EndEdit(tag);
-        EXPECT_TRUE(device.IsEdited(HostIndexOf(24))) << "no relative tag: nothing ends";
+        EXPECT_TRUE(device.IsEdited(HostIndexOf(24))) << "not a relative tag, so no edit ends";
         device.BeginEdit(tag);
-        EXPECT_FALSE(device.IsEdited(NoHostIndex)) << "nor begins";
+        EXPECT_FALSE(device.IsEdited(NoHostIndex)) << "nor does one begin";
     }
     for (const std::int32_t index : {-2, 109, INT_MIN, INT_MAX}) EXPECT_FALSE(device.IsEdited(index));
 }
@@ -276,7 +276,7 @@ TEST_F(HostCalls, RecordsDelayFollowsWhatTheHostSets) {
     EXPECT_EQ(effect.Record().initialDelay, 128);
     effect.Set(24, 0.0f); // channels 1 and 2 leave group 1, which is then unused
     effect.Set(28, 0.0f);
-    EXPECT_EQ(effect.Record().initialDelay, 128) << "a parameter alone refreshes nothing";
+    EXPECT_EQ(effect.Record().initialDelay, 128) << "setting a parameter doesn't refresh it";
     effect.Dispatch(effSetBlockSize, 0, 256);
     EXPECT_EQ(effect.Record().initialDelay, 0);
     effect.Set(24, 1.0f);
@@ -317,7 +317,7 @@ TEST_F(HostCalls, BlockSizesBeyondThirtyTwoBitsAreHeldAndNotWrapped) {
         other.Dispatch(effSetBlockSize, 0, frames);
         std::vector<std::vector<float>> channels(2, std::vector<float>(3000, 0.5f));
         other.Process(channels);
-        EXPECT_EQ(channels, expected) << frames << ": in one piece, with one step of each ramp";
+        EXPECT_EQ(channels, expected) << frames << ": as one block, with one step of each ramp";
     }
 }
 
@@ -334,7 +334,7 @@ TEST_F(HostCalls, ProcessWorksFromSeparateAndFromSharedBuffers) {
     effect.Process(shared);
     other.Record().processReplacing(&other.Record(), in.data(), out.data(), 512);
     EXPECT_EQ(shared, outputs);
-    EXPECT_EQ(inputs, untouched) << "the host's inputs are read only";
+    EXPECT_EQ(inputs, untouched) << "the host's inputs must not change";
 }
 
 TEST_F(HostCalls, SetProgramReachesTheFirstProgramOnly) {

@@ -51,7 +51,7 @@ std::string CHostedEffect::Text(std::int32_t opcode, std::int32_t index, std::si
     EXPECT_LT(text.size(), capacity);
     EXPECT_TRUE(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(text.size() + 1), buffer.end(),
         [](char byte) { return byte == '#'; }))
-        << "bytes behind the closing zero were touched";
+        << "bytes after the closing zero were changed";
     return text;
 }
 

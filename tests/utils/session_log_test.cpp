@@ -39,7 +39,7 @@ std::vector<std::string> Lines() {
     for (const auto line : Split(text, "\r\n")) lines.emplace_back(line);
     EXPECT_FALSE(lines.empty());
     if (lines.empty()) return lines;
-    EXPECT_EQ(lines.back(), "") << "the last line has no end";
+    EXPECT_EQ(lines.back(), "") << "the last line has no line end";
     lines.pop_back();
     return lines;
 }

@@ -52,7 +52,7 @@ TEST(Turn, WithinAnotherOfItsThreadIsAPartOfIt) {
             CTurn inner(turns);
             inner.Then([&] { told.emplace_back("inner"); });
         }
-        EXPECT_EQ(told.size(), 0u) << "the outer one goes on";
+        EXPECT_EQ(told.size(), 0u) << "the outer turn continues";
         EXPECT_FALSE(IsFree(turns, waiting, got));
     }
     EXPECT_EQ(told, std::vector<std::string>{"inner"});
@@ -172,7 +172,7 @@ TEST(Turn, IsPassedOnByAnException) {
         turn.Then([&] { followed = true; });
         throw std::bad_alloc();
     } catch (const std::bad_alloc&) {
-        EXPECT_TRUE(followed) << "the host hears of what had changed";
+        EXPECT_TRUE(followed) << "the host is notified of the change";
     }
     std::thread([&] { const CTurn turn(turns); }).join();
 }
