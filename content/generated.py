@@ -1,4 +1,4 @@
-"""Files that a script writes and that are committed: writing them, or telling where they differ."""
+"""Writes committed files that scripts generate, or prints where they differ."""
 
 import sys
 from pathlib import Path
@@ -7,7 +7,7 @@ ROOT = Path(__file__).resolve().parent.parent
 
 
 def between(document, name, text):
-    """The document with `text` between the marks of `name`."""
+    """The document with `text` inserted between the marks of `name`."""
     opening, closing = f"<!-- {name}: written by a script -->\n", f"<!-- {name}: end -->\n"
     if document.count(opening) != 1 or document.count(closing) != 1:
         raise SystemExit(f"the marks of {name} are missing")
@@ -20,8 +20,8 @@ def table(head, rows):
 
 
 def settle(files, folder, pattern, check):
-    """Writes `files`, bytes by path, and removes what else in `folder` has the pattern's name; with `check` only
-    complains, and gives the status that the script ends with."""
+    """Writes `files`, bytes by path, and removes all other files in `folder` that match the pattern; with `check` it
+    only reports. Returns the script's exit code."""
     strays = [path for path in sorted(folder.rglob(pattern)) if path not in files]
     differing = [path for path, text in files.items() if not path.is_file() or path.read_bytes() != text]
     if check:

@@ -83,7 +83,7 @@ private:
     void KeepDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept;
     void MixDry(std::span<float* const> channels, const CChannelBuffers& dry) const noexcept;
 
-    bool _firstBlock = true;     // all derived values are computed anew
+    bool _firstBlock = true;     // all derived values are computed again
     std::uint64_t _features = 0; // processor features that the block may use
     float _rateHz = 44100.0f;    // base rate
     std::size_t _block = 0;      // oversampled samples per block

@@ -69,7 +69,7 @@ struct SPanelRow {
     double minimum = 0.0; ///< what a text shows for the value 0
     double maximum = 1.0; ///< and for 1
     std::string_view unit;
-    double hintAt = 0.0; ///< where the hint stands
+    double hintAt = 0.0; ///< position of the hint
     int riseMs = 0;      ///< time in which a shown value rises to a new one
     int fallMs = 0;
     int fadeMs = 0;      ///< time in which the widget appears and vanishes

@@ -9,7 +9,7 @@
 
 namespace KAV::Panel {
 
-/// One picture: a grid of frames, filled row by row, and the size at which one frame stands on the panel.
+/// One picture: a grid of frames, filled row by row, and the size of one frame on the panel.
 struct SSprite {
     std::string_view stem;  ///< the file in resources/, without its ending
     std::string_view image; ///< what a widget asks for: name, grid, and the mark of the stored size

@@ -61,8 +61,8 @@ enum CpuFeature : std::uint64_t {
 };
 
 /// The features that both the processor and the system support. Features with wide registers count only if
-/// the system saves these. 0 on processors other than x86. Detected at the first call and kept for the life
-/// of the process, so that later calls cost a load; `refresh` detects anew. Any thread.
+/// the system saves those registers. 0 on processors other than x86. Detected at the first call and kept for
+/// the life of the process, so later calls are cheap; `refresh` detects them again. Any thread.
 std::uint64_t DetectFeatures(bool refresh = false) noexcept;
 
 /// The names of the features, each followed by ";", in a fixed order of families. Any thread.

@@ -22,7 +22,7 @@ protected:
     ~ITurnEnd() = default;
 };
 
-/// The lock for which threads that share something take turns. It lives as long as what they share.
+/// The lock by which threads take turns with the data that they share. It lives as long as that data.
 class CTurns final {
 public:
     CTurns() = default;

@@ -97,7 +97,7 @@ public:
 
     /// Where the input of some ticks comes from: the channels themselves, or the output of the previous
     /// section, which is Lag ticks later and alternates between both channels. Addresses are only computed
-    /// for what is read, because the last ticks lie past the end of the block.
+    /// for what is read, because the last ticks are past the end of the block.
     struct SIn {
         const float* left;
         const float* right;
