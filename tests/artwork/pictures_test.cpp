@@ -113,7 +113,7 @@ TEST_P(Picture, IsBlackWhereItIsClear) {
     }
 }
 
-TEST_P(Picture, IsEmptyBehindItsLastFrame) {
+TEST_P(Picture, IsEmptyAfterItsLastFrame) {
     const SSprite& sprite = GetParam();
     const SPixels pixels = ReadPng(FileOf(sprite));
     for (int index = sprite.frames; index < sprite.columns * sprite.Rows(); ++index) {
@@ -127,7 +127,7 @@ TEST_P(Picture, IsEmptyBehindItsLastFrame) {
 INSTANTIATE_TEST_SUITE_P(All, Picture, testing::ValuesIn(Sprites.begin(), Sprites.end()),
     [](const auto& one) { return std::string(one.param.stem); });
 
-TEST(ReadPng, RefusesWhatIsNoPictureOrOnlyHalfOfOne) {
+TEST(ReadPng, RefusesWhatIsNotAPictureOrOnlyHalfOfOne) {
     const auto folder = KAV::Tests::ScratchFolder();
     const auto whole = FileOf(SpriteOf("hint"));
     std::filesystem::copy_file(whole, folder / "half.png");

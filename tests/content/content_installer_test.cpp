@@ -176,7 +176,7 @@ TEST_F(ContentInstaller, TheOldVersionOfARenewedFileIsTheUsersAgain) {
     EXPECT_EQ(FateOf(Uninstall(), Patches + "A.kvp"), EContentFate::Users);
 }
 
-TEST_F(ContentInstaller, WhatAVersionNoLongerHasGoesWithTheRest) {
+TEST_F(ContentInstaller, RemovesFilesThatALaterVersionNoLongerHas) {
     Install();
     fs::remove(content / "Patches" / "A.kvp");
     Install();
@@ -339,7 +339,7 @@ TEST_F(ContentInstaller, IsACommand) {
     Utils::UseDocumentsFolder(std::nullopt);
 }
 
-TEST(FactoryContentCopy, BesideKavhostIsTheTrees) {
+TEST(FactoryContentCopy, NextToKavhostEqualsTheTree) {
     for (const char* part : {"Patches", "Routings"}) {
         const auto copy = FilesBelow(fs::path(KAVHOST_FOLDER) / "content" / part);
         EXPECT_FALSE(copy.empty());

@@ -14,7 +14,7 @@ float Half(float x) {
 
 } // namespace
 
-TEST(FlushDenormals, FlushesResultsAndOperandsAndGivesTheHostsChoiceBack) {
+TEST(FlushDenormals, FlushesResultsAndOperandsAndRestoresTheHostsChoice) {
     const float tiny = std::numeric_limits<float>::min(); // half of it is a denormal
     ASSERT_NE(Half(tiny), 0.0f);
     {
@@ -26,7 +26,7 @@ TEST(FlushDenormals, FlushesResultsAndOperandsAndGivesTheHostsChoiceBack) {
     EXPECT_NE(Half(tiny), 0.0f);
 }
 
-TEST(FlushDenormals, LeavesAHostAloneThatFlushesItself) {
+TEST(FlushDenormals, LeavesTheSettingOfAHostThatFlushesItself) {
     const CFlushDenormals host;
     { const CFlushDenormals engine; }
     EXPECT_EQ(Half(std::numeric_limits<float>::min()), 0.0f);

@@ -82,7 +82,7 @@ TEST_F(Group, LimiterOffKeepsItsDelayLinesForLater) {
     EXPECT_EQ(samples[0], 0.5f) << "the content of the delay line when the limiter was switched off";
 }
 
-TEST_F(Group, ProbesHoldThePeaksBeforeAndBehindTheLimiter) {
+TEST_F(Group, ProbesHoldThePeaksBeforeAndAfterTheLimiter) {
     Run(0.5f, 100);
     group.inputProbes[0].Take();
     group.outputProbes[0].Take();
@@ -99,7 +99,7 @@ TEST_F(Group, FactorChangeRestartsTheLimiterAtItsNewRate) {
     EXPECT_EQ(group.Limiter().Rate(), 192000.0);
 }
 
-TEST_F(Group, EachValueArrivesWhereItGoesAlone) {
+TEST_F(Group, EachValueArrivesWhenOnlyItMoves) {
     // Loud enough that all of them are audible. The previous value has no influence, except on the last bits.
     const std::array<void (*)(SGroupSettings&), 6> moves{[](SGroupSettings& s) { s.inputGain = 0.8f; },
         [](SGroupSettings& s) { s.threshold = 0.5f; }, [](SGroupSettings& s) { s.ceiling = 0.5f; },

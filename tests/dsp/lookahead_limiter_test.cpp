@@ -179,7 +179,7 @@ TEST_P(LimiterOnPath, FixedReleaseRecoversNinetyPercentInItsTime) {
         CLimiterOnAChannel channel(rate, seconds);
         channel.Run(std::vector<float>(2000, 2.0f)); // gain 0.5
         const auto length = static_cast<std::size_t>(seconds * rate);
-        // The window holds the peak for N samples, and the averages lag by about N/2 behind it.
+        // The window holds the peak for N samples, and the averages lag by about another N/2.
         const auto out = channel.Run(std::vector<float>(length + 64 + 64, 0.5f));
         const double gain = static_cast<double>(out.back()) / 0.5;
         EXPECT_NEAR(gain, 0.5 + 0.9 * 0.5, 0.01) << seconds;

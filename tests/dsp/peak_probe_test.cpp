@@ -16,7 +16,7 @@ TEST(PeakProbe, HoldsTheLargestMagnitudeOverAllBlocks) {
     EXPECT_EQ(probe.peak, 1.5f);
 }
 
-TEST(PeakProbe, TakingItBeginsAnew) {
+TEST(PeakProbe, TakingItResetsIt) {
     PeakProbe probe;
     probe.Read(std::array{-0.5f});
     EXPECT_EQ(probe.Take(), 0.5f);

@@ -39,7 +39,7 @@ TEST(SampleHistory, HoldsTheLastValuesInOrderWhateverTheRuns) {
     }
 }
 
-TEST(SampleHistory, BeginsAnewAlsoWhenItShrinks) {
+TEST(SampleHistory, RestartsEvenWhenItShrinks) {
     CSampleHistory<double> history;
     history.Reset(8, 1.0);
     for (int i = 0; i < 300; ++i) {

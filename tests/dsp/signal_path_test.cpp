@@ -200,7 +200,7 @@ TYPED_TEST(SignalPath, CallsThatMakeNoSenseLeaveAllStateUntouched) {
     }
 }
 
-TYPED_TEST(SignalPath, AnnouncingTheSameAgainIsHeardByNobody) {
+TYPED_TEST(SignalPath, AnnouncingTheSameSizeAgainIsInaudible) {
     // Not even where parallel groups and oversampling work in reallocated buffers.
     TypeParam plain;
     this->settings.groupsParallel = true;
@@ -355,7 +355,7 @@ TYPED_TEST(SignalPath, MuteTakesOneGroupOutAndIsNoSilencer) {
     }
 }
 
-TYPED_TEST(SignalPath, SoloLetsItsGroupsAloneRunAndSilencesWhatTheyDoNotTake) {
+TYPED_TEST(SignalPath, SoloRunsOnlyItsGroupsAndSilencesWhatTheyDoNotTake) {
     this->settings.channelInGroup[0][1] = true;
     this->settings.inputGain[0] = 0.7f; // -6 dB
     this->settings.inputGain[1] = 0.4f; // -12 dB
@@ -528,7 +528,7 @@ TYPED_TEST(SignalPath, AnotherRateEmptiesTheFilters) {
     for (const float x : sound[0]) EXPECT_NEAR(x, 0.0f, 1e-6f);
 }
 
-TYPED_TEST(SignalPath, WithoutVectorCodeAChannelSoundsAsIfItWereAlone) {
+TYPED_TEST(SignalPath, WithoutVectorCodeAChannelSoundsAsItDoesByItself) {
     // With it several channels use fused operations, which differ in the last bits. The decay at the end of a
     // sound shows them.
     this->ToggleOff(0);

@@ -42,7 +42,7 @@ TYPED_TEST_SUITE(SilenceGate, CSubjects, Tests::SSubjectNames);
 
 } // namespace
 
-TYPED_TEST(SilenceGate, ClosesWithTheSampleBehindTheLimit) {
+TYPED_TEST(SilenceGate, ClosesWithTheSampleAfterTheLimit) {
     this->gate.SetLimit(100);
     this->Read(100, 0.0f);
     EXPECT_FALSE(this->gate.IsSilent());
@@ -50,7 +50,7 @@ TYPED_TEST(SilenceGate, ClosesWithTheSampleBehindTheLimit) {
     EXPECT_TRUE(this->gate.IsSilent());
 }
 
-TYPED_TEST(SilenceGate, CountsAnewAfterASound) {
+TYPED_TEST(SilenceGate, RestartsItsCountAfterASound) {
     this->gate.SetLimit(100);
     this->Read(100, 0.0f);
     this->Read(1, 0.5f);

@@ -140,7 +140,7 @@ const std::set<EClass> Values{EClass::Knob, EClass::Release, EClass::MacroKnob};
 
 } // namespace
 
-TEST(PanelRows, StandInTheirOrderWithIdNameClassPlaceAndPicture) {
+TEST(PanelRows, HaveTheirOrderIdNameClassPlaceAndPicture) {
     const auto expected = Expected();
     ASSERT_EQ(Rows().size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -173,7 +173,7 @@ TEST(PanelRows, LieInsideThePanelAndTheLowestBandEndsOneRowBelow) {
     EXPECT_EQ(PanelHeight, 553);
 }
 
-TEST(PanelRows, HaveIdsOfTheirOwnUnlessTheyAreBoundToNothing) {
+TEST(PanelRows, HaveUniqueIdsUnlessTheyHaveNoValue) {
     std::set<int> ids;
     for (const auto& row : Rows()) {
         EXPECT_TRUE(row.id == -1 || ids.insert(row.id).second) << row.name;
@@ -182,7 +182,7 @@ TEST(PanelRows, HaveIdsOfTheirOwnUnlessTheyAreBoundToNothing) {
     EXPECT_EQ(*ids.rbegin(), 37);
 }
 
-TEST(PanelRows, HaveNamesOfTheirOwnButForMacroKnobsAndTheirButtons) {
+TEST(PanelRows, HaveUniqueNamesExceptMacroKnobsAndTheirButtons) {
     std::map<std::string_view, int> names;
     for (const auto& row : Rows()) ++names[row.name];
     for (const auto& [name, count] : names) {

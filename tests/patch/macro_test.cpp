@@ -64,7 +64,7 @@ TEST(Macro, EverySlotOfAHeldTargetTakesTheNewSensitivity) {
     }
 }
 
-TEST(Macro, CentredSensitivityFreesTheFirstSlotOfItsTagAlone) {
+TEST(Macro, CentredSensitivityFreesOnlyTheFirstSlotOfItsTag) {
     CTable table;
     for (const std::size_t slot : {2u, 5u, 63u}) {
         table.tags[4][slot] = 33;
@@ -141,7 +141,7 @@ TEST(Macro, ClearingEmptiesEverySlotOfEveryMacro) {
     }
 }
 
-TEST(Macro, TheLastSlotThatHoldsATagTellsItsSensitivity) {
+TEST(Macro, TheLastSlotThatHoldsATagDecidesItsSensitivity) {
     CTable macro;
     EXPECT_EQ(macro.Sensitivity(1, 33), 0.5f);
     macro.tags[1][3] = 33;

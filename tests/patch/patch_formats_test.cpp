@@ -62,7 +62,7 @@ bool IsParameter(std::int32_t tag) {
 
 } // namespace
 
-TEST(PatchKinds, AreToldByTheirFirstBytes) {
+TEST(PatchKinds, AreRecognisedByTheirFirstBytes) {
     EXPECT_TRUE(IsText(FromText(std::string(Opening) + "\r\n")));
     EXPECT_FALSE(IsText(FromText(std::string(Opening)))); // nothing follows
     EXPECT_FALSE(IsText(FromText(" " + std::string(Opening))));
@@ -202,7 +202,7 @@ TEST(PatchFile, WithAnEmptyNameIsNamedLikeItsFileToo) {
         "<plugin_id>1936683628</plugin_id><patch_name>B</patch_name>");
 }
 
-TEST(FxpFile, IsOfThisPlugInByItsFourLettersAlone) {
+TEST(FxpFile, BelongsToThisPlugInOnlyByItsFourLetters) {
     Bytes file(60, '?'); // none of the other fields matters
     for (std::size_t i = 0; i < 4; ++i) file[16 + i] = "sorl"[i];
     EXPECT_TRUE(IsFxpOfOurs(file));

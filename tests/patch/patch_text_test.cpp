@@ -16,7 +16,7 @@ TEST(PatchHead, HasItsLinesInOrder) {
         "<patch_name>My <Patch></patch_name>\r\n");
 }
 
-TEST(JoinNames, PutsTheSeparatorBehindTextOnly) {
+TEST(JoinNames, PutsTheSeparatorOnlyAfterText) {
     EXPECT_EQ(JoinNames(std::array<std::string, 3>{"a", "b", "c"}), "a|*|b|*|c");
     EXPECT_EQ(JoinNames(std::array<std::string, 3>{"", "", "c"}), "c");
     EXPECT_EQ(JoinNames(std::array<std::string, 3>{"a", "", ""}), "a|*||*|");
@@ -106,7 +106,7 @@ TEST(RoutingBlocks, EveryOpeningOfADocumentCarriesTheNumber) {
     EXPECT_EQ(RoutingBlock("", 3), "\r\n");
 }
 
-TEST(RoutingBlocks, LoseTheLinesOfTheirOwnNumberAlone) {
+TEST(RoutingBlocks, LoseOnlyTheLinesOfTheirOwnNumber) {
     const std::string text = "<kav_input_routing>\r\n\t<fx>1</fx>\r\n<fx>2</fx>\r\n<fx>1</fx>\r\n<fx>1</fx>"
                              "</kav_input_routing>";
     CRoutingBlocks blocks(text);

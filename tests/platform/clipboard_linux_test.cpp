@@ -62,7 +62,7 @@ private:
 
 } // namespace
 
-TEST(Clipboard, OffersOtherProgramsThePrivateFormatAlone) {
+TEST(Clipboard, OffersOtherProgramsOnlyThePrivateFormat) {
     const CDisplay display;
     ASSERT_TRUE(WriteClipboard("clipboard:x", "1234", 4));
     COtherProgram other;

@@ -21,7 +21,7 @@ bool Write(const std::string& format, const std::string& data) {
 
 } // namespace
 
-TEST(Clipboard, GivesBackWhatWasPutUnderTheSameFormat) {
+TEST(Clipboard, ReturnsWhatWasWrittenUnderTheSameFormat) {
     const CDisplay display;
     const std::string bytes("patch\0with\xFF bytes", 17);
     ASSERT_TRUE(Write("clipboard:KAV test", bytes));

@@ -9,7 +9,7 @@
 using namespace KAV::Platform;
 using namespace KAV::Tests;
 
-TEST(ListDirectory, TellsFilesFromFolders) {
+TEST(ListDirectory, DistinguishesFilesFromFolders) {
     const auto folder = ScratchFolder() / "list";
     WriteText(folder / "file.kvp", "x");
     std::filesystem::create_directory(folder / "folder");

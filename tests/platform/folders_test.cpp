@@ -57,7 +57,7 @@ TEST(DocumentsFolder, IgnoresAConfigurationThatMakesNoSense) {
     }
 }
 
-TEST(DocumentsFolder, IsNoneWithoutAHome) {
+TEST(DocumentsFolder, IsEmptyWithoutAHome) {
     if (getuid() != 0) GTEST_SKIP() << "only root can become a user without a home";
     unsetenv("HOME");
     EXPECT_EQ(AsNobody([] { return DocumentsFolder().empty() ? 0 : 1; }), 0);

@@ -130,7 +130,7 @@ bool HasNoChildInTheEnd() {
 
 } // namespace
 
-TEST(OpenWithDesktop, PassesTheTargetAsOneArgumentThatNobodyInterprets) {
+TEST(OpenWithDesktop, PassesTheTargetAsOneUninterpretedArgument) {
     const COpenerScript script;
     const auto* const target = "/tmp/a b; touch $HOME/pwned & 'q' \"d\" `x` \xC3\xA4.kvp";
     ASSERT_TRUE(OpenWithDesktop(target, "", EOpen::Ordinary));

@@ -13,14 +13,14 @@ using namespace KAV::Platform;
 using namespace KAV::Tests;
 using ESays = CSilentDisplay::ESays;
 
-TEST(SilentDisplay, IsNone) {
+TEST(SilentDisplay, CountsAsMissing) {
     const CSilentDisplay silent;
     EXPECT_EQ(Display().monitors, 0);
     EXPECT_FALSE(silent.HasHungUp());
     EXPECT_EQ(silent.Clients(), 1);
 }
 
-TEST(SilentDisplay, IsNoneEvenAfterAGreeting) {
+TEST(SilentDisplay, CountsAsMissingEvenAfterAGreeting) {
     const CSilentDisplay silent(ESays::AGreeting);
     EXPECT_EQ(Display().monitors, 0);
     EXPECT_FALSE(silent.HasHungUp());

@@ -42,12 +42,12 @@ TEST(ProcessorName, IsTheKernels) {
     EXPECT_NE(table.find(": " + name + "\n"), std::string::npos) << name;
 }
 
-TEST(Display, IsNoneWithoutAServer) {
+TEST(Display, IsMissingWithoutAServer) {
     unsetenv("DISPLAY");
     EXPECT_EQ(Display().monitors, 0);
 }
 
-TEST(Display, TellsOfTheScreen) {
+TEST(Display, DescribesTheScreen) {
     const CDisplay server;
     const auto display = Display();
     EXPECT_EQ(display.monitors, 1);

@@ -41,7 +41,7 @@ int CallsOfAReplacement(bool exists) {
 
 } // namespace
 
-TEST(ReadWholeFile, GivesTheBytesAndTwoZerosBehind) {
+TEST(ReadWholeFile, ReturnsTheBytesFollowedByTwoZeros) {
     const auto file = ScratchFolder() / "bytes";
     const std::string text("a\0b\xFF", 4);
     WriteText(file, text);

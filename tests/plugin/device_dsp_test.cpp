@@ -179,7 +179,7 @@ TEST_F(Device, MacroMovesItsTargetByKnobAndSensitivity) {
     EXPECT_EQ(device.GetParam(33, 0), 0.5f);
 }
 
-TEST_F(Device, MacroNeverTellsTheHostOfItsTargets) {
+TEST_F(Device, MacroNeverNotifiesTheHostOfItsTargets) {
     device.AssignMacro(0, 33, 1.0f);
     device.SetParam(24, 1.0f, NotifyHost);
     ASSERT_EQ(host.calls.size(), 1u);
@@ -245,7 +245,7 @@ TEST_F(Device, EachMacroMovesItsOwnTargetsAndNoOthers) {
     }
 }
 
-TEST_F(Device, EachMacroMovesItsTargetsWhoeverTurnsTheKnob) {
+TEST_F(Device, EachMacroMovesItsTargetsForTheHostAndTheEditor) {
     device.SetCurrentGroup(2);
     for (std::size_t macro = 0; macro < 5; ++macro) {
         const auto knob = 24 + static_cast<std::int32_t>(macro);

@@ -13,7 +13,7 @@
 using namespace KAV;
 using namespace KAV::Tests;
 
-TEST(Guest, AnInstanceThatIsClosedByAnExitHandlerWritesIntoItsOwnLogAlone) {
+TEST(Guest, AnInstanceThatIsClosedByAnExitHandlerWritesOnlyIntoItsOwnLog) {
     const auto folder = ScratchFolder().string();
     EXPECT_EQ(std::system((std::string(KAV_LATE_HOST " " KAV_PLUGIN_PATH " ") + folder).c_str()), 0);
     const auto log = ReadText(Utils::ToSystemPath(Utils::LogPath()));

@@ -66,12 +66,12 @@ const std::string IoChanged = "opcode 13";
 
 } // namespace
 
-TEST_F(HostRoad, TellsAnIdleHostNothing) {
+TEST_F(HostRoad, SendsNothingToAnIdleHost) {
     EXPECT_EQ(HeardInIdle(), Calls{});
     EXPECT_EQ(HeardAtClose(), Calls{});
 }
 
-TEST_F(HostRoad, TellsAnEditAtOnceAndItsEndInALaterIdleCall) {
+TEST_F(HostRoad, SendsAnEditAtOnceAndItsEndInALaterIdleCall) {
     Gui().BeginEdit(Threshold);
     EXPECT_EQ(Heard(), Calls{"begin 4"});
     Gui().SetParameter(Threshold, 0.25f);
@@ -83,14 +83,14 @@ TEST_F(HostRoad, TellsAnEditAtOnceAndItsEndInALaterIdleCall) {
     EXPECT_EQ(HeardInIdle(1000), Calls{});
 }
 
-TEST_F(HostRoad, TellsAnEndThatWaitsWhenTheEditorCloses) {
+TEST_F(HostRoad, SendsAnEndThatWaitsWhenTheEditorCloses) {
     Gesture(Threshold, 0.25f);
     Heard();
     EXPECT_EQ(HeardAtClose(), Calls{"end 4"});
     EXPECT_EQ(HeardInIdle(1000), Calls{});
 }
 
-TEST_F(HostRoad, TellsAHostWithoutIdleCallsTheEndAfterALaterEdit) {
+TEST_F(HostRoad, SendsAHostWithoutIdleCallsTheEndAfterALaterEdit) {
     Gesture(Threshold, 0.25f);
     Heard();
     clock.Advance(99);
@@ -101,7 +101,7 @@ TEST_F(HostRoad, TellsAHostWithoutIdleCallsTheEndAfterALaterEdit) {
     EXPECT_EQ(Heard(), (Calls{"end 4", "value 0 0.750"})) << "the older one first";
 }
 
-TEST_F(HostRoad, EmptiesTheQueueAfterOperationsThatHaveSomethingForTheHostAlone) {
+TEST_F(HostRoad, EmptiesTheQueueOnlyAfterOperationsThatAddToIt) {
     Gesture(Threshold, 0.25f);
     Heard();
     clock.Advance(1000);
@@ -114,7 +114,7 @@ TEST_F(HostRoad, EmptiesTheQueueAfterOperationsThatHaveSomethingForTheHostAlone)
     EXPECT_EQ(Heard(), Calls{});
 }
 
-TEST_F(HostRoad, TellsAnUndoneValueAfterTheEndOfItsEdit) {
+TEST_F(HostRoad, SendsAnUndoneValueAfterTheEndOfItsEdit) {
     Gui().EnableHistory(true);
     auto& oversampling = Widget<GUI::CValueDisplay>(2);
     oversampling.Step(1);
@@ -140,7 +140,7 @@ TEST_F(HostRoad, NamesTheParameterOfTheGroupInWhichItWasEdited) {
     EXPECT_EQ(Heard(), Calls{"begin 6"});
 }
 
-TEST_F(HostRoad, TellsTheValueOfTheEditAndNotALaterOneOfTheHosts) {
+TEST_F(HostRoad, SendsTheValueOfTheEditAndNotALaterOneOfTheHosts) {
     host.answer = [this](AEffect*, std::int32_t opcode, std::int32_t, void*, float) -> std::intptr_t {
         if (opcode == audioMasterBeginEdit) {
             Gui().SetParameter(Threshold, 0.25f);
@@ -187,7 +187,7 @@ TEST_F(HostRoad, KeepsALatencyForTheIdleCallAndSetsTheRecordFirst) {
     EXPECT_EQ(HeardInIdle(), Calls{});
 }
 
-TEST_F(HostRoad, TellsALatencyWhenTheEditorCloses) {
+TEST_F(HostRoad, SendsALatencyWhenTheEditorCloses) {
     Gui().OnFrame(16);
     EXPECT_EQ(HeardAtClose(), Calls{IoChanged});
     EXPECT_EQ(effect->Record().initialDelay, 64);
@@ -231,7 +231,7 @@ TEST_F(HostRoad, AsksForNoSizeWhenTheEditorCloses) {
     EXPECT_EQ(HeardInIdle(), Calls{});
 }
 
-TEST_F(HostRoad, TellsOfAChunkTheValuesAlone) {
+TEST_F(HostRoad, SendsOnlyTheValuesOfAChunk) {
     SetChunk("<patch_format>textual</patch_format>\r\n<param tag=\"33\" >0.25</param>\r\n<param tag=\"30\" "
              ">3</param>",
         true);
@@ -239,7 +239,7 @@ TEST_F(HostRoad, TellsOfAChunkTheValuesAlone) {
     EXPECT_EQ(HeardInIdle(1000), Calls{});
 }
 
-TEST_F(HostRoad, TellsWhatHappensInsideAHostCallAfterWhatIsOlder) {
+TEST_F(HostRoad, SendsWhatHappensInsideAHostCallAfterOlderEntries) {
     host.answer = [this](AEffect*, std::int32_t opcode, std::int32_t index, void*, float) -> std::intptr_t {
         if (opcode == audioMasterAutomate && index == 4) {
             Gesture(32, 0.5f);
@@ -279,7 +279,7 @@ TEST_F(HostRoad, IsTheSameWithoutAHost) {
     effect->Dispatch(effEditClose);
 }
 
-TEST_F(HostRoad, EndsWithTheInstanceAndTellsNothingThen) {
+TEST_F(HostRoad, EndsWithTheInstanceAndSendsNothingAfterwards) {
     Gesture(Threshold, 0.25f);
     Gui().OnFrame(16);
     Heard();

@@ -70,7 +70,7 @@ TEST_F(LifeCycle, StoreOfPatchesHasItsSlots) {
     EXPECT_EQ(SlotOf(&CPatchSaveLoad::SelectPatch), 3u);
 }
 
-TEST_F(LifeCycle, ThreeLinesOfTheHostComeBeforeTheSessionAndTheSessionsEndBehindAll) {
+TEST_F(LifeCycle, ThreeLinesOfTheHostComeBeforeTheSessionAndTheSessionsEndComesLast) {
     effect.reset();
     auto keys = LogLines();
     // The first session of this process is that of the fixture's own instance.
@@ -81,7 +81,7 @@ TEST_F(LifeCycle, ThreeLinesOfTheHostComeBeforeTheSessionAndTheSessionsEndBehind
     EXPECT_EQ(keys, expected);
 }
 
-TEST_F(LifeCycle, EveryValueOfTheFirstPatchIsToldToTheHostForEachGroupFromTheLastOn) {
+TEST_F(LifeCycle, EveryValueOfTheFirstPatchIsSentToTheHostForEachGroupFromTheLastOn) {
     WriteText(documents.Patch("a.kvp"), "<patch_format>textual</patch_format>\r\n<plugin_id>1936683628</"
                                         "plugin_id>\r\n<patch_name>a</patch_name>\r\n"
                                         "<param tag=\"33\" >0.25</param>\r\n<param tag=\"30\" >1</param>");

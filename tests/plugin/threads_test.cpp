@@ -178,7 +178,7 @@ TEST(Threads, ProgramsAndGesturesAreChangedWhileOthersAsk) {
     EXPECT_FALSE(device.IsEdited(HostIndexOf(33)));
 }
 
-TEST(Threads, TheHostIsToldOnOneThreadAtATimeAndEveryEditBeginsAndEnds) {
+TEST(Threads, TheHostIsCalledByOneThreadAtATimeAndEveryEditBeginsAndEnds) {
     CRecordingHost host;
     host.record = false;
     CHostedEffect effect(host.Callback());

@@ -137,7 +137,7 @@ TEST_F(HostCalls, ArrangementOfNoChannelsIsTakenAndSilencesTheEntry) {
     EXPECT_EQ(channels[0][0], 0.0f) << "limited again, a look-ahead later";
 }
 
-TEST_F(HostCalls, ArrangementIsReadNoFurtherThanItsHeaderTells) {
+TEST_F(HostCalls, ArrangementIsReadNoFurtherThanItsHeaderStates) {
     // A host that allocates room for only one speaker: the sanitizer detects a read beyond it.
     const auto record = std::make_unique<SpeakerArrangement<1>>();
     record->numChannels = 1;
@@ -173,7 +173,7 @@ TEST_F(HostCalls, EditGestureOfAParameterWithoutGroupsStaysWithIt) {
     EXPECT_EQ(host.calls[0].index, 104);
 }
 
-TEST_F(HostCalls, EditGestureOfAnUnknownOrAbsoluteTagTellsTheHostNothing) {
+TEST_F(HostCalls, EditGestureOfAnUnknownOrAbsoluteTagSendsTheHostNothing) {
     for (const std::int32_t tag : {0, 38, 99, 100, 132, 337, -4, -68, INT_MIN, INT_MAX}) {
         effect.Device().BeginEdit(tag);
         effect.Device().EndEdit(tag);

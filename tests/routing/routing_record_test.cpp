@@ -99,7 +99,7 @@ TEST(RoutingRecord, SameMapInAnotherTextKeepsThePairs) {
     ExpectPair(record, 0, 9, 9);
 }
 
-TEST(RoutingRecord, TypeTakesEffectWithTheSameMapAndGoesWithItsElement) {
+TEST(RoutingRecord, TypeTakesEffectWithTheSameMapAndEndsWithItsElement) {
     SRoutingRecord record;
     record.Set(Document("0,-1|*|1,-1"));
     const auto typeAfter = [&record](const std::string& name) {
@@ -126,7 +126,7 @@ TEST(RoutingRecord, DocumentWithoutAMapClearsAllEntriesAndKeepsThemClear) {
     EXPECT_EQ(record.text, "");
 }
 
-TEST(RoutingRecord, EntriesBehindTheSixteenthAreIgnored) {
+TEST(RoutingRecord, EntriesAfterTheSixteenthAreIgnored) {
     SRoutingRecord record;
     std::string map;
     for (int entry = 0; entry < 20; ++entry)

@@ -57,7 +57,7 @@ TEST(ReadImage, RefusesAFileCutShort) {
     EXPECT_GT(refused, 0u);
 }
 
-TEST(ReadImage, RefusesWhatIsNoLibrary) {
+TEST(ReadImage, RefusesWhatIsNotALibrary) {
     EXPECT_THROW(ReadImage(std::vector<std::byte>(64)), std::runtime_error);
     EXPECT_THROW(ReadImage(Stray.parent_path() / "absent"), std::runtime_error);
 }

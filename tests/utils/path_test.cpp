@@ -42,7 +42,7 @@ TEST(NormalizePath, KeepsBothSlashesOfANetworkPath) {
     EXPECT_EQ(NormalizePath(u"////server"), u"//server");
 }
 
-TEST(NormalizePath, LeavesPointsAloneThatAreNoFolder) {
+TEST(NormalizePath, RemovesNoOtherDots) {
     EXPECT_EQ(NormalizePath(u"./a"), u"./a");
     EXPECT_EQ(NormalizePath(u"a/."), u"a/.");
     EXPECT_EQ(NormalizePath(u"a/../b"), u"a/../b");

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 using Names = std::vector<std::u16string>;
 
-TEST(ScanFolder, LeavesOutNamesThatAreNoText) {
+TEST(ScanFolder, LeavesOutNamesThatAreNotText) {
     const auto folder = ScratchFolder() / "latin";
     WriteText(folder / "caf\xE9.kvp", "x");
     WriteText(folder / "good.kvp", "x");

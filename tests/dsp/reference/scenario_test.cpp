@@ -105,7 +105,7 @@ TEST(ReferenceScenario, NoticesTheSignOfAZero) {
         "");
 }
 
-TEST(ReferenceScenario, NoticesAWriteBehindTheBlock) {
+TEST(ReferenceScenario, NoticesAWritePastTheBlock) {
     EXPECT_NE(Noticed([](CAlteredEngine& engine) {
         engine.sound = [](float* const* channels, int, int frames) { channels[0][frames] = 0.0f; };
     }),

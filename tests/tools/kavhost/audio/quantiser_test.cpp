@@ -69,7 +69,7 @@ TEST(Quantiser, NeverWrapsFullScaleWithDither) {
     }
 }
 
-TEST(Quantiser, MakesZeroOfWhatIsNoNumber) {
+TEST(Quantiser, MakesNotANumberZero) {
     CQuantiser quantiser(16, true);
     EXPECT_EQ(quantiser.Quantise(NotANumber), 0);
 }

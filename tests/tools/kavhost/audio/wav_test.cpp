@@ -209,7 +209,7 @@ TEST(WavWriter, WritesTheHeaderOfA16BitFile) {
     EXPECT_EQ(Written(audio), Riff(Chunk("fmt ", Format({1, 2, 44100, 4, 16})) + Chunk("data", TwoSamples)));
 }
 
-TEST(WavWriter, LeavesBehindWhatTheFileHolds) {
+TEST(WavWriter, ReplacesTheSamplesByThoseOfTheFile) {
     std::ostringstream stream;
     CWavWriter writer(stream, {48000, 1, ESampleFormat::Int8}, false);
     std::vector samples{0.3f, 2.0f, -2.0f};

@@ -5,7 +5,7 @@
 
 using namespace KAV::Host;
 
-TEST(ReadNumber, TakesANumberWithAUnitBehindIt) {
+TEST(ReadNumber, TakesANumberFollowedByAUnit) {
     const auto number = ReadNumber("  -6.25 dB ");
     ASSERT_TRUE(number);
     EXPECT_EQ(number->value, -6.25);

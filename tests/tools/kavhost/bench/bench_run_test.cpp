@@ -18,7 +18,7 @@ SRun Bench(std::vector<std::string> more) {
 
 } // namespace
 
-TEST(Bench, TellsWhatOneEffectCosts) {
+TEST(Bench, ReportsTheCostOfOneEffect) {
     const auto run = Bench({"--json"});
     ASSERT_EQ(run.code, 0) << run.errors;
     const auto report = nlohmann::json::parse(run.out);
@@ -38,7 +38,7 @@ TEST(Bench, ComparesTwoEffectsInTurns) {
     EXPECT_NE(run.out.find("ratio "), std::string::npos) << run.out;
 }
 
-TEST(Bench, MeasuresTheThreadsOwnTimeAlone) {
+TEST(Bench, MeasuresOnlyTheThreadsOwnTime) {
     // With "Slow" on, the fader sleeps for 5 ms in each call. The time of 36 calls must not count as work.
     const auto run = Bench({"--set", "4:on", "--json", "--block", "4096"});
     ASSERT_EQ(run.code, 0) << run.errors;

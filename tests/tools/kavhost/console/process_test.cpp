@@ -34,7 +34,7 @@ const std::vector<std::string> InputAlone{"in.wav"};
 
 } // namespace
 
-TEST_F(Process, TellsItsFateInItsExitCode) {
+TEST_F(Process, ReportsItsResultInItsExitCode) {
     WriteWav(_folder / "in.wav", Noise(2, 1000, 0.5f));
     EXPECT_EQ(CChild(RenderTo("out.wav")).Wait().code, 0);
     EXPECT_EQ(CChild({"info", "-p", EffectFile("no_entry")}).Wait().code, 1);
@@ -150,7 +150,7 @@ TEST_F(Process, WritesOverNothingButPlainFiles) {
     EXPECT_TRUE(fs::is_symlink(_folder / "null.wav"));
 }
 
-TEST_F(Process, WritesToTheFileBehindALinkAndNeverToAnInput) {
+TEST_F(Process, WritesToTheTargetOfALinkAndNeverToAnInput) {
     WriteWav(_folder / "in.wav", Noise(1, 100, 0.5f));
     WriteWav(_folder / "real.wav", Noise(1, 5, 0.5f));
     fs::create_symlink("real.wav", _folder / "link.wav");
@@ -164,7 +164,7 @@ TEST_F(Process, WritesToTheFileBehindALinkAndNeverToAnInput) {
     EXPECT_EQ(CChild(RenderTo("hard.wav")).Wait().code, 2);
 }
 
-TEST_F(Process, FindsItsEffectAndTheProfileBesideItself) {
+TEST_F(Process, FindsItsEffectAndTheProfileInItsOwnFolder) {
     fs::copy_file(KAVHOST_PROGRAM, _folder / "kavhost");
     fs::copy_file(EffectFile("fader"), _folder / "KAVSorrelLimiter.so");
     const CChild::SOptions beside{.program = _folder / "kavhost"};

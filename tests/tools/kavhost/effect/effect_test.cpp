@@ -33,7 +33,7 @@ bool Contains(const std::string& text, const char* part) {
 
 } // namespace
 
-TEST(EffectLibrary, TellsWhyAFileIsNoEffect) {
+TEST(EffectLibrary, ReportsWhyAFileIsNotAnEffect) {
     const auto folder = NewFolder();
     std::ofstream(folder / "text.so") << "no library";
     EXPECT_TRUE(Contains(OpenError(folder / "missing.so"), "missing.so: no such file"));
@@ -46,7 +46,7 @@ TEST(EffectLibrary, TellsWhyAFileIsNoEffect) {
         OpenError(EffectFile("wrong_mark")), ": not a VST 2 effect: its record lacks the magic number"));
 }
 
-TEST(Effect, TellsWhatItIs) {
+TEST(Effect, ReportsItsProperties) {
     const CEffectLibrary library(EffectFile("fader")); // it calls the host from inside its entry
     const CEffect effect(library, Stream);
     EXPECT_EQ(effect.Name(), "Test Fader");
@@ -69,7 +69,7 @@ TEST(Effect, ChangesItsChannelsWhenItCan) {
     }
 }
 
-TEST(Effect, OfAFixedSizeTakesThatSizeAlone) {
+TEST(Effect, OfAFixedSizeTakesOnlyThatSize) {
     const CEffectLibrary library(EffectFile("old_stereo"));
     CEffect effect(library, Stream);
     effect.SetChannels(2);
@@ -124,7 +124,7 @@ TEST(HostCallback, AnswersAnUnknownEffectForTheOneThatIsBeingMade) {
     EXPECT_GT(HostCallback(unknown, VST::audioMasterGetSampleRate, 0, 0, nullptr, 0), 0);
 }
 
-TEST(HostCallback, TellsWhoItIs) {
+TEST(HostCallback, ReportsTheHost) {
     std::array<char, 64> text{};
     EXPECT_EQ(HostCallback(nullptr, VST::audioMasterVersion, 0, 0, nullptr, 0), 2400);
     EXPECT_EQ(HostCallback(nullptr, VST::audioMasterGetProductString, 0, 0, text.data(), 0), 1);

@@ -82,7 +82,7 @@ std::string Binary() {
 
 } // namespace
 
-TEST_F(Inspect, TellsATextInWords) {
+TEST_F(Inspect, DescribesATextInWords) {
     const auto run = Run(Text + std::string(1, '\0') + "<simd>0</simd>", "p.kvp");
     ASSERT_EQ(run.code, 0) << run.errors;
     // The exponential law: 0.01 (1000 / 0.01)^0.4 = 0.01 x 100 = 1.
@@ -113,7 +113,7 @@ TEST_F(Inspect, TellsATextInWords) {
                        "  vector code                        on\n");
 }
 
-TEST_F(Inspect, TellsItToProgramsToo) {
+TEST_F(Inspect, DescribesItForProgramsToo) {
     const auto patch = Json(Text, "any name");
     EXPECT_EQ(patch["patch"], "Loud & clear");
     EXPECT_EQ(patch["unique_id"], 1952866660);
@@ -152,7 +152,7 @@ TEST_F(Inspect, ReadsEveryFormOfAPatch) {
     EXPECT_EQ(values["parameters"][5]["quantity"], nullptr);
 }
 
-TEST_F(Inspect, NamesWhatABinaryPatchHasByNumberAloneForTheCurrentGroup) {
+TEST_F(Inspect, NamesForTheCurrentGroupWhatABinaryPatchOnlyNumbers) {
     const auto run = Run(Binary() + Little(36) + Little(0x3ECCCCCD) + Little(40) + Little(0x3F000000), "old");
     ASSERT_EQ(run.code, 0) << run.errors;
     // The linear law: -20 + 0.25 x 20. The exponential one: 0.01 (1000 / 0.01)^0.4.

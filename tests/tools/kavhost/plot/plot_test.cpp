@@ -94,7 +94,7 @@ TEST_F(Plot, HasTheLevelsOfAKnownSound) {
         EXPECT_NEAR(gain.get<double>(), 0, 1e-3);
 }
 
-TEST_F(Plot, TellsHowFarALimiterHoldsAToneDown) {
+TEST_F(Plot, ShowsHowFarALimiterReducesATone) {
     WriteWav(_folder / "in.wav", Sine(2, 1, 0.5));
     const auto run =
         RunHost({"render", "-p", Utf8(PluginFile()), "--profile", Utf8(PluginProfile()), Path("in.wav"), "-o",
@@ -169,7 +169,7 @@ TEST_F(Plot, OfAnEmptyFileOrOneFrameIsNoError) {
     }
 }
 
-TEST_F(Plot, TellsOfSamplesThatAreNoNumbersAndLeavesThemOut) {
+TEST_F(Plot, ReportsSamplesThatAreNotNumbersAndLeavesThemOut) {
     auto audio = Noise(1, 4800, 0.5f);
     audio.samples[700] = std::nanf("");
     audio.samples[701] = INFINITY;
@@ -231,7 +231,7 @@ TEST_F(Plot, NeverReplacesAnInputOrTheOutput) {
     EXPECT_EQ(FilesIn(_folder), (std::vector<std::string>{"in.csv", "in.wav"}));
 }
 
-TEST_F(Plot, OfSeveralFilesGoesIntoAFolder) {
+TEST_F(Plot, OfSeveralFilesIsWrittenToAFolder) {
     WriteWav(_folder / "a.wav", Noise(1, 100, 0.5f));
     WriteWav(_folder / "b.wav", Noise(2, 200, 0.5f));
     const std::vector<std::string> render{"render", "-p", Utf8(EffectFile("fader")), Path("a.wav"),

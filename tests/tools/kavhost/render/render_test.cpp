@@ -40,7 +40,7 @@ bool Contains(const std::string& text, const std::string& part) {
 
 } // namespace
 
-TEST_F(Render, LiesUnderItsInputToTheSampleAndHasItsLength) {
+TEST_F(Render, IsAlignedWithItsInputToTheSampleAndHasItsLength) {
     for (const std::size_t frames : {0u, 1u, 511u, 512u, 513u, 5000u}) {
         for (const char* block : {"1", "64", "512", "4096"}) {
             const auto audio = Noise(2, frames, 0.5f);
@@ -140,7 +140,7 @@ TEST_F(Render, DithersByTwoStepsAtMostAndTheSameInEveryRun) {
     for (std::size_t i = 0; i < a.size(); ++i) EXPECT_LE(std::abs(a[i] - in[i]), 1.0f / 32768);
 }
 
-TEST_F(Render, ClipsWhatDoesNotFitAndTellsHowMuch) {
+TEST_F(Render, ClipsWhatDoesNotFitAndReportsHowMuch) {
     const auto audio = Noise(1, 2000, 0.9f);
     WriteWav(_folder / "in.wav", audio);
     const auto run =
@@ -216,7 +216,7 @@ TEST_F(Render, PutsOneFileIntoAFolderThatIsThere) {
     EXPECT_EQ(FilesIn(_folder / "there"), std::vector<std::string>{"a.wav"});
 }
 
-TEST_F(Render, GoesOnWithTheOtherFilesWhenOneFails) {
+TEST_F(Render, ContinuesWithTheOtherFilesWhenOneFails) {
     WriteWav(_folder / "b.wav", Noise(2, 200, 0.5f));
     std::ofstream(_folder / "broken.wav") << "RIFFnothing";
     const auto run = Run({"missing.wav", "broken.wav", "b.wav"}, "out", "fader");
@@ -251,7 +251,7 @@ TEST_F(Render, RefusesOutputsOfNoKnownFormat) {
     EXPECT_EQ(Run({"a.wav"}, "out.flac", "fader", {"--format", "float"}).code, 2);
 }
 
-TEST_F(Render, TellsItsProblemsInOneLine) {
+TEST_F(Render, ReportsProblemsInOneLine) {
     WriteWav(_folder / "a.wav", Noise(1, 100, 0.5f));
     const auto unknown = Run({"a.wav"}, "out.wav", "fader", {"--set", "9=0"});
     EXPECT_EQ(unknown.code, 2);
@@ -295,7 +295,7 @@ TEST_F(Render, TakesQuantitiesFromAProfile) {
     EXPECT_EQ(Run({"a.wav"}, "out.wav", "old_stereo", {"--profile", Path("profile.json")}).code, 1);
 }
 
-TEST(Info, TellsItToProgramsToo) {
+TEST(Info, DescribesItForProgramsToo) {
     const auto run = RunHost({"info", "--json", "-p", Utf8(EffectFile("fader")), "--set", "1:Hard"});
     ASSERT_EQ(run.code, 0) << run.errors;
     const auto info = nlohmann::json::parse(run.out);

@@ -56,7 +56,7 @@ TEST_F(PatchFile, OfValuesSetsParametersAndTheName) {
     EXPECT_EQ(_keeper.ProgramName(), "Quiet");
 }
 
-TEST_F(PatchFile, OfAnOlderReleaseLeavesNewerParametersAlone) {
+TEST_F(PatchFile, OfAnOlderReleaseLeavesNewerParametersUnchanged) {
     _keeper.SetParameter(2, 0.5f);
     EXPECT_EQ(Apply(ValueRecord(Keeper, "", {0.125f}), _keeper), "no error");
     EXPECT_EQ(_keeper.Parameter(0), 0.125f);
@@ -91,7 +91,7 @@ TEST_F(PatchFile, OfTextIsTakenOnlyAsTheEffectTakesIt) {
         "Patch \"p.kvp\" was created for another plug-in");
 }
 
-TEST_F(PatchFile, CutOffAnywhereIsNone) {
+TEST_F(PatchFile, IsRefusedWhenCutOffAnywhere) {
     for (const auto& whole : {ValueRecord(Keeper, "Name", {0.25f, 0.5f, 0.75f}),
              ChunkRecord(Keeper, KeeperChunk("PROG", {0.25f, 0.5f, 0.75f}))}) {
         for (std::size_t size = 0; size < whole.size(); ++size) {
@@ -103,7 +103,7 @@ TEST_F(PatchFile, CutOffAnywhereIsNone) {
     EXPECT_EQ(_keeper.Parameter(0), 1.0f);
 }
 
-TEST_F(PatchFile, IsReadNoFurtherThanItGoesWhateverSizesItClaims) {
+TEST_F(PatchFile, IsNotReadPastItsEndWhateverSizesItClaims) {
     const auto values = ValueRecord(Keeper, "", {0.25f});
     const auto chunk = ChunkRecord(Keeper, KeeperChunk("PROG", {0.25f, 0.5f, 0.75f}));
     for (const std::uint32_t size : {0x10000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFC4u, 0xFFFFFFFFu}) {
@@ -136,7 +136,7 @@ TEST_F(PatchFile, HasValuesBetween0And1ForParametersThatAreThere) {
     EXPECT_EQ(_keeper.Parameter(0), 1.0f);
 }
 
-TEST_F(PatchFile, IsToldByItsEndingInAnyCase) {
+TEST_F(PatchFile, IsRecognisedByItsExtensionInAnyCase) {
     EXPECT_EQ(Apply(ValueRecord(Keeper, "", {0.5f}), _keeper, "P.FXP"), "no error");
     WriteBytes(_folder / "p.txt", ValueRecord(Keeper, "", {0.5f}));
     EXPECT_THROW(CPatchFile(_folder / "p.txt"), CUsageError);

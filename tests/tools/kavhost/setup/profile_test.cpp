@@ -89,7 +89,7 @@ TEST(HostValue, OfAChoiceIsItsPlace) {
     EXPECT_EQ(HostValue(Parameter("Oversampling"), "1"), static_cast<float>(1.0 / 3));
 }
 
-TEST(HostValue, RefusesWhatHasNoPlaceAndTellsWhatHas) {
+TEST(HostValue, RefusesWhatHasNoPlaceAndListsWhatHas) {
     EXPECT_EQ(
         QuantityError("Threshold (1)", "-31"), "Threshold (1): \"-31\" is not accepted, only -30 to 0 dB");
     EXPECT_EQ(QuantityError("Threshold (1)", "3"), "Threshold (1): \"3\" is not accepted, only -30 to 0 dB");
@@ -106,7 +106,7 @@ TEST(HostValue, RefusesWhatHasNoPlaceAndTellsWhatHas) {
     EXPECT_NE(QuantityError("Oversampling", "-1"), "no error");
 }
 
-TEST(ParseProfile, TellsWhereAFaultIs) {
+TEST(ParseProfile, ReportsWhereAFaultIs) {
     EXPECT_EQ(ParseError("{"), "not an effect profile: not a JSON object");
     EXPECT_EQ(ParseError("[]"), "not an effect profile: not a JSON object");
     EXPECT_EQ(ParseError(R"({"name": "x"})"), "not an effect profile: \"unique_id\" is missing");

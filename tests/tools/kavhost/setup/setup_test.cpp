@@ -78,7 +78,7 @@ TEST_F(Setup, IsThatOfRenderToo) {
     }
 }
 
-TEST_F(Setup, IsThatOfTheFirstSubjectOfBenchAlone) {
+TEST_F(Setup, AppliesOnlyToTheFirstSubjectOfBench) {
     WriteBytes(_folder / "p.fxp", ValueRecord(Keeper, "P", {0.5f, 0.5f}));
     const auto bench = [&](const std::string& file) {
         return RunHost({"bench", "-p", Utf8(EffectFile("keeper")), "--seconds", "2", "--runs", "1", "--patch",

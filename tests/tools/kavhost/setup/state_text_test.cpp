@@ -44,7 +44,7 @@ const std::string Entries17 = "0,-1|*|1,-1|*|2,-1|*|3,-1|*|4,-1|*|5,-1|*|6,-1|*|
 
 } // namespace
 
-TEST(StateText, IsToldByItsOpening) {
+TEST(StateText, IsRecognisedByItsOpening) {
     EXPECT_FALSE(CStateText::Read(""));
     EXPECT_FALSE(CStateText::Read(" " + Head));
     EXPECT_FALSE(CStateText::Read(Head.substr(0, 35)));
@@ -170,7 +170,7 @@ TEST(Routing, FromAFileMayHaveAnyLineEndsAndSpaceAroundIt) {
     EXPECT_EQ(routing->entries, 2u);
 }
 
-TEST(Routing, CutOffAnywhereIsNone) {
+TEST(Routing, IsRefusedWhenCutOffAnywhere) {
     const auto whole = RoutingOfChannels(2).document;
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_FALSE(ReadRouting(whole.substr(0, size))) << size;
@@ -178,7 +178,7 @@ TEST(Routing, CutOffAnywhereIsNone) {
     }
 }
 
-TEST(Routing, IsNoneWithoutEntriesOrWithMarksOfAState) {
+TEST(Routing, IsRefusedWithoutEntriesOrWithMarksOfAState) {
     EXPECT_FALSE(ReadRouting(Document("")));
     EXPECT_FALSE(ReadRouting("<kav_input_routing></kav_input_routing>"));
     EXPECT_FALSE(ReadRouting(Document("0,-1") + Document("0,-1")));
