@@ -3,6 +3,7 @@
 #include "device/parameter_table.h"
 #include "device/value_flags.h"
 #include "patch/macro.h"
+#include "utils/shared.h"
 
 #include <array>
 #include <cstddef>
@@ -72,8 +73,8 @@ public:
 protected:
     CXXXDSP() = default;
 
-    CXXXGUI* gui = nullptr;       ///< null only while the device is being built; owned by the effect's record
-    std::int32_t dspChannels = 2; ///< as the host's speaker arrangement says
+    CXXXGUI* gui = nullptr; ///< null only while the device is being built; owned by the effect's record
+    Utils::CShared<std::int32_t> dspChannels{2}; ///< as the host's speaker arrangement says
     /// See IsEdited(): the flag of NoHostIndex, then one per host index.
     std::array<Utils::CShared<bool>, HostParameters + 1> editing;
 };
