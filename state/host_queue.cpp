@@ -1,7 +1,6 @@
 #include "state/host_queue.h"
 
-#include <algorithm>
-#include <bitset>
+#include <iterator>
 
 namespace KAV {
 
@@ -48,41 +47,56 @@ bool CHostQueue::IsReplaced(const SEntry& entry, const SEntry& next) noexcept {
 
 void CHostQueue::Empty(IHostRoad& road, EOccasion occasion) {
     std::unique_lock lock(_mutex);
-    if (occasion == EOccasion::Close) {
-        _isClosing = true; // of an emptying at work as well: no later call would make up for it
-        std::erase_if(_entries, [](const SEntry& entry) { return entry.kind == EKind::Size; });
-    }
+    if (occasion == EOccasion::Close)
+        _isClosing = true; // of an emptying at work, too: no call may follow this one
     if (_isEmptying) return;
     _isEmptying = true;
     ++_emptyings;
-    while (const auto entry = TakeNext(_isClosing ? EOccasion::Close : occasion, road.NowMs())) {
+    // One pass over the list: what has to wait now waits until the end of this emptying.
+    Parameters waiting;         // whose end isn't due
+    auto kept = _entries.end(); // the last that was passed over; end(): none so far
+    std::uint64_t last = _pushed + MostAdded;
+    bool closes = false;
+    for (;;) {
+        if (_isClosing && !closes) {
+            closes = true;
+            occasion = EOccasion::Close;
+            DropSizes();
+            waiting.reset();
+            kept = _entries.end();
+            last = _pushed + MostAdded;
+        }
+        const auto next = kept == _entries.end() ? _entries.begin() : std::next(kept);
+        if (next == _entries.end() || next->number > last) break;
+        if (!MayGo(*next, occasion, road.NowMs(), waiting)) {
+            kept = next;
+            continue;
+        }
+        const SEntry entry = *next;
+        _entries.erase(next);
         lock.unlock();
-        Pass(road, *entry);
+        Pass(road, entry);
         const std::uint32_t passedMs = road.NowMs(); // the host may have taken its time
         lock.lock();
-        if (entry->kind == EKind::Value)
-            _values[static_cast<std::size_t>(entry->first)] = {_emptyings, passedMs};
+        if (entry.kind == EKind::Value)
+            _values[static_cast<std::size_t>(entry.first)] = {_emptyings, passedMs};
     }
     _isEmptying = false;
     _isClosing = false;
 }
 
-std::optional<CHostQueue::SEntry> CHostQueue::TakeNext(EOccasion occasion, std::uint32_t nowMs) {
-    std::bitset<HostParameters> waiting; // parameters with an end that isn't due
-    const auto mayGo = [&](const SEntry& entry) {
-        if (entry.kind == EKind::Size) return occasion == EOccasion::Idle;
-        if (entry.kind == EKind::Latency) return occasion != EOccasion::Turn;
-        const auto index = static_cast<std::size_t>(entry.first);
-        if (entry.kind == EKind::End && occasion != EOccasion::Close && !IsEndDue(entry.first, nowMs)) {
-            waiting.set(index);
-        }
-        return !waiting[index];
-    };
-    const auto next = std::find_if(_entries.begin(), _entries.end(), mayGo);
-    if (next == _entries.end()) return std::nullopt;
-    const SEntry entry = *next;
-    _entries.erase(next);
-    return entry;
+bool CHostQueue::MayGo(
+    const SEntry& entry, EOccasion occasion, std::uint32_t nowMs, Parameters& waiting) const noexcept {
+    if (entry.kind == EKind::Size) return occasion == EOccasion::Idle;
+    if (entry.kind == EKind::Latency) return occasion != EOccasion::Turn;
+    const auto index = static_cast<std::size_t>(entry.first);
+    if (entry.kind == EKind::End && occasion != EOccasion::Close && !IsEndDue(entry.first, nowMs))
+        waiting.set(index);
+    return !waiting[index];
+}
+
+void CHostQueue::DropSizes() {
+    std::erase_if(_entries, [](const SEntry& entry) { return entry.kind == EKind::Size; });
 }
 
 bool CHostQueue::IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcept {

@@ -3,11 +3,11 @@
 #include "device/parameter_table.h"
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <mutex>
-#include <optional>
 
 namespace KAV {
 
@@ -51,6 +51,7 @@ protected:
 class CHostQueue final {
 public:
     static constexpr std::uint32_t EndDelayMs = 100;
+    static constexpr std::uint64_t MostAdded = 1000;
 
     /// Why the queue is emptied, which decides what may go.
     enum class EOccasion { Turn, Idle, Close };
@@ -63,9 +64,10 @@ public:
     void PushLatency(std::int32_t samples);
     void PushSize(std::int32_t width, std::int32_t height);
 
-    /// Passes on what may go, including what the host's answers add meanwhile. Does nothing while another
-    /// call of it is at work, be it further up on the same thread or on another: that one takes care of what
-    /// has been added, and of closing as well.
+    /// Passes on what may go, including what the host's answers add meanwhile: up to MostAdded entries, so
+    /// that it ends however fast other threads add more. Does nothing while another call of it is at work, be
+    /// it further up on the same thread or on another: that one takes care of what has been added, and of
+    /// closing as well.
     void Empty(IHostRoad& road, EOccasion occasion);
 
 private:
@@ -87,13 +89,17 @@ private:
     void PushEdit(const SEntry& entry);
     void Push(SEntry entry);
     static bool IsReplaced(const SEntry& entry, const SEntry& next) noexcept;
-    std::optional<SEntry> TakeNext(EOccasion occasion, std::uint32_t nowMs);
+    using Parameters = std::bitset<HostParameters>;
+
+    bool MayGo(
+        const SEntry& entry, EOccasion occasion, std::uint32_t nowMs, Parameters& waiting) const noexcept;
+    void DropSizes();
     bool IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcept;
     static void Pass(IHostRoad& road, const SEntry& entry) noexcept;
 
     std::mutex _mutex;
     // Under the lock
-    std::deque<SEntry> _entries; // the oldest first
+    std::list<SEntry> _entries; // the oldest first; only an emptying takes some out
     std::array<SPassed, HostParameters> _values;
     std::uint64_t _pushed = 0;    // so far, replaced ones included
     std::uint64_t _emptyings = 0; // begun so far

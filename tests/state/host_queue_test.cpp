@@ -27,10 +27,14 @@ public:
     void Size(std::int32_t width, std::int32_t height) noexcept override {
         Note("size " + std::to_string(width) + " " + std::to_string(height));
     }
-    std::uint32_t NowMs() const noexcept override { return nowMs; }
+    std::uint32_t NowMs() const noexcept override {
+        ++asked;
+        return nowMs;
+    }
 
     std::vector<std::string> calls;
     std::atomic<std::uint32_t> nowMs = 1000;
+    mutable std::atomic<int> asked = 0;             ///< for the time
     std::function<void(const std::string&)> during; ///< what the host does in each call
 
 private:
@@ -277,6 +281,14 @@ TEST_F(HostQueue, ClosesAtTheEndOfTheEmptyingInsideWhichItIsClosed) {
     EXPECT_EQ(Heard(EOccasion::Turn), (Calls{"begin 4", "value 4 500"})) << "it is closed once";
 }
 
+TEST_F(HostQueue, TellsAnEndThatIsPassedOverAlreadyWhenItIsClosedMeanwhile) {
+    PushGesture(1, 0.5f);
+    Heard(EOccasion::Turn);
+    queue.PushValue(2, 0.25f);
+    host.during = [&](const std::string&) { queue.Empty(host, EOccasion::Close); };
+    EXPECT_EQ(Heard(EOccasion::Turn), (Calls{"value 2 250", "end 1"}));
+}
+
 TEST_F(HostQueue, LeavesWhatAnotherThreadAddsToTheOneThatIsEmptying) {
     host.during = [this](const std::string& call) {
         if (call != "value 4 250") return;
@@ -297,6 +309,32 @@ TEST_F(HostQueue, LeavesTheClosingToTheThreadThatIsEmptying) {
     };
     PushGesture(4, 0.25f);
     EXPECT_EQ(Heard(EOccasion::Turn), (Calls{"begin 4", "value 4 250", "end 4"}));
+}
+
+TEST_F(HostQueue, EndsAnEmptyingHoweverFastEntriesAreAdded) {
+    std::int32_t next = 0;
+    host.during = [&](const std::string&) { queue.PushValue(++next % 100, 0.5f); };
+    queue.PushValue(0, 0.5f);
+    EXPECT_EQ(Heard(EOccasion::Turn).size(), 1 + CHostQueue::MostAdded);
+    host.during = nullptr;
+    EXPECT_EQ(Heard(EOccasion::Turn).size(), 1u) << "the rest in the next one";
+    host.during = [&](const std::string&) { queue.PushValue(++next % 100, 0.5f); };
+    queue.PushValue(0, 0.5f);
+    EXPECT_EQ(Heard(EOccasion::Close).size(), 1 + CHostQueue::MostAdded);
+}
+
+TEST_F(HostQueue, LooksOnceAtWhatHasToWait) {
+    constexpr int Held = 2000;
+    PushGesture(1, 0.5f);
+    Heard(EOccasion::Turn);
+    for (int n = 0; n < Held;
+         ++n) { // what the end holds back, with others between so that nothing is replaced
+        queue.PushValue(1, 0.25f);
+        queue.PushBegin(2);
+    }
+    host.asked = 0;
+    EXPECT_EQ(Heard(EOccasion::Turn), Calls(Held, "begin 2"));
+    EXPECT_LT(host.asked, 10 * Held) << "the time is asked for each entry that is looked at";
 }
 
 TEST_F(HostQueue, IsEmptiedByOneThreadAtATimeAndLosesNothing) {
