@@ -4,15 +4,14 @@
 #include "device/parameter_table.h"
 #include "device_gui/fx_button.h"
 #include "tests/support/recording_host.h"
+#include "tests/support/together.h"
 
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 using namespace KAV;
@@ -21,42 +20,6 @@ using namespace KAV::Tests;
 namespace {
 
 constexpr int Blocks = 400;
-/// How often each thread has to run, while all others are running, before any of them may stop.
-constexpr int Rounds = 100;
-
-/// Threads that start together, and continue until each of them has done enough: even a thread that starts
-/// late or rarely runs still meets all the others.
-class CTogether final {
-public:
-    /// `round` is called with 0, 1, 2 and so on. Threads are added before Run().
-    void Add(std::function<void(int)> round, int rounds = Rounds) {
-        _members.push_back({std::move(round), rounds});
-    }
-
-    void Run() {
-        std::atomic<std::size_t> missing{_members.size()}; // no latch: the Windows library's may never open
-        std::atomic<std::size_t> busy{_members.size()};
-        std::vector<std::thread> threads;
-        for (const SMember& member : _members) {
-            threads.emplace_back([&missing, &busy, &member] {
-                --missing;
-                while (missing > 0) std::this_thread::yield();
-                for (int n = 0; n < member.rounds || busy > 0; ++n) {
-                    member.round(n);
-                    if (n + 1 == member.rounds) --busy;
-                }
-            });
-        }
-        for (auto& thread : threads) thread.join();
-    }
-
-private:
-    struct SMember {
-        std::function<void(int)> round;
-        int rounds;
-    };
-    std::vector<SMember> _members;
-};
 
 /// A block of sound that one thread sends through an instance repeatedly.
 class CSound final {
