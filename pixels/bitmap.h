@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace KAV::Pixels {
+
+/// What the fourth byte of a pixel means.
+enum class EAlpha {
+    None,         ///< nothing: the picture is opaque
+    Straight,     ///< the colours are those of an opaque pixel
+    Premultiplied ///< the colours are multiplied by it already
+};
+
+/// A decoded picture in memory: 32-bit pixels in the order blue, green, red, alpha, rows from top to bottom.
+struct SBitmap {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    std::int32_t stride = 0; ///< bytes from one row to the next, at least 4 * width
+    EAlpha alpha = EAlpha::Straight;
+    std::vector<std::uint8_t> bytes; ///< height * stride of them
+};
+
+} // namespace KAV::Pixels
