@@ -48,14 +48,16 @@ TEST(CallLog, WritesEveryOtherLineMeanwhile) {
     EXPECT_EQ(log.Text(), "Error=Draw():1\r\nError=Draw():2\r\nError=Clear():1\r\n");
 }
 
-TEST(CallLog, GoesOnWhenTheClockStartsAnew) {
-    CHandClock clock(0xFFFFFFFF);
+TEST(CallLog, CountsTheSecondAcrossTheStartOfTheClock) {
+    CHandClock clock(0xFFFFFF00); // 256 ms before the clock starts again at 0
     const CAddedLog log;
     CCallLog calls;
     calls.Failed(u"Draw()", 1);
-    clock.Advance(999); // 998 on the clock
-    calls.Failed(u"Draw()", 1);
-    EXPECT_EQ(log.Text(), "Error=Draw():1\r\n");
+    for (const std::uint32_t ms : {200u, 799u}) { // before its start, and after it
+        clock.Advance(ms);
+        calls.Failed(u"Draw()", 1);
+        EXPECT_EQ(log.Text(), "Error=Draw():1\r\n");
+    }
     clock.Advance(1);
     calls.Failed(u"Draw()", 1);
     EXPECT_EQ(log.Text(), "Error=Draw():1\r\nError=Draw():1\r\n");

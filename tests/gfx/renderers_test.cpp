@@ -181,15 +181,18 @@ TEST_F(Renderers, ThatFailAreEndedReportedAndFollowedByTheNext) {
                               "\r\nError=" + Direct2DMessage + "\r\nError=" + SoftwareMessage + "\r\n");
 }
 
-TEST_F(Renderers, SayWhichComesNext) {
-    // Spelled out once; the other tests compose it.
-    EXPECT_EQ(Direct3DMessage,
-        "Can not initialize Direct3D9 hardware renderer for KAV Sorrel Limiter v1.0.1.0! Please update your "
-        "graphics hardware or switch GPU in multi-GPU environment.\r\n\r\nAttempt to create OpenGL hardware "
-        "renderer now...");
-    EXPECT_EQ(SoftwareMessage,
-        "Can not initialize Software hardware renderer for KAV Sorrel Limiter v1.0.1.0! Please update your "
-        "graphics hardware or switch GPU in multi-GPU environment.");
+TEST_F(Renderers, SayWhatFailedAndWhichComesNext) {
+    SetFates({Fails, Fails, Fails, Fails});
+    Make(Direct3D9);
+    ASSERT_EQ(boxes.size(), 4u);
+    EXPECT_EQ(boxes.front(),
+        "KAV Sorrel Limiter v1.0.1.0: Can not initialize Direct3D9 hardware renderer for KAV Sorrel Limiter "
+        "v1.0.1.0! Please update your graphics hardware or switch GPU in multi-GPU "
+        "environment.\r\n\r\nAttempt "
+        "to create OpenGL hardware renderer now...");
+    EXPECT_EQ(boxes.back(),
+        "KAV Sorrel Limiter v1.0.1.0: Can not initialize Software hardware renderer for KAV Sorrel Limiter "
+        "v1.0.1.0! Please update your graphics hardware or switch GPU in multi-GPU environment.");
 }
 
 TEST_F(Renderers, ThatTheSystemDoesNotHaveArePassedOverWithoutABox) {
