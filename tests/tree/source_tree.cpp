@@ -279,20 +279,30 @@ std::vector<std::string> WidgetLocks(const fs::path& root) {
 }
 
 std::vector<std::string> MissingPorts(const fs::path& root) {
-    const std::array<std::string, 2> systems{"linux", "win32"};
-    std::array<std::set<std::string>, 2> files;
-    for (std::size_t i = 0; i < systems.size(); ++i) {
-        const auto folder = root / "platform" / systems[i];
-        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-            if (entry.is_regular_file())
-                files[i].insert(entry.path().lexically_relative(folder).generic_string());
+    std::vector<std::string> owners{"platform"};
+    if (fs::exists(root / "gfx")) {
+        for (const auto& entry : fs::directory_iterator(root / "gfx")) {
+            if (entry.is_directory()) owners.push_back("gfx/" + entry.path().filename().generic_string());
         }
     }
+    std::sort(owners.begin() + 1, owners.end());
+    const std::array<std::string, 2> systems{"linux", "win32"};
     std::vector<std::string> missing;
-    for (std::size_t i = 0; i < systems.size(); ++i) {
-        for (const auto& file : files[1 - i]) {
-            if (!files[i].contains(file))
-                missing.push_back("platform/" + systems[i] + "/" + file + " is missing");
+    for (const auto& owner : owners) {
+        std::array<std::set<std::string>, 2> files;
+        for (std::size_t i = 0; i < systems.size(); ++i) {
+            const auto folder = root / owner / systems[i];
+            if (!fs::exists(folder)) continue;
+            for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+                if (entry.is_regular_file())
+                    files[i].insert(entry.path().lexically_relative(folder).generic_string());
+            }
+        }
+        for (std::size_t i = 0; i < systems.size(); ++i) {
+            for (const auto& file : files[1 - i]) {
+                if (!files[i].contains(file))
+                    missing.push_back(owner + "/" + systems[i] + "/" + file + " is missing");
+            }
         }
     }
     return missing;

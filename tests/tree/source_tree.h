@@ -47,7 +47,7 @@ std::vector<std::string> WidgetLocks(const std::filesystem::path& root);
 std::vector<std::string> SystemSwitches(
     const std::filesystem::path& root, const std::set<std::string>& exceptions);
 
-/// Files of one system's folder under platform/ that the other system lacks.
+/// Files of one system's folder, in platform/ or in a back end of gfx/, that the other system lacks.
 std::vector<std::string> MissingPorts(const std::filesystem::path& root);
 
 /// Sources of the product that have more lines than `limit`.

@@ -269,6 +269,20 @@ TEST(MissingPorts, NameWhatEitherSystemLacks) {
         (Lines{"platform/linux/files/find.cpp is missing", "platform/win32/folders.cpp is missing"}));
 }
 
+TEST(MissingPorts, NameWhatABackEndLacks) {
+    const CMadeUpTree tree;
+    tree.Write("platform/linux/clock.cpp", "");
+    tree.Write("platform/win32/clock.cpp", "");
+    tree.Write("gfx/gpu.cpp", "");
+    tree.Write("gfx/cpu/blit.cpp", "");
+    tree.Write("gfx/ogl/linux/context.cpp", "");
+    tree.Write("gfx/ogl/win32/context.cpp", "");
+    tree.Write("gfx/ogl/win32/pixels.cpp", "");
+    tree.Write("gfx/d3d/win32/data.cpp", "");
+    EXPECT_EQ(MissingPorts(tree.Root()),
+        (Lines{"gfx/d3d/linux/data.cpp is missing", "gfx/ogl/linux/pixels.cpp is missing"}));
+}
+
 TEST(LongSources, CountLinesOfTheProductOnly) {
     const CMadeUpTree tree;
     tree.Write("dsp/fits.cpp", "1\n2\n3\n");
