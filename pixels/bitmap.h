@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -20,5 +22,16 @@ struct SBitmap {
     EAlpha alpha = EAlpha::Straight;
     std::vector<std::uint8_t> bytes; ///< height * stride of them
 };
+
+/// A bitmap without gaps between its rows, transparent everywhere. Sizes below 0 count as 0.
+inline SBitmap TransparentBitmap(std::int32_t width, std::int32_t height) {
+    SBitmap bitmap;
+    bitmap.width = std::max(width, 0);
+    bitmap.height = std::max(height, 0);
+    bitmap.stride = 4 * bitmap.width;
+    bitmap.alpha = EAlpha::Premultiplied;
+    bitmap.bytes.resize(static_cast<std::size_t>(bitmap.stride) * static_cast<std::size_t>(bitmap.height));
+    return bitmap;
+}
 
 } // namespace KAV::Pixels
