@@ -26,6 +26,10 @@ std::vector<std::u16string_view> Split(std::u16string_view text, std::u16string_
 
 /// A to Z in lower case; all other characters as they are.
 std::u16string ToLower(std::u16string_view text);
+/// In upper case: Latin up to U+017F, Greek and Cyrillic, each character by the one that Unicode pairs it
+/// with. The same on all systems, whatever the user's locale: i becomes I. A character without a single
+/// partner stays, like the sharp s; so does the micro sign, which is a unit.
+std::u16string ToUpper(std::u16string_view text);
 
 /// Copies UTF-8 `text` into `buffer` with a closing zero, cut to what fits. A cut never splits a character:
 /// one whose last byte would not fit is left out whole. Bytes after the zero stay as they were; an empty

@@ -105,6 +105,33 @@ TEST(Split, TakesWideTexts) {
     EXPECT_EQ(Split(u"1.0||http://x||", u"||"), (std::vector<std::u16string_view>{u"1.0", u"http://x", u""}));
 }
 
+TEST(ToUpper, PairsLatinGreekAndCyrillicAsUnicodeDoes) {
+    EXPECT_EQ(ToUpper(u"kvp.Wav 09 [@`{]"), u"KVP.WAV 09 [@`{]");
+    EXPECT_EQ(ToUpper(u"\u00E0\u00F6\u00F7\u00F8\u00FE\u00FF"), u"\u00C0\u00D6\u00F7\u00D8\u00DE\u0178");
+    EXPECT_EQ(ToUpper(u"\u0101\u012F\u0131\u0137\u0138\u013A\u0148\u0149\u014B\u0177\u017A\u017E\u017F"),
+        u"\u0100\u012EI\u0136\u0138\u0139\u0147\u0149\u014A\u0176\u0179\u017DS");
+    EXPECT_EQ(ToUpper(u"\u03AC\u03AD\u03AE\u03AF\u03B1\u03C1\u03C2\u03C3\u03C9\u03CB\u03CC\u03CD\u03CE"),
+        u"\u0386\u0388\u0389\u038A\u0391\u03A1\u03A3\u03A3\u03A9\u03AB\u038C\u038E\u038F");
+    EXPECT_EQ(ToUpper(u"\u0461\u0481\u048B\u04BF\u04C2\u04CE\u04CF\u04D1\u052F"),
+        u"\u0460\u0480\u048A\u04BE\u04C1\u04CD\u04C0\u04D0\u052E");
+}
+
+TEST(ToUpper, MovesCyrillicBy32AndYoBy80) {
+    for (char16_t c = 0x430; c <= 0x44F; ++c)
+        EXPECT_EQ(ToUpper(std::u16string(1, c)), std::u16string(1, static_cast<char16_t>(c - 32)));
+    EXPECT_EQ(ToUpper(u"\u0451"), u"\u0401");
+    EXPECT_EQ(ToUpper(u"\u0450\u045F"), u"\u0400\u040F");
+}
+
+TEST(ToUpper, LeavesCapitalsAndWhatHasNoCapitalAlone) {
+    for (const std::u16string_view text : {u"ABC\u00C4\u00D7\u0100\u0130\u0139\u0178\u0391\u0401\u0410\u04C0",
+             u"\u00DF\u00B5\u0390\u03B0\u221E", u"\u4E00\U0001F600\u0530", u""})
+        EXPECT_EQ(ToUpper(text), text);
+    std::u16string all;
+    for (char16_t c = 1; c < 0x600; ++c) all += c;
+    EXPECT_EQ(ToUpper(ToUpper(all)), ToUpper(all));
+}
+
 TEST(ToLower, ChangesTheLettersAToZAlone) {
     EXPECT_EQ(ToLower(u"KVP.Wav \xC4\xD6 [@Z`]"), u"kvp.wav \xC4\xD6 [@z`]");
 }
