@@ -5,7 +5,9 @@
 namespace KAV {
 
 CFxBtn::CFxBtn(CXXXGUI& a_piPlugin, int a_nGroup)
-    : CPluginButton(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::FxBtn, a_nGroup))), _nGroup(a_nGroup) {}
+    : CPluginButton(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::FxBtn, a_nGroup))), _nGroup(a_nGroup) {
+    bEllipsis = true; // the user names groups
+}
 
 void CFxBtn::OnValueChanged(float a_fNormal, std::int32_t) {
     if (a_fNormal == 0.0f) return;

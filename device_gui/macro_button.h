@@ -15,7 +15,9 @@ public:
     /// `a_nMacro` 0..4.
     CMacroBtn(CXXXGUI& a_piPlugin, int a_nMacro)
         : CPluginButton(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::MacroBtn, a_nMacro))),
-          _nMacro(static_cast<std::size_t>(a_nMacro)) {}
+          _nMacro(static_cast<std::size_t>(a_nMacro)) {
+        bEllipsis = true; // the user names macros
+    }
 
     /// The state keeps it.
     void SetText(std::u16string_view a_sText) override {

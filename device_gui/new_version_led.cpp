@@ -1,32 +1,39 @@
 #include "device_gui/new_version_led.h"
 
 #include "device_gui/row_info.h"
-
-#include <algorithm>
+#include "gui/gui.h"
+#include "utils/clock.h"
 
 namespace KAV {
 
 namespace {
 
-constexpr float WayMs = 1000.0f; // from dark to bright, and back
+constexpr std::uint32_t WayMs = 1000; // from dark to bright, and back
 
 } // namespace
 
 CNewVersionLED::CNewVersionLED(GUI::CGUI& a_piGUI)
-    : GUI::CWidget(a_piGUI, InfoOf(Panel::RowOf(Panel::EClass::NewVersionLED))), GUI::CValueWidget(0.0f, {}) {
+    : GUI::CLED(a_piGUI, InfoOf(Panel::RowOf(Panel::EClass::NewVersionLED))) {
+    sValue.nRiseMs = WayMs;
+    sValue.nFallMs = WayMs;
 }
 
-bool CNewVersionLED::SetValue(float a_fNormal, bool) {
-    if (!ChangeTo(Clamped(a_fNormal))) return false;
-    _fFrom = _fBrightness;
-    return true;
+void CNewVersionLED::SetFromHost(float) {}
+
+void CNewVersionLED::Tick(std::uint32_t a_nMs) {
+    GUI::CLabel::Tick(a_nMs); // NOLINT(bugprone-parent-virtual-call): the value stays
 }
 
-void CNewVersionLED::Tick(std::uint32_t a_nElapsedMs) {
-    const float way = Value() - _fFrom;
-    const float next = _fBrightness + static_cast<float>(a_nElapsedMs) / WayMs * way;
-    _fBrightness = way > 0.0f ? std::min(next, Value()) : std::max(next, Value());
-    if (IsVisible() && _fBrightness == Value()) SetValue(Value() == 0.0f ? 1.0f : 0.0f, false);
+void CNewVersionLED::Pulse(std::uint32_t a_nElapsedMs) {
+    if (sValue.Step(a_nElapsedMs) && IsVisible()) Root().Invalidate();
+    if (IsVisible() && Brightness() == Value()) SetValue(Value() == 0.0f ? 1.0f : 0.0f, false);
+}
+
+void CNewVersionLED::SoakTest() {
+    for (const float value : {0.0f, 1.0f, 0.0f}) {
+        SetValue(value, false);
+        Utils::WaitMs(SoakPauseMs);
+    }
 }
 
 } // namespace KAV

@@ -5,7 +5,9 @@
 namespace KAV {
 
 CPatch::CPatch(CXXXGUI& a_piPlugin)
-    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {}
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {
+    bEllipsis = true; // names of files
+}
 
 void CPatch::OnValueChanged(float, std::int32_t a_nItem) {
     if (a_nItem < 0 || a_nItem >= ItemCount()) return;

@@ -2,6 +2,8 @@
 
 #include "device_gui/xxx_gui.h"
 #include "gui/button.h"
+#include "gui/button_mom.h"
+#include "gui/knob.h"
 #include "gui/value_display.h"
 
 namespace KAV {
@@ -21,7 +23,9 @@ private:
     CXXXGUI& _piPlugin;
 };
 
+using CPluginKnob = CPluginWidget<GUI::CKnob>;
 using CPluginButton = CPluginWidget<GUI::CButton>;
+using CPluginButtonMom = CPluginWidget<GUI::CButtonMom>;
 using CPluginValueDisplay = CPluginWidget<GUI::CValueDisplay>;
 
 } // namespace KAV

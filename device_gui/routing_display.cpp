@@ -8,7 +8,9 @@
 namespace KAV {
 
 CRouting::CRouting(CXXXGUI& a_piPlugin)
-    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Routing))) {}
+    : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Routing))) {
+    bEllipsis = true; // names of files
+}
 
 void CRouting::ShowPanel(const SPanelState& a_psPanel) {
     const auto& routing = a_psPanel.routing;
@@ -22,7 +24,7 @@ void CRouting::OnValueChanged(float, std::int32_t a_nItem) {
     Plugin().State().ChooseRouting(a_nItem, Items()[static_cast<std::size_t>(a_nItem)]);
 }
 
-bool CRouting::IsItemEnabled(std::int32_t a_nItem) {
+bool CRouting::IsItemEnabled(std::int32_t a_nItem, const std::u16string&) {
     if (a_nItem < 0 || a_nItem >= ItemCount()) return false;
     auto& channels = _vnChannels[static_cast<std::size_t>(a_nItem)];
     if (channels == Unread)

@@ -18,7 +18,7 @@ public:
     void OnValueChanged(float a_fNormal, std::int32_t a_nItem) override;
     /// The host gives enough channels for the routing. Its file is read when this is asked for the first
     /// time.
-    bool IsItemEnabled(std::int32_t a_nItem) override;
+    bool IsItemEnabled(std::int32_t a_nItem, const std::u16string& a_sText) override;
 
 private:
     static constexpr std::size_t Unread = static_cast<std::size_t>(-1);

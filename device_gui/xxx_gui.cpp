@@ -34,33 +34,45 @@ void CXXXGUI::ShowAtTurnEnds(const Utils::CTurn& a_piTurn) noexcept {
 }
 
 void CXXXGUI::OnTurnEnd(Utils::CTurn& a_piTurn) {
-    if (!_bWindow) ShowPanel(a_piTurn);
+    if (!_bWindow && CopyPanel(a_piTurn)) Resize(_nPanelWidth, _nPanelHeight);
 }
 
 void CXXXGUI::BeforePatch(Utils::CTurn&) {
     if (IsHistoryEnabled()) AddRecord(std::make_unique<CHistoryPatch>(_piState));
 }
 
-void CXXXGUI::ShowPanel(const Utils::CTurn& a_piTurn) {
+bool CXXXGUI::CopyPanel(const Utils::CTurn& a_piTurn) {
     const auto& panel = _piState.Panel(a_piTurn);
     const std::uint32_t generation = panel.generation;
-    if (generation == _nShown) return;
+    if (generation == _nShown) return false;
     for (auto* const view : FindAll<IPanelView>()) view->ShowPanel(panel);
-    const bool isOther = panel.width != Width() || panel.height != Height();
-    Resize(panel.width, panel.height);
+    _nPanelWidth = panel.width;
+    _nPanelHeight = panel.height;
     _nShown = generation;
-    if (isOther && _bWindow) RequestHostResize(panel.width, panel.height);
+    return true;
+}
+
+void CXXXGUI::ShowPanel() {
+    if (_piState.Generation() == _nShown) return;
+    {
+        const Utils::CTurn turn(_piState.Turns());
+        CopyPanel(turn);
+    }
+    if (_nPanelWidth == Width() && _nPanelHeight == Height()) return;
+    Resize(_nPanelWidth, _nPanelHeight); // outside the turn, for it draws
+    if (_bWindow) RequestHostResize(_nPanelWidth, _nPanelHeight);
 }
 
 // The window
 
 void CXXXGUI::CreateGUIWindow() {
-    CGUI::CreateGUIWindow();
     {
         const Utils::CTurn turn(_piState.Turns());
-        ShowPanel(turn);
-        _bWindow = true;
+        _bWindow = true; // the widgets are this thread's from now on
+        CopyPanel(turn);
     }
+    Resize(_nPanelWidth, _nPanelHeight);
+    CGUI::CreateGUIWindow();
     ShowLamp();
     _piState.Errors().ShowHeld();
 }
@@ -79,19 +91,16 @@ bool CXXXGUI::OnUserMessage(std::uint32_t a_nMessage) {
 
 void CXXXGUI::ShowLamp() {
     if (!_iVersion.TakeLamp()) return;
-    if (auto* const lamp = Find<CNewVersionLED>()) lamp->SetVisible(true);
+    if (auto* const lamp = Find<CNewVersionLED>()) lamp->SetVisible(true, 0);
 }
 
 void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
     DeliverMessages();
-    if (auto* const lamp = Find<CNewVersionLED>()) lamp->Tick(a_nElapsedMs);
+    if (auto* const lamp = Find<CNewVersionLED>()) lamp->Pulse(a_nElapsedMs);
     _piDSP.OnValueChanged();
     for (auto* const widget : Widgets())
         widget->SetFromHost(_piDSP.GetParam(widget->Id(), Normalized | GroupRelative));
-    if (_piState.Generation() != _nShown) {
-        const Utils::CTurn turn(_piState.Turns());
-        ShowPanel(turn);
-    }
+    ShowPanel();
     const std::int32_t latency = _piDSP.GetLatency();
     if (latency == _nLastLatency) return;
     _nLastLatency = latency;
@@ -125,9 +134,8 @@ void CXXXGUI::SetRouting(std::string_view a_sText, int a_nGroup) {
 }
 
 void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
-    const Utils::CTurn turn(_piState.Turns());
     _piState.ResizeTo(a_nWidth, a_nHeight);
-    ShowPanel(turn);
+    if (_bWindow) ShowPanel();
 }
 
 bool CXXXGUI::ApplyPatchData(const void* a_pData, std::size_t a_nSize, std::uint32_t a_nFlags) {

@@ -72,7 +72,10 @@ protected:
 private:
     void OnTurnEnd(Utils::CTurn& a_piTurn) override;
     void BeforePatch(Utils::CTurn& a_piTurn) override;
-    void ShowPanel(const Utils::CTurn& a_piTurn);
+    /// Brings the state to the widgets. False when they show it already.
+    bool CopyPanel(const Utils::CTurn& a_piTurn);
+    /// The same on the window's thread, where another size is shown, too.
+    void ShowPanel();
     void ShowLamp();
 
     CXXXDSP& _piDSP;
@@ -81,7 +84,9 @@ private:
     std::int32_t _nLastLatency = 0; // samples, as the host hears it
     bool _bWindow = false;          // within a turn
     std::uint32_t _nShown = 0;      // the generation that the widgets show; as the widgets
-    CVersionCheck _iVersion;        // its thread ends before anything above goes
+    std::int32_t _nPanelWidth = 0;  // and its size, in pixels
+    std::int32_t _nPanelHeight = 0;
+    CVersionCheck _iVersion; // its thread ends before anything above goes
     CMakerPages _iMaker;
 };
 

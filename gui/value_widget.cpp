@@ -1,7 +1,10 @@
 #include "gui/value_widget.h"
 
+#include "gui/gui.h"
+#include "gui/menu.h"
 #include "utils/text.h"
 
+#include <string_view>
 #include <utility>
 
 namespace KAV::GUI {
@@ -14,36 +17,58 @@ std::vector<std::u16string> Entries(std::u16string_view a_sList) {
     return entries;
 }
 
-/// A previous value of a widget.
-class CWidgetHistory final : public IHistory {
+std::uint32_t WholeMs(float a_fMs) noexcept {
+    return a_fMs > 0.0f ? static_cast<std::uint32_t>(a_fMs) : 0;
+}
+
+} // namespace
+
+/// A previous value of a widget. It does nothing once the widget is gone.
+class CValueWidget::CWidgetHistory final : public IHistory {
 public:
-    explicit CWidgetHistory(CValueWidget& a_piTarget) : _piTarget(&a_piTarget), _fValue(a_piTarget.Value()) {}
+    explicit CWidgetHistory(CValueWidget& a_piTarget)
+        : _piTarget(a_piTarget.LinkToThis()), _fValue(a_piTarget.Value()) {}
 
     void Redo() override { Swap(); }
     void Undo() override { Swap(); }
     bool Differs(const IHistory& a_piOther) const override {
         const auto* const other = dynamic_cast<const CWidgetHistory*>(&a_piOther);
-        return other == nullptr || other->_piTarget != _piTarget || _piTarget->Value() != _fValue;
+        return other == nullptr || other->_piTarget != _piTarget || *_piTarget == nullptr ||
+               (*_piTarget)->Value() != _fValue;
     }
 
 private:
     /// In a radio group the current target is not the button that was on then.
     void Swap() {
-        CValueWidget& present = _piTarget->HistoryTarget();
+        if (*_piTarget == nullptr) return;
+        CValueWidget& present = (*_piTarget)->HistoryTarget();
         const float value = present.Value();
-        _piTarget->SetValue(_fValue, false);
+        (*_piTarget)->SetValue(_fValue, false);
         _fValue = value;
-        _piTarget = &present;
+        _piTarget = present.LinkToThis();
     }
 
-    CValueWidget* _piTarget;
+    Link _piTarget;
     float _fValue;
 };
 
-} // namespace
+CValueWidget::CValueWidget(CGUI& a_piGUI, CWidget& a_piWidget, const SWidgetInfo& a_sInfo)
+    : vsItems(Entries(a_sInfo.sList)), fMin(a_sInfo.fMin), fMax(a_sInfo.fMax), sUnit(a_sInfo.sUnit),
+      nDecimals(a_sInfo.nDecimals), _piGUI(a_piGUI), _piWidget(a_piWidget) {
+    sValue.Jump(Clamped(a_sInfo.fValue));
+    sValue.nRiseMs = WholeMs(a_sInfo.fValueRiseMs);
+    sValue.nFallMs = WholeMs(a_sInfo.fValueFallMs);
+    nItem = NearestItem(); // NOLINT(cppcoreguidelines-prefer-member-initializer): once there is a value
+}
 
-CValueWidget::CValueWidget(float a_fValue, std::u16string_view a_sList)
-    : _fValue(Clamped(a_fValue)), _vsItems(Entries(a_sList)), _nItem(NearestItem()) {}
+CValueWidget::~CValueWidget() {
+    if (_piLink != nullptr) *_piLink = nullptr;
+}
+
+const CValueWidget::Link& CValueWidget::LinkToThis() {
+    if (_piLink == nullptr) _piLink = std::make_shared<CValueWidget*>(this);
+    return _piLink;
+}
 
 float CValueWidget::Clamped(float a_fNormal) noexcept {
     if (a_fNormal >= 1.0f) return 1.0f;
@@ -51,8 +76,8 @@ float CValueWidget::Clamped(float a_fNormal) noexcept {
 }
 
 std::int32_t CValueWidget::NearestItem() const noexcept {
-    if (_vsItems.empty()) return 0;
-    const float place = static_cast<float>(ItemCount() - 1) * _fValue;
+    if (vsItems.empty()) return 0;
+    const float place = static_cast<float>(ItemCount() - 1) * sValue.fTarget;
     return static_cast<std::int32_t>(place + 0.5f); // NOLINT(bugprone-incorrect-roundings): never below 0
 }
 
@@ -61,33 +86,71 @@ float CValueWidget::ValueOf(std::int32_t a_nItem) const noexcept {
     return last > 0 ? static_cast<float>(a_nItem) / static_cast<float>(last) : static_cast<float>(a_nItem);
 }
 
-bool CValueWidget::ChangeTo(float a_fNormal) noexcept {
-    if (a_fNormal == _fValue) return false;
-    _fValue = a_fNormal;
-    _nItem = NearestItem();
-    return true;
+void CValueWidget::ShowItemSilently(std::int32_t a_nItem) noexcept {
+    nItem = a_nItem;
+    sValue.Retarget(Clamped(ValueOf(a_nItem)));
 }
 
-void CValueWidget::ShowItemSilently(std::int32_t a_nItem) noexcept {
-    _nItem = a_nItem;
-    _fValue = Clamped(ValueOf(a_nItem));
+std::u16string CValueWidget::ItemText() const {
+    if (nItem < 0 || nItem >= ItemCount()) return {};
+    return WithoutMarks(vsItems[static_cast<std::size_t>(nItem)]);
 }
+
+// The plain range
 
 float CValueWidget::ToNormal(float a_fPlain) const noexcept {
-    return (a_fPlain - _fMin) / (_fMax - _fMin);
+    return (a_fPlain - fMin) / (fMax - fMin);
 }
 
 float CValueWidget::GetPlain() const noexcept {
-    return (_fMax - _fMin) * _fValue + _fMin;
+    if (sValue.fTarget == 0.0f) return fMin; // also of a range without an end
+    return (fMax - fMin) * sValue.fTarget + fMin;
 }
 
 void CValueWidget::SetPlain(float a_fPlain, bool a_bHistory) {
     SetValue(ToNormal(a_fPlain), a_bHistory);
 }
 
+// The value
+
+bool CValueWidget::TakeValue(float a_fNormal, bool a_bHistory) {
+    if (a_bHistory) _piGUI.AddRecord(MakeHistory());
+    const float value = Clamped(a_fNormal);
+    if (value == sValue.fTarget) return false;
+    sValue.Retarget(value);
+    if (!vsItems.empty()) nItem = NearestItem();
+    _piGUI.Invalidate();
+    return true;
+}
+
+void CValueWidget::TellDevice() {
+    if (!_piWidget.bFromHost) _piGUI.SetParameter(_piWidget.nId, sValue.fTarget);
+}
+
+void CValueWidget::TakeFromHost(float a_fNormal) {
+    /// Also when a hook of the change throws.
+    struct SMark {
+        explicit SMark(bool& a_bFromHost) noexcept : bFromHost(a_bFromHost) { a_bFromHost = true; }
+        ~SMark() { bFromHost = false; }
+        SMark(const SMark&) = delete;
+        SMark& operator=(const SMark&) = delete;
+
+        bool& bFromHost;
+    };
+    const SMark mark(_piWidget.bFromHost);
+    SetValue(a_fNormal, false);
+}
+
+bool CValueWidget::SetValue(float a_fNormal, bool a_bHistory) {
+    if (!TakeValue(a_fNormal, a_bHistory)) return false;
+    OnValueChanged(Value(), Item());
+    TellDevice();
+    return true;
+}
+
 void CValueWidget::SetItems(std::vector<std::u16string> a_vsItems) {
-    _vsItems = std::move(a_vsItems);
-    _nItem = NearestItem();
+    vsItems = std::move(a_vsItems);
+    nItem = NearestItem();
 }
 
 void CValueWidget::SetItem(std::int32_t a_nItem, bool a_bHistory) {
@@ -96,6 +159,8 @@ void CValueWidget::SetItem(std::int32_t a_nItem, bool a_bHistory) {
 }
 
 void CValueWidget::OnValueChanged(float, std::int32_t) {}
+
+// The history
 
 CValueWidget& CValueWidget::HistoryTarget() {
     return *this;

@@ -134,17 +134,17 @@ TEST_F(Routings, OneForMoreChannelsThanTheHostGivesIsPassedOver) {
     WriteText(documents.Routing("Mono.kvt"), Document("Mono", "0,-1", ""));
     Renew();
     auto& display = Widget<CRouting>();
-    EXPECT_FALSE(display.IsItemEnabled(0));
-    EXPECT_TRUE(display.IsItemEnabled(1));
-    EXPECT_TRUE(display.IsItemEnabled(2));
-    EXPECT_FALSE(display.IsItemEnabled(-1));
-    EXPECT_FALSE(display.IsItemEnabled(3));
+    EXPECT_FALSE(display.IsItemEnabled(0, {}));
+    EXPECT_TRUE(display.IsItemEnabled(1, {}));
+    EXPECT_TRUE(display.IsItemEnabled(2, {}));
+    EXPECT_FALSE(display.IsItemEnabled(-1, {}));
+    EXPECT_FALSE(display.IsItemEnabled(3, {}));
     display.Step(1);
     EXPECT_EQ(Shown(), u"Mono");
     display.Step(-1); // to the one that doesn't fit: nothing happens
     EXPECT_EQ(Shown(), u"Mono");
     ASSERT_TRUE(effect->SetChannels(6, 6));
-    EXPECT_TRUE(display.IsItemEnabled(0));
+    EXPECT_TRUE(display.IsItemEnabled(0, {}));
     display.Step(-1);
     EXPECT_EQ(Shown(), u"5.1");
 }
@@ -257,15 +257,15 @@ TEST_F(Routings, TheListIsJudgedAnewWhenItChanges) {
     WriteText(documents.Routing("Quad.kvt"), Document("Quad", "0,-1|*|1,-1|*|2,-1|*|3,-1", ""));
     Renew();
     auto& display = Widget<CRouting>();
-    EXPECT_FALSE(display.IsItemEnabled(0));
-    EXPECT_TRUE(display.IsItemEnabled(1));
+    EXPECT_FALSE(display.IsItemEnabled(0, {}));
+    EXPECT_TRUE(display.IsItemEnabled(1, {}));
     for (const char* const name : {"Aa.kvt", "Zz.kvt"})
         Gui().SaveRouting(Utils::FromSystemPath(documents.Routing(name)));
     ASSERT_EQ(display.Items(), (std::vector<std::u16string>{u"Aa", u"Quad", u"Zz", u"Not found"}));
-    EXPECT_TRUE(display.IsItemEnabled(0));
-    EXPECT_FALSE(display.IsItemEnabled(1));
-    EXPECT_TRUE(display.IsItemEnabled(2));
-    EXPECT_TRUE(display.IsItemEnabled(3));
+    EXPECT_TRUE(display.IsItemEnabled(0, {}));
+    EXPECT_FALSE(display.IsItemEnabled(1, {}));
+    EXPECT_TRUE(display.IsItemEnabled(2, {}));
+    EXPECT_TRUE(display.IsItemEnabled(3, {}));
 }
 
 TEST_F(Routings, OneSavedElsewhereIsNotSelected) {

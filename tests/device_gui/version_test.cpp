@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 using namespace KAV;
 using namespace KAV::Tests;
@@ -28,6 +29,12 @@ Utils::SMakerService Service(const CLocalServer& server) {
     return {server.Origin(), server.Origin(), u"0123abcd", u"vst24_test", {}};
 }
 
+CNewVersionLED& LampOf(const CXXXGUI& gui) {
+    auto* const lamp = gui.Find<CNewVersionLED>();
+    if (lamp == nullptr) throw std::logic_error("no lamp");
+    return *lamp;
+}
+
 /// An instance of a host's, and its editor's half.
 class CInstance final {
 public:
@@ -36,7 +43,7 @@ public:
 
     CXXXGUI& Gui() { return _effect.Device().GUI(); }
     VST::AEffect& Record() { return _effect.Record(); }
-    CNewVersionLED& Lamp() { return *Gui().Find<CNewVersionLED>(); }
+    CNewVersionLED& Lamp() { return LampOf(Gui()); }
     /// Waits until the answer is known, for a minute at most.
     bool AwaitVersion() {
         for (int i = 0; i < 6000 && Gui().Version().LatestVersion().empty(); ++i)
@@ -284,7 +291,7 @@ TEST(NewVersionLamp, IsShownByTheNextWindowWhenThereWasNone) {
     EXPECT_FALSE(instance.Lamp().IsVisible()) << "a message to no window";
     instance.Gui().CreateGUIWindow();
     EXPECT_TRUE(instance.Lamp().IsVisible());
-    instance.Lamp().SetVisible(false);
+    instance.Lamp().SetVisible(false, 0);
     instance.Gui().OnUserMessage(CXXXGUI::NewVersionMessage);
     instance.Gui().CreateGUIWindow();
     EXPECT_FALSE(instance.Lamp().IsVisible()) << "once for each newer version";
@@ -295,7 +302,7 @@ TEST(NewVersionLamp, BreathesWithTwoSecondsWhileItIsShown) {
     auto& lamp = instance.Lamp();
     for (int i = 0; i < 100; ++i) instance.Gui().OnFrame(20);
     EXPECT_EQ(lamp.Brightness(), 0.0f) << "hidden";
-    lamp.SetVisible(true);
+    lamp.SetVisible(true, 0);
     instance.Gui().OnFrame(125); // sets out
     for (int period = 0; period < 3; ++period) {
         for (int ms = 125; ms <= 2000; ms += 125) { // a power of two of a second, so nothing is rounded
@@ -310,10 +317,10 @@ TEST(NewVersionLamp, IsLeftAloneByTheDevice) {
     CRecordingHost host;
     CHostedEffect effect(host.Callback(), Utils::SMakerService{});
     auto& gui = effect.Device().GUI();
-    auto& lamp = *gui.Find<CNewVersionLED>();
+    auto& lamp = LampOf(gui);
     EXPECT_EQ(lamp.Id(), -56);
     EXPECT_EQ(effect.Device().GetParam(-56, 0), 0.0f);
-    lamp.SetVisible(true);
+    lamp.SetVisible(true, 0);
     host.calls.clear();
     for (int i = 0; i < 26; ++i) gui.OnFrame(20);
     EXPECT_NEAR(static_cast<double>(lamp.Brightness()), 0.5, 1e-4);

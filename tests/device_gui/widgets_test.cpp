@@ -3,6 +3,7 @@
 #include "device/value_flags.h"
 #include "device_gui/channel_button.h"
 #include "device_gui/fx_button.h"
+#include "device_gui/macro_button.h"
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
 #include "gui/value_display.h"
@@ -248,6 +249,22 @@ TEST_F(Widgets, WhatHasNoParameterBeginsAndEndsNoEditOfTheHosts) {
     EXPECT_EQ(Gui().GetRouting(0), "<map>0,-1</map>");
     EXPECT_EQ(host.Count(VST::audioMasterBeginEdit), 0u);
     EXPECT_EQ(host.Count(VST::audioMasterEndEdit), 0u);
+}
+
+// Names of any length come from the user and from files.
+TEST_F(Widgets, TextsOfTheUserEndInAnEllipsis) {
+    std::size_t widgets = 0;
+    const auto expectEllipses = [&](const auto& labels) {
+        for (const auto* const label : labels) EXPECT_TRUE(label->bEllipsis);
+        widgets += labels.size();
+    };
+    expectEllipses(Gui().FindAll<CPatch>());
+    expectEllipses(Gui().FindAll<CRouting>());
+    expectEllipses(Gui().FindAll<CFxBtn>());
+    expectEllipses(Gui().FindAll<CChannelBtn>());
+    expectEllipses(Gui().FindAll<CMacroBtn>());
+    EXPECT_EQ(widgets, 1u + 1u + 4u + 16u + 5u);
+    EXPECT_FALSE(Oversampling().bEllipsis);
 }
 
 TEST_F(Widgets, AGroupThatIsTurnedOffStaysTheOneThatIsShown) {

@@ -2,6 +2,7 @@
 
 #include "gui/gui.h"
 #include "utils/number.h"
+#include "utils/text.h"
 
 #include <cstdint>
 #include <string>
@@ -16,9 +17,10 @@ struct SOwnTurns {
 
 /// The root of an editor without a device. It keeps what its widgets report, in order: "begin 5", "5 = 0.500"
 /// and "end 5" for parameter 5.
-class CRecordingRoot final : private SOwnTurns, public GUI::CGUI {
+class CRecordingRoot : private SOwnTurns, public GUI::CGUI {
 public:
-    CRecordingRoot() : GUI::CGUI(turns, Utils::SMakerService{}) {}
+    explicit CRecordingRoot(const GUI::SSurroundings& surroundings = {}, const GUI::SWidgetInfo& hint = {})
+        : GUI::CGUI(turns, Utils::SMakerService{}, hint, surroundings) {}
 
     void SetParameter(std::int32_t id, float normal) override {
         told.push_back(std::to_string(id) + " = " + Utils::FormatFixed(static_cast<double>(normal), 3));

@@ -14,7 +14,7 @@ namespace {
 class CDisplay final : public GUI::CValueDisplay {
 public:
     CDisplay(CRecordingRoot& root, const GUI::SWidgetInfo& info) : CValueDisplay(root, info), _root(root) {}
-    bool IsItemEnabled(std::int32_t item) override { return !disabled.contains(item); }
+    bool IsItemEnabled(std::int32_t item, const std::u16string&) override { return !disabled.contains(item); }
     void OnValueChanged(float, std::int32_t item) override {
         _root.told.push_back("item " + std::to_string(item));
     }

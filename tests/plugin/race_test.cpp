@@ -264,7 +264,7 @@ protected:
 
 private:
     void TurnAWidget(int step) {
-        const auto& widgets = Gui().Widgets();
+        const auto& widgets = Gui().AllWidgets();
         auto* const widget = widgets[static_cast<std::size_t>(step) % widgets.size()];
         auto* const value = dynamic_cast<GUI::CValueWidget*>(widget);
         const auto id = widget->Id();

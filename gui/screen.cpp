@@ -1,0 +1,52 @@
+#include "gui/screen.h"
+
+#include "gui/gui.h"
+#include "gui/settings.h"
+
+namespace KAV::GUI {
+
+namespace {
+
+constexpr std::u16string_view StoredRenderer = u"GFX";
+
+} // namespace
+
+CScreen::CScreen(CGUI& a_piGUI) : _piGUI(a_piGUI) {
+    const auto stored = StoredNumber(StoredRenderer);
+    if (stored && *stored < GFX::RendererCount) _nRenderer = *stored;
+}
+
+bool CScreen::Create() {
+    auto& window = _piGUI.Window();
+    if (!window.Exists()) return false;
+    const std::uint32_t chosen = _nRenderer;
+    _sCreated = GFX::CreateRenderer(window.Handle(), _piGUI.Width(), _piGUI.Height(), chosen,
+        [&window](std::u16string_view a_sTitle, std::u16string_view a_sText) {
+            window.ShowBox(a_sTitle, a_sText);
+        });
+    _nRenderer = _sCreated.nRenderer;
+    if (!_sCreated.IsReady()) return false;
+    if (_nRenderer != chosen) StoreNumber(StoredRenderer, _nRenderer);
+    _piGUI.Invalidate();
+    return true;
+}
+
+void CScreen::Release() {
+    if (!_sCreated.IsReady()) return;
+    if (_sBackdrop.piGDIP != 0) GPU().FreeTexture(_sBackdrop);
+    for (auto* const widget : _piGUI.AllWidgets()) widget->ReleaseTextures();
+    _piGUI.Textures().Clear();
+    GPU().Shutdown();
+    _sCreated = {};
+}
+
+bool CScreen::SetRenderer(std::uint32_t a_nRenderer) {
+    if (a_nRenderer == _nRenderer || a_nRenderer >= GFX::RendererCount) return GPU().IsReady();
+    Release();
+    _nRenderer = a_nRenderer;
+    if (!Create()) return false;
+    StoreNumber(StoredRenderer, _nRenderer);
+    return true;
+}
+
+} // namespace KAV::GUI
