@@ -1,0 +1,33 @@
+#include "tests/support/counted_allocations.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::size_t> allocations = 0;
+
+} // namespace
+
+namespace KAV::Tests {
+
+std::size_t Allocations() noexcept {
+    return allocations;
+}
+
+} // namespace KAV::Tests
+
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* const memory = std::malloc(size > 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
