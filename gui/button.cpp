@@ -86,7 +86,7 @@ void CButton::OnMouseDown(std::int32_t x, std::int32_t y, std::uint32_t a_nFlags
     if (present.nId >= 0)
         InEdit(Root(), present.nId, true, [&] { Root().SetParameter(present.nId, present.Value()); });
     InEdit(Root(), nId, true, [this] { SetValue(Value() == 0.0f ? 1.0f : 0.0f, false); });
-    Root().Hint().nWaitMs = CFrame::HintDelayMs;
+    Root().Hint().nWaitMs = CHint::DelayMs;
 }
 
 void CButton::OnMouseUp(std::int32_t x, std::int32_t y, std::uint32_t a_nFlags) {

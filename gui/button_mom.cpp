@@ -19,7 +19,7 @@ void CButtonMom::OnMouseDown(std::int32_t x, std::int32_t y, std::uint32_t a_nFl
     sPress.Retarget(1.0f);
     Root().AddRecord(MakeHistory());
     InEdit(Root(), nId, true, [this] { SetItem(nItem + 1 < ItemCount() ? nItem + 1 : 0, false); });
-    Root().Hint().nWaitMs = CFrame::HintDelayMs;
+    Root().Hint().nWaitMs = CHint::DelayMs;
     Root().Invalidate();
 }
 

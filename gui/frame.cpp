@@ -33,10 +33,11 @@ void CFrame::Tick(std::uint32_t a_nTimeMs) {
 }
 
 void CFrame::Render(std::uint32_t a_nMs) {
-    if (!_piGUI.GPU().IsReady()) return;
+    auto& gpu = _piGUI.GPU();
+    bool isReady = false;
+    if (!Guard([&] { isReady = gpu.IsReady(); }) || !isReady) return;
     const bool redraws = _bRedraw;
     _bRedraw = false;
-    auto& gpu = _piGUI.GPU();
     const bool shows = redraws && _bShown;
     if (redraws && !Guard([&] {
             gpu.BeginFrame();

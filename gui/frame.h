@@ -12,8 +12,6 @@ class CGUI;
 /// it. Threads: the window's.
 class CFrame final {
 public:
-    static constexpr std::uint32_t HintDelayMs = 500;
-
     explicit CFrame(CGUI& a_piGUI) noexcept : _piGUI(a_piGUI) {}
     CFrame(const CFrame&) = delete;
     CFrame& operator=(const CFrame&) = delete;

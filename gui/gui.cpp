@@ -201,6 +201,7 @@ void CGUI::OnResized(std::int32_t a_nWidth, std::int32_t a_nHeight) {
 std::int32_t CGUI::ScaleByDPI(std::int32_t a_nPixels) const noexcept {
     constexpr float plainDots = 96.0f;
     const auto dots = static_cast<float>(_piWindow.DotsPerInch());
+    if (!(dots > 0.0f)) return a_nPixels; // the display doesn't say
     return static_cast<std::int32_t>(std::round(static_cast<float>(a_nPixels) * dots / plainDots));
 }
 

@@ -1,4 +1,5 @@
-// The history of an editor: each operation is a turn, because patches are also loaded on threads of the host's.
+// The history of an editor: each operation is a turn, because patches are also loaded on threads of the
+// host's.
 
 #include "gui/gui.h"
 

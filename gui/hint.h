@@ -1,6 +1,5 @@
 #pragma once
 
-#include "gui/frame.h"
 #include "gui/label.h"
 
 #include <cstdint>
@@ -13,7 +12,7 @@ namespace KAV::GUI {
 /// wants it. Threads: the window's.
 class CHint final : public CLabel {
 public:
-    static constexpr std::uint32_t DelayMs = CFrame::HintDelayMs;
+    static constexpr std::uint32_t DelayMs = 500;
 
     CHint(CGUI& a_piGUI, const SWidgetInfo& a_sInfo);
 

@@ -93,7 +93,7 @@ void CKnob::OnMouseDown(std::int32_t x, std::int32_t y, std::uint32_t a_nFlags) 
     nDragY = y;
     nGrabX = x - rect.nL;
     nGrabY = y - rect.nT;
-    Root().Hint().nWaitMs = CFrame::HintDelayMs;
+    Root().Hint().nWaitMs = CHint::DelayMs;
 }
 
 void CKnob::OnMouseMove(std::int32_t x, std::int32_t y, std::uint32_t a_nFlags) {

@@ -32,11 +32,15 @@ bool CScreen::Create() {
 }
 
 void CScreen::Release() {
-    if (!_sCreated.IsReady()) return;
-    if (_sBackdrop.piGDIP != 0) GPU().FreeTexture(_sBackdrop);
-    for (auto* const widget : _piGUI.AllWidgets()) widget->ReleaseTextures();
-    _piGUI.Textures().Clear();
-    GPU().Shutdown();
+    if (_sCreated.piGPU == nullptr) return;
+    auto& frame = _piGUI.Frame();
+    // Step by step: the renderer ends whatever fails on the way.
+    frame.Guard([this] {
+        if (_sBackdrop.piGDIP != 0) GPU().FreeTexture(_sBackdrop);
+    });
+    for (auto* const widget : _piGUI.AllWidgets()) frame.Guard([widget] { widget->ReleaseTextures(); });
+    frame.Guard([this] { _piGUI.Textures().Clear(); });
+    frame.Guard([this] { GPU().Shutdown(); });
     _sCreated = {};
 }
 

@@ -55,7 +55,7 @@ CWidget::CWidget(CGUI& a_piGUI, const SWidgetInfo& a_sInfo)
 
 CWidget::~CWidget() {
     _piGUI.Leave(*this);
-    CWidget::ReleaseTextures();
+    _piGUI.Frame().Guard([this] { CWidget::ReleaseTextures(); });
 }
 
 void CWidget::ReleaseTextures() {

@@ -254,6 +254,59 @@ TEST_F(Frame, AnErrorOfTheRendererDropsTheFrameInEachOfItsSteps) {
     EXPECT_EQ(Drawn(), (Lines{"BeginFrame", "Clear", "EndFrame", "Present"}));
 }
 
+TEST_F(Frame, AnErrorOfTheRendererInADrawDropsTheFrameAndTheNextIsWhole) {
+    struct SSquares final : IPictures {
+        std::unique_ptr<Pixels::SBitmap> LoadImage(
+            const std::u16string&, std::int32_t, std::int32_t, std::int32_t) override {
+            return std::make_unique<Pixels::SBitmap>(Pixels::TransparentBitmap(8, 8));
+        }
+    } pictures;
+    for (const char* const step :
+        {"IsReady", "AnySizeTextures", "MaxTextureW", "CreateTexture", "DrawTexture"}) {
+        SShownWindow ownWindow;
+        CTickedRoot own({&ownWindow, &pictures});
+        own.CreateGUIWindow();
+        ASSERT_TRUE(own.Screen().Create());
+        SWidgetInfo info;
+        info.sImage = u"Any.png";
+        info.fW = info.fH = 10;
+        CWidget picture(own, info);
+        renderers.Live().throwIn = step;
+        own.Show(true);
+        EXPECT_EQ(ownWindow.boxes.size(), 1u) << step;
+        renderers.Live().throwIn.clear();
+        own.Invalidate();
+        ownWindow.client->OnTick(1000);
+        EXPECT_EQ(Drawn().back(), "Present") << step;
+        own.Screen().Release();
+    }
+}
+
+TEST_F(Frame, ErrorsOfTheRendererAtItsEndEndItAllTheSame) {
+    struct SSquares final : IPictures {
+        std::unique_ptr<Pixels::SBitmap> LoadImage(
+            const std::u16string&, std::int32_t, std::int32_t, std::int32_t) override {
+            return std::make_unique<Pixels::SBitmap>(Pixels::TransparentBitmap(8, 8));
+        }
+    } pictures;
+    for (const char* const step : {"FreeTexture", "Shutdown"}) {
+        SShownWindow ownWindow;
+        CTickedRoot own({&ownWindow, &pictures});
+        own.CreateGUIWindow();
+        ASSERT_TRUE(own.Screen().Create());
+        SWidgetInfo info;
+        info.sImage = u"Any.png";
+        info.fW = info.fH = 10;
+        auto early = std::make_unique<CWidget>(own, info);
+        CWidget late(own, info);
+        own.Show(true);
+        renderers.Live().throwIn = step;
+        early.reset();
+        own.Screen().Release();
+        EXPECT_FALSE(own.GPU().IsReady()) << step;
+    }
+}
+
 TEST_F(Frame, AnErrorInAPictureDropsTheFrameAndTheNextIsWhole) {
     struct SBroken final : IPictures {
         std::unique_ptr<Pixels::SBitmap> LoadImage(

@@ -90,6 +90,8 @@ TEST(Root, ScalesByTheDisplaysDensity) {
     window.dots = 144;
     EXPECT_EQ(root.ScaleByDPI(50), 75);
     EXPECT_EQ(root.ScaleByDPI(15), 23) << "half a pixel goes up";
+    window.dots = 0;
+    EXPECT_EQ(root.ScaleByDPI(50), 50) << "a display that doesn't say";
 }
 
 TEST(Root, HandsAChoiceToTheFirstDisplayOfThatId) {

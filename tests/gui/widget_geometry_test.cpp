@@ -110,6 +110,25 @@ TEST_F(WidgetGeometry, FrozenPlacesAndSizesReadBackAsTheSamePixels) {
     }
 }
 
+TEST_F(WidgetGeometry, EveryPlaceAndSizeInsideTheRootIsTheSameWhenFrozenAtEveryWidth) {
+    CWidget widget(root, Info(0, 0, 2, 2));
+    for (int width = 500; width <= 3000; ++width) {
+        const int height = width * 553 / 754;
+        root.Resize(width, height);
+        for (int x = 0; x < width; ++x) {
+            const SPixelRect rect{x, x % height, std::max(x, 2), std::max(x % height, 2)};
+            widget.sX.Jump(static_cast<float>(rect.nL));
+            widget.sY.Jump(static_cast<float>(rect.nT));
+            widget.sW.Jump(static_cast<float>(rect.nW));
+            widget.sH.Jump(static_cast<float>(rect.nH));
+            widget.FreezeToFractions(true);
+            if (!(widget.PixelRect() == rect)) { // an expectation for each of four million would take long
+                ASSERT_EQ(widget.PixelRect(), rect) << width;
+            }
+        }
+    }
+}
+
 TEST_F(WidgetGeometry, FrozenWidgetsGrowWithTheRoot) {
     CWidget whole(root, Info(60, 40, 120, 80));
     CWidget place(root, Info(60, 40, 120, 80));
