@@ -7,7 +7,7 @@ namespace KAV {
 /// A widget that shows a part of what the instance keeps besides values.
 class IPanelView {
 public:
-    /// Takes its part over; nobody is told. Within a turn, and so without anything that may wait.
+    /// Copies its part without notifying anyone. Called within a turn, so it must not wait for anything.
     virtual void ShowPanel(const SPanelState& a_psPanel) = 0;
 
 protected:

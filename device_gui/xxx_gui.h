@@ -19,8 +19,8 @@ namespace KAV {
 /// The editor's half of an instance, with or without a window: the exchange between widgets, device and
 /// state. The device owns every value, the state what patches keep besides; widgets hold copies of both.
 ///
-/// Threads: the window's. Without a window the widgets belong to whoever has the turn, and show at its end
-/// what it has changed; with one they do so in the next frame.
+/// Threads: the window's. Without a window the widgets belong to the thread that has the turn, and show at
+/// its end what it has changed; with one they do so in the next frame.
 class CXXXGUI : public GUI::CGUI, public CPatchSaveLoad, private Utils::ITurnEnd, private IPatchWitness {
 public:
     /// A newer version is known.

@@ -9,10 +9,10 @@ using Ease = float (*)(float a_fFrom, float a_fTo, float a_fPhase);
 
 /// Goes beyond the target by up to half the way, and back: for what appears and vanishes.
 float Overshoot(float a_fFrom, float a_fTo, float a_fPhase) noexcept;
-/// As Overshoot(), held to 0..1: for values.
+/// As Overshoot(), limited to 0..1: for values.
 float OvershootHeld(float a_fFrom, float a_fTo, float a_fPhase) noexcept;
 
-/// A number that moves from where it was to where it is told to go. Threads: as its owner.
+/// An animated number: it moves from its present value to a target. Threads: as its owner.
 struct SAnimValue {
     float fFrom = 0.0f;           ///< when the present move began
     float fValue = 0.0f;          ///< shown now

@@ -39,7 +39,7 @@ struct SSurroundings {
 /// with or without a window. It tells the session log of its beginning and end, and sends the log of the
 /// previous session to the vendor. The order of the virtual operations is fixed.
 ///
-/// Threads: the window's, or without a window whoever has the turn. The history is changed in turns, and so
+/// Threads: the window's, or without a window that of the turn. The history is changed in turns, and so
 /// on any thread but the audio thread.
 class CGUI : private CHistory {
 public:

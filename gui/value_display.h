@@ -46,9 +46,9 @@ public:
     // ICaptured
     void OnCaptureLost() override; ///< no menu
 
-    /// Makes the entry the present one. The text follows if it was another entry; nobody is notified.
+    /// Makes the entry the present one. The text follows if it was another entry. No notification.
     void ShowItem(std::int32_t a_nItem);
-    /// Shows a list, its entry and a text as they are kept elsewhere; nobody is notified.
+    /// Shows a list, its entry and a text as they are kept elsewhere. No notification.
     void Copy(
         const std::vector<std::u16string>& a_vsItems, std::int32_t a_nItem, std::u16string_view a_sText);
     /// The next entry (1) or the previous one (-1) that can be chosen, as an edit that the host is notified

@@ -100,7 +100,7 @@ public:
     void NameChannel(std::size_t channel, std::u16string_view name);
     /// `tag` is that of the first group and means the current one's; `normal` is 0..1.
     void SetParameter(std::int32_t tag, float normal);
-    /// Pixels. Nothing happens unless both are above 0; the width is held to the least that is possible.
+    /// Pixels. Nothing happens unless both are above 0; the width is at least the smallest possible one.
     void ResizeTo(std::int32_t width, std::int32_t height);
     /// As ResizeTo(), with the height that belongs to the width.
     void ResizeToWidth(std::int32_t width);

@@ -7,7 +7,7 @@
 
 namespace KAV {
 
-/// Tells the user of errors. What comes up while an instance is being created is told when that is done, each
+/// Shows errors to the user. Errors in the creation of an instance are shown when it is complete, each
 /// text once; where a box would hold up the host it waits for the first window, and the log has it at once.
 /// Threads: any but the audio thread. A box is never shown within a turn.
 class CErrorBoxes final {

@@ -33,7 +33,7 @@ void CFileQuestions::Answer(std::u16string_view path, const Utils::PathAnswer& a
     }
     try {
         answered(path);
-    } catch (...) { // out of memory: nobody is left to hear of it
+    } catch (...) { // out of memory: there is no way to report it
         return;
     }
 }

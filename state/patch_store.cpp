@@ -12,7 +12,7 @@
 
 namespace KAV {
 
-/// Empty when there is nothing to take. The user is told of a file that belongs to another plug-in.
+/// Empty when there is nothing to take. The user sees a box for a file that belongs to another plug-in.
 std::string CDeviceState::LoadPatchFile(std::u16string_view path) {
     auto file = ReadPatchFile(path);
     if (file.isForeign) _errors.Tell(ForeignPatchMessage(path));

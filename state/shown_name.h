@@ -23,7 +23,7 @@ public:
     /// Shows an entry; one that isn't there does nothing.
     bool Choose(std::int32_t place);
 
-    /// Where an entry is that stood at `place` when somebody looked: there, or where the first of that name
+    /// Where an entry is that stood at `place` when the list was read: there, or where the first of that name
     /// is by now; -1 if there is none.
     std::int32_t Find(std::int32_t place, std::u16string_view name) const noexcept;
 

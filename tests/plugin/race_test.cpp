@@ -1,5 +1,5 @@
 // Everything that may happen to one instance at once, each kind on a thread of its own. Under ThreadSanitizer
-// it shows that every crossing is an atomic word or has a lock; everywhere, that nobody sees half of a
+// it shows that every crossing is an atomic word or has a lock; everywhere, that no thread sees half of a
 // change.
 
 #include "device/parameter_table.h"

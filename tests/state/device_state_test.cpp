@@ -1,4 +1,4 @@
-// What an instance keeps, without any widget: only a device, and a host that is told of values.
+// What an instance keeps, without any widget: only a device, and a host that hears of values.
 
 #include "state/device_state.h"
 
@@ -393,7 +393,7 @@ TEST_F(DeviceState, MayEndWhileABoxIsOpen) {
     EXPECT_EQ(Threshold(), 0.75f);
 }
 
-// Lists that change while somebody looks at them
+// Lists that change after they were read
 
 TEST_F(DeviceState, APatchKeepsItsPlaceWhenTheListChangesWhileItIsRead) {
     Write("a.kvp", "0.5");
