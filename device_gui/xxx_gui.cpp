@@ -5,16 +5,31 @@
 #include "device_gui/history_patch.h"
 #include "device_gui/new_version_led.h"
 #include "device_gui/panel_view.h"
+#include "device_gui/row_info.h"
 
 #include <array>
 #include <memory>
 
 namespace KAV {
 
+namespace {
+
+GUI::SWidgetInfo HintInfo() {
+    const auto& row = Panel::HintRow();
+    auto info = InfoOf(row);
+    info.fFontSize = static_cast<float>(row.textSize);
+    info.nTextColor = row.textColour;
+    info.nVisibleRiseMs = static_cast<std::uint32_t>(row.fadeMs);
+    info.nVisibleFallMs = static_cast<std::uint32_t>(row.fadeMs);
+    return info;
+}
+
+} // namespace
+
 CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
     const Utils::SMakerService& a_psService)
-    : CGUI(a_piState.Turns(), a_psService), _piDSP(a_piDSP), _piControls(a_piControls), _piState(a_piState),
-      _iVersion(*this, a_psService), _iMaker(_iVersion, a_psService) {
+    : CGUI(a_piState.Turns(), a_psService, HintInfo()), _piDSP(a_piDSP), _piControls(a_piControls),
+      _piState(a_piState), _iVersion(*this, a_psService), _iMaker(_iVersion, a_psService) {
     Utils::CTurn turn(_piState.Turns());
     _piState.SetWitness(turn, this);
     _iVersion.Start();

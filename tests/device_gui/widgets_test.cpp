@@ -7,6 +7,7 @@
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
 #include "gui/value_display.h"
+#include "panel/layout.h"
 #include "tests/support/hand_clock.h"
 #include "tests/support/state_fixture.h"
 #include "utils/location.h"
@@ -249,6 +250,16 @@ TEST_F(Widgets, WhatHasNoParameterBeginsAndEndsNoEditOfTheHosts) {
     EXPECT_EQ(Gui().GetRouting(0), "<map>0,-1</map>");
     EXPECT_EQ(host.Count(VST::audioMasterBeginEdit), 0u);
     EXPECT_EQ(host.Count(VST::audioMasterEndEdit), 0u);
+}
+
+TEST_F(Widgets, TheHintIsMadeFromItsRowOfThePanel) {
+    const auto& row = Panel::HintRow();
+    const auto& hint = Gui().Hint();
+    EXPECT_EQ(hint.fFontSize, static_cast<float>(row.textSize));
+    EXPECT_EQ(hint.nTextColor, row.textColour);
+    EXPECT_EQ(hint.sVisible.nRiseMs, static_cast<std::uint32_t>(row.fadeMs));
+    EXPECT_EQ(hint.sVisible.nFallMs, static_cast<std::uint32_t>(row.fadeMs));
+    EXPECT_GT(row.fadeMs, 0);
 }
 
 // Names of any length come from the user and from files.
