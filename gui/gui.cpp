@@ -60,6 +60,10 @@ void CGUI::Leave(const CWidget& a_piWidget) noexcept {
     if (_vpiWidgets.empty()) return;
     std::erase(_vpiWidgets, &a_piWidget);
     _iPointer.Forget(a_piWidget);
+    if (_piMenuFor == &a_piWidget) {
+        _piMenuFor = nullptr;
+        _piWindow.CloseMenu();
+    }
     if (&a_piWidget != &_iHint) _iHint.Forget(a_piWidget);
     if (&a_piWidget != &_iEdit) _iEdit.Forget(a_piWidget);
 }
@@ -102,6 +106,12 @@ GFX::STexture CGUI::GetTexture(
 
 void CGUI::ReleaseTexture(GFX::STexture& a_rsTexture) {
     _iTextures.Release(a_rsTexture);
+}
+
+void CGUI::ShowMenu(const CWidget& a_piFor, const Menu& a_vsMenu) {
+    _piWindow.CloseMenu();
+    _piMenuFor = &a_piFor;
+    if (!a_vsMenu.empty()) _piWindow.ShowMenu(a_vsMenu);
 }
 
 void CGUI::SetBackground(CWidget& a_piWidget) {

@@ -120,6 +120,9 @@ public:
         const std::u16string& a_sName, std::int32_t a_nW, std::int32_t a_nH, std::int32_t a_nBlur);
     void ReleaseTexture(GFX::STexture& a_rsTexture);
     IWindow& Window() const noexcept { return _piWindow; }
+    /// Opens a widget's menu in place of any other. It closes when the widget goes. An empty one isn't
+    /// opened.
+    void ShowMenu(const CWidget& a_piFor, const Menu& a_vsMenu);
     IPictures& Pictures() const noexcept { return _piPictures; }
     CHint& Hint() noexcept { return _iHint; }
     CEdit& Edit() noexcept { return _iEdit; }
@@ -183,6 +186,7 @@ private:
     CSizeDrag _iSizeDrag{*this};
     CTextureCache _iTextures;
     void* _piParent = nullptr;
+    const CWidget* _piMenuFor = nullptr; // whose menu was opened last; not owned
     std::uint32_t _nFPS = 60;
     std::int32_t _nWidth = 754;
     std::int32_t _nHeight = 553;

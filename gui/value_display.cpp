@@ -170,8 +170,7 @@ void CValueDisplay::ShowMenu() {
         entries.push_back(entry);
     }
     const auto menu = MenuOf(entries, nId);
-    Root().Window().CloseMenu();
-    if (!menu.empty()) Root().Window().ShowMenu(menu);
+    Root().ShowMenu(*this, menu);
 }
 
 void CValueDisplay::SelectItem(std::int32_t a_nItem) {

@@ -76,6 +76,14 @@ private:
     Lines& _lines;
 };
 
+/// Every picture is a transparent square.
+struct SSquares final : IPictures {
+    std::unique_ptr<Pixels::SBitmap> LoadImage(
+        const std::u16string&, std::int32_t, std::int32_t, std::int32_t) override {
+        return std::make_unique<Pixels::SBitmap>(Pixels::TransparentBitmap(8, 8));
+    }
+};
+
 class CTickedRoot final : public CRecordingRoot {
 public:
     using CRecordingRoot::CRecordingRoot;
@@ -255,12 +263,7 @@ TEST_F(Frame, AnErrorOfTheRendererDropsTheFrameInEachOfItsSteps) {
 }
 
 TEST_F(Frame, AnErrorOfTheRendererInADrawDropsTheFrameAndTheNextIsWhole) {
-    struct SSquares final : IPictures {
-        std::unique_ptr<Pixels::SBitmap> LoadImage(
-            const std::u16string&, std::int32_t, std::int32_t, std::int32_t) override {
-            return std::make_unique<Pixels::SBitmap>(Pixels::TransparentBitmap(8, 8));
-        }
-    } pictures;
+    SSquares pictures;
     for (const char* const step :
         {"IsReady", "AnySizeTextures", "MaxTextureW", "CreateTexture", "DrawTexture"}) {
         SShownWindow ownWindow;
@@ -283,12 +286,7 @@ TEST_F(Frame, AnErrorOfTheRendererInADrawDropsTheFrameAndTheNextIsWhole) {
 }
 
 TEST_F(Frame, ErrorsOfTheRendererAtItsEndEndItAllTheSame) {
-    struct SSquares final : IPictures {
-        std::unique_ptr<Pixels::SBitmap> LoadImage(
-            const std::u16string&, std::int32_t, std::int32_t, std::int32_t) override {
-            return std::make_unique<Pixels::SBitmap>(Pixels::TransparentBitmap(8, 8));
-        }
-    } pictures;
+    SSquares pictures;
     for (const char* const step : {"FreeTexture", "Shutdown"}) {
         SShownWindow ownWindow;
         CTickedRoot own({&ownWindow, &pictures});

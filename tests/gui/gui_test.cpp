@@ -110,6 +110,28 @@ TEST(Root, HandsAChoiceToTheFirstDisplayOfThatId) {
     EXPECT_EQ(first.Item(), 2) << "of another source, with a notification, of no display";
 }
 
+TEST(Root, ClosesTheMenuOfAWidgetThatGoes) {
+    struct SMenus final : GUI::IWindow {
+        void ShowMenu(const GUI::Menu&) noexcept override { isOpen = true; }
+        void CloseMenu() noexcept override { isOpen = false; }
+        bool isOpen = false;
+    } window;
+    CRecordingRoot root({&window, nullptr});
+    auto info = WidgetInfo(5);
+    info.sList = u"a||b";
+    GUI::CValueDisplay other(root, info);
+    {
+        GUI::CValueDisplay display(root, info);
+        display.ShowMenu();
+        const GUI::CWidget passing(root, {});
+        EXPECT_TRUE(window.isOpen);
+    }
+    EXPECT_FALSE(window.isOpen);
+    other.ShowMenu();
+    { const GUI::CValueDisplay display(root, info); }
+    EXPECT_TRUE(window.isOpen) << "another widget's";
+}
+
 TEST(Root, IsOfThePanelsSizeAndRemembersNothingAtFirst) {
     const CRecordingRoot root;
     EXPECT_EQ(root.Width(), 754);
