@@ -72,7 +72,12 @@ else()
     set(CPACK_DEBIAN_PACKAGE_SECTION sound)
     set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-    # Loaded if present: for the clipboard and the description of the screen.
-    set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libxcb1, libxcb-randr0")
+    # Loaded if present: for the clipboard and the description of the screen; for the editor's window, pictures, text,
+    # keys and pointers; for the desktop's dialogs.
+    set(recommended
+        libxcb1 libxcb-randr0 libxcb-shm0 libxcb-xkb1 libxcb-cursor0
+        libxkbcommon0 libxkbcommon-x11-0
+        libpng16-16 libpixman-1-0 libfreetype6 libfontconfig1 libdbus-1-3)
+    list(JOIN recommended ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS)
 endif()
 include(CPack)

@@ -41,8 +41,12 @@ struct SDisplay {
     int height = 0;
     int refreshHz = 0;
     int scalePercent = 100; ///< what the user has set for text and controls
+    int dotsPerInch = 96;   ///< the same, 100 percent being 96
+    int primaryWidth = 0;   ///< pixels of the primary monitor; 0: not known
 };
 
 SDisplay Display();
+/// The same for a host that waits: a display that takes longer than a second counts as missing.
+SDisplay DisplayAtOnce();
 
 } // namespace KAV::Platform

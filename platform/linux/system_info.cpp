@@ -117,4 +117,8 @@ SDisplay Display() {
     return ScreenOfDisplay();
 }
 
+SDisplay DisplayAtOnce() {
+    return ScreenOfDisplay(std::chrono::seconds(1));
+}
+
 } // namespace KAV::Platform

@@ -126,12 +126,18 @@ SDisplay Display() {
     display.monitors = GetSystemMetrics(SM_CMONITORS);
     display.width = GetSystemMetrics(SM_CXSCREEN);
     display.height = GetSystemMetrics(SM_CYSCREEN);
+    display.primaryWidth = display.width;
     if (const HDC screen = GetDC(nullptr)) {
         display.refreshHz = GetDeviceCaps(screen, VREFRESH);
-        display.scalePercent = MulDiv(100, GetDeviceCaps(screen, LOGPIXELSX), 96);
+        display.dotsPerInch = GetDeviceCaps(screen, LOGPIXELSX);
+        display.scalePercent = MulDiv(100, display.dotsPerInch, 96);
         ReleaseDC(nullptr, screen);
     }
     return display;
+}
+
+SDisplay DisplayAtOnce() {
+    return Display();
 }
 
 } // namespace KAV::Platform

@@ -15,8 +15,6 @@ namespace KAV::Platform {
 
 namespace {
 
-constexpr auto LongestWait = std::chrono::seconds(3);
-
 /// Whether a display with a name like ":0" or "unix:0.0" or "localhost:10" is on this machine.
 bool IsHere(std::string_view display) noexcept {
     const auto host = display.substr(0, display.rfind(':'));
@@ -49,9 +47,9 @@ public:
     const std::string& Display() const noexcept { return _display; }
 
     /// True if the work ended in time.
-    bool Wait() noexcept {
+    bool Wait(std::chrono::milliseconds limit) noexcept {
         std::unique_lock lock(Overdue().mutex);
-        if (_end.wait_for(lock, LongestWait, [this] { return _ended; })) return true;
+        if (_end.wait_for(lock, limit, [this] { return _ended; })) return true;
         try {
             _leftAlone = Overdue().displays.insert(_display);
         } catch (...) { // no memory: this display will be tried again too early
@@ -75,7 +73,8 @@ private:
 
 } // namespace
 
-bool RunOnDisplayThread(std::function<void(const std::string& display)> work) {
+bool RunOnDisplayThread(
+    std::function<void(const std::string& display)> work, std::chrono::milliseconds limit) {
     const char* const name = std::getenv("DISPLAY");
     if (name == nullptr || !IsHere(name) || Xcb() == nullptr || IsOverdue(name)) return false;
     const auto call = std::make_shared<CCall>(name);
@@ -87,7 +86,7 @@ bool RunOnDisplayThread(std::function<void(const std::string& display)> work) {
         }
         call->End();
     });
-    const bool ended = call->Wait();
+    const bool ended = call->Wait(limit);
     if (ended) {
         thread.join(); // returns at once
     } else {

@@ -10,8 +10,46 @@ namespace KAV::Platform {
 
 namespace {
 
-/// Dots per inch as the desktop announces them in a property of the root window, which has lines
-/// "name:\tvalue". 96 if there is no such line.
+/// The first monitor stands in where none is marked as the primary one.
+int PrimaryWidth(const xcb_randr_get_monitors_reply_t& monitors) {
+    auto monitor = Xcb()->randr_get_monitors_monitors_iterator(&monitors);
+    int width = monitor.rem > 0 ? monitor.data->width : 0;
+    for (; monitor.rem > 0; Xcb()->randr_monitor_info_next(&monitor)) {
+        if (monitor.data->primary != 0) width = monitor.data->width;
+    }
+    return width;
+}
+
+void AskMonitors(xcb_connection_t* connection, xcb_window_t root, SDisplay& display) {
+    if (Xcb()->randr_get_screen_info == nullptr) return;
+    const XReply<xcb_randr_get_monitors_reply_t> monitors(
+        Xcb()->randr_get_monitors_reply(connection, Xcb()->randr_get_monitors(connection, root, 1), nullptr));
+    if (monitors != nullptr && monitors->nMonitors > 0) {
+        display.monitors = static_cast<int>(monitors->nMonitors);
+        display.primaryWidth = PrimaryWidth(*monitors);
+    }
+    const XReply<xcb_randr_get_screen_info_reply_t> screen(Xcb()->randr_get_screen_info_reply(
+        connection, Xcb()->randr_get_screen_info(connection, root), nullptr));
+    if (screen != nullptr) display.refreshHz = screen->rate;
+}
+
+SDisplay Ask(const std::string& name) {
+    SDisplay display;
+    const auto connection = ConnectToDisplay(name);
+    const auto* const screen = connection != nullptr ? FirstScreen(connection.get()) : nullptr;
+    if (screen == nullptr) return display;
+    display.monitors = 1;
+    display.width = screen->width_in_pixels;
+    display.height = screen->height_in_pixels;
+    display.primaryWidth = display.width;
+    display.dotsPerInch = DotsPerInch(connection.get(), screen->root);
+    display.scalePercent = (display.dotsPerInch * 100 + 48) / 96;
+    AskMonitors(connection.get(), screen->root, display);
+    return display;
+}
+
+} // namespace
+
 int DotsPerInch(xcb_connection_t* connection, xcb_window_t root) {
     constexpr int usual = 96;
     constexpr std::uint32_t words = 0x10000;
@@ -31,34 +69,8 @@ int DotsPerInch(xcb_connection_t* connection, xcb_window_t root) {
     return dots > 0 && dots < 10000 ? dots : usual;
 }
 
-void AskMonitors(xcb_connection_t* connection, xcb_window_t root, SDisplay& display) {
-    if (Xcb()->randr_get_screen_info == nullptr) return;
-    const XReply<xcb_randr_get_monitors_reply_t> monitors(
-        Xcb()->randr_get_monitors_reply(connection, Xcb()->randr_get_monitors(connection, root, 1), nullptr));
-    if (monitors != nullptr && monitors->nMonitors > 0)
-        display.monitors = static_cast<int>(monitors->nMonitors);
-    const XReply<xcb_randr_get_screen_info_reply_t> screen(Xcb()->randr_get_screen_info_reply(
-        connection, Xcb()->randr_get_screen_info(connection, root), nullptr));
-    if (screen != nullptr) display.refreshHz = screen->rate;
-}
-
-SDisplay Ask(const std::string& name) {
-    SDisplay display;
-    const auto connection = ConnectToDisplay(name);
-    const auto* const screen = connection != nullptr ? FirstScreen(connection.get()) : nullptr;
-    if (screen == nullptr) return display;
-    display.monitors = 1;
-    display.width = screen->width_in_pixels;
-    display.height = screen->height_in_pixels;
-    display.scalePercent = (DotsPerInch(connection.get(), screen->root) * 100 + 48) / 96;
-    AskMonitors(connection.get(), screen->root, display);
-    return display;
-}
-
-} // namespace
-
-SDisplay ScreenOfDisplay() {
-    return AskDisplay<SDisplay>(Ask).value_or(SDisplay{});
+SDisplay ScreenOfDisplay(std::chrono::milliseconds limit) {
+    return AskDisplay<SDisplay>(Ask, limit).value_or(SDisplay{});
 }
 
 } // namespace KAV::Platform

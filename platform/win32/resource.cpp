@@ -1,0 +1,9 @@
+#include "platform/resource.h"
+
+namespace KAV::Platform {
+
+std::span<const std::uint8_t> Resource(std::string_view) noexcept {
+    return {};
+}
+
+} // namespace KAV::Platform
