@@ -1,11 +1,15 @@
 #pragma once
 
+#include "pixels/pixel_memory.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace KAV::Pixels {
+
+class ISheet;
 
 /// What the fourth byte of a pixel means.
 enum class EAlpha {
@@ -20,7 +24,10 @@ struct SBitmap {
     std::int32_t height = 0;
     std::int32_t stride = 0; ///< bytes from one row to the next, at least 4 * width
     EAlpha alpha = EAlpha::Straight;
-    std::vector<std::uint8_t> bytes; ///< height * stride of them
+    PixelBytes bytes; ///< height * stride of them
+    /// If set, this is a stored picture that isn't decoded yet: `bytes` is empty, and the pixels are the
+    /// sheet's (pixels/sheet.h).
+    std::shared_ptr<const ISheet> sheet = nullptr;
 };
 
 /// A bitmap without gaps between its rows, transparent everywhere. Sizes below 0 count as 0.

@@ -6,10 +6,14 @@ namespace KAV::Tests {
 /// lifetime. Windows always has one. Fails the test if there is none.
 class CDisplay final {
 public:
-    CDisplay();
+    /// `without`: the name of an extension that it doesn't have.
+    explicit CDisplay(const char* without = nullptr);
     ~CDisplay();
     CDisplay(const CDisplay&) = delete;
     CDisplay& operator=(const CDisplay&) = delete;
+
+    /// The process number of the display's server; -1 on Windows.
+    int Server() const noexcept { return _server; }
 
 private:
     int _server = -1; // process number
