@@ -7,6 +7,10 @@
 
 namespace KAV::GFX {
 
+// Error numbers of calls that have none of their own, as GDI+ numbers its errors.
+inline constexpr std::int32_t InvalidParameter = 2;
+inline constexpr std::int32_t OutOfMemory = 3;
+
 /// Writes the failed calls of a renderer to the session log, as "Error=" + the call as it stands in the
 /// source +
 /// ":" + its error number. The same line is written once a second at most: a draw that fails in every frame

@@ -132,6 +132,8 @@ const char16_t* GPU::GetName() const {
 
 void GPU::ReleaseTexture(STexture&) {}
 
+void GPU::SetStretching(bool) {}
+
 GPU::~GPU() = default;
 
 GPU& NoRenderer() noexcept {

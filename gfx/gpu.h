@@ -90,6 +90,9 @@ struct GPU {
     virtual const char16_t* GetName() const;
     /// For a backdrop that is no longer up to date: Direct2D frees it. Nothing elsewhere.
     virtual void ReleaseTexture(STexture& a_rsTexture);
+    /// While it stretches, pictures that a renderer keeps at the sizes in use are drawn from the sizes that
+    /// it has: the window is being dragged to another size.
+    virtual void SetStretching(bool a_bStretching);
 
     virtual ~GPU();
 };

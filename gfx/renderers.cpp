@@ -12,13 +12,16 @@ namespace KAV::GFX {
 
 namespace {
 
-// A back end enters its factory here. Its folder says whether the system has it.
-constexpr RendererTable Built{{
-    {u"Software", nullptr, false},
-    {u"OpenGL", nullptr, false},
-    {u"Direct3D9", nullptr, false},
-    {u"Direct2D", nullptr, false},
-}};
+/// A back end enters its row here.
+const RendererTable& Built() noexcept {
+    static const RendererTable sBuilt{{
+        SoftwareRenderer(),
+        {u"OpenGL", nullptr, false},
+        {u"Direct3D9", nullptr, false},
+        {u"Direct2D", nullptr, false},
+    }};
+    return sBuilt;
+}
 
 std::atomic<const RendererTable*> replacement{nullptr};
 
@@ -83,7 +86,7 @@ void Report(const std::u16string& a_sText, bool a_bBox, const ShowError& a_piSho
 
 const RendererTable& Renderers() noexcept {
     const RendererTable* const pTable = replacement.load(std::memory_order_acquire);
-    return pTable != nullptr ? *pTable : Built;
+    return pTable != nullptr ? *pTable : Built();
 }
 
 void UseRenderers(const RendererTable* a_pTable) noexcept {

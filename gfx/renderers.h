@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gfx/gpu.h"
+#include "gfx/renderer_row.h"
 
 #include <array>
 #include <cstddef>
@@ -19,26 +20,6 @@ inline constexpr std::uint32_t Direct2D = 3;
 inline constexpr std::size_t RendererCount = 4;
 inline constexpr std::uint32_t DefaultRenderer = Direct3D9;
 
-/// A window of the system's own, and the size of what is drawn into it.
-struct SRendererTarget {
-    void* pWindow = nullptr;
-    std::int32_t nW = 0;
-    std::int32_t nH = 0;
-};
-
-enum class EReason {
-    Chosen,  ///< the user's setting, or the default
-    FallBack ///< another one has failed; OpenGL is then ready only with a driver of the graphics hardware
-};
-
-/// May throw, and may return null: both are renderers that aren't ready.
-using RendererFactory = std::unique_ptr<GPU> (*)(const SRendererTarget& a_sTarget, EReason a_nReason);
-
-struct SRendererRow {
-    std::u16string_view sName; ///< as GPU::GetName()
-    RendererFactory pCreate;   ///< null: there is none yet
-    bool bOnThisSystem;        ///< false: this system has no such graphics
-};
 /// By number.
 using RendererTable = std::array<SRendererRow, RendererCount>;
 

@@ -69,6 +69,7 @@ public:
         return u"";
     }
     void ReleaseTexture(STexture&) override { Note("ReleaseTexture"); }
+    void SetStretching(bool) override { Note("SetStretching"); }
 
 private:
     bool Note(const char* name) const {
@@ -107,7 +108,7 @@ void CallSlot(GPU& gpu, std::size_t slot, TResult (GPU::*)(TArguments...) const)
     CallWithZeros<Operation, TArguments...>(gpu, OperationAt<Operation>(slot));
 }
 
-constexpr std::size_t Operations = 34;
+constexpr std::size_t Operations = 35;
 
 /// What a backdrop is made of: the blur has tests of its own.
 std::vector<std::uint32_t> BlurredOpaque(std::vector<std::uint32_t> pixels, int width, int height) {
@@ -171,6 +172,7 @@ TEST(Gpu, KeepsItsOperationsInTheirSlots) {
     expect("ReadBack", &GPU::ReadBack);
     expect("GetName", &GPU::GetName);
     expect("ReleaseTexture", &GPU::ReleaseTexture);
+    expect("SetStretching", &GPU::SetStretching);
     EXPECT_EQ(slot, Operations);
 }
 
@@ -230,6 +232,7 @@ TEST(Gpu, OfTheBaseDoesNothing) {
     gpu.CreateTexture({}, texture, 2, 2);
     gpu.FreeTexture(texture);
     gpu.ReleaseTexture(texture);
+    gpu.SetStretching(true);
     EXPECT_EQ(texture, some);
     STexture none;
     gpu.MakeBackdrop(none, 20, 10);

@@ -137,6 +137,9 @@ public:
     }
     const char16_t* GetName() const override { return Answer("GetName", u"Recording"); }
     void ReleaseTexture(GFX::STexture& texture) override { Note("ReleaseTexture", Name(texture)); }
+    /// No line: it draws nothing.
+    void SetStretching(bool stretching) override { isStretching = stretching; }
+    bool isStretching = false;
 
 private:
     static std::string Text(float value) {
