@@ -23,6 +23,7 @@ void CFrame::Tick(std::uint32_t a_nTimeMs) {
     _nLastTick = a_nTimeMs;
     // The picture of an error that the user is reading would most likely be the same error again.
     if (!_piGUI.Window().IsBoxUp()) {
+        Guard([&] { RenewTexts(); });
         Guard([&] { _piGUI.Hint().Advance(elapsed); });
         if (_bFrameDue) {
             _bFrameDue = false;
@@ -30,6 +31,14 @@ void CFrame::Tick(std::uint32_t a_nTimeMs) {
         }
     }
     Guard([&] { _piGUI.OnFrame(elapsed); });
+}
+
+void CFrame::RenewTexts() {
+    // While they stretch with the window no text would be made in place of those that go.
+    if (_piGUI.IsResizing() || !_piGUI.Pictures().HasNewTexts()) return;
+    for (auto* const label : _piGUI.FindAll<CLabel>()) label->ReleaseTexts();
+    _piGUI.Hint().Fit();
+    Invalidate();
 }
 
 void CFrame::Render(std::uint32_t a_nMs) {

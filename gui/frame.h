@@ -38,6 +38,8 @@ public:
     std::uint32_t LastTick() const noexcept { return _nLastTick; }
 
 private:
+    /// Texts look different from now on, because a font has been found that they need.
+    void RenewTexts();
     void ReportCaught() noexcept;
     void LogError(std::u16string_view a_sText);
 

@@ -145,6 +145,7 @@ void CGUI::DestroyGUIWindow() {
     EndWhatIsOpen();
     _iMessages.Close();
     _piWindow.Destroy();
+    _bLost = false;
 }
 
 void CGUI::SetParent(void* a_piParent) {
@@ -165,6 +166,7 @@ void CGUI::Show(bool a_bShow) {
 }
 
 void CGUI::LoseWindow() {
+    _bLost = true;
     _iFrame.SetShown(false);
     EndWhatIsOpen();
     _iScreen.Release();
@@ -178,6 +180,12 @@ void CGUI::EndWhatIsOpen() {
     _iEdit.Drop();
     _iFrame.Guard([this] { _iPointer.Leave(); });
     _piWindow.CloseMenu();
+}
+
+void CGUI::SetResizing(bool a_bResizing) {
+    if (_bResizing == a_bResizing) return;
+    _bResizing = a_bResizing;
+    GPU().SetStretching(a_bResizing);
 }
 
 void CGUI::SetFPS(std::uint32_t a_nFPS) {

@@ -20,6 +20,7 @@
 #include "utils/turn.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -102,10 +103,12 @@ public:
     std::uint32_t FPS() const noexcept { return _nFPS; }
     /// The system has taken the window away.
     void LoseWindow();
+    /// Whether it has, until DestroyGUIWindow(). Any thread.
+    bool IsWindowLost() const noexcept { return _bLost; }
     /// Any thread. Dropped without a window, and when the window goes before it has come.
     void PostUserMessage(std::uint32_t a_nMessage);
     /// The user is dragging the window's size: pictures stretch until that is over.
-    void SetResizing(bool a_bResizing) noexcept { _bResizing = a_bResizing; }
+    void SetResizing(bool a_bResizing);
     bool IsResizing() const noexcept { return _bResizing; }
     bool IsLayoutEditing() const noexcept { return false; } ///< no layout editor exists
     /// Pixels at the display's density for as many at 96 per inch.
@@ -191,6 +194,7 @@ private:
     std::int32_t _nWidth = 754;
     std::int32_t _nHeight = 553;
     bool _bResizing = false;
+    std::atomic<bool> _bLost = false;
     std::array<void*, Params> _apiParams{}; // unused
     std::vector<CWidget*> _vpiWidgets;      // of others, but for the three below
     CHint _iHint;

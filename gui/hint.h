@@ -27,6 +27,8 @@ public:
     void PrepareDraw();
     /// PrepareDraw() and Draw().
     void DrawOnTop(std::uint32_t a_nMs);
+    /// Takes the size of its text, which may have changed with the fonts.
+    void Fit();
 
     void OnGuiResize(std::int32_t a_nWidth, std::int32_t a_nHeight) override;
     /// Of the root, since its own size follows the text.
@@ -41,7 +43,6 @@ public:
     bool bFirst = false;      ///< it hasn't been placed for this widget yet
 
 private:
-    void Fit();
     void PlaceAtWidget();
     void StayWithinRoot();
     void Move(SAnimValue& a_rsValue, float a_fTarget);

@@ -34,6 +34,8 @@ public:
     void Tick(std::uint32_t a_nMs) override;
     void Draw(std::uint32_t a_nMs) override;
 
+    /// The text is rendered anew for the next picture.
+    void ReleaseTexts();
     const std::u16string& Text() const noexcept { return sText; }
     float FontPixels() const;
 
@@ -66,7 +68,6 @@ private:
     bool IsTextOutdated() const;
     SPixelRect TextRect() const;
     void DrawTextTexture(const GFX::STexture& a_rsTexture, float a_fShift, float a_fAlpha);
-    void ReleaseTexts();
 };
 
 } // namespace KAV::GUI

@@ -51,6 +51,8 @@ public:
     }
     /// The size of a text in one line.
     virtual SPixelSize Measure(const SLettering&) { return {}; }
+    /// Whether texts look different from now on, because a font has been found that they need.
+    virtual bool HasNewTexts() { return false; }
 };
 
 } // namespace KAV::GUI

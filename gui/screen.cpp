@@ -26,6 +26,7 @@ bool CScreen::Create() {
         });
     _nRenderer = _sCreated.nRenderer;
     if (!_sCreated.IsReady()) return false;
+    GPU().SetStretching(_piGUI.IsResizing());
     if (_nRenderer != chosen) StoreNumber(StoredRenderer, _nRenderer);
     _piGUI.Invalidate();
     return true;

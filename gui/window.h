@@ -53,6 +53,7 @@ struct SMenuItem {
     bool bEnabled = true;
     bool bSeparator = false; ///< a line, without a text
     std::vector<SMenuItem> vsSub;
+    bool bBold = false;
 
     bool operator==(const SMenuItem&) const = default;
 };

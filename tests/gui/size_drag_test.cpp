@@ -2,6 +2,7 @@
 
 #include "gui/settings.h"
 #include "tests/gui/recording_root.h"
+#include "tests/support/own_renderers.h"
 #include "tests/support/own_settings.h"
 #include "tests/support/recording_window.h"
 #include "tests/support/toolkit_robot.h"
@@ -73,6 +74,20 @@ TEST_F(SizeDrag, StoresNothingBeforeTheRelease) {
     EXPECT_TRUE(root.IsResizing()) << "the left button ends it";
     robot.Release(1090, 100);
     EXPECT_EQ(StoredNumber(u"Width"), 1100u);
+}
+
+TEST_F(SizeDrag, LetsPicturesStretchUntilItEnds) {
+    const COwnRenderers renderers;
+    ASSERT_TRUE(root.Screen().Create());
+    EXPECT_FALSE(renderers.Live().isStretching);
+    robot.Press(990, 100);
+    robot.Move(1090, 100);
+    EXPECT_TRUE(renderers.Live().isStretching);
+    ASSERT_TRUE(root.Screen().SetRenderer(GFX::OpenGL));
+    EXPECT_TRUE(renderers.Live().isStretching) << "so does a renderer that is made in between";
+    robot.Release(1090, 100);
+    EXPECT_FALSE(renderers.Live().isStretching);
+    root.Screen().Release();
 }
 
 TEST_F(SizeDrag, IsForTheLeftButton) {

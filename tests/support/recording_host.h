@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KAV::Tests {
@@ -46,9 +47,11 @@ public:
 /// An instance as the entry creates it, driven through its record the way a host does.
 class CHostedEffect final {
 public:
-    /// Only queries the test's own server, whatever server the build was configured with.
-    explicit CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service = {})
-        : _device(new CDeviceDSP(callback, service)), _record(_device->Record()) {}
+    /// Only queries the test's own server, whatever server the build was configured with, and has only the
+    /// test's windows, whatever the system has.
+    explicit CHostedEffect(VST::HostCallback callback, const Utils::SMakerService& service = {},
+        std::unique_ptr<IEditorSystem> system = std::make_unique<IEditorSystem>())
+        : _device(new CDeviceDSP(callback, service, std::move(system))), _record(_device->Record()) {}
     ~CHostedEffect() { Dispatch(VST::effClose); }
     CHostedEffect(const CHostedEffect&) = delete;
     CHostedEffect& operator=(const CHostedEffect&) = delete;

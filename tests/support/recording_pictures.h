@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KAV::Tests {
@@ -27,6 +28,8 @@ public:
     };
     /// The stored pictures. What isn't here doesn't exist.
     std::map<std::u16string, SSize> stored;
+    bool hasNewTexts = false;                     ///< what HasNewTexts() answers, once
+    std::int32_t characterWidth = CharacterWidth; ///< of a measured text
     std::string throwIn; ///< the operation that throws KAV::Exceptions::Std, by its name
 
     std::vector<std::string> lines;
@@ -60,9 +63,10 @@ public:
     GUI::SPixelSize Measure(const GUI::SLettering& lettering) override {
         measured.push_back(lettering);
         Note("Measure", Utils::ToUtf8(lettering.sText));
-        return {static_cast<float>(lettering.sText.size()) * static_cast<float>(CharacterWidth),
+        return {static_cast<float>(lettering.sText.size()) * static_cast<float>(characterWidth),
             static_cast<float>(CharacterHeight)};
     }
+    bool HasNewTexts() override { return std::exchange(hasNewTexts, false); }
 
 private:
     static Pixels::SBitmap Bitmap(std::int32_t width, std::int32_t height) {
