@@ -20,8 +20,8 @@ public:
     void EndEdit(std::int32_t index) noexcept override { _effect.endEdit(index); }
     /// Sets the latency in the record first, because the host reads it there.
     void Latency(std::int32_t samples) noexcept override;
-    void Size(std::int32_t width, std::int32_t height) noexcept override {
-        _effect.sizeWindow(width, height);
+    bool Size(std::int32_t width, std::int32_t height) noexcept override {
+        return _effect.sizeWindow(width, height);
     }
     std::uint32_t NowMs() const noexcept override;
 

@@ -14,8 +14,6 @@ namespace KAV {
 
 namespace {
 
-constexpr std::int32_t LeastWidth = 500;
-constexpr float Aspect = 1.363472f; // the panel's 754 by 553 pixels
 constexpr std::int32_t LargestWidth =
     std::numeric_limits<std::int16_t>::max(); // the host's record has 16 bits
 
@@ -37,6 +35,10 @@ CDeviceState::CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostRoad
     ++_panel.routingScans;
     _panel.patch.SetNames(PatchNames());
     _panel.Touch();
+}
+
+CDeviceState::~CDeviceState() {
+    _queue->End();
 }
 
 void CDeviceState::SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags) {
@@ -63,7 +65,7 @@ void CDeviceState::SelectGroup(int group, bool copy) {
 
 void CDeviceState::ReportBegin(std::int32_t index) {
     Turn turn(_turns);
-    _queue.PushBegin(index);
+    _queue->PushBegin(index);
     TellHostAfter(turn);
 }
 
@@ -73,24 +75,24 @@ void CDeviceState::ReportValue(std::int32_t index, float normal) {
 }
 
 void CDeviceState::ReportValue(Turn& turn, std::int32_t index, float normal) {
-    _queue.PushValue(index, normal);
+    _queue->PushValue(index, normal);
     TellHostAfter(turn);
 }
 
 void CDeviceState::ReportEnd(std::int32_t index) {
     Turn turn(_turns);
-    _queue.PushEnd(index);
+    _queue->PushEnd(index);
     TellHostAfter(turn);
 }
 
 void CDeviceState::ReportLatency(std::int32_t samples) {
     const Turn turn(_turns);
-    _queue.PushLatency(samples);
+    _queue->PushLatency(samples);
 }
 
 void CDeviceState::ReportSize(std::int32_t width, std::int32_t height) {
     const Turn turn(_turns);
-    _queue.PushSize(width, height);
+    _queue->PushSize(width, height);
 }
 
 void CDeviceState::TellHostAfter(Turn& turn) {
@@ -100,13 +102,19 @@ void CDeviceState::TellHostAfter(Turn& turn) {
             const Turn again(_turns); // turns of other threads may have begun since
             _tellsHost = false;
         }
+        if (_quietThread.load() == std::this_thread::get_id()) return;
         TellHost(CHostQueue::EOccasion::Turn);
     });
     _tellsHost = true;
 }
 
 void CDeviceState::TellHost(CHostQueue::EOccasion occasion) {
-    _queue.Empty(_host, occasion);
+    const auto queue = _queue; // the host may end the instance
+    queue->Empty(_host, occasion);
+}
+
+std::function<void()> CDeviceState::DirectCall() {
+    return [queue = _queue, &host = _host] { queue->Empty(host, CHostQueue::EOccasion::Direct); };
 }
 
 // What the user names and sets
@@ -129,6 +137,7 @@ void CDeviceState::NameChannel(std::size_t channel, std::u16string_view name) {
 void CDeviceState::ResizeTo(std::int32_t width, std::int32_t height) {
     if (width <= 0 || height <= 0) return;
     const Turn turn(_turns);
+    _hasSize = true;
     _panel.Put(_panel.width, std::clamp(width, LeastWidth, LargestWidth));
     _panel.Put(_panel.height, std::min(height, LargestWidth));
 }
@@ -136,6 +145,16 @@ void CDeviceState::ResizeTo(std::int32_t width, std::int32_t height) {
 void CDeviceState::ResizeToWidth(std::int32_t width) {
     // In single precision, which rounds: 754 has to give 553, though the aspect is a little above 754 / 553.
     ResizeTo(width, static_cast<std::int32_t>(static_cast<float>(width) / Aspect));
+}
+
+bool CDeviceState::HasSize() {
+    const Turn turn(_turns);
+    return _hasSize;
+}
+
+void CDeviceState::BeginWithWidth(std::int32_t width) {
+    const Turn turn(_turns);
+    if (!_hasSize) ResizeToWidth(width);
 }
 
 } // namespace KAV

@@ -10,11 +10,15 @@
 #include "utils/turn.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace KAV {
@@ -31,8 +35,13 @@ namespace KAV {
 /// may end meanwhile, even within the call: what calls them touches nothing of it afterwards.
 class CDeviceState final {
 public:
+    static constexpr std::int32_t LeastWidth = 500; ///< of the editor, in pixels
+    static constexpr float Aspect = 1.363472f;      ///< width by height: the panel's 754 by 553 pixels
+
     /// All three live as long as this object. Looks for the user's patches and routings; touches no device.
     CDeviceState(CXXXDSP& device, IDeviceControls& controls, IHostRoad& host);
+    /// A call to the host that is under way may return later; nothing of this object is touched then.
+    ~CDeviceState();
     CDeviceState(const CDeviceState&) = delete;
     CDeviceState& operator=(const CDeviceState&) = delete;
 
@@ -104,6 +113,10 @@ public:
     void ResizeTo(std::int32_t width, std::int32_t height);
     /// As ResizeTo(), with the height that belongs to the width.
     void ResizeToWidth(std::int32_t width);
+    /// Whether the editor has got a size: from the user, a patch, or what was stored.
+    bool HasSize();
+    /// As ResizeToWidth(), unless it has got one by now.
+    void BeginWithWidth(std::int32_t width);
 
     // What the host hears, by its own indexes; see CHostQueue for the order and the time.
     void ReportBegin(std::int32_t index);
@@ -111,8 +124,18 @@ public:
     void ReportEnd(std::int32_t index);
     void ReportLatency(std::int32_t samples);
     void ReportSize(std::int32_t width, std::int32_t height); ///< of the editor, in pixels
-    /// On a thread of the host's, not within a turn.
+    /// On a thread of the host's, not within a turn. Takes no turn.
     void TellHost(CHostQueue::EOccasion occasion);
+    /// Turns of this thread, which isn't the host's, leave their entries to those of the host's threads and
+    /// to its idle calls. The empty identifier: there is no such thread. Any thread.
+    void SetQuietThread(std::thread::id thread) noexcept { _quietThread = thread; }
+    /// The host has made no idle call so far. Any thread.
+    bool IsHostSilent() const noexcept { return _queue->IsDirect(); }
+    /// What tells a host of edits that makes no idle calls, to be run on a thread of the editor's. It holds
+    /// what it needs: the instance may end in the host's call.
+    std::function<void()> DirectCall();
+    /// What gives the host's window its size when the host refuses to; null: nothing.
+    void SetHostWindow(IHostWindow* window) { _queue->SetWindow(window); }
 
 private:
     using Turn = Utils::CTurn;
@@ -163,11 +186,13 @@ private:
     Utils::CTurns _turns;
     CErrorBoxes _errors{_turns};
     CFileQuestions _questions{_turns};
-    CHostQueue _queue; // it has a lock of its own
+    const std::shared_ptr<CHostQueue> _queue = std::make_shared<CHostQueue>(); // it has a lock of its own
+    std::atomic<std::thread::id> _quietThread{};
 
     // Within a turn
     SPanelState _panel;
     IPatchWitness* _witness = nullptr;
+    bool _hasSize = false;
     bool _tellsHost = false; // the turn has something for the host, and empties the queue when it has ended
     std::string _patch;      // as last written
     std::string _chunk;      // what the host was last given

@@ -1,7 +1,12 @@
 #pragma once
 
 #include "utils/dialogs.h"
+#include "utils/still_there.h"
 #include "utils/turn.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
 
 namespace KAV {
 
@@ -21,13 +26,24 @@ public:
     /// false while another question is open: then nothing is asked and `answered` is not called. When a call
     /// returns, the answer may have come and the instance may have ended.
     bool AskToOpen(Utils::SFileQuestion question, Utils::PathAnswer answered);
-    bool AskToSave(Utils::SFileQuestion question, Utils::PathAnswer answered);
+    /// The answer is a path with `extension`, and no other file is replaced than the one that the user has
+    /// agreed to: if there is a file of the path that the extension makes of the user's answer, the user is
+    /// asked again, with that name.
+    bool AskToSave(Utils::SFileQuestion question, std::u16string extension, Utils::PathAnswer answered);
 
 private:
     using Operation = void (Utils::IDialogs::*)(const Utils::SFileQuestion&, Utils::PathAnswer) noexcept;
+    struct SQuestion {
+        Operation operation;
+        Utils::SFileQuestion question;
+        std::u16string extension; // of the answer; empty: it stays as it is
+        Utils::PathAnswer answered;
+    };
+    using Question = std::shared_ptr<SQuestion>; // kept by what answers it
 
-    bool Ask(Operation operation, Utils::SFileQuestion question, Utils::PathAnswer answered);
-    void Answer(std::u16string_view path, const Utils::PathAnswer& answered);
+    bool Ask(SQuestion question);
+    void Put(const Question& question, const Utils::CStillThere& asker);
+    void Answer(std::u16string_view chosen, const Question& question, const Utils::CStillThere& asker);
 
     Utils::CTurns& _turns;
     bool _isOpen = false; // within a turn: a question waits for its answer

@@ -45,13 +45,27 @@ bool CHostQueue::IsReplaced(const SEntry& entry, const SEntry& next) noexcept {
     return entry.kind == EKind::Size || (entry.kind == EKind::Value && entry.first == next.first);
 }
 
+void CHostQueue::SetWindow(IHostWindow* window) {
+    const std::lock_guard lock(_mutex);
+    _window = window;
+}
+
+void CHostQueue::End() {
+    const std::lock_guard lock(_mutex);
+    _isOver = true;
+    _window = nullptr;
+}
+
 void CHostQueue::Empty(IHostRoad& road, EOccasion occasion) {
     std::unique_lock lock(_mutex);
+    if (occasion == EOccasion::Idle) _hasIdled = true;
+    if (_isOver || (occasion == EOccasion::Direct && _hasIdled)) return;
     if (occasion == EOccasion::Close)
         _isClosing = true; // of an emptying at work, too: no call may follow this one
-    if (_isEmptying) return;
+    if (_isEmptying && !(_isDirect && _isClosing)) return;
     _isEmptying = true;
-    ++_emptyings;
+    _isDirect = occasion == EOccasion::Direct;
+    const std::uint64_t emptying = ++_emptyings;
     // One pass over the list: what has to wait now waits until the end of this emptying.
     Parameters waiting;         // whose end isn't due
     auto kept = _entries.end(); // the last that was passed over; end(): none so far
@@ -74,21 +88,30 @@ void CHostQueue::Empty(IHostRoad& road, EOccasion occasion) {
         }
         const SEntry entry = *next;
         _entries.erase(next);
-        lock.unlock();
-        Pass(road, entry);
-        const std::uint32_t passedMs = road.NowMs(); // the host may have taken its time
-        lock.lock();
-        if (entry.kind == EKind::Value)
-            _values[static_cast<std::size_t>(entry.first)] = {_emptyings, passedMs};
+        if (!PassOne(lock, road, entry, emptying)) return;
+        if (occasion == EOccasion::Direct && _hasIdled) break;
     }
     _isEmptying = false;
     _isClosing = false;
 }
 
+bool CHostQueue::PassOne(
+    std::unique_lock<std::mutex>& lock, IHostRoad& road, const SEntry& entry, std::uint64_t emptying) {
+    lock.unlock();
+    const bool accepted = Pass(road, entry);
+    lock.lock();
+    if (_isOver || emptying != _emptyings) return false; // the road may be gone
+    if (entry.kind == EKind::Value)                      // the host may have taken its time
+        _values[static_cast<std::size_t>(entry.first)] = {_emptyings, road.NowMs()};
+    // Under the lock, so that the window doesn't go meanwhile.
+    if (!accepted && _window != nullptr) _window->ResizeParent(entry.first, entry.second);
+    return true;
+}
+
 bool CHostQueue::MayGo(
     const SEntry& entry, EOccasion occasion, std::uint32_t nowMs, Parameters& waiting) const noexcept {
     if (entry.kind == EKind::Size) return occasion == EOccasion::Idle;
-    if (entry.kind == EKind::Latency) return occasion != EOccasion::Turn;
+    if (entry.kind == EKind::Latency) return occasion == EOccasion::Idle || occasion == EOccasion::Close;
     const auto index = static_cast<std::size_t>(entry.first);
     if (entry.kind == EKind::End && occasion != EOccasion::Close && !IsEndDue(entry.first, nowMs))
         waiting.set(index);
@@ -105,7 +128,7 @@ bool CHostQueue::IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcep
     return value.emptying != _emptyings && nowMs - value.ms >= EndDelayMs;
 }
 
-void CHostQueue::Pass(IHostRoad& road, const SEntry& entry) noexcept {
+bool CHostQueue::Pass(IHostRoad& road, const SEntry& entry) noexcept {
     switch (entry.kind) {
     case EKind::Begin:
         road.BeginEdit(entry.first);
@@ -120,9 +143,9 @@ void CHostQueue::Pass(IHostRoad& road, const SEntry& entry) noexcept {
         road.Latency(entry.first);
         break;
     case EKind::Size:
-        road.Size(entry.first, entry.second);
-        break;
+        return road.Size(entry.first, entry.second);
     }
+    return true;
 }
 
 } // namespace KAV

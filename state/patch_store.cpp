@@ -60,7 +60,7 @@ void CDeviceState::LoadListed(std::int32_t index, const std::u16string& name, bo
 bool CDeviceState::SavePatch(std::u16string_view path, std::uint32_t flags) {
     if (!path.empty()) return SavePatchAs(path, flags);
     const auto isSaved = std::make_shared<bool>(false);
-    _questions.AskToSave({u"KAV Preset File||*.kvp", u"USER_" + PatchName(), PatchFolder()},
+    _questions.AskToSave({u"KAV Preset File||*.kvp", u"USER_" + PatchName(), PatchFolder()}, u"kvp",
         [this, flags, isSaved](std::u16string_view chosen) {
             if (!chosen.empty()) *isSaved = SavePatchAs(chosen, flags);
         });

@@ -94,7 +94,7 @@ void CDeviceState::SaveRouting(std::u16string_view path, std::span<const bool, S
         SaveRoutingAs(path, shown);
         return;
     }
-    _questions.AskToSave({u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()},
+    _questions.AskToSave({u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()}, u"kvt",
         [this, shown = std::move(shown)](std::u16string_view chosen) {
             if (!chosen.empty()) SaveRoutingAs(chosen, shown);
         });

@@ -1,10 +1,12 @@
 #include "utils/dialogs.h"
 
 #include "platform/message_box.h"
+#include "utils/file_modal.h"
 #include "utils/session_log.h"
 #include "utils/text.h"
 
 #include <atomic>
+#include <utility>
 
 namespace KAV::Utils {
 
@@ -12,8 +14,12 @@ namespace {
 
 class CSystemDialogs final : public IDialogs {
 public:
-    void OpenFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered({}); }
-    void SaveFile(const SFileQuestion&, PathAnswer answered) noexcept override { answered({}); }
+    void OpenFile(const SFileQuestion& question, PathAnswer answered) noexcept override {
+        CFileModal::Ask(question, false, std::move(answered));
+    }
+    void SaveFile(const SFileQuestion& question, PathAnswer answered) noexcept override {
+        CFileModal::Ask(question, true, std::move(answered));
+    }
     void ShowError(std::u16string_view title, std::u16string_view text) noexcept override {
         try {
             if (!Platform::ShowErrorBox(ToUtf8(title), ToUtf8(text)))

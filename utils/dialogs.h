@@ -1,21 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <string>
+#include "utils/file_question.h"
+
 #include <string_view>
 
 namespace KAV::Utils {
-
-/// The initial content of a file dialog.
-struct SFileQuestion {
-    std::u16string filter; ///< "title||pattern;pattern"; several of them are separated by "|||"
-    std::u16string name;   ///< proposed name of a file to save
-    std::u16string folder; ///< with forward slashes; empty: the system's choice
-};
-
-/// Receives the path that the user has chosen; an empty one if the user cancels or can't be asked. It doesn't
-/// throw.
-using PathAnswer = std::function<void(std::u16string_view path)>;
 
 /// Boxes that ask the user something or show an error. This is a seam: tests replace the system's boxes by
 /// their own answers. Threads: any but the audio thread, with no lock held, because a box may stay open for
@@ -44,7 +33,9 @@ protected:
 };
 
 /// The system's own dialogs. Errors that can't be shown, because there is no display, go to the session log.
-/// There is no file dialog: every question is answered at once, as cancelled.
+/// Files are asked for on the thread of an editor's window only, one question at a time: that window takes no
+/// input meanwhile, and is where the answer arrives. Every other question is answered at once, as cancelled,
+/// and so is an open one when the window goes.
 IDialogs& SystemDialogs() noexcept;
 
 /// The dialogs in use: the system's own, unless a test has replaced them.

@@ -28,7 +28,7 @@ protected:
         }
         void EndEdit(std::int32_t) noexcept override {}
         void Latency(std::int32_t) noexcept override {}
-        void Size(std::int32_t, std::int32_t) noexcept override {}
+        bool Size(std::int32_t, std::int32_t) noexcept override { return true; }
         std::uint32_t NowMs() const noexcept override { return 0; }
 
         Told told;
@@ -323,6 +323,36 @@ TEST_F(DeviceState, ACancelledQuestionChangesNothing) {
     EXPECT_FALSE(std::filesystem::exists(documents.Routing("")));
 }
 
+TEST_F(DeviceState, ReplacesNoPatchThatTheUserHasNotConfirmed) {
+    dialogs.answersLater = true;
+    for (const auto* const chosen : {"mine", "mine.KVP"}) {
+        WriteText(documents.Patch("mine.kvp"), "kept");
+        own->SavePatch({}, 0);
+        dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch(chosen)));
+        if (std::filesystem::exists(documents.Patch(chosen))) { // a system that knows both by one name
+            EXPECT_NE(ReadText(documents.Patch("mine.kvp")), "kept");
+            continue;
+        }
+        EXPECT_EQ(ReadText(documents.Patch("mine.kvp")), "kept") << chosen;
+        ASSERT_EQ(dialogs.waiting.size(), 1u) << chosen;
+        EXPECT_EQ(dialogs.questions.back().name, u"mine.kvp");
+        dialogs.AnswerNext(Utils::FromSystemPath(documents.Patch("mine.kvp")));
+        EXPECT_NE(ReadText(documents.Patch("mine.kvp")), "kept");
+    }
+}
+
+TEST_F(DeviceState, ReplacesNoRoutingThatTheUserHasNotConfirmed) {
+    dialogs.answersLater = true;
+    WriteText(documents.Routing("5.1 (User).kvt"), "kept");
+    own->SaveRouting({}, std::array<bool, SPanelState::Channels>{});
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Routing("5.1 (User)")));
+    EXPECT_EQ(ReadText(documents.Routing("5.1 (User).kvt")), "kept");
+    ASSERT_EQ(dialogs.waiting.size(), 1u);
+    EXPECT_EQ(dialogs.questions.back().name, u"5.1 (User).kvt");
+    dialogs.AnswerNext({});
+    EXPECT_EQ(ReadText(documents.Routing("5.1 (User).kvt")), "kept");
+}
+
 TEST_F(DeviceState, AsksOneQuestionAtATime) {
     dialogs.answersLater = true;
     const std::array<bool, SPanelState::Channels> on{};
@@ -437,4 +467,81 @@ TEST_F(DeviceState, AChoiceFromAnOlderListMeansTheNameThatTheUserSaw) {
         own->ChooseRouting(1, u"gone");
     }));
     EXPECT_EQ(own->CurrentPatch(), 2);
+}
+
+// The editor's own thread
+
+TEST_F(DeviceState, LeavesTheEditsOfAQuietThreadToTheHostsThreads) {
+    const auto other = [](auto operation) { std::thread(operation).join(); };
+    own->SetQuietThread(std::this_thread::get_id());
+    own->SetParameter(33, 0.25f);
+    EXPECT_EQ(listener.told, Told{});
+    other([this] { own->PatchText(0); });
+    EXPECT_EQ(listener.told, Told{}) << "a turn without an edit";
+    other([this] { own->SetParameter(32, 0.5f); });
+    EXPECT_EQ(listener.told, (Told{{4, 0.25f}, {0, 0.5f}}));
+    own->SetParameter(33, 0.75f);
+    own->TellHost(CHostQueue::EOccasion::Idle);
+    ASSERT_EQ(listener.told.size(), 3u);
+    own->SetQuietThread({});
+    own->SetParameter(33, 0.125f);
+    EXPECT_EQ(listener.told.size(), 4u) << "no thread is quiet any more";
+}
+
+TEST_F(DeviceState, TellsASilentHostDirectlyUntilItsFirstIdleCall) {
+    own->SetQuietThread(std::this_thread::get_id());
+    const auto call = own->DirectCall();
+    EXPECT_TRUE(own->IsHostSilent());
+    own->SetParameter(33, 0.25f);
+    call();
+    EXPECT_EQ(listener.told, (Told{{4, 0.25f}}));
+    own->TellHost(CHostQueue::EOccasion::Idle);
+    EXPECT_FALSE(own->IsHostSilent());
+    own->SetParameter(33, 0.5f);
+    call();
+    EXPECT_EQ(listener.told.size(), 1u);
+}
+
+TEST_F(DeviceState, MayEndInsideADirectCall) {
+    own->SetQuietThread(std::this_thread::get_id());
+    own->SetParameter(33, 0.25f);
+    own->SetParameter(32, 0.25f);
+    const auto call = own->DirectCall();
+    listener.answer = [this] { own.reset(); };
+    call();
+    EXPECT_EQ(listener.told.size(), 1u);
+    call();
+    EXPECT_EQ(listener.told.size(), 1u);
+}
+
+TEST_F(DeviceState, TakesNoTurnToTellTheHost) {
+    own->SetQuietThread(std::this_thread::get_id());
+    own->SetParameter(33, 0.25f);
+    const Utils::CTurn turn(own->Turns());
+    std::thread([this] { own->TellHost(CHostQueue::EOccasion::Idle); }).join(); // would wait for this turn
+    EXPECT_EQ(listener.told.size(), 1u);
+}
+
+// The first size
+
+TEST_F(DeviceState, BeginsWithAWidthOnlyWhereItHasNone) {
+    const auto width = [this] { return Panel([](const SPanelState& panel) { return panel.width; }); };
+    EXPECT_FALSE(own->HasSize());
+    EXPECT_EQ(width(), 754);
+    own->BeginWithWidth(1508);
+    EXPECT_TRUE(own->HasSize());
+    EXPECT_EQ(width(), 1508);
+    own->BeginWithWidth(600);
+    EXPECT_EQ(width(), 1508);
+}
+
+TEST_F(DeviceState, HasTheSizeOfAPatchThatNamesOne) {
+    own->ReadPatch("<patch_format>textual</patch_format>\r\n<gui_width>700</gui_width>\r\n", 0);
+    EXPECT_FALSE(own->HasSize()) << "not asked for";
+    own->ReadPatch("<patch_format>textual</patch_format>\r\n", GuiWidth);
+    EXPECT_FALSE(own->HasSize()) << "it names none";
+    own->ReadPatch("<patch_format>textual</patch_format>\r\n<gui_width>700</gui_width>\r\n", GuiWidth);
+    EXPECT_TRUE(own->HasSize());
+    own->BeginWithWidth(1508);
+    EXPECT_EQ(Panel([](const SPanelState& panel) { return panel.width; }), 700);
 }

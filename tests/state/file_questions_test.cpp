@@ -25,7 +25,11 @@ protected:
         return instance->questions.AskToOpen({u"Text||*.txt", name, u"/"}, Keep());
     }
     bool AskToSave(const std::u16string& name = u"") {
-        return instance->questions.AskToSave({u"Text||*.txt", name, u"/"}, Keep());
+        return instance->questions.AskToSave({u"Text||*.txt", name, u"/"}, u"", Keep());
+    }
+    /// As a store asks that adds the extension itself.
+    bool AskToSaveText() {
+        return instance->questions.AskToSave({u"Text||*.txt", u"a", u"/proposed/"}, u"txt", Keep());
     }
     Utils::PathAnswer Keep() {
         return [this](std::u16string_view path) { answers.emplace_back(path); };
@@ -137,4 +141,56 @@ TEST_F(FileQuestions, AnAnswerThatFailsIsDroppedAndTheNextIsAsked) {
     EXPECT_TRUE(instance->questions.AskToOpen({}, [](std::u16string_view) { throw std::bad_alloc(); }));
     EXPECT_TRUE(AskToOpen());
     EXPECT_EQ(answers.size(), 1u);
+}
+
+TEST_F(FileQuestions, GetTheExtensionThatTheUserHasLeftOut) {
+    const auto folder = Utils::FromSystemPath(ScratchFolder()) + u"/none/";
+    dialogs.answer = folder + u"5.1";
+    EXPECT_TRUE(AskToSaveText());
+    dialogs.answer = folder + u"a.txt";
+    EXPECT_TRUE(AskToSaveText());
+    EXPECT_EQ(answers, (std::vector<std::u16string>{folder + u"5.1.txt", folder + u"a.txt"}));
+    EXPECT_EQ(dialogs.questions.size(), 2u);
+}
+
+TEST_F(FileQuestions, AreAskedAgainBeforeAFileIsReplacedThatOnlyTheExtensionNames) {
+    WriteText(ScratchFolder() / "there.txt", "kept");
+    WriteText(ScratchFolder() / "other.txt", "kept");
+    const auto folder = Utils::FromSystemPath(ScratchFolder()) + u"/";
+    dialogs.answersLater = true;
+    EXPECT_TRUE(AskToSaveText());
+    dialogs.AnswerNext(folder + u"there");
+    EXPECT_TRUE(answers.empty());
+    ASSERT_EQ(dialogs.questions.size(), 2u);
+    EXPECT_EQ(dialogs.questions[1].name, u"there.txt");
+    EXPECT_EQ(dialogs.questions[1].folder, folder);
+    EXPECT_EQ(dialogs.questions[1].filter, u"Text||*.txt");
+    EXPECT_FALSE(AskToOpen()) << "the question is still open";
+    dialogs.AnswerNext(folder + u"other");
+    ASSERT_EQ(dialogs.questions.size(), 3u) << "the second answer is no better";
+    EXPECT_EQ(dialogs.questions[2].name, u"other.txt");
+    dialogs.AnswerNext(folder + u"other.txt");
+    EXPECT_EQ(answers, std::vector<std::u16string>{folder + u"other.txt"});
+    EXPECT_TRUE(AskToOpen());
+}
+
+TEST_F(FileQuestions, MayBeCancelledWhenTheyAreAskedAgain) {
+    WriteText(ScratchFolder() / "there.txt", "kept");
+    dialogs.answersLater = true;
+    EXPECT_TRUE(AskToSaveText());
+    dialogs.AnswerNext(Utils::FromSystemPath(ScratchFolder()) + u"/there");
+    dialogs.AnswerNext(u"");
+    EXPECT_EQ(answers, std::vector<std::u16string>{u""});
+    EXPECT_EQ(dialogs.questions.size(), 2u);
+    EXPECT_TRUE(AskToSaveText());
+}
+
+TEST_F(FileQuestions, AreNotAskedAgainAfterTheEndOfTheInstance) {
+    WriteText(ScratchFolder() / "there.txt", "kept");
+    dialogs.answersLater = true;
+    EXPECT_TRUE(AskToSaveText());
+    instance.reset();
+    dialogs.AnswerNext(Utils::FromSystemPath(ScratchFolder()) + u"/there");
+    EXPECT_EQ(dialogs.questions.size(), 1u);
+    EXPECT_TRUE(answers.empty());
 }

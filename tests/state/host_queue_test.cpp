@@ -24,8 +24,9 @@ public:
     }
     void EndEdit(std::int32_t index) noexcept override { Note("end " + std::to_string(index)); }
     void Latency(std::int32_t samples) noexcept override { Note("latency " + std::to_string(samples)); }
-    void Size(std::int32_t width, std::int32_t height) noexcept override {
+    bool Size(std::int32_t width, std::int32_t height) noexcept override {
         Note("size " + std::to_string(width) + " " + std::to_string(height));
+        return resizes;
     }
     std::uint32_t NowMs() const noexcept override {
         ++asked;
@@ -34,6 +35,7 @@ public:
 
     std::vector<std::string> calls;
     std::atomic<std::uint32_t> nowMs = 1000;
+    bool resizes = true;                            ///< its window, when it is asked to
     mutable std::atomic<int> asked = 0;             ///< for the time
     std::function<void(const std::string&)> during; ///< what the host does in each call
 
@@ -471,4 +473,122 @@ TEST_F(HostQueue, KeepsEachParametersOrderWhateverHappens) {
         EXPECT_EQ(
             heard.calls.size(), pushed[0].size() + pushed[1].size() + pushed[2].size() + pushed[3].size());
     }
+}
+
+// A host that makes no idle calls
+
+TEST_F(HostQueue, PassesEditsDirectlyAndNeverSizesOrLatencies) {
+    PushGesture(4, 0.25f);
+    queue.PushLatency(64);
+    queue.PushSize(500, 366);
+    EXPECT_EQ(Heard(EOccasion::Direct, 1000), (Calls{"begin 4", "value 4 250"}));
+    EXPECT_EQ(Heard(EOccasion::Direct, 99), Calls{});
+    EXPECT_EQ(Heard(EOccasion::Direct, 1), Calls{"end 4"});
+    EXPECT_EQ(Heard(EOccasion::Direct, 10000), Calls{});
+    EXPECT_EQ(Heard(EOccasion::Idle), (Calls{"latency 64", "size 500 366"}));
+}
+
+TEST_F(HostQueue, PassesNothingDirectlyAfterTheFirstIdleCall) {
+    EXPECT_TRUE(queue.IsDirect());
+    for (const auto occasion : {EOccasion::Turn, EOccasion::Direct, EOccasion::Close}) Heard(occasion);
+    EXPECT_TRUE(queue.IsDirect()) << "none of them is one";
+    Heard(EOccasion::Idle);
+    EXPECT_FALSE(queue.IsDirect());
+    queue.PushBegin(4);
+    EXPECT_EQ(Heard(EOccasion::Direct, 100000), Calls{});
+    Heard(EOccasion::Close);
+    queue.PushBegin(5);
+    EXPECT_EQ(Heard(EOccasion::Direct), Calls{}) << "not for another opening either";
+    EXPECT_EQ(Heard(EOccasion::Idle), Calls{"begin 5"});
+}
+
+TEST_F(HostQueue, StopsPassingDirectlyWithTheCallInWhichTheFirstIdleCallComes) {
+    host.during = [this](const std::string&) {
+        std::thread([this] { queue.Empty(host, EOccasion::Idle); }).join();
+    };
+    queue.PushBegin(4);
+    queue.PushValue(4, 0.25f);
+    EXPECT_EQ(Heard(EOccasion::Direct), Calls{"begin 4"});
+    host.during = nullptr;
+    EXPECT_EQ(Heard(EOccasion::Idle), Calls{"value 4 250"});
+}
+
+TEST_F(HostQueue, LetsClosingTakeOverFromADirectCall) {
+    host.during = [this](const std::string& call) {
+        if (call != "begin 4") return;
+        queue.PushLatency(64);
+        queue.PushSize(500, 366);
+        std::thread([this] { queue.Empty(host, EOccasion::Close); }).join();
+        EXPECT_EQ(host.calls, (Calls{"begin 4", "value 4 250", "end 4", "latency 64"}))
+            << "by the thread that closes, not later";
+        queue.PushBegin(5);
+    };
+    PushGesture(4, 0.25f);
+    Heard(EOccasion::Direct);
+    host.during = nullptr;
+    EXPECT_EQ(host.calls.size(), 4u) << "the direct emptying has ended with its call";
+    EXPECT_EQ(Heard(EOccasion::Turn), Calls{"begin 5"}) << "and holds up no other";
+}
+
+TEST_F(HostQueue, TouchesNothingAfterTheCallInWhichTheInstanceEnds) {
+    for (const auto occasion : {EOccasion::Direct, EOccasion::Turn, EOccasion::Idle}) {
+        auto own = std::make_shared<CHostQueue>();
+        auto road = std::make_unique<CHeard>();
+        int calls = 0;
+        road->during = [&](const std::string&) {
+            ++calls;
+            own->End();
+        };
+        own->PushBegin(4);
+        own->PushValue(4, 0.25f);
+        const int asked = [&] {
+            own->Empty(*road, occasion);
+            return road->asked.load();
+        }();
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(asked, 1) << "for the entry that was passed on";
+        own->Empty(*road, EOccasion::Close);
+        EXPECT_EQ(calls, 1);
+    }
+}
+
+// A host that refuses a size
+
+namespace {
+
+struct SWindow final : IHostWindow {
+    void ResizeParent(std::int32_t width, std::int32_t height) noexcept override {
+        sizes.emplace_back(width, height);
+    }
+    std::vector<std::pair<std::int32_t, std::int32_t>> sizes;
+};
+using Sizes = std::vector<std::pair<std::int32_t, std::int32_t>>;
+
+} // namespace
+
+TEST_F(HostQueue, ResizesTheHostsWindowWhereTheHostRefusesTo) {
+    SWindow window;
+    queue.SetWindow(&window);
+    queue.PushSize(500, 366);
+    EXPECT_EQ(Heard(EOccasion::Idle), Calls{"size 500 366"});
+    EXPECT_EQ(window.sizes, Sizes{}) << "the host does so itself";
+    host.resizes = false;
+    queue.PushSize(600, 440);
+    queue.PushLatency(64);
+    EXPECT_EQ(Heard(EOccasion::Idle), (Calls{"size 600 440", "latency 64"}));
+    EXPECT_EQ(window.sizes, (Sizes{{600, 440}}));
+    queue.SetWindow(nullptr);
+    queue.PushSize(700, 513);
+    EXPECT_EQ(Heard(EOccasion::Idle), Calls{"size 700 513"});
+    EXPECT_EQ(window.sizes.size(), 1u);
+}
+
+TEST_F(HostQueue, ResizesNoWindowOfAnEditorThatIsClosedByTheQuestion) {
+    SWindow window;
+    queue.SetWindow(&window);
+    host.resizes = false;
+    host.during = [this](const std::string&) { queue.SetWindow(nullptr); };
+    queue.PushSize(500, 366);
+    EXPECT_EQ(Heard(EOccasion::Idle), Calls{"size 500 366"});
+    EXPECT_EQ(window.sizes, Sizes{});
 }

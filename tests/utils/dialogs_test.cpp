@@ -46,7 +46,7 @@ TEST(Dialogs, AreTheSystemsUntilATestBringsItsOwn) {
     EXPECT_EQ(&Dialogs(), &SystemDialogs());
 }
 
-TEST(Dialogs, OfTheSystemAskForNoFiles) {
+TEST(Dialogs, OfTheSystemAskForNoFilesWithoutAnEditor) {
     const std::vector<std::u16string> cancelledAtOnce{u""};
     EXPECT_EQ(Answers(&IDialogs::OpenFile, SystemDialogs(), {u"a||*.a", {}, u"/"}), cancelledAtOnce);
     EXPECT_EQ(Answers(&IDialogs::SaveFile, SystemDialogs(), {u"a||*.a", u"b", u"/"}), cancelledAtOnce);
