@@ -1,15 +1,7 @@
 #pragma once
 
-#include "device/parameter_table.h"
-#include "device_gui/channel_button.h"
-#include "device_gui/fx_button.h"
-#include "device_gui/macro_button.h"
-#include "device_gui/new_version_led.h"
-#include "device_gui/patch_display.h"
-#include "device_gui/routing_display.h"
+#include "device_gui/panel_widgets.h"
 #include "device_gui/vst_gui_v2.h"
-
-#include <array>
 
 namespace KAV {
 
@@ -19,17 +11,14 @@ class CDeviceGUI final : public CVSTGUIv2 {
 public:
     /// As CVSTGUIv2. Begins with the width that the user last gave an editor.
     CDeviceGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
-        const Utils::SMakerService& a_psService);
+        const Utils::SMakerService& a_psService, IEditorSystem& a_piSystem);
+    /// Closes it first, if it is open.
+    ~CDeviceGUI() override;
+    CDeviceGUI(const CDeviceGUI&) = delete;
+    CDeviceGUI& operator=(const CDeviceGUI&) = delete;
 
 private:
-    CRouting _iRouting;
-    std::array<CChannelBtn, DeviceChannels> _aiChannels;
-    std::array<CFxBtn, 4> _aiGroups;
-    CFxBtnCopy _iGroupCopy;
-    CPatch _iPatch;
-    CPluginValueDisplay _iOversampling;
-    std::array<CMacroBtn, 5> _aiMacros;
-    CNewVersionLED _iNewVersion;
+    CPanelWidgets _iWidgets{*this};
 };
 
 } // namespace KAV

@@ -6,30 +6,22 @@
 #include "device_gui/new_version_led.h"
 #include "device_gui/panel_view.h"
 #include "device_gui/row_info.h"
+#include "patch/patch_files.h"
+#include "utils/shell_open.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
 namespace KAV {
 
-namespace {
-
-GUI::SWidgetInfo HintInfo() {
-    const auto& row = Panel::HintRow();
-    auto info = InfoOf(row);
-    info.fFontSize = static_cast<float>(row.textSize);
-    info.nTextColor = row.textColour;
-    info.nVisibleRiseMs = static_cast<std::uint32_t>(row.fadeMs);
-    info.nVisibleFallMs = static_cast<std::uint32_t>(row.fadeMs);
-    return info;
-}
-
-} // namespace
-
 CXXXGUI::CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
-    const Utils::SMakerService& a_psService)
-    : CGUI(a_piState.Turns(), a_psService, HintInfo()), _piDSP(a_piDSP), _piControls(a_piControls),
-      _piState(a_piState), _iVersion(*this, a_psService), _iMaker(_iVersion, a_psService) {
+    const Utils::SMakerService& a_psService, const GUI::SSurroundings& a_sSurroundings)
+    : CGUI(a_piState.Turns(), a_psService, InfoOf(Panel::HintRow()), a_sSurroundings), _piDSP(a_piDSP),
+      _piControls(a_piControls), _piState(a_piState), _iVersion(*this, a_psService),
+      _iMaker(_iVersion, a_psService) {
+    SizeDrag().Offer(CDeviceState::LeastWidth, CDeviceState::Aspect,
+        [this](std::int32_t a_nWidth, std::int32_t a_nHeight) { ResizeTo(a_nWidth, a_nHeight); });
     Utils::CTurn turn(_piState.Turns());
     _piState.SetWitness(turn, this);
     _iVersion.Start();
@@ -48,8 +40,13 @@ void CXXXGUI::ShowAtTurnEnds(const Utils::CTurn& a_piTurn) noexcept {
     _piState.Turns().SetEnd(a_piTurn, this);
 }
 
+void CXXXGUI::HoldWidgets(bool a_bHold) {
+    const Utils::CTurn turn(_piState.Turns());
+    _bHeld = a_bHold;
+}
+
 void CXXXGUI::OnTurnEnd(Utils::CTurn& a_piTurn) {
-    if (!_bWindow && CopyPanel(a_piTurn)) Resize(_nPanelWidth, _nPanelHeight);
+    if (!_bWindow && !_bHeld && CopyPanel(a_piTurn)) Resize(_nPanelWidth, _nPanelHeight);
 }
 
 void CXXXGUI::BeforePatch(Utils::CTurn&) {
@@ -109,6 +106,17 @@ void CXXXGUI::ShowLamp() {
     if (auto* const lamp = Find<CNewVersionLED>()) lamp->SetVisible(true, 0);
 }
 
+void CXXXGUI::OnKeyDown(std::uint32_t a_nKey) {
+    if (a_nKey == GUI::KeyF1) {
+        const auto folder = PatchFolder();
+        if (!folder.empty()) Utils::OpenUrlOrFile(folder + u"Tessel User Guide.pdf");
+        return;
+    }
+    if (!Window().IsLeftControlDown()) return;
+    if (a_nKey == GUI::KeyZ) Undo();
+    if (a_nKey == GUI::KeyY) Redo();
+}
+
 void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
     DeliverMessages();
     if (auto* const lamp = Find<CNewVersionLED>()) lamp->Pulse(a_nElapsedMs);
@@ -149,7 +157,21 @@ void CXXXGUI::SetRouting(std::string_view a_sText, int a_nGroup) {
 }
 
 void CXXXGUI::ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight) {
-    _piState.ResizeTo(a_nWidth, a_nHeight);
+    if (a_nWidth <= 0 || a_nHeight <= 0) return;
+    std::int32_t width = std::max(CDeviceState::LeastWidth, a_nWidth);
+    std::int32_t height = a_nHeight;
+    const std::int32_t mostWidth = GPU().MaxTextureW();
+    const std::int32_t mostHeight = GPU().MaxTextureH();
+    if (mostWidth != 0 && mostHeight != 0 && (width > mostWidth || height > mostHeight)) {
+        width = mostWidth;
+        // The height of the present width, deliberately.
+        height = static_cast<std::int32_t>(static_cast<float>(Width()) / CDeviceState::Aspect);
+        if (height > mostHeight) {
+            height = mostHeight;
+            width = static_cast<std::int32_t>(static_cast<float>(height) * CDeviceState::Aspect);
+        }
+    }
+    _piState.ResizeTo(width, height);
     if (_bWindow) ShowPanel();
 }
 

@@ -29,7 +29,7 @@ public:
     /// All live as long as this object; the device isn't called before the widgets are complete, nor by the
     /// destructor. With a server in `a_psService` the version check begins here.
     CXXXGUI(CXXXDSP& a_piDSP, IDeviceControls& a_piControls, CDeviceState& a_piState,
-        const Utils::SMakerService& a_psService);
+        const Utils::SMakerService& a_psService, const GUI::SSurroundings& a_sSurroundings = {});
     /// Waits for the version check without limit.
     ~CXXXGUI() override;
 
@@ -37,6 +37,8 @@ public:
     void CreateGUIWindow() override;
     void DestroyGUIWindow() override;
     bool OnUserMessage(std::uint32_t a_nMessage) override;
+    /// Left Control and Z undo, with Y redo; F1 opens the user guide.
+    void OnKeyDown(std::uint32_t a_nKey) override;
     void OnFrame(std::uint32_t a_nElapsedMs) override;
     void SetParameter(std::int32_t a_nId, float a_fNormal) override;
     void BeginEdit(std::int32_t a_nId) override;
@@ -45,9 +47,10 @@ public:
     virtual void OnLatencyChanged(std::int32_t a_nSamples);
     /// Asks the host for room of another size, in pixels, at its next idle call.
     virtual void RequestHostResize(std::int32_t a_nWidth, std::int32_t a_nHeight);
-    virtual std::string GetRouting(int a_nGroup);                         ///< as CDeviceState
-    virtual void SetRouting(std::string_view a_sText, int a_nGroup);      ///< as CDeviceState
-    virtual void ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight); ///< as CDeviceState
+    virtual std::string GetRouting(int a_nGroup);                    ///< as CDeviceState
+    virtual void SetRouting(std::string_view a_sText, int a_nGroup); ///< as CDeviceState
+    /// As CDeviceState, but no larger than the renderer can draw. The host is asked for the room.
+    virtual void ResizeTo(std::int32_t a_nWidth, std::int32_t a_nHeight);
 
     // CPatchSaveLoad
     bool ApplyPatchData(const void* a_pData, std::size_t a_nSize, std::uint32_t a_nFlags) override;
@@ -68,6 +71,8 @@ public:
 protected:
     /// From now on the widgets, which are complete, show the state.
     void ShowAtTurnEnds(const Utils::CTurn& a_piTurn) noexcept;
+    /// While held, the widgets are left alone at the ends of turns: a window is about to open, or is closing.
+    void HoldWidgets(bool a_bHold);
 
 private:
     void OnTurnEnd(Utils::CTurn& a_piTurn) override;
@@ -83,6 +88,7 @@ private:
     CDeviceState& _piState;
     std::int32_t _nLastLatency = 0; // samples, as the host hears it
     bool _bWindow = false;          // within a turn
+    bool _bHeld = false;            // within a turn
     std::uint32_t _nShown = 0;      // the generation that the widgets show; as the widgets
     std::int32_t _nPanelWidth = 0;  // and its size, in pixels
     std::int32_t _nPanelHeight = 0;

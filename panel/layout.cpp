@@ -273,6 +273,8 @@ constexpr SPanelRow BuildHint() {
     row.widget = EClass::Hint;
     row.rect = {663, 484, 74.258, 41.76};
     row.sprite = Picture("hint");
+    row.margin = 12; // of 25: the corners stay as they are, and the pixel between them is stretched
+    row.inset = 8;   // at any width of the editor the text makes the hint as high as its two corners
     row.textSize = 0.013;
     row.fadeMs = SlowMs;
     return row;

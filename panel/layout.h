@@ -70,6 +70,8 @@ struct SPanelRow {
     double maximum = 1.0; ///< and for 1
     std::string_view unit;
     double hintAt = 0.0; ///< position of the hint
+    int margin = 0;      ///< of the nine slices, in picture pixels on each side; 0: drawn whole
+    int inset = 0;       ///< of the text from each side, in pixels of the window
     int riseMs = 0;      ///< time in which a shown value rises to a new one
     int fallMs = 0;
     int fadeMs = 0;      ///< time in which the widget appears and vanishes

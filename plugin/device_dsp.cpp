@@ -25,11 +25,12 @@ std::int32_t SelectorIndex(float value) noexcept {
 
 } // namespace
 
-CDeviceDSP::CDeviceDSP(VST::HostCallback audioMaster, const Utils::SMakerService& service)
-    : CVSTDSPv2(audioMaster) {
+CDeviceDSP::CDeviceDSP(
+    VST::HostCallback audioMaster, const Utils::SMakerService& service, std::unique_ptr<IEditorSystem> system)
+    : CVSTDSPv2(audioMaster), _system(std::move(system)) {
     InitialiseParameters(parameters);
     state = &_state;
-    auto editor = std::make_unique<CDeviceGUI>(*this, *this, _state, service);
+    auto editor = std::make_unique<CDeviceGUI>(*this, *this, _state, service, *_system);
     gui = editor.get();
     setEditor(std::move(editor));
     // A patch without group numbers applies only to the current group. So it is loaded once per group, from

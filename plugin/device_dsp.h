@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/device_controls.h"
+#include "device_gui/editor_system.h"
 #include "dsp/plugin_dsp.h"
 #include "plugin/host_road.h"
 #include "plugin/vst_dsp_v2.h"
@@ -9,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,9 +32,11 @@ public:
     /// Queries the host, builds the editor's half, which needs no window, and loads the first patch and the
     /// first routing of the user's lists. `audioMaster` may be null. If `service` names a server, two helper
     /// threads ask it for the latest version and send it the previous session's log; the destructor waits for
-    /// them.
-    explicit CDeviceDSP(
-        VST::HostCallback audioMaster, const Utils::SMakerService& service = Utils::ConfiguredService());
+    /// them. `system` has the windows of the editor; it isn't null.
+    explicit CDeviceDSP(VST::HostCallback audioMaster,
+        const Utils::SMakerService& service = Utils::ConfiguredService(),
+        std::unique_ptr<IEditorSystem> system = MakeEditorSystem());
+    /// Closes the editor, if it is open.
     ~CDeviceDSP() override = default;
 
     // CXXXDSP
@@ -75,7 +79,7 @@ private:
     /// would move itself, directly or through others.
     using MacroChain = std::uint32_t;
 
-    /// Destroys the editor, which the host's record owns, before the state that it shows.
+    /// Closes and destroys the editor, which the host's record owns, before the state that it shows.
     struct SEditorEnd {
         CDeviceDSP& device;
         ~SEditorEnd() { device.setEditor(nullptr); }
@@ -87,6 +91,7 @@ private:
     void Store(const SParameter& parameter, float value, std::uint32_t flags) noexcept;
     void Spread(std::size_t macro, float value, MacroChain chain);
 
+    std::unique_ptr<IEditorSystem> _system;
     CHostRoad _road{*this};
     CDeviceState _state{*this, *this, _road};
     SEditorEnd _editorEnd{*this};

@@ -257,6 +257,10 @@ TEST_F(Widgets, TheHintIsMadeFromItsRowOfThePanel) {
     const auto& hint = Gui().Hint();
     EXPECT_EQ(hint.fFontSize, static_cast<float>(row.textSize));
     EXPECT_EQ(hint.nTextColor, row.textColour);
+    for (const auto margin : {hint.nMrgL, hint.nMrgT, hint.nMrgR, hint.nMrgB}) EXPECT_EQ(margin, row.margin);
+    for (const auto inset : {hint.HotL(), hint.HotT(), hint.HotR(), hint.HotB()}) EXPECT_EQ(inset, row.inset);
+    EXPECT_GT(row.margin, 0);
+    EXPECT_GT(row.inset, 0);
     EXPECT_EQ(hint.sVisible.nRiseMs, static_cast<std::uint32_t>(row.fadeMs));
     EXPECT_EQ(hint.sVisible.nFallMs, static_cast<std::uint32_t>(row.fadeMs));
     EXPECT_GT(row.fadeMs, 0);

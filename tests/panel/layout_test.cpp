@@ -330,6 +330,8 @@ TEST(HintRow, StandsOverTheToolbar) {
     EXPECT_EQ(HintRow().rect, (SRect{663, 484, 74.258, 41.76}));
     EXPECT_EQ(HintRow().sprite, &SpriteOf("hint"));
     EXPECT_EQ(HintRow().textSize, 0.013);
+    EXPECT_EQ(HintRow().margin, 12);
+    EXPECT_EQ(HintRow().inset, 8);
     EXPECT_EQ(HintRow().fadeMs, 250);
 }
 

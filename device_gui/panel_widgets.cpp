@@ -1,0 +1,99 @@
+#include "device_gui/panel_widgets.h"
+
+#include "device_gui/channel_button.h"
+#include "device_gui/fx_button.h"
+#include "device_gui/macro_button.h"
+#include "device_gui/new_version_led.h"
+#include "device_gui/patch_display.h"
+#include "device_gui/plugin_widget.h"
+#include "device_gui/routing_display.h"
+#include "device_gui/row_info.h"
+#include "gui/meter.h"
+#include "panel/layout.h"
+
+#include <map>
+#include <utility>
+
+namespace KAV {
+
+namespace {
+
+using WidgetPtr = std::unique_ptr<GUI::CWidget>;
+
+/// Classes of this device's own that take their row by themselves; null for all others. `a_nPlace` counts the
+/// rows of one class.
+WidgetPtr MakeOwn(CXXXGUI& a_piGUI, Panel::EClass a_nClass, int a_nPlace) {
+    using enum Panel::EClass;
+    switch (a_nClass) {
+    case Routing:
+        return std::make_unique<CRouting>(a_piGUI);
+    case ChannelBtn:
+        return std::make_unique<CChannelBtn>(a_piGUI, a_nPlace);
+    case FxBtn:
+        return std::make_unique<CFxBtn>(a_piGUI, a_nPlace);
+    case FxBtnCopy:
+        return std::make_unique<CFxBtnCopy>(a_piGUI);
+    case Patch:
+        return std::make_unique<CPatch>(a_piGUI);
+    case MacroBtn:
+        return std::make_unique<CMacroBtn>(a_piGUI, a_nPlace);
+    case NewVersionLED:
+        return std::make_unique<CNewVersionLED>(a_piGUI);
+    default:
+        return nullptr;
+    }
+}
+
+/// By the class of the toolkit that a row's class is or derives from.
+WidgetPtr MakePlain(CXXXGUI& a_piGUI, const Panel::SPanelRow& a_sRow) {
+    using enum Panel::EClass;
+    const auto info = InfoOf(a_sRow);
+    switch (a_sRow.widget) {
+    case Meter:
+        return std::make_unique<GUI::CMeter>(a_piGUI, info);
+    case Knob:
+    case MacroKnob:
+    case Release:
+        return std::make_unique<CPluginKnob>(a_piGUI, info);
+    case Button:
+    case AutoRelease:
+    case RoutingEdit:
+        return std::make_unique<CPluginButton>(a_piGUI, info);
+    case RoutingDropDownBtn:
+    case PatchLoad:
+    case PatchSave:
+    case Undo:
+    case Redo:
+    case PatchABCopy:
+    case PatchABInplace:
+    case PreviousPatch:
+    case NextPatch:
+    case PreviousOversampling:
+    case NextOversampling:
+    case BtnAbout:
+        return std::make_unique<CPluginButtonMom>(a_piGUI, info);
+    case Oversampling:
+    case Settings:
+        return std::make_unique<CPluginValueDisplay>(a_piGUI, info);
+    default:
+        return std::make_unique<GUI::CWidget>(a_piGUI, info);
+    }
+}
+
+} // namespace
+
+CPanelWidgets::CPanelWidgets(CXXXGUI& a_piGUI) {
+    std::map<Panel::EClass, int> places;
+    for (const auto& row : Panel::Rows()) {
+        auto widget = MakeOwn(a_piGUI, row.widget, places[row.widget]++);
+        if (widget == nullptr) widget = MakePlain(a_piGUI, row);
+        widget->FreezeToFractions(true);
+        _vpiWidgets.push_back(std::move(widget));
+    }
+}
+
+CPanelWidgets::~CPanelWidgets() {
+    while (!_vpiWidgets.empty()) _vpiWidgets.pop_back();
+}
+
+} // namespace KAV
