@@ -14,7 +14,7 @@ using namespace VST;
 
 namespace {
 
-constexpr std::int32_t HighestRelativeTag = 99;
+constexpr std::int32_t FirstBegun = 2; // an index that is kept as begun, so that 0 means none
 
 std::span<char> ParameterText(char* text) noexcept {
     return {text, kVstMaxParamStrLen};
@@ -164,13 +164,18 @@ void CVSTDSPv2::getVendorString(char* text) {
 void CVSTDSPv2::BeginEdit(std::int32_t tag) {
     if (tag < 0 || tag > HighestRelativeTag) return;
     const std::int32_t index = EditedHostIndex(tag);
+    _begun[static_cast<std::size_t>(tag)] = index + FirstBegun;
     MarkEditing(index, true);
     if (index != NoHostIndex) state->ReportBegin(index);
 }
 
 void CVSTDSPv2::EndEdit(std::int32_t tag) {
     if (tag < 0 || tag > HighestRelativeTag) return;
-    const std::int32_t index = EditedHostIndex(tag);
+    // The current group may have changed since: what has begun ends.
+    auto& kept = _begun[static_cast<std::size_t>(tag)];
+    const std::int32_t begun = kept;
+    const std::int32_t index = begun != 0 ? begun - FirstBegun : EditedHostIndex(tag);
+    kept = 0;
     MarkEditing(index, false);
     if (index != NoHostIndex) state->ReportEnd(index);
 }

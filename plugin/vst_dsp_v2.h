@@ -4,8 +4,10 @@
 #include "plugin/host_survey.h"
 #include "state/device_state.h"
 #include "utils/product.h"
+#include "utils/shared.h"
 #include "vst/audio_effect_x.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -76,11 +78,16 @@ protected:
 private:
     using Arrangement = VST::SpeakerArrangement<64>;
 
+    static constexpr std::int32_t HighestRelativeTag = 99;
+
     SHostSurvey AskHost();
     /// The host index of an edited group-relative tag 0..99, or NoHostIndex.
     std::int32_t EditedHostIndex(std::int32_t tag) const noexcept;
     void MarkEditing(std::int32_t hostIndex, bool edited) noexcept;
 
+    /// By tag: the host index whose edit has begun, NoHostIndex counting as 1, the first index as 2; 0: none
+    /// has.
+    std::array<Utils::CShared<std::int32_t>, HighestRelativeTag + 1> _begun;
     std::int32_t _sideChannels = 0; // host input channels that are a side chain; always 0 in this device
     Arrangement _inputArrangement{};
     Arrangement _outputArrangement{};

@@ -166,6 +166,19 @@ TEST_F(HostCalls, EditGestureGoesToTheParameterOfTheCurrentGroup) {
     EXPECT_EQ(host.calls[1].index, HostIndexOf(233));
 }
 
+TEST_F(HostCalls, EditGestureEndsWhereItBeganThoughTheGroupHasChanged) {
+    effect.Device().SetCurrentGroup(2);
+    effect.Device().BeginEdit(33);
+    effect.Device().SetCurrentGroup(0);
+    effect.Device().EndEdit(33);
+    effect.Device().EndEdit(33); // no edit has begun: that of the current group
+    ASSERT_EQ(host.calls.size(), 3u);
+    EXPECT_EQ(host.calls[1].opcode, audioMasterEndEdit);
+    EXPECT_EQ(host.calls[1].index, HostIndexOf(233));
+    EXPECT_FALSE(effect.Device().IsEdited(HostIndexOf(233)));
+    EXPECT_EQ(host.calls[2].index, HostIndexOf(33));
+}
+
 TEST_F(HostCalls, EditGestureOfAParameterWithoutGroupsStaysWithIt) {
     effect.Device().SetCurrentGroup(3);
     effect.Device().BeginEdit(24);
