@@ -1,13 +1,17 @@
 """What the tests with real hosts share: the build, scratch homes, programs with a time-out, sound files."""
 
 import array
+import atexit
+import contextlib
 import math
 import os
 import pathlib
 import random
+import signal
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -19,6 +23,47 @@ NAME = "KAV Sorrel Limiter"
 UNIQUE_ID = 1936683628
 PARAMETERS = 109
 RATE = 48000
+
+_running = set()
+
+
+def start_program(command, folder, environment, log, **more):
+    """Starts a program that runs until `stop_program`, or the end of the tests."""
+    with open(folder / log, "wb") as output:
+        # Its own session: it is ended with everything that it started.
+        process = subprocess.Popen([str(word) for word in command], env=environment, cwd=folder,
+                                   stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
+                                   **more)
+    _running.add(process)
+    return process
+
+
+def stop_program(process):
+    for how in (signal.SIGTERM, signal.SIGKILL):
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(process.pid, how)
+        with contextlib.suppress(subprocess.TimeoutExpired):
+            process.wait(2)
+            break
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(process.pid, signal.SIGKILL)  # what it left behind
+    _running.discard(process)
+
+
+@atexit.register
+def _stop_all():
+    for process in list(_running):
+        stop_program(process)
+
+
+def wait_for(condition, seconds, what):
+    """Returns the first result of `condition` that isn't false."""
+    end = time.monotonic() + seconds
+    while not (result := condition()):
+        if time.monotonic() > end:
+            raise AssertionError(f"{what}: not within {seconds} s")
+        time.sleep(0.05)
+    return result
 
 
 class HostTest(unittest.TestCase):
