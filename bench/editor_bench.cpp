@@ -90,7 +90,7 @@ private:
     GFX::RendererTable _table;
 };
 
-/// A moving curve in the place of the gain reduction: a filled column for each pixel, and a line of `Points`.
+/// A moving curve instead of the gain reduction: a filled column for each pixel, and a line of `Points`.
 class CCurve final : public GUI::CWidget {
 public:
     explicit CCurve(GUI::CGUI& root) : CWidget(root, InfoOf(Panel::RowOf(Panel::EClass::GR))) {

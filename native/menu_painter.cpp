@@ -22,7 +22,7 @@ constexpr std::uint32_t Ink = 0xFFD3D7DC;
 constexpr std::uint32_t HotInk = 0xFFF4F0E4;
 constexpr std::uint32_t Grey = 0xFF737981;
 
-constexpr std::size_t Measured = 32; // so many of the widest texts are measured as a whole
+constexpr std::size_t Measured = 32; // how many of the widest texts are measured as a whole
 
 bool IsPair(std::u16string_view text, std::size_t at) noexcept {
     return (text[at] & 0xFC00u) == 0xD800u && at + 1 < text.size() && (text[at + 1] & 0xFC00u) == 0xDC00u;

@@ -100,7 +100,7 @@ __m128i Pair(const std::int16_t* weights) noexcept {
     return _mm_set1_epi32(both);
 }
 
-/// Adds up the rows under one kernel; `to` gets values with FractionBits behind the point.
+/// Adds up the rows under one kernel; `to` gets values with FractionBits after the point.
 void AddRows(const std::vector<const std::uint8_t*>& rows, const std::int16_t* weights, int weightBits,
     std::size_t pitch, std::int16_t* to) noexcept {
     const __m128i zero = _mm_setzero_si128();

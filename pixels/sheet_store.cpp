@@ -71,7 +71,7 @@ void CSheetStore::End() noexcept {
     if (--_editors > 0) return;
     std::size_t bytes = 0;
     _kept.remove_if([&](const SKept& kept) {
-        // What nobody held at the last tick belonged to another size.
+        // What no editor held at the last tick belonged to another size.
         const std::size_t size = kept.picture->bytes.size();
         if (kept.rested > 0 || bytes + size > RestBytes) return true;
         bytes += size;

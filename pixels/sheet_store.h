@@ -16,7 +16,7 @@ namespace KAV::Pixels {
 /// The stored pictures that editors draw, and their pixels at the sizes in use. There is one store for all
 /// editors of a process, so that two editors of one size need the pixels of one. No picture is kept decoded.
 ///
-/// What is kept: while an editor is open, a size as long as somebody holds it and for RestTicks afterwards,
+/// What is kept: while an editor is open, a size as long as an editor holds it and for RestTicks afterwards,
 /// because a renderer that changes its size gives all pictures back first. After the last editor has closed:
 /// what that editor drew last, up to RestBytes, so that the next one opens at once.
 ///
@@ -50,7 +50,7 @@ private:
     class CKeptSheet;
     struct SKept {
         std::shared_ptr<const SBitmap> picture;
-        int rested = 0; // ticks since somebody else held it
+        int rested = 0; // ticks since an editor held it
     };
 
     void Keep(const std::shared_ptr<const SBitmap>& picture);

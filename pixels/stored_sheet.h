@@ -28,7 +28,7 @@ struct SStoredPicture {
 /// parameter.
 inline constexpr std::int32_t UndecodableStatus = 2;
 
-/// A stored picture and those of its scaled sizes that somebody holds. Callers that ask for the same size at
+/// A stored picture and those of its scaled sizes that are in use. Callers that ask for the same size at
 /// once get the same picture: the first one makes it, the others wait for it alone. Threads: any.
 class CStoredSheet : public ISheet {
 public:

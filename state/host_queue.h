@@ -33,7 +33,8 @@ protected:
     ~IHostRoad() = default;
 };
 
-/// Gives the host's window another size, where the host itself doesn't. Waits for nothing and calls nobody.
+/// Gives the host's window another size, where the host itself doesn't. Waits for nothing and calls nothing
+/// else.
 class IHostWindow {
 public:
     virtual void ResizeParent(std::int32_t width, std::int32_t height) noexcept = 0; ///< pixels

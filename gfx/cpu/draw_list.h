@@ -55,7 +55,7 @@ private:
     bool LooksLike(const SDraw& a_sOwn, const CDrawList& a_piOther, const SDraw& a_sOther) const noexcept;
 
     std::vector<SDraw> _vsDraws;
-    std::vector<SPoint> _vsPoints; // of all lines, one behind the other
+    std::vector<SPoint> _vsPoints; // of all lines, one after the other
     bool _bOnBlack = false;
 };
 

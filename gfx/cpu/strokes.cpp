@@ -247,7 +247,7 @@ void CStrokes::AddEdge(const SVector& a_sFrom, const SVector& a_sTo, const SArea
 /// The pixels whose centres lie in the shape. A centre on an edge belongs to the shape on the left of it or
 /// above, so that of two shapes side by side just one has it.
 void CStrokes::AddHard(const SShape& a_sShape, const SBlend& a_sBlend) {
-    // The first row or column whose centre lies behind a place. None is below 0, and that cuts as floor()
+    // The first row or column whose centre lies past a place. None is below 0, and that cuts as floor()
     // does, which is a call in the C library and takes longer than all the rest.
     const auto firstBehind = [](double a_fPlace) { return Whole(a_fPlace + 0.5); };
     double fT = a_sShape.asCorners[0].fY;

@@ -88,7 +88,7 @@ bool CWindowThread::CallOut(const std::function<void()>& call) {
     const auto self = shared_from_this(); // the window that owns this thread may end in the call
     {
         const std::scoped_lock lock(_mutex);
-        if (_isQuitting) return true; // the host is told when the editor has closed
+        if (_isQuitting) return true; // the host hears of it when the editor has closed
         _state = EState::CallingOut;
     }
     call();

@@ -29,7 +29,7 @@ public:
     CX11Clipboard& operator=(const CX11Clipboard&) = delete;
 
     /// Offers a text. Nothing happens if it is empty or ill-formed, or the display takes the selection for
-    /// somebody else.
+    /// another program.
     void Copy(std::u16string_view text);
     /// Asks for the text; an earlier request is forgotten. `pasted` is called at once if the text is our own,
     /// otherwise from OnEvent(), or never.
@@ -60,7 +60,7 @@ private:
 
     Pasted _pasted; // null: nothing is asked for
     std::uint32_t _askedMs = 0;
-    std::uint32_t _asked = 0;  // so many requests yet: each has a property of its own
+    std::uint32_t _asked = 0;  // count of requests so far: each has its own property
     xcb_atom_t _target = 0;    // the form that is asked for
     xcb_atom_t _property = 0;  // where the answer goes
     xcb_atom_t _partsType = 0; // 0: it doesn't come in parts

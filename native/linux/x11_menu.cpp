@@ -278,7 +278,7 @@ void CMenu::Update() {
     }
 }
 
-/// The last thing that happens to it: whoever hears of the end may destroy it.
+/// The last thing that happens to it: the callback may destroy it.
 void CMenu::End(std::uint32_t command) {
     HideWindows(0);
     _display.Flush();
