@@ -17,6 +17,8 @@ namespace KAV::Platform {
 struct CFileDialog::SParts {
     SFileRequest request;
     Answered answered;
+    // Copied on the thread that asks, because that of the dialog must not read them.
+    CEnvironment environment;
     std::string road;       // the only one to try; empty: all of them
     std::string busAddress; // of the session
     CDialogControl control;
@@ -27,9 +29,11 @@ struct CFileDialog::SParts {
         std::optional<SFileAnswer> answer;
         if (Tries("portal")) answer = AskPortal(request, busAddress, control);
         if (!answer && Tries("zenity"))
-            answer = AskProgram(FindProgram("zenity"), ZenityArguments(request), control);
+            answer = AskProgram(
+                FindProgram("zenity", environment), ZenityArguments(request), environment, control);
         if (!answer && Tries("kdialog"))
-            answer = AskProgram(FindProgram("kdialog"), KdialogArguments(request), control);
+            answer = AskProgram(FindProgram("kdialog", environment), KdialogArguments(request, environment),
+                environment, control);
         return answer.value_or(SFileAnswer{EFileAnswer::NotAsked, {}});
     }
 

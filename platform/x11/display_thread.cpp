@@ -75,9 +75,13 @@ private:
 
 bool RunOnDisplayThread(
     std::function<void(const std::string& display)> work, std::chrono::milliseconds limit) {
-    const char* const name = std::getenv("DISPLAY");
-    if (name == nullptr || !IsHere(name) || Xcb() == nullptr || IsOverdue(name)) return false;
-    const auto call = std::make_shared<CCall>(name);
+    return RunOnDisplayThread(std::getenv("DISPLAY"), std::move(work), limit);
+}
+
+bool RunOnDisplayThread(const char* display, std::function<void(const std::string& display)> work,
+    std::chrono::milliseconds limit) {
+    if (display == nullptr || !IsHere(display) || Xcb() == nullptr || IsOverdue(display)) return false;
+    const auto call = std::make_shared<CCall>(display);
     const CQuietSignals quiet;
     std::thread thread([call, work = std::move(work)] {
         try {

@@ -21,6 +21,10 @@ inline constexpr std::chrono::milliseconds LongestDisplayWait{3000};
 /// std::bad_alloc, or std::system_error if the thread can't be created.
 bool RunOnDisplayThread(std::function<void(const std::string& display)> work,
     std::chrono::milliseconds limit = LongestDisplayWait);
+/// The same with the name of the display (null: there is none), for a thread that must not read the
+/// environment.
+bool RunOnDisplayThread(const char* display, std::function<void(const std::string& display)> work,
+    std::chrono::milliseconds limit = LongestDisplayWait);
 
 /// The result of a query that runs as above; nothing if there is none in time or it has thrown.
 template<typename TAnswer>

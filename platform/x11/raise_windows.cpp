@@ -62,9 +62,9 @@ void RaiseOn(const std::string& display, pid_t process) {
 
 } // namespace
 
-void RaiseWindowsOf(pid_t process) noexcept {
+void RaiseWindowsOf(pid_t process, const char* display) noexcept {
     try {
-        RunOnDisplayThread([process](const std::string& display) { RaiseOn(display, process); });
+        RunOnDisplayThread(display, [process](const std::string& name) { RaiseOn(name, process); });
     } catch (...) { // no memory or no thread: it stays where it is
         return;
     }

@@ -80,7 +80,8 @@ bool ReadMore(int pipe, std::string& output) {
 
 /// What the program prints until it ends. It may close its output before, and something that it has started
 /// may hold the output open afterwards.
-std::string OutputOf(pid_t program, CDescriptor& pipe, CDialogControl& control) {
+std::string OutputOf(
+    pid_t program, CDescriptor& pipe, const CEnvironment& environment, CDialogControl& control) {
     const CDescriptor ended(EndOf(program));
     std::string output;
     for (;;) {
@@ -92,7 +93,7 @@ std::string OutputOf(pid_t program, CDescriptor& pipe, CDialogControl& control) 
         // A program that goes on writing is better off without a reader than with one that is full.
         if (pipe.Get() >= 0 && !ReadMore(pipe.Get(), output)) pipe.Close();
         if (hasEnded || control.IsEnded()) return output;
-        if (control.TakeRaise()) RaiseWindowsOf(program);
+        if (control.TakeRaise()) RaiseWindowsOf(program, environment.Value("DISPLAY"));
     }
 }
 
@@ -167,14 +168,14 @@ std::vector<std::string> ZenityArguments(const SFileRequest& request) {
     return arguments;
 }
 
-std::vector<std::string> KdialogArguments(const SFileRequest& request) {
+std::vector<std::string> KdialogArguments(const SFileRequest& request, const CEnvironment& environment) {
     std::vector<std::string> arguments{"--title", request.title};
     if (request.hostWindow != 0)
         arguments.insert(arguments.end(), {"--attach", std::to_string(request.hostWindow)});
     auto start = ExistingFolder(request);
     if (request.saves) {
         // A name alone would be a file of the folder that the host happens to be in.
-        if (start.empty()) start = HomeFolder().string() + '/';
+        if (start.empty()) start = HomeFolder(environment.Value("HOME")).string() + '/';
         start += ProposedName(request);
     }
     arguments.insert(arguments.end(), {request.saves ? "--getsavefilename" : "--getopenfilename", start});
@@ -187,18 +188,18 @@ std::vector<std::string> KdialogArguments(const SFileRequest& request) {
     return arguments;
 }
 
-std::optional<SFileAnswer> AskProgram(
-    const std::string& program, std::vector<std::string> arguments, CDialogControl& control) {
+std::optional<SFileAnswer> AskProgram(const std::string& program, std::vector<std::string> arguments,
+    const CEnvironment& environment, CDialogControl& control) {
     CDescriptor from;
     CDescriptor to;
     if (program.empty() || !MakePipe(from, to)) return std::nullopt;
-    const auto child = SpawnProgram(program, std::move(arguments), to.Get());
+    const auto child = SpawnProgram(program, std::move(arguments), environment, to.Get());
     if (child <= 0) return std::nullopt;
     to.Close();
     control.SetProgram(child);
     std::string output;
     try {
-        output = OutputOf(child, from, control);
+        output = OutputOf(child, from, environment, control);
     } catch (...) { // no memory: the program has to be reaped all the same
         control.End();
     }

@@ -2,6 +2,7 @@
 
 #include "platform/file_dialog.h"
 #include "platform/xdg/dialog_control.h"
+#include "platform/xdg/environment.h"
 
 #include <optional>
 #include <string>
@@ -12,12 +13,12 @@ namespace KAV::Platform {
 
 /// What the program is called with.
 std::vector<std::string> ZenityArguments(const SFileRequest& request);
-std::vector<std::string> KdialogArguments(const SFileRequest& request);
+std::vector<std::string> KdialogArguments(const SFileRequest& request, const CEnvironment& environment);
 
 /// Runs the program until the user has answered or `control` ends it, and reaps it. Nothing if it can't be
 /// started. Threads: one of the dialog's own. Throws std::bad_alloc.
-std::optional<SFileAnswer> AskProgram(
-    const std::string& program, std::vector<std::string> arguments, CDialogControl& control);
+std::optional<SFileAnswer> AskProgram(const std::string& program, std::vector<std::string> arguments,
+    const CEnvironment& environment, CDialogControl& control);
 
 /// The answer that a path stands for: unusable unless it is absolute, UTF-8, of one line, and without
 /// backslashes, which count as slashes everywhere else in this program.

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sched.h>
@@ -12,21 +11,9 @@
 #include <unistd.h>
 #include <utility>
 
-extern char** environ;
-
 namespace KAV::Platform {
 
 namespace {
-
-/// The environment without the variables that the host may have set for loading its own libraries.
-std::vector<char*> Environment() {
-    std::vector<char*> variables;
-    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-        if (std::strncmp(*variable, "LD_", 3) != 0) variables.push_back(*variable);
-    }
-    variables.push_back(nullptr);
-    return variables;
-}
 
 /// The standard streams are /dev/null, but for the output if there is a descriptor for it. No other
 /// descriptor of the host is inherited.
@@ -81,8 +68,8 @@ private:
 
 } // namespace
 
-std::string FindProgram(std::string_view name) {
-    const char* const variable = std::getenv("PATH");
+std::string FindProgram(std::string_view name, const CEnvironment& environment) {
+    const char* const variable = environment.Value("PATH");
     std::string_view folders = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
     while (!folders.empty()) {
         const auto end = folders.find(':');
@@ -95,8 +82,9 @@ std::string FindProgram(std::string_view name) {
     return {};
 }
 
-pid_t SpawnProgram(const std::string& program, std::vector<std::string> arguments, int output) {
-    auto variables = Environment();
+pid_t SpawnProgram(
+    const std::string& program, std::vector<std::string> arguments, CEnvironment environment, int output) {
+    const auto variables = environment.ForProgram();
     std::string path = program;
     std::vector<char*> texts{path.data()};
     for (auto& argument : arguments) texts.push_back(argument.data());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/xdg/environment.h"
+
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -10,14 +12,15 @@
 namespace KAV::Platform {
 
 /// The program of that name in the absolute folders of PATH; empty if there is none.
-std::string FindProgram(std::string_view name);
+std::string FindProgram(std::string_view name, const CEnvironment& environment);
 
 /// Starts a program by its absolute path and returns its process number, which is also that of its session
 /// and process group; -1 if it can't be started. Its standard output goes to the descriptor `output`, or
 /// nowhere if that is -1. Otherwise it inherits nothing from the host: terminal, session, descriptors,
 /// signals and the host's own libraries. The priority is that of this thread. The host's memory isn't copied,
 /// not even for a moment, so other threads get no page faults. Throws std::bad_alloc.
-pid_t SpawnProgram(const std::string& program, std::vector<std::string> arguments, int output = -1);
+pid_t SpawnProgram(const std::string& program, std::vector<std::string> arguments, CEnvironment environment,
+    int output = -1);
 
 /// Gives up a raised priority that this thread may have inherited from the one that started it, so that the
 /// programs it starts don't inherit it in turn.

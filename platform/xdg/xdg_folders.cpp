@@ -8,7 +8,10 @@
 namespace KAV::Platform {
 
 std::filesystem::path HomeFolder() {
-    const char* const home = std::getenv("HOME");
+    return HomeFolder(std::getenv("HOME"));
+}
+
+std::filesystem::path HomeFolder(const char* home) {
     if (home != nullptr && home[0] == '/') return home;
     std::array<char, 4096> texts{};
     passwd entry{};

@@ -120,10 +120,9 @@ TEST(Clipboard, ReachesOtherProcesses) {
 }
 
 TEST(Clipboard, SurvivesTheEndOfTheDisplay) {
-    {
-        const CDisplay display;
-        EXPECT_TRUE(WriteClipboard("clipboard:x", "x", 1));
-    }
+    CDisplay display;
+    EXPECT_TRUE(WriteClipboard("clipboard:x", "x", 1));
+    display.Kill();
     EXPECT_EQ(ReadClipboard("clipboard:x").data, nullptr);
     EXPECT_FALSE(WriteClipboard("clipboard:x", "x", 1));
 }

@@ -210,6 +210,28 @@ TEST_F(FileDialog, StartsProgramsWithoutTheHostsLibraries) {
     unsetenv("LD_PRELOAD");
 }
 
+TEST_F(FileDialog, KeepsTheEnvironmentThatItWasAskedIn) {
+    const auto wait =
+        "while [ ! -e '" + (scripts.Folder() / "go").string() + "' ]; do /bin/sleep 0.01; done\n";
+    scripts.Put("zenity", wait + "exit 127");
+    scripts.Put("kdialog", "echo \"$PATH/$KAV_TEST\"");
+    request.saves = true;
+    const std::string path = std::getenv("PATH");
+    const std::string home = std::getenv("HOME");
+    setenv("KAV_TEST", "before", 1);
+    Start();
+    scripts.Process("zenity"); // from here on another program is found, started and told where home is
+    setenv("PATH", "/nowhere", 1);
+    setenv("HOME", "/nowhere", 1);
+    setenv("KAV_TEST", "after", 1);
+    WriteText(scripts.Folder() / "go", "");
+    EXPECT_EQ(answer.get().path, path + "/before");
+    EXPECT_EQ(scripts.Arguments("kdialog"), "--title\n\n--getsavefilename\n" + home + "/\n");
+    setenv("PATH", path.c_str(), 1);
+    setenv("HOME", home.c_str(), 1);
+    unsetenv("KAV_TEST");
+}
+
 TEST_F(FileDialog, StartsProgramsWithNothingOfTheHostsOpen) {
     const int own = open("/dev/null", O_RDONLY); // NOLINT: the host lets its children have it
     // The fourth descriptor is that of the folder, which the shell reads.

@@ -49,7 +49,7 @@ public:
 
     /// Waits for its output; returns it as lines.
     std::string Wait() const {
-        for (int i = 0; i < 500 && !fs::exists(Said()); ++i)
+        for (int i = 0; i < 6000 && !fs::exists(Said()); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return ReadText(Said());
     }

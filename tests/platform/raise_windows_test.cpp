@@ -81,7 +81,7 @@ TEST_F(RaiseWindows, AsksTheWindowManagerForThoseOfTheSession) {
     const auto own = WindowOf(dialog);
     const auto nobodys = host.MakeWindow(host.Root(), 0, 0, 10, 10);
     Set(host.Root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, {other, own, nobodys, 0x7FFFFFF});
-    RaiseWindowsOf(dialog);
+    RaiseWindowsOf(dialog, host.Display().c_str());
     EXPECT_EQ(Asked(), std::vector<xcb_window_t>{own});
 }
 
@@ -92,18 +92,20 @@ TEST_F(RaiseWindows, AreThoseOfADialogForFiles) {
     CFileDialog files({}, [&ended](const SFileAnswer&) { ended.set_value(); });
     const auto own = WindowOf(scripts.Process("zenity"));
     Set(host.Root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, {own});
+    setenv("DISPLAY", ":nowhere", 1); // the dialog's thread doesn't read it
     for (int n = 0; n < 2; ++n) {
         files.Raise();
         std::vector<xcb_window_t> asked;
         EXPECT_TRUE(Eventually([&] { return !(asked = Asked()).empty(); }));
         EXPECT_EQ(asked, std::vector<xcb_window_t>{own});
     }
+    setenv("DISPLAY", host.Display().c_str(), 1);
     files.End();
     ended.get_future().wait();
 }
 
 TEST_F(RaiseWindows, DoesNothingWithoutAWindowManager) {
     WindowOf(dialog);
-    RaiseWindowsOf(dialog);
+    RaiseWindowsOf(dialog, host.Display().c_str());
     EXPECT_TRUE(Asked().empty());
 }

@@ -2,6 +2,8 @@
 
 #include "tests/support/file_text.h"
 
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -12,6 +14,22 @@
 using namespace KAV;
 
 namespace {
+
+/// Memory of the mapping that these bytes lie in.
+std::size_t ResidentAround(std::span<const std::uint8_t> bytes) {
+    const auto place = reinterpret_cast<std::uintptr_t>(bytes.data());
+    std::ifstream mappings("/proc/self/smaps");
+    bool isIt = false;
+    for (std::string line; std::getline(mappings, line);) {
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        std::size_t kilobytes = 0;
+        if (std::sscanf(line.c_str(), "%zx-%zx ", &begin, &end) == 2) isIt = begin <= place && place < end;
+        if (isIt && std::sscanf(line.c_str(), "Rss: %zu", &kilobytes) == 1) return kilobytes * 1024;
+    }
+    ADD_FAILURE() << "no mapping";
+    return 0;
+}
 
 std::string Text(std::span<const std::uint8_t> bytes) {
     return {bytes.begin(), bytes.end()};
@@ -44,6 +62,24 @@ TEST(Resource, HoldsEveryPictureOfTheManifestByteForByte) {
         ASSERT_FALSE(stored.empty()) << file;
         EXPECT_TRUE(Text(Platform::Resource(name)) == stored) << name;
     }
+}
+
+TEST(Resource, LeavesMemoryUntilItIsReadAgain) {
+    const auto font = Platform::Resource("DEJAVUSANSCONDENSED.TTF");
+    const auto before = Text(font);
+    const auto resident = ResidentAround(font);
+    const std::size_t most = 16 * 4096; // what this test itself reads meanwhile, and the pages at the ends
+    const auto leaves = [&] { return resident - ResidentAround(font) + most >= font.size(); };
+    Platform::RestResource(font.subspan(0, 1)); // no whole page
+    EXPECT_FALSE(leaves());
+    Platform::RestResource(font);
+    EXPECT_TRUE(leaves());
+    EXPECT_TRUE(Text(font) == before);
+    EXPECT_FALSE(leaves());
+    Platform::RestResources();
+    EXPECT_TRUE(leaves());
+    EXPECT_TRUE(Text(font) == before);
+    Platform::RestResource({});
 }
 
 TEST(Resource, IgnoresTheCaseOfLetters) {

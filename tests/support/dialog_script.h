@@ -15,18 +15,18 @@ namespace KAV::Tests {
 /// Waits until `condition` holds; false if that takes longer than any machine needs.
 template<typename Condition>
 bool Eventually(const Condition& condition) {
-    for (int n = 0; n < 2000; ++n) {
+    for (int n = 0; n < 6000; ++n) {
         if (condition()) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return condition();
 }
 
-/// A desktop without a session bus, whose programs are scripts: those of Put(), and no others.
+/// A desktop without a session bus, whose programs are scripts: those of Put(), and no others. Each object
+/// has a folder of its own, because a dialog that was ended may still be starting its program.
 class CDialogScripts final {
 public:
     CDialogScripts() {
-        std::filesystem::remove_all(_folder);
         std::filesystem::create_directories(_folder);
         setenv("PATH", _folder.c_str(), 1);
         unsetenv("DBUS_SESSION_BUS_ADDRESS");
@@ -60,7 +60,9 @@ private:
     std::filesystem::path Said(const std::string& name) const { return _folder / (name + ".said"); }
 
     std::string _path = std::getenv("PATH");
-    std::filesystem::path _folder = ScratchFolder() / "programs";
+    std::filesystem::path _folder = ScratchFolder() / ("programs-" + std::to_string(++_count));
+
+    static inline int _count = 0;
 };
 
 } // namespace KAV::Tests

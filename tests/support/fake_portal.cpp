@@ -1,5 +1,6 @@
 #include "tests/support/fake_portal.h"
 
+#include "tests/support/dialog_script.h"
 #include "tests/support/file_text.h"
 #include "tests/support/scratch_home.h"
 
@@ -24,6 +25,15 @@ DBusConnection* Connect(const std::string& address) {
     if (connection == nullptr || dbus_bus_register(connection, nullptr) == 0) std::abort();
     dbus_connection_set_exit_on_disconnect(connection, 0);
     return connection;
+}
+
+/// The socket is there before the bus listens to it.
+bool Accepts(const std::string& address) {
+    DBusConnection* const connection = dbus_connection_open_private(address.c_str(), nullptr);
+    if (connection == nullptr) return false;
+    dbus_connection_close(connection);
+    dbus_connection_unref(connection);
+    return true;
 }
 
 void Disconnect(DBusConnection* connection) {
@@ -92,8 +102,7 @@ CPrivateSession::CPrivateSession() {
         execl(Daemon, Daemon, option.c_str(), "--nofork", "--nopidfile", nullptr);
         _exit(1);
     }
-    for (int n = 0; n < 1000 && !std::filesystem::exists(socket); ++n)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(Eventually([this] { return Accepts(_address); }));
     setenv("DBUS_SESSION_BUS_ADDRESS", _address.c_str(), 1);
 }
 
@@ -134,7 +143,7 @@ CFakePortal::~CFakePortal() {
 
 std::string CFakePortal::NextCall() {
     std::unique_lock lock(_mutex);
-    if (!_changed.wait_for(lock, std::chrono::seconds(20), [this] { return !_calls.empty(); })) return "none";
+    if (!_changed.wait_for(lock, std::chrono::seconds(60), [this] { return !_calls.empty(); })) return "none";
     const auto call = _calls.front();
     _calls.erase(_calls.begin());
     return call;
