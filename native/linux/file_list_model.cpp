@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <utility>
 
 namespace KAV::Native {
@@ -69,32 +70,78 @@ bool MatchesPattern(std::string_view name, std::string_view pattern) {
     return place == pattern.size();
 }
 
-CFileListModel::CFileListModel(Platform::SFileRequest request, const std::string& home)
-    : _request(std::move(request)), _name(Utils::ToUtf16(Platform::ProposedName(_request)), false) {
-    auto folder = Platform::ExistingFolder(_request);
-    if (folder.empty() && home.starts_with('/') && IsFolder(home)) folder = home;
-    OpenFolder(folder.empty() ? "/" : folder);
+struct CFileListModel::SFound {
+    std::string folder; // what follows is of this one; ends with a slash
+    bool isReadable = false;
+    std::vector<SEntry> entries; // that a path of ours can have
+    bool isFolder = false;       // the path that was asked for
+    bool exists = false;
+    bool isInFolder = false;
+
+    void Read(std::string itsFolder) {
+        folder = std::move(itsFolder);
+        if (!folder.ends_with('/')) folder += '/';
+        std::error_code error;
+        const fs::directory_iterator first(folder, error);
+        isReadable = !error;
+        for (auto& entry : Platform::ListDirectory(folder)) {
+            if (!entry.name.starts_with('.') && AnswerOfPath("/" + entry.name).kind == EFileAnswer::Chosen)
+                entries.push_back({std::move(entry.name), entry.isFolder});
+        }
+    }
+};
+
+CFileListModel::CFileListModel(Platform::SFileRequest request, const std::string& home, IFileListDisk& disk)
+    : _disk(disk), _request(std::move(request)),
+      _name(Utils::ToUtf16(Platform::ProposedName(_request)), false) {
+    Ask(
+        [asked = _request, home](SFound& found) {
+            auto folder = Platform::ExistingFolder(asked);
+            if (folder.empty() && home.starts_with('/') && IsFolder(home)) folder = home;
+            found.Read(folder.empty() ? "/" : folder);
+        },
+        [this](SFound& found) { Show(found); });
 }
 
-void CFileListModel::OpenFolder(std::string folder) {
-    if (!folder.ends_with('/')) folder += '/';
-    _folder = std::move(folder);
-    Read();
+/// `read` owns all that it touches.
+void CFileListModel::Ask(std::function<void(SFound&)> read, std::function<void(SFound&)> done) {
+    const auto found = std::make_shared<SFound>();
+    _isWaiting = true;
+    try {
+        _disk.Run([found, read = std::move(read)] { read(*found); },
+            [this, found, done = std::move(done)] {
+                _isWaiting = false;
+                done(*found);
+            });
+    } catch (...) { // no memory, or no thread: the list stays as it is
+        _isWaiting = false;
+        throw;
+    }
 }
 
-void CFileListModel::Read() {
+void CFileListModel::OpenFolder(std::string folder, std::string selected) {
+    Ask([folder = std::move(folder)](SFound& found) { found.Read(folder); },
+        [this, selected = std::move(selected)](SFound& found) {
+            Show(found);
+            const auto place = std::ranges::find(_entries, selected, &SEntry::name);
+            if (place != _entries.end()) _selected = static_cast<std::size_t>(place - _entries.begin());
+        });
+}
+
+void CFileListModel::Show(SFound& found) {
+    _folder = std::move(found.folder);
+    _isReadable = found.isReadable;
+    _all = std::move(found.entries);
+    ShowFiltered();
+}
+
+void CFileListModel::ShowFiltered() {
     _selected = None;
     _entries.clear();
-    std::error_code error;
-    const fs::directory_iterator first(_folder, error);
-    _isReadable = !error;
     const bool hasUp = _folder != "/";
     if (hasUp) _entries.push_back({"..", true});
-    for (auto& entry : Platform::ListDirectory(_folder)) {
-        if (entry.name.starts_with('.') || AnswerOfPath("/" + entry.name).kind != EFileAnswer::Chosen)
-            continue;
-        if (entry.isFolder || IsShown(entry.name))
-            _entries.push_back({std::move(entry.name), entry.isFolder});
+    for (const auto& entry : _all) {
+        if (entry.isFolder || IsShown(entry.name)) _entries.push_back(entry);
     }
     std::sort(_entries.begin() + (hasUp ? 1 : 0), _entries.end(), IsBefore);
 }
@@ -106,7 +153,7 @@ bool CFileListModel::IsShown(std::string_view name) const {
 }
 
 void CFileListModel::Select(std::size_t entry) {
-    if (_state != EState::Open || entry >= _entries.size()) return;
+    if (!MayAct() || entry >= _entries.size()) return;
     _selected = entry;
     if (_request.saves && !_entries[entry].isFolder)
         _name = CLineEditor(Utils::ToUtf16(_entries[entry].name), false);
@@ -132,22 +179,19 @@ void CFileListModel::Seek(std::string_view text) {
 }
 
 void CFileListModel::Up() {
-    if (_state != EState::Open || _folder == "/") return;
+    if (!MayAct() || _folder == "/") return;
     const auto slash = _folder.rfind('/', _folder.size() - 2);
-    const auto name = _folder.substr(slash + 1, _folder.size() - slash - 2);
-    OpenFolder(_folder.substr(0, slash + 1));
-    const auto place = std::ranges::find(_entries, name, &SEntry::name);
-    if (place != _entries.end()) _selected = static_cast<std::size_t>(place - _entries.begin());
+    OpenFolder(_folder.substr(0, slash + 1), _folder.substr(slash + 1, _folder.size() - slash - 2));
 }
 
 void CFileListModel::NextFilter() {
-    if (_state != EState::Open || _request.filters.empty()) return;
+    if (!MayAct() || _request.filters.empty()) return;
     _filter = (_filter + 1) % _request.filters.size();
-    Read();
+    ShowFiltered();
 }
 
 void CFileListModel::Activate(std::size_t entry) {
-    if (_state != EState::Open || entry >= _entries.size()) return;
+    if (!MayAct() || entry >= _entries.size()) return;
     const auto chosen = _entries[entry];
     if (!chosen.isFolder) return Take(_folder + chosen.name);
     if (chosen.name == "..") return Up();
@@ -155,6 +199,7 @@ void CFileListModel::Activate(std::size_t entry) {
 }
 
 void CFileListModel::Accept() {
+    if (_isWaiting) return;
     if (_state == EState::Replaces) {
         _state = EState::Chosen;
     } else if (_state == EState::Open && _request.saves) {
@@ -169,21 +214,39 @@ void CFileListModel::Accept() {
     }
 }
 
-void CFileListModel::Take(std::string path) {
-    if (IsFolder(path)) {
+void CFileListModel::Take(const std::string& path) {
+    Ask(
+        [path, shown = _folder, saves = _request.saves](SFound& found) {
+            found.isFolder = IsFolder(path);
+            found.exists = Exists(path);
+            found.isInFolder = IsFolder(path.substr(0, path.rfind('/') + 1));
+            if (found.isFolder) {
+                found.Read(path);
+            } else if (!saves && !found.exists) {
+                found.Read(shown); // it has gone
+            }
+        },
+        [this, path](SFound& found) { OnTaken(path, found); });
+}
+
+void CFileListModel::OnTaken(const std::string& path, SFound& found) {
+    if (found.isFolder) {
         _name = CLineEditor({}, false);
-        return OpenFolder(std::move(path));
+        return Show(found);
     }
-    const bool exists = Exists(path);
-    const auto folder = path.substr(0, path.rfind('/') + 1);
     // A name that no path of ours can have, or that leads nowhere, is left to the user to correct.
-    if (AnswerOfPath(path).kind != EFileAnswer::Chosen || !IsFolder(folder)) return;
-    if (!_request.saves && !exists) return Read(); // it has gone
-    _path = std::move(path);
-    _state = _request.saves && exists ? EState::Replaces : EState::Chosen;
+    if (AnswerOfPath(path).kind != EFileAnswer::Chosen || !found.isInFolder) return;
+    if (!_request.saves && !found.exists) return Show(found);
+    _path = path;
+    _state = _request.saves && found.exists ? EState::Replaces : EState::Chosen;
 }
 
 void CFileListModel::Cancel() {
+    if (_isWaiting) {
+        _disk.Forget();
+        _isWaiting = false;
+        if (!_folder.empty()) return;
+    }
     if (_state == EState::Replaces) {
         _state = EState::Open;
     } else if (_state == EState::Open) {

@@ -149,7 +149,7 @@ void CFileListPainter::PaintList(Pixels::SBitmap& to, const CFileListModel& mode
 Pixels::SBitmap CFileListPainter::Paint(CFileListModel& model, std::size_t first, bool caretShown) {
     auto to = Pixels::TransparentBitmap(_width, _height);
     Fill(to, {0, 0, _width, _height}, Ground);
-    Text(to, _folder, Utils::ToUtf16(model.Folder()), Ink, Left);
+    Text(to, _folder, Utils::ToUtf16(model.Folder()) + (model.IsWaiting() ? u" ..." : u""), Ink, Left);
     PaintList(to, model, first);
     const bool asks = model.State() == CFileListModel::EState::Replaces;
     const auto& request = model.Request();

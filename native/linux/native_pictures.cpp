@@ -6,6 +6,7 @@
 #include "pixels/sheet_store.h"
 #include "platform/pixman/pixman_library.h"
 #include "platform/png/png_library.h"
+#include "platform/resource.h"
 
 #include <algorithm>
 #include <exception>
@@ -43,7 +44,11 @@ public:
         : _lettering(std::move(lettering)) {
         Pixels::CSheetStore::OfProcess().Begin();
     }
-    ~CParts() { Pixels::CSheetStore::OfProcess().End(); }
+    ~CParts() {
+        Pixels::CSheetStore::OfProcess().End();
+        _lettering.reset();
+        Platform::RestResources(); // the typeface's, too; other editors read theirs again
+    }
     CParts(const CParts&) = delete;
     CParts& operator=(const CParts&) = delete;
 

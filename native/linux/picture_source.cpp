@@ -57,8 +57,15 @@ std::shared_ptr<const ISheet> SheetOfFile(const std::u16string& name, const std:
 std::shared_ptr<const ISheet> SheetOfResource(const std::u16string& name, const std::string& resource) {
     const Bytes bytes = Platform::Resource(resource);
     if (bytes.empty()) return nullptr;
-    return Pixels::CSheetStore::OfProcess().Sheet(
-        Utils::ToUpper(name), [&] { return Described(name, bytes); });
+    return Pixels::CSheetStore::OfProcess().Sheet(Utils::ToUpper(name), [&] {
+        auto picture = Described(name, bytes);
+        picture.decode = [bytes, decode = std::move(picture.decode)] {
+            auto pixels = decode();
+            Platform::RestResource(bytes); // it isn't read again until another size is wanted
+            return pixels;
+        };
+        return picture;
+    });
 }
 
 std::shared_ptr<const ISheet> SheetOf(const std::u16string& name) {

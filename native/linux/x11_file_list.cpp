@@ -1,5 +1,6 @@
 #include "native/linux/x11_file_list.h"
 
+#include "native/linux/file_list_disk.h"
 #include "native/linux/file_list_model.h"
 #include "native/linux/file_list_painter.h"
 #include "native/linux/x11_clipboard.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <deque>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -28,6 +30,7 @@ using EState = CFileListModel::EState;
 constexpr std::uint32_t BlinkMs = 530;
 constexpr std::uint32_t DoubleClickMs = 500;
 constexpr std::ptrdiff_t WheelRows = 3;
+constexpr std::size_t MostUnheard = 100;
 constexpr std::uint8_t WheelUp = 4;
 constexpr std::uint8_t WheelDown = 5;
 
@@ -39,10 +42,16 @@ constexpr std::uint32_t Events = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCT
 
 /// An open list.
 struct CX11FileList::SParts {
-    SParts(CX11Display& shown, const Platform::SFileRequest& request,
+    SParts(CX11FileList& list, const Platform::SFileRequest& request,
         std::unique_ptr<Pixels::CLettering> letters)
-        : display(shown), lettering(std::move(letters)), painter(*lettering, display.DotsPerInch()),
-          model(request, Platform::HomeFolder().string()) {
+        : display(list._display), lettering(std::move(letters)), painter(*lettering, display.DotsPerInch()),
+          disk(
+              [this, &list] {
+                  OnDisk();
+                  list.Finish(); // last: it may end this
+              },
+              list._beforeReading),
+          model(request, Platform::HomeFolder().string(), disk) {
         MakeWindow();
         display.ResetCompose();
         Show();
@@ -64,6 +73,11 @@ struct CX11FileList::SParts {
     void Scroll(std::ptrdiff_t rows) noexcept;
     void TakeFocus() const noexcept;
     bool OnEvent(const xcb_generic_event_t& event);
+    void OnDisk(); ///< it has answered
+    bool HasDecided() const noexcept {
+        return model.State() == EState::Chosen || model.State() == EState::Cancelled;
+    }
+    void OnInput(std::function<void()> act, bool cancels);
     void OnKey(const STypedKey& key);
     bool OnMoveKey(const STypedKey& key);
     void OnNameKey(const STypedKey& key);
@@ -73,7 +87,10 @@ struct CX11FileList::SParts {
     CX11Display& display;
     std::unique_ptr<Pixels::CLettering> lettering;
     CFileListPainter painter;
+    CFileListDisk disk;
     CFileListModel model;
+    std::string shown;                         // the folder that the last picture showed
+    std::deque<std::function<void()>> unheard; // keys and presses that came while the disk was asked
     std::function<void(const std::string&)> answered;
     xcb_window_t window = 0;
     std::size_t first = 0; // the entry in the first row
@@ -131,6 +148,7 @@ void CX11FileList::SParts::Show() noexcept {
 }
 
 void CX11FileList::SParts::ShowSelected() noexcept {
+    if (std::exchange(shown, model.Folder()) != model.Folder()) first = 0;
     const auto rows = painter.VisibleRows();
     const auto selected = model.Selected();
     if (selected == CFileListModel::None) {
@@ -158,14 +176,17 @@ bool CX11FileList::SParts::OnEvent(const xcb_generic_event_t& event) {
         const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
         if (key.event != window) return false;
         display.SetTime(key.time);
-        OnKey(display.Typed(key));
+        const auto typed = display.Typed(key);
+        OnInput([this, typed] { OnKey(typed); }, typed.down && typed.symbol == XKB_KEY_Escape);
         return true;
     }
     case XCB_BUTTON_PRESS: {
         const auto& press = reinterpret_cast<const xcb_button_press_event_t&>(event);
         if (press.event != window) return false;
         display.SetTime(press.time);
-        OnPress(press);
+        OnInput([this, press] { OnPress(press); },
+            press.detail == XCB_BUTTON_INDEX_1 &&
+                painter.PartAt(press.event_x, press.event_y) == EPart::Cancel);
         return true;
     }
     case XCB_BUTTON_RELEASE:
@@ -205,9 +226,27 @@ bool CX11FileList::SParts::OnEvent(const xcb_generic_event_t& event) {
     }
 }
 
+/// The user may go on typing while the disk is slow. Only the wait itself can be cancelled at once.
+void CX11FileList::SParts::OnInput(std::function<void()> act, bool cancels) {
+    if (cancels) unheard.clear();
+    if (cancels || !model.IsWaiting()) {
+        act();
+    } else if (unheard.size() < MostUnheard) {
+        unheard.push_back(std::move(act));
+    }
+}
+
+void CX11FileList::SParts::OnDisk() {
+    ShowSelected();
+    while (!model.IsWaiting() && !HasDecided() && !unheard.empty()) {
+        const auto act = std::move(unheard.front());
+        unheard.pop_front();
+        act();
+    }
+}
+
 void CX11FileList::SParts::OnKey(const STypedKey& key) {
     if (!key.down) return;
-    const auto folder = model.Folder();
     switch (key.symbol) {
     case XKB_KEY_Return:
     case XKB_KEY_KP_Enter:
@@ -223,7 +262,6 @@ void CX11FileList::SParts::OnKey(const STypedKey& key) {
     default:
         if (model.State() == EState::Open && !OnMoveKey(key)) OnNameKey(key);
     }
-    if (model.Folder() != folder) first = 0;
     ShowSelected();
 }
 
@@ -313,7 +351,6 @@ void CX11FileList::SParts::OnPress(const xcb_button_press_event_t& event) {
     if (event.detail == WheelDown) return Scroll(WheelRows);
     if (event.detail != XCB_BUTTON_INDEX_1) return;
     TakeFocus();
-    const auto folder = model.Folder();
     switch (painter.PartAt(event.event_x, event.event_y)) {
     case EPart::List:
         OnRow(first + painter.RowAt(event.event_y), event.time);
@@ -335,7 +372,6 @@ void CX11FileList::SParts::OnPress(const xcb_button_press_event_t& event) {
     case EPart::None:
         break;
     }
-    if (model.Folder() != folder) first = 0;
     ShowSelected();
 }
 
@@ -350,7 +386,8 @@ void CX11FileList::SParts::OnRow(std::size_t row, xcb_timestamp_t time) {
     }
 }
 
-CX11FileList::CX11FileList(CX11Display& display) noexcept : _display(display) {}
+CX11FileList::CX11FileList(CX11Display& display, std::function<void()> beforeReading)
+    : _display(display), _beforeReading(std::move(beforeReading)) {}
 
 CX11FileList::~CX11FileList() = default;
 
@@ -359,7 +396,7 @@ bool CX11FileList::Open(
     try {
         auto lettering = Pixels::CLettering::Create();
         if (lettering == nullptr || _display.IsLost()) return false;
-        _parts = std::make_unique<SParts>(_display, request, std::move(lettering));
+        _parts = std::make_unique<SParts>(*this, request, std::move(lettering));
         _parts->answered = std::move(answered);
         return true;
     } catch (const std::exception&) { // no memory
@@ -383,14 +420,16 @@ void CX11FileList::Close() noexcept {
 bool CX11FileList::OnEvent(const xcb_generic_event_t& event) {
     if (_parts == nullptr) return false;
     const bool isOurs = _parts->OnEvent(event);
-    const auto state = _parts->model.State();
-    if (state == EState::Chosen || state == EState::Cancelled) {
-        const auto answered = std::move(_parts->answered);
-        const auto path = state == EState::Chosen ? _parts->model.Path() : std::string();
-        _parts = nullptr;
-        answered(path);
-    }
+    Finish();
     return isOurs;
+}
+
+void CX11FileList::Finish() {
+    if (_parts == nullptr || !_parts->HasDecided()) return;
+    const auto answered = std::move(_parts->answered);
+    const auto path = _parts->model.State() == EState::Chosen ? _parts->model.Path() : std::string();
+    _parts = nullptr;
+    answered(path);
 }
 
 bool CX11FileList::NextTime(std::uint32_t& timeMs) const {

@@ -19,7 +19,8 @@ namespace KAV::Native {
 class CX11FileList final : public IX11Overlay, public Platform::IFileList {
 public:
     /// The display must outlive it.
-    explicit CX11FileList(CX11Display& display) noexcept;
+    /// `beforeReading` runs before each reading of the disk, on its thread; for tests.
+    explicit CX11FileList(CX11Display& display, std::function<void()> beforeReading = {});
     ~CX11FileList() override; ///< as Close()
 
     // Platform::IFileList
@@ -39,7 +40,10 @@ public:
 private:
     struct SParts;
 
+    void Finish(); ///< answers if the user has decided
+
     CX11Display& _display;
+    std::function<void()> _beforeReading;
     std::unique_ptr<SParts> _parts; // of an open list
 };
 

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <utility>
 
 using namespace KAV;
 using namespace KAV::Native;
@@ -16,8 +17,26 @@ using EState = CFileListModel::EState;
 
 namespace {
 
+/// Reads at once, or when the test says so.
+class CDiskDouble final : public IFileListDisk {
+public:
+    void Run(std::function<void()> read, std::function<void()> done) override {
+        work = [read = std::move(read), done = std::move(done)] {
+            read();
+            done();
+        };
+        if (!isSlow) Answer();
+    }
+    void Forget() noexcept override { work = nullptr; }
+    void Answer() { std::exchange(work, nullptr)(); }
+
+    bool isSlow = false;
+    std::function<void()> work;
+};
+
 class FileListModel : public testing::Test {
 protected:
+    CDiskDouble disk;
     fs::path folder = ScratchFolder() / "list";
     Platform::SFileRequest request;
 
@@ -29,7 +48,7 @@ protected:
     }
     void Put(const std::string& name) const { WriteText(folder / name, "x"); }
     std::string In(const std::string& name) const { return (folder / name).string(); }
-    CFileListModel List() const { return {request, "/"}; }
+    CFileListModel List() { return {request, "/", disk}; }
     static std::vector<std::string> Names(const CFileListModel& list) {
         std::vector<std::string> names;
         for (const auto& entry : list.Entries()) names.push_back(entry.name + (entry.isFolder ? "/" : ""));
@@ -72,11 +91,11 @@ TEST_F(FileListModel, LeavesOutNamesThatNoPathCanHave) {
 
 TEST_F(FileListModel, BeginsInTheHomeIfTheFolderIsMissing) {
     request.folder = In("missing");
-    EXPECT_EQ(CFileListModel(request, folder.string()).Folder(), folder.string() + "/");
-    EXPECT_EQ(CFileListModel(request, "").Folder(), "/");
+    EXPECT_EQ(CFileListModel(request, folder.string(), disk).Folder(), folder.string() + "/");
+    EXPECT_EQ(CFileListModel(request, "", disk).Folder(), "/");
     request.folder = "relative";
-    EXPECT_EQ(CFileListModel(request, In("missing")).Folder(), "/");
-    EXPECT_EQ(PlaceOf(CFileListModel(request, ""), ".."), CFileListModel::None)
+    EXPECT_EQ(CFileListModel(request, In("missing"), disk).Folder(), "/");
+    EXPECT_EQ(PlaceOf(CFileListModel(request, "", disk), ".."), CFileListModel::None)
         << "nothing is above the root";
 }
 
@@ -230,6 +249,62 @@ TEST_F(FileListModel, ShowsAnUnreadableFolderAsSuch) {
     EXPECT_EQ(AsNobody(unreadable), 0);
     EXPECT_TRUE(List().IsReadable() || geteuid() != 0);
     chmod((folder / "closed").c_str(), 0755);
+}
+
+TEST_F(FileListModel, StaysAsItIsWhileTheDiskIsAsked) {
+    fs::create_directories(folder / "sub");
+    Put("a.kvp");
+    request.saves = true;
+    request.name = "name";
+    auto list = List();
+    const auto before = Names(list);
+    disk.isSlow = true;
+    list.Activate(PlaceOf(list, "sub"));
+    EXPECT_TRUE(list.IsWaiting());
+    list.Move(1);
+    list.Seek("a");
+    list.Up();
+    list.NextFilter();
+    list.Activate(PlaceOf(list, "a.kvp"));
+    list.Accept();
+    EXPECT_EQ(Names(list), before);
+    EXPECT_EQ(list.Folder(), folder.string() + "/");
+    EXPECT_EQ(list.Filter(), 0u);
+    disk.Answer();
+    EXPECT_FALSE(list.IsWaiting());
+    EXPECT_EQ(list.Folder(), In("sub") + "/");
+    list.Accept();
+    EXPECT_EQ(list.State(), EState::Open);
+    disk.Answer();
+    EXPECT_EQ(list.State(), EState::Chosen);
+}
+
+TEST_F(FileListModel, GivesUpADiskThatDoesNotAnswer) {
+    fs::create_directories(folder / "sub");
+    auto list = List();
+    disk.isSlow = true;
+    list.Activate(PlaceOf(list, "sub"));
+    list.Cancel();
+    EXPECT_FALSE(disk.work) << "the answer is dropped";
+    EXPECT_FALSE(list.IsWaiting());
+    EXPECT_EQ(list.State(), EState::Open);
+    EXPECT_EQ(list.Folder(), folder.string() + "/");
+    list.Cancel();
+    EXPECT_EQ(list.State(), EState::Cancelled);
+}
+
+TEST_F(FileListModel, IsCancelledWhileItsFirstFolderIsRead) {
+    disk.isSlow = true;
+    auto list = List();
+    EXPECT_TRUE(list.IsWaiting());
+    EXPECT_TRUE(list.Entries().empty());
+    list.Up();
+    list.Accept();
+    list.Cancel();
+    EXPECT_EQ(list.State(), EState::Cancelled);
+    EXPECT_FALSE(disk.work);
+    { const auto gone = List(); }
+    EXPECT_FALSE(disk.work) << "nor is anything left of one that has ended";
 }
 
 TEST_F(FileListModel, ListsTenThousandFiles) {

@@ -1,5 +1,6 @@
 #include "native/linux/x11_text_box.h"
 #include "tests/native/overlay_fixture.h"
+#include "tests/support/generic_event.h"
 #include "tests/support/hand_clock.h"
 
 #include <cstdlib>
@@ -277,9 +278,9 @@ TEST_F(X11TextBox, DoubleClickSelectsAWord) {
     const auto pressAt = [&](xcb_timestamp_t time) {
         press.time = time;
         press.response_type = XCB_BUTTON_PRESS;
-        EXPECT_TRUE(_box->OnEvent(reinterpret_cast<const xcb_generic_event_t&>(press)));
+        EXPECT_TRUE(_box->OnEvent(Generic(press)));
         press.response_type = XCB_BUTTON_RELEASE;
-        EXPECT_TRUE(_box->OnEvent(reinterpret_cast<const xcb_generic_event_t&>(press)));
+        EXPECT_TRUE(_box->OnEvent(Generic(press)));
     };
     pressAt(1000);
     pressAt(1501);

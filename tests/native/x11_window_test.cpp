@@ -158,7 +158,7 @@ TEST(X11Window, TellsOnceThatTheDisplayHasGone) {
     sigaction(SIGPIPE, &ignored, nullptr);
     auto host = std::make_unique<CXTestHost>();
     CX11Editor editor(*host);
-    ASSERT_EQ(kill(host->Server(), SIGKILL), 0);
+    host->KillServer();
     EXPECT_TRUE(editor.Until([&] { return editor.heard.Count("gone") > 0; }));
     EXPECT_FALSE(editor.window->IsThere());
     EXPECT_FALSE(editor.window->Round(editor.wake));

@@ -39,7 +39,7 @@ xcb_visualid_t VisualOfDepth(const xcb_screen_t* screen, std::uint8_t depth) {
 CXTestHost::CXTestHost() : CXTestHost(SOptions{}) {}
 
 CXTestHost::CXTestHost(const SOptions& options)
-    : _display(options.without), _name(std::getenv("DISPLAY")),
+    : _display(options.without, options.screen), _name(std::getenv("DISPLAY")),
       _connection(xcb_connect(_name.c_str(), nullptr)) {
     EXPECT_EQ(xcb_connection_has_error(_connection), 0);
     _screen = xcb_setup_roots_iterator(xcb_get_setup(_connection)).data;

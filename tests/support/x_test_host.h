@@ -22,7 +22,8 @@ public:
         bool hasManager = true; ///< the top-level bears WM_STATE
         bool isFramed = false;  ///< the top-level is in a frame, as a window manager puts it
         const char* without = nullptr; ///< an extension that the display doesn't have
-        std::int32_t width = 400;      ///< of the editor's parent
+        const char* screen = CDisplay::UsualScreen;
+        std::int32_t width = 400; ///< of the editor's parent
         std::int32_t height = 300;
     };
 
@@ -34,6 +35,7 @@ public:
 
     const std::string& Display() const noexcept { return _name; }
     int Server() const noexcept { return _display.Server(); } ///< its process number
+    void KillServer() { _display.Kill(); }                    ///< as CDisplay
     xcb_connection_t* Connection() const noexcept { return _connection; }
     xcb_window_t Root() const noexcept { return _screen->root; }
     xcb_window_t Frame() const noexcept { return _frame; } ///< 0: it has none
