@@ -8,22 +8,13 @@ namespace KAV::GFX::CPU {
 namespace {
 
 // About as many pixels as can be painted in the time that an area takes by itself.
-constexpr std::int64_t WorthAnArea = 1500;
+constexpr std::int64_t WorthAnArea = 800;
 
 std::int64_t Pixels(const SArea& a_sArea) noexcept {
     return static_cast<std::int64_t>(a_sArea.width) * a_sArea.height;
 }
 
 } // namespace
-
-SArea Common(const SArea& a_sOne, const SArea& a_sOther) noexcept {
-    const std::int32_t nLeft = std::max(a_sOne.left, a_sOther.left);
-    const std::int32_t nTop = std::max(a_sOne.top, a_sOther.top);
-    const std::int32_t nRight = std::min(a_sOne.left + a_sOne.width, a_sOther.left + a_sOther.width);
-    const std::int32_t nBottom = std::min(a_sOne.top + a_sOne.height, a_sOther.top + a_sOther.height);
-    if (nLeft >= nRight || nTop >= nBottom) return {};
-    return {nLeft, nTop, nRight - nLeft, nBottom - nTop};
-}
 
 SArea Around(const SArea& a_sOne, const SArea& a_sOther) noexcept {
     const std::int32_t nLeft = std::min(a_sOne.left, a_sOther.left);

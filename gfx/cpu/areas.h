@@ -2,8 +2,10 @@
 
 #include "platform/picture_target.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace KAV::GFX::CPU {
@@ -15,7 +17,14 @@ constexpr bool IsEmpty(const SArea& a_sArea) noexcept {
 }
 
 /// What both cover; empty if they don't meet. Sides are below 2^30 in all of these.
-SArea Common(const SArea& a_sOne, const SArea& a_sOther) noexcept;
+constexpr SArea Common(const SArea& a_sOne, const SArea& a_sOther) noexcept {
+    const std::int32_t nLeft = std::max(a_sOne.left, a_sOther.left);
+    const std::int32_t nTop = std::max(a_sOne.top, a_sOther.top);
+    const std::int32_t nRight = std::min(a_sOne.left + a_sOne.width, a_sOther.left + a_sOther.width);
+    const std::int32_t nBottom = std::min(a_sOne.top + a_sOne.height, a_sOther.top + a_sOther.height);
+    if (nLeft >= nRight || nTop >= nBottom) return {};
+    return {nLeft, nTop, nRight - nLeft, nBottom - nTop};
+}
 /// The smallest area that covers both. Neither is empty.
 SArea Around(const SArea& a_sOne, const SArea& a_sOther) noexcept;
 

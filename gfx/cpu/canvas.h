@@ -3,6 +3,7 @@
 #include "gfx/call_log.h"
 #include "gfx/cpu/areas.h"
 #include "pixels/bitmap.h"
+#include "pixels/pixel_memory.h"
 
 #include <cstdint>
 #include <memory>
@@ -79,7 +80,7 @@ private:
     void* Tint(std::uint32_t a_nColor);
     void* Scratch(std::int32_t a_nW, std::int32_t a_nH);
 
-    std::vector<std::uint32_t> _vnPixels;
+    std::vector<std::uint32_t, Pixels::CPixelMemory<std::uint32_t>> _vnPixels;
     std::int32_t _nW = 0;
     std::int32_t _nH = 0;
     // Of the library; null until there is one.

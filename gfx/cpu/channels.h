@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <emmintrin.h>
 
@@ -21,6 +22,12 @@ public:
 
     float Alpha() const noexcept {
         return _mm_cvtss_f32(_mm_shuffle_ps(_sAll, _sAll, _MM_SHUFFLE(3, 3, 3, 3)));
+    }
+    /// Blue, green, red, alpha.
+    std::array<float, 4> Each() const noexcept {
+        std::array<float, 4> afEach{};
+        _mm_storeu_ps(afEach.data(), _sAll);
+        return afEach;
     }
     /// Straight colours times alpha; alpha stays.
     Channels Premultiplied() const noexcept {
@@ -58,6 +65,15 @@ private:
 
     __m128 _sAll;
 };
+
+/// The first of some numbers that isn't 0, or the end.
+inline const float* FirstNonZero(const float* a_pFrom, const float* a_pEnd) noexcept {
+    for (; a_pEnd - a_pFrom >= 4; a_pFrom += 4) {
+        if (_mm_movemask_ps(_mm_cmpneq_ps(_mm_loadu_ps(a_pFrom), _mm_setzero_ps())) != 0) break;
+    }
+    while (a_pFrom != a_pEnd && *a_pFrom == 0.0f) ++a_pFrom;
+    return a_pFrom;
+}
 
 /// Lays that share of a premultiplied colour over an opaque pixel.
 inline void LayOver(Channels a_sColor, float a_fShare, std::uint32_t& a_rnPixel) noexcept {

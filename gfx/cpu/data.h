@@ -3,6 +3,7 @@
 #include "gfx/call_log.h"
 #include "gfx/cpu/areas.h"
 #include "gfx/cpu/canvas.h"
+#include "gfx/cpu/cell_differences.h"
 #include "gfx/cpu/draw_list.h"
 #include "gfx/cpu/picture.h"
 #include "gfx/cpu/strokes.h"
@@ -48,9 +49,9 @@ namespace KAV::GFX::CPU {
 /// the line.
 ///
 /// Frames. Draws are noted, and painted by EndFrame(): where they are those of the last frame, that stays as
-/// it is. The frame always is what painting all of it would give. Textures may be freed as soon as they were
-/// drawn. Present() puts the changed areas into the window. A frame that was begun and never ended is
-/// dropped.
+/// it is; of a sprite's next frame only what differs is painted. The frame always is what painting all of it
+/// would give. Textures may be freed as soon as they were drawn. Present() puts the changed areas into the
+/// window. A frame that was begun and never ended is dropped.
 ///
 /// Every failed call is written to the session log, and the draw goes on; only pictures that can't be decoded
 /// throw, as KAV::Exceptions::GDIPImage.
@@ -115,6 +116,7 @@ private:
     CDrawList _iNoted;                                   // the draws since the last frame ended
     CDrawList _iPainted;                                 // the draws of the frame as it is, if it is known
     bool _bPaintedKnown = false;
+    CCellDifferences _iCells;
     CAreas _iChanged; // areas that the frame under way repaints
     CAreas _iDue;     // areas that the window doesn't show yet
     std::size_t _nPainted = 0;

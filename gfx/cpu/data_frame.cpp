@@ -36,7 +36,7 @@ void DATA::EndFrame() {
     if (!IsReady() || (!_iNoted.IsOnBlack() && _iNoted.Draws().empty())) return;
     _iChanged.Clear();
     if (_bPaintedKnown && _iNoted.IsOnBlack()) {
-        _iPainted.AddDifferences(_iNoted, _iChanged);
+        _iPainted.AddDifferences(_iNoted, _iCells, _iChanged);
     } else {
         _iChanged.Add(_iCanvas.Bounds());
     }

@@ -2,6 +2,7 @@
 
 #include "gfx/cpu/areas.h"
 #include "gfx/cpu/canvas.h"
+#include "gfx/cpu/cell_differences.h"
 #include "gfx/cpu/mapping.h"
 #include "gfx/cpu/strokes.h"
 #include "gfx/draw.h"
@@ -48,11 +49,13 @@ public:
         return std::span(_vsPoints).subspan(a_sDraw.nFirstPoint, a_sDraw.nPoints);
     }
 
-    /// Adds areas that cover all pixels in which the other list may look different. Both are on black.
-    void AddDifferences(const CDrawList& a_piOther, CAreas& a_rsAreas) const noexcept;
+    /// Adds areas that cover all pixels in which the next frame's list may look different. Both are on
+    /// black; the sources of the next one's draws are alive.
+    void AddDifferences(
+        const CDrawList& a_piNext, CCellDifferences& a_rsCells, CAreas& a_rsAreas) const noexcept;
 
 private:
-    bool LooksLike(const SDraw& a_sOwn, const CDrawList& a_piOther, const SDraw& a_sOther) const noexcept;
+    bool LooksLike(const SDraw& a_sOwn, const CDrawList& a_piNext, const SDraw& a_sNext) const noexcept;
 
     std::vector<SDraw> _vsDraws;
     std::vector<SPoint> _vsPoints; // of all lines, one after the other

@@ -4,6 +4,7 @@
 #include "tests/support/counted_allocations.h"
 
 #include <array>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -39,6 +40,23 @@ protected:
     STexture spotted;
 };
 
+constexpr std::int32_t Levels = 12;
+
+/// A sheet of meters, cell by cell in one row: the lowest segments of each are lit, one more from cell to
+/// cell. The first column of each is never lit.
+Pixels::SBitmap LevelSheet(std::int32_t cellWidth, std::int32_t segment = 1) {
+    auto bitmap = Pixels::TransparentBitmap(cellWidth * Levels, segment * Levels);
+    bitmap.alpha = Pixels::EAlpha::Premultiplied;
+    for (std::int32_t y = 0; y < bitmap.height; ++y) {
+        for (std::int32_t x = 0; x < bitmap.width; ++x) {
+            const bool isLit = x % cellWidth > 0 && Levels - 1 - y / segment < x / cellWidth;
+            const std::uint32_t pixel = isLit ? 0xC000C000 : 0x80202020;
+            std::memcpy(&bitmap.bytes[static_cast<std::size_t>(y * bitmap.stride + 4 * x)], &pixel, 4);
+        }
+    }
+    return bitmap;
+}
+
 /// Random draws of all kinds, most of them as in the frame before.
 class CRandomFrames final {
 public:
@@ -49,7 +67,10 @@ public:
         const int changes = Below(4);
         for (int n = 0; n < changes; ++n) {
             const auto place = _draws.begin() + Below(static_cast<int>(_draws.size()));
-            switch (Below(4)) {
+            switch (Below(5)) {
+            case 4:
+                for (auto& draw : _draws) Step(draw);
+                break;
             case 0:
                 if (_draws.size() > 5) _draws.erase(place);
                 break;
@@ -64,7 +85,7 @@ public:
             }
         }
     }
-    void Draw(GPU& gpu, const std::array<STexture, 3>& textures) const {
+    void Draw(GPU& gpu, const std::array<STexture, 4>& textures) const {
         gpu.BeginFrame();
         gpu.Clear();
         for (const auto& draw : _draws) {
@@ -73,15 +94,17 @@ public:
             gpu.SetLineSmooth(draw.quad.nColor % 2 == 0);
             gpu.SetLineWidth(draw.quad.sTo.fW / 20.0f);
             gpu.SetLineColor(0.5f, 0.7f, 1.0f, 0.6f);
-            if (draw.kind < 5) gpu.DrawTexture(texture, draw.quad);
+            if (draw.kind < 5 || draw.kind > 8) gpu.DrawTexture(texture, draw.quad);
             if (draw.kind == 5) gpu.DrawTexture9(texture, draw.slices);
-            if (draw.kind >= 6)
+            if (draw.kind >= 6 && draw.kind <= 8)
                 gpu.DrawLines(static_cast<std::int32_t>(draw.points.size()), draw.points.data(),
                     draw.kind == 7, draw.kind != 8);
         }
         gpu.SetClip(0, 0, 0, 0);
         gpu.EndFrame();
     }
+
+    static constexpr std::int32_t MeterWidth = 7;
 
 private:
     struct SRandomDraw {
@@ -97,7 +120,7 @@ private:
 
     SRandomDraw NewDraw() {
         SRandomDraw draw;
-        draw.kind = Below(9);
+        draw.kind = Below(13);
         draw.texture = static_cast<std::size_t>(Below(3));
         if (Below(4) == 0) draw.clip = {From(0, 80), From(0, 60), From(10, 80), From(10, 80)};
         draw.quad.sTo = {From(-10, 140), From(-10, 100), From(1, 60), From(1, 60)};
@@ -109,7 +132,23 @@ private:
         draw.slices = {draw.quad.sTo, 3, 2, 4, 5, draw.quad.nColor, 0.0f, draw.quad.sTransform};
         for (int n = Below(8) + 2; n > 0; --n)
             draw.points.push_back({From(-20, 180), From(-20, 140), 0, static_cast<std::uint32_t>(_random())});
+        if (draw.kind > 8) {
+            draw.texture = 3;
+            draw.quad.sTo.fW = MeterWidth;
+            draw.quad.sTo.fH = Levels;
+            Step(draw);
+        }
         return draw;
+    }
+    /// What moves by itself: meters to another cell, or another part of one, and quads to another extent.
+    void Step(SRandomDraw& draw) {
+        constexpr auto cell = 1.0f / static_cast<float>(Levels);
+        const auto frame = static_cast<float>(Below(Levels));
+        if (draw.kind > 10) draw.quad.sFrom = {frame * cell, (frame + 1) * cell, 0.0f, 1.0f};
+        if (draw.kind == 9 || draw.kind == 10) { // the same pixels, as high as the level
+            draw.quad.sTo.fH = frame + 1;
+            draw.quad.sFrom = {2 * cell, 3 * cell, 0.0f, (frame + 1) * cell};
+        }
     }
 
     std::mt19937 _random;
@@ -140,6 +179,58 @@ TEST_F(CpuFrames, ArePaintedAndPutWhereTheyChange) {
     DrawAt(300, 350, 0xFF80FFFF);
     EXPECT_EQ(target.PutPixels(), 20 * 20);
     EXPECT_TRUE(IsShown());
+}
+
+TEST_F(CpuFrames, ArePaintedBetweenTheLevelsOfAMeter) {
+    constexpr std::int32_t width = 9;
+    const auto meter = MakeTexture(gpu, LevelSheet(width), Levels);
+    const auto show = [&](std::int32_t level) {
+        auto draw = At(50, 60, width, Levels);
+        draw.sFrom = CellOf(meter, level, 0);
+        gpu.BeginFrame();
+        gpu.Clear();
+        gpu.DrawTexture(backdrop, At(0, 0, Side, Side));
+        gpu.DrawTexture(meter, draw);
+        gpu.EndFrame();
+        gpu.Present();
+        EXPECT_TRUE(IsShown());
+        return target.areas;
+    };
+    show(2);
+    for (int n = 0; n < 2; ++n) { // found, and as kept
+        EXPECT_EQ(show(7), (std::vector<Platform::SArea>{{51, 60 + Levels - 7, width - 1, 5}}));
+        EXPECT_EQ(gpu.PaintedDraws(), 2u);
+        EXPECT_EQ(show(2), (std::vector<Platform::SArea>{{51, 60 + Levels - 7, width - 1, 5}}));
+        EXPECT_EQ(show(1), (std::vector<Platform::SArea>{{51, 60 + Levels - 2, width - 1, 1}}));
+        show(2);
+    }
+}
+
+TEST_F(CpuFrames, ArePaintedBetweenTheLevelsOfEachOfManyMeters) {
+    constexpr std::int32_t width = 9;
+    constexpr std::int32_t segment = 20;
+    constexpr std::int32_t meters = 16; // side by side
+    const auto meter = MakeTexture(gpu, LevelSheet(width, segment), Levels);
+    std::int64_t changed = 0;
+    std::int64_t put = 0;
+    for (std::int32_t frame = 0; frame < 2 * Levels; ++frame) {
+        gpu.BeginFrame();
+        gpu.Clear();
+        gpu.DrawTexture(backdrop, At(0, 0, Side, Side));
+        for (std::int32_t n = 0; n < meters; ++n) {
+            auto draw = At(static_cast<float>(10 + width * n), 50, width, segment * Levels);
+            const std::int32_t level = (5 * n + frame) % Levels;
+            draw.sFrom = CellOf(meter, level, 0);
+            gpu.DrawTexture(meter, draw);
+            if (frame > 0) changed += (width - 1) * segment * (level > 0 ? 1 : Levels - 1);
+        }
+        gpu.EndFrame();
+        gpu.Present();
+        EXPECT_TRUE(IsShown());
+        if (frame > 0) put += target.PutPixels();
+    }
+    EXPECT_GE(put, changed);
+    EXPECT_LE(put, 2 * changed); // near areas may go together
 }
 
 TEST_F(CpuFrames, AreDueAgainWhenTheWindowIsBusy) {
@@ -212,7 +303,8 @@ TEST_F(CpuFrames, AreWholeAgainAfterOneThatLayOverAnother) {
 TEST_F(CpuFrames, AreWhatPaintingAllOfThemGives) {
     const auto make = [](GPU& of) {
         return std::array{MakeTexture(of, Backdrop(70, 50)), MakeTexture(of, SpottedPicture(20, 15)),
-            MakeTexture(of, SpottedPicture(9, 12))};
+            MakeTexture(of, SpottedPicture(9, 12)),
+            MakeTexture(of, LevelSheet(CRandomFrames::MeterWidth), Levels)};
     };
     CCountingTarget window;
     CPU::DATA changed({static_cast<Platform::IPictureTarget*>(&window), SceneWidth, SceneHeight});

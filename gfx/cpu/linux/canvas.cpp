@@ -1,5 +1,7 @@
 #include "gfx/cpu/canvas.h"
 
+#include "gfx/cpu/rows.h"
+#include "gfx/draw.h"
 #include "platform/pixman/pixman_library.h"
 #include "utils/session_log.h"
 #include "utils/text.h"
@@ -149,8 +151,15 @@ void* CCanvas::Scratch(std::int32_t a_nW, std::int32_t a_nH) {
 
 void CCanvas::Lay(const CSource& a_piSource, const SArea& a_sArea, std::int32_t a_nDX, std::int32_t a_nDY,
     std::uint32_t a_nColor, bool a_bRepeat) {
-    const auto& pixman = *Pixman();
     const auto [nL, nT, nW, nH] = a_sArea;
+    if (a_nColor == White && !a_bRepeat) {
+        const TRows<const std::uint32_t> sFrom{
+            a_piSource.Row(nT + a_nDY) + nL + a_nDX, a_piSource._piBitmap->stride / 4};
+        const TRows<std::uint32_t> sTo{Row(nT) + nL, _nW};
+        ForRows(sFrom, sTo, nW, nH, a_piSource.IsOpaque() ? &CopyRow : &LayRow);
+        return;
+    }
+    const auto& pixman = *Pixman();
     pixman_image_t* const piSource = Image(a_piSource._piImage);
     pixman_image_t* const piFrame = Image(_piImage);
     const bool bWhite = (a_nColor & 0xFFFFFFU) == 0xFFFFFFU;
