@@ -104,7 +104,7 @@ void CButton::MakeText(std::u16string_view a_sWithoutList) {
     if (sName.empty() || fTextFor == Value()) return;
     fTextFor = Value();
     sValueText = vsItems.empty() ? std::u16string(a_sWithoutList) : ItemText();
-    sHint = sName + u": " + sValueText;
+    sHint = sTitle + u": " + sValueText;
 }
 
 const std::u16string& CButton::GetText(bool a_bValueOnly) {

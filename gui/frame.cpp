@@ -41,7 +41,7 @@ void CFrame::RenewTexts() {
     Invalidate();
 }
 
-void CFrame::Render(std::uint32_t a_nMs) {
+void CFrame::Render(std::uint32_t a_nMs, bool a_bPresents) {
     auto& gpu = _piGUI.GPU();
     bool isReady = false;
     if (!Guard([&] { isReady = gpu.IsReady(); }) || !isReady) return;
@@ -72,7 +72,7 @@ void CFrame::Render(std::uint32_t a_nMs) {
     Guard([&] {
         _piGUI.Edit().Draw(a_nMs);
         gpu.EndFrame();
-        if (_bShown) gpu.Present();
+        if (_bShown && a_bPresents) gpu.Present();
     });
 }
 

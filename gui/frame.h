@@ -22,7 +22,9 @@ public:
     void Begin(std::uint32_t a_nTimeMs) noexcept { _nLastTick = a_nTimeMs; }
     void Tick(std::uint32_t a_nTimeMs);
     /// Animations go on by `a_nMs`; a picture is drawn if one is asked for. An error drops it.
-    void Render(std::uint32_t a_nMs);
+    void Render(std::uint32_t a_nMs) { Render(a_nMs, true); }
+    /// Draws a picture of now for whoever reads it back from the renderer: the window keeps the last one.
+    void RenderUnseen() { Render(0, false); }
     /// An error of an event: the log has it, and the user sees a box, each text once until ForgetErrors().
     void Report(std::u16string_view a_sText);
     /// The editor has been opened anew.
@@ -38,6 +40,7 @@ public:
     std::uint32_t LastTick() const noexcept { return _nLastTick; }
 
 private:
+    void Render(std::uint32_t a_nMs, bool a_bPresents);
     /// Texts look different from now on, because a font has been found that they need.
     void RenewTexts();
     void ReportCaught() noexcept;

@@ -119,7 +119,7 @@ void CGUI::SetBackground(CWidget& a_piWidget) {
     Resize(rect.nW, rect.nH);
     a_piWidget.sX.Jump(0.0f);
     a_piWidget.sY.Jump(0.0f);
-    a_piWidget.sName = a_piWidget.sClass = a_piWidget.sHint = u"Background";
+    a_piWidget.sName = a_piWidget.sTitle = a_piWidget.sClass = a_piWidget.sHint = u"Background";
     Restack(a_piWidget, false, true);
 }
 

@@ -93,6 +93,8 @@ public:
     bool CanUndo() const;
     bool CanRedo() const;
     std::size_t Records() const;
+    /// Another number whenever there may be other steps to undo or redo. Takes no turn.
+    std::uint32_t HistoryChanges() const noexcept { return Changes(); }
 
     // The window
     /// The host's window, into which the next CreateGUIWindow() goes, or the window at once if there is one.

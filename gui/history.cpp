@@ -26,6 +26,7 @@ void CHistory::AddRecord(std::unique_ptr<IHistory> a_piRecord) {
     ++_nIndex;
     _vpiRecords.resize(static_cast<std::size_t>(_nIndex));
     _vpiRecords.push_back(std::move(a_piRecord));
+    Touch();
 }
 
 void CHistory::Undo() {
@@ -33,12 +34,14 @@ void CHistory::Undo() {
     const CPause pause(_bEnabled);
     _vpiRecords[static_cast<std::size_t>(_nIndex)]->Undo();
     --_nIndex;
+    Touch();
 }
 
 void CHistory::Redo() {
     if (!_bEnabled || !CanRedo()) return;
     const CPause pause(_bEnabled);
     ++_nIndex;
+    Touch();
     _vpiRecords[static_cast<std::size_t>(_nIndex)]->Redo();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/shared.h"
+
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -42,12 +44,17 @@ public:
     bool CanUndo() const noexcept { return _nIndex >= 0; }
     bool CanRedo() const noexcept { return _nIndex + 1 < static_cast<std::int32_t>(_vpiRecords.size()); }
     std::size_t Records() const noexcept { return _vpiRecords.size(); }
+    /// Another number whenever one of the three above may have changed. Any thread, at any time.
+    std::uint32_t Changes() const noexcept { return _nChanges; }
 
 protected:
     ~CHistory() = default;
 
 private:
+    void Touch() noexcept { _nChanges = _nChanges + 1; }
+
     bool _bEnabled = false;
+    Utils::CShared<std::uint32_t> _nChanges{0};
     std::vector<std::unique_ptr<IHistory>> _vpiRecords;
     std::int32_t _nIndex = -1; // of the record that the next undo applies
 };

@@ -149,7 +149,7 @@ const std::u16string& CKnob::GetText(bool a_bValueOnly) {
     if (!sName.empty() && fTextFor != Value()) {
         fTextFor = Value();
         sValueText = vsItems.empty() ? PlainText() : ItemText();
-        sHint = sName + u": " + sValueText + u" " + sUnit;
+        sHint = sTitle + u": " + sValueText + u" " + sUnit;
     }
     return CMeter::GetText(a_bValueOnly);
 }

@@ -77,6 +77,13 @@ bool CLabel::ChangeText(std::u16string_view a_sText, std::int32_t a_nSlide) {
     return true;
 }
 
+void CLabel::SetTextColor(std::uint32_t a_nColor) {
+    if (a_nColor == nTextColor) return;
+    nTextColor = a_nColor;
+    _bOtherColor = true;
+    Root().Invalidate();
+}
+
 // Its picture
 
 float CLabel::FontBasis() const {
@@ -99,7 +106,8 @@ SPixelRect CLabel::TextRect() const {
 bool CLabel::IsTextOutdated() const {
     if (Root().IsResizing()) return false;
     const auto rect = TextRect();
-    return sTextTexture.piGDIP == 0 || sTextTexture.nW != rect.nW || sTextTexture.nH != rect.nH;
+    return _bOtherColor || sTextTexture.piGDIP == 0 || sTextTexture.nW != rect.nW ||
+           sTextTexture.nH != rect.nH;
 }
 
 SLettering CLabel::LetteringOf(std::int32_t a_nWidth, std::int32_t a_nHeight) const {
@@ -114,9 +122,13 @@ SLettering CLabel::LetteringOf(std::int32_t a_nWidth, std::int32_t a_nHeight) co
     lettering.bBold = bBold;
     lettering.bItalic = bItalic;
     lettering.bEllipsis = bEllipsis || a_nWidth < whole.nW;
-    lettering.nL = HotL();
+    const auto inset = [a_nWidth](float a_fShare) {
+        return static_cast<std::int32_t>(std::lround(a_fShare * static_cast<float>(a_nWidth)));
+    };
+    const std::int32_t left = HotL() + inset(fTextInsetL);
+    lettering.nL = left;
     lettering.nT = HotT();
-    lettering.nW = std::max(a_nWidth - HotL() - HotR(), 0);
+    lettering.nW = std::max(a_nWidth - left - HotR() - inset(fTextInsetR), 0);
     lettering.nH = std::max(a_nHeight - HotT() - HotB(), 0);
     return lettering;
 }
@@ -139,6 +151,7 @@ void CLabel::RenderText(Pixels::SBitmap& a_rsBitmap) {
 
 bool CLabel::MakeTextTexture() {
     Root().ReleaseTexture(sTextTexture);
+    _bOtherColor = false;
     const auto rect = TextRect();
     if (sText.empty() || rect.nW <= 0 || rect.nH <= 0) return false;
     Pixels::SBitmap bitmap;

@@ -36,17 +36,20 @@ public:
 
     /// The text is rendered anew for the next picture.
     void ReleaseTexts();
+    /// The text in another colour. No slide: it is the same text.
+    void SetTextColor(std::uint32_t a_nColor);
     const std::u16string& Text() const noexcept { return sText; }
     float FontPixels() const;
 
     std::u16string sText;
-    std::u16string sFont; ///< family
-    std::uint32_t nTextColor;
-    float fFontSize; ///< see SWidgetInfo
+    std::u16string sFont;     ///< family
+    std::uint32_t nTextColor; ///< see SetTextColor()
+    float fFontSize;          ///< see SWidgetInfo
     std::int32_t nTextAlign;
     std::int32_t nTextQuality;
     bool bBold, bItalic, bUpper;
-    bool bEllipsis = false; ///< a text that is too long ends in one
+    bool bEllipsis = false;                       ///< a text that is too long ends in one
+    float fTextInsetL = 0.0f, fTextInsetR = 0.0f; ///< fractions of the width without text
     GFX::STexture sTextTexture;
     std::uint32_t nTextShadowColor;
     bool bTextShadow;
@@ -68,6 +71,8 @@ private:
     bool IsTextOutdated() const;
     SPixelRect TextRect() const;
     void DrawTextTexture(const GFX::STexture& a_rsTexture, float a_fShift, float a_fAlpha);
+
+    bool _bOtherColor = false; // than the present texture has
 };
 
 } // namespace KAV::GUI

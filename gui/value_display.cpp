@@ -97,9 +97,7 @@ std::int32_t CValueDisplay::NextItem(std::int32_t a_nDirection) {
 void CValueDisplay::Step(int a_nDirection) {
     const std::int32_t item = NextItem(a_nDirection);
     if (item == NoItem) return;
-    Root().BeginEdit(nId);
-    SetItem(item, true);
-    Root().EndEdit(nId);
+    InEdit(Root(), nId, true, [&] { SetItem(item, true); });
 }
 
 void CValueDisplay::OnMouseWheel(float a_fNotches, std::uint32_t a_nFlags) {

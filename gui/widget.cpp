@@ -29,11 +29,12 @@ Look LookOf(const SWidgetInfo& a_sInfo) noexcept {
 
 CWidget::CWidget(CGUI& a_piGUI, const SWidgetInfo& a_sInfo)
     : nId(a_sInfo.nId), nGroups(a_sInfo.nGroups), sClass(a_sInfo.sName), sName(a_sInfo.sName),
-      sAux1(a_sInfo.sAux1), sImage(a_sInfo.sImage), sImage2(a_sInfo.sImage2), sImage3(a_sInfo.sImage3),
-      sAux2(a_sInfo.sAux2), sHint(a_sInfo.sName), nAnchor(a_sInfo.nAnchor), fHotL(a_sInfo.fHotL),
-      fHotT(a_sInfo.fHotT), fHotR(a_sInfo.fHotR), fHotB(a_sInfo.fHotB), nMrgL(a_sInfo.nMrgL),
-      nMrgT(a_sInfo.nMrgT), nMrgR(a_sInfo.nMrgR), nMrgB(a_sInfo.nMrgB), asLook(LookOf(a_sInfo)),
-      nColor(a_sInfo.nColor), nColorHover(a_sInfo.nColorHover), nColorActive(a_sInfo.nColorActive),
+      sTitle(a_sInfo.sTitle.empty() ? a_sInfo.sName : a_sInfo.sTitle), sAux1(a_sInfo.sAux1),
+      sImage(a_sInfo.sImage), sImage2(a_sInfo.sImage2), sImage3(a_sInfo.sImage3), sAux2(a_sInfo.sAux2),
+      sHint(sTitle), nAnchor(a_sInfo.nAnchor), fHotL(a_sInfo.fHotL), fHotT(a_sInfo.fHotT),
+      fHotR(a_sInfo.fHotR), fHotB(a_sInfo.fHotB), nMrgL(a_sInfo.nMrgL), nMrgT(a_sInfo.nMrgT),
+      nMrgR(a_sInfo.nMrgR), nMrgB(a_sInfo.nMrgB), asLook(LookOf(a_sInfo)), nColor(a_sInfo.nColor),
+      nColorHover(a_sInfo.nColorHover), nColorActive(a_sInfo.nColorActive),
       nColorInactive(a_sInfo.nColorInactive), bInteractive(a_sInfo.bInteractive), bTile(a_sInfo.bTile),
       bHint(a_sInfo.bHint), fHintAt(a_sInfo.fHintAt), bFit(a_sInfo.bFit), nShadowColor(a_sInfo.nShadowColor),
       bShadow(a_sInfo.bShadow), fShadowX(a_sInfo.fShadowX), fShadowY(a_sInfo.fShadowY),

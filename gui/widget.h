@@ -95,6 +95,7 @@ public:
     std::uint32_t nGroups;
     std::u16string sClass;
     std::u16string sName;
+    std::u16string sTitle; ///< what the hint calls it
     std::u16string sAux1;
     std::u16string sImage; ///< a picture's name, see the grammar of pictures
     std::u16string sImage2, sImage3;

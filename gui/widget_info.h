@@ -33,6 +33,7 @@ struct SWidgetInfo {
     std::u16string sImage, sImage2, sImage3;
     std::u16string sOverlay; ///< a picture over a button
     std::u16string sName;    ///< may repeat
+    std::u16string sTitle;   ///< what the hint calls it; empty: its name
     std::u16string sUnit;
     std::u16string sFont = u"Tahoma";
     std::u16string sText;

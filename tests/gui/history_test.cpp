@@ -118,6 +118,25 @@ TEST_F(HistoryList, WalksThroughTheStatesInBothDirections) {
     EXPECT_EQ(history.Records(), 3u);
 }
 
+TEST_F(HistoryList, TellsOfEachChangeOfItsStepsAndOfNothingElse) {
+    auto known = history.Changes();
+    const auto hasChanged = [&] { return std::exchange(known, history.Changes()) != known; };
+    history.Undo();
+    history.Redo();
+    history.AddRecord(nullptr);
+    EXPECT_FALSE(hasChanged()) << "there is no step";
+    ChangeTo("b");
+    EXPECT_TRUE(hasChanged());
+    history.Undo();
+    EXPECT_TRUE(hasChanged());
+    history.Redo();
+    EXPECT_TRUE(hasChanged());
+    history.EnableHistory(false);
+    history.Undo();
+    ChangeTo("c");
+    EXPECT_FALSE(hasChanged());
+}
+
 TEST_F(HistoryList, CallsTheOperationThatItIsNamedAfter) {
     ChangeTo("b");
     history.Undo();

@@ -34,6 +34,15 @@ TEST_F(KnobText, ItsTextHasItsDecimalsNameAndUnit) {
     EXPECT_EQ(TextOf(info), u"1.250");
 }
 
+TEST_F(KnobText, ItsHintHasItsTitleIfThereIsOne) {
+    auto info = Ranged(0.0f, 10.0f, 0.5f);
+    info.sTitle = u"Gain of the input";
+    info.sUnit = u"dB";
+    CKnob value(root, info);
+    EXPECT_EQ(value.GetText(false), u"Gain of the input: 5.0 dB");
+    EXPECT_EQ(value.GetText(true), u"5.0");
+}
+
 TEST_F(KnobText, ShowsAPlusOnlyInARangeOnBothSidesOfZero) {
     EXPECT_EQ(TextOf(Ranged(-20.0f, 20.0f, 0.75f)), u"+10.0");
     EXPECT_EQ(TextOf(Ranged(20.0f, -20.0f, 0.25f)), u"+10.0");

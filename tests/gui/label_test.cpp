@@ -159,6 +159,19 @@ TEST_F(Label, IsNeverRenderedLargerThanTheRoot) {
     EXPECT_EQ(pictures.Count("Letter"), 1u);
 }
 
+TEST_F(Label, LeavesAShareOfItsWidthWithoutTextOnRequest) {
+    CLabel label(root, WithText(u"abc"));
+    label.fTextInsetL = 0.25f;
+    label.fTextInsetR = 0.1f;
+    Draws(label);
+    EXPECT_EQ(pictures.lettered[0].nL, 10);
+    EXPECT_EQ(pictures.lettered[0].nW, 26);
+    label.SetWidth(80.0f);
+    Draws(label);
+    EXPECT_EQ(pictures.lettered[1].nL, 20);
+    EXPECT_EQ(pictures.lettered[1].nW, 52);
+}
+
 TEST_F(Label, EndsInAnEllipsisOnRequest) {
     CLabel label(root, WithText(u"abc"));
     label.bEllipsis = true;
@@ -221,6 +234,32 @@ TEST_F(Label, WithoutASlideShowsTheNewTextAtOnce) {
     label.SetText(u"new");
     EXPECT_EQ(Draws(label), Lines{"DrawTexture 2 to 100,50 40x20"});
     EXPECT_EQ(LiveTextures(), 1u);
+}
+
+TEST_F(Label, IsRenderedAnewInAnotherColourAndDoesNotSlide) {
+    CLabel label(root, WithText(u"abc"));
+    Draws(label);
+    ASSERT_FALSE(root.Frame().IsRedrawDue());
+    label.SetTextColor(label.nTextColor);
+    EXPECT_FALSE(root.Frame().IsRedrawDue()) << "the colour that it has";
+    label.SetTextColor(0x64C0C0C0);
+    EXPECT_TRUE(root.Frame().IsRedrawDue());
+    EXPECT_EQ(Draws(label), Lines{"DrawTexture 2 to 100,50 40x20"});
+    Draws(label);
+    ASSERT_EQ(pictures.lettered.size(), 2u);
+    EXPECT_EQ(pictures.lettered[1].nColor, 0x64C0C0C0u);
+    EXPECT_EQ(LiveTextures(), 1u);
+}
+
+TEST_F(Label, StaysInItsOldColourWhileTheWindowIsResized) {
+    CLabel label(root, WithText(u"abc"));
+    Draws(label);
+    root.SetResizing(true);
+    label.SetTextColor(0xFF000000);
+    EXPECT_EQ(Draws(label), Lines{"DrawTexture 1 to 100,50 40x20"}) << "there, if outdated";
+    root.SetResizing(false);
+    Draws(label);
+    EXPECT_EQ(pictures.Count("Letter"), 2u);
 }
 
 TEST_F(Label, ThirdTextTakesThePlaceOfTheSecondAndEndsTheFirst) {

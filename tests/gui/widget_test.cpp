@@ -459,3 +459,13 @@ TEST_F(Widget, HasNoTextOfAValueAndItsNameAsHint) {
     EXPECT_EQ(widget.GetText(true), u"");
     EXPECT_EQ(widget.GetText(false), u"picture");
 }
+
+TEST_F(Widget, HasItsTitleInTheHintIfThereIsOne) {
+    auto info = Picture(u"Plain.png");
+    info.sTitle = u"A picture";
+    CWidget widget(root, info);
+    EXPECT_EQ(widget.GetText(false), u"A picture");
+    EXPECT_EQ(widget.sTitle, u"A picture");
+    EXPECT_EQ(widget.sName, u"picture");
+    EXPECT_EQ(widget.sClass, u"picture");
+}

@@ -48,6 +48,7 @@ public:
 
     // What it answers
     std::int32_t createError = 0; ///< other than 0: Create() fails
+    void* handle = nullptr;       ///< for a renderer; null: any
     bool opensTextBoxes = true;
     bool boxUp = false; ///< the user is still reading a message box
     bool shift = false;
@@ -100,7 +101,7 @@ public:
         Note("SetRate " + std::to_string(framesPerSecond));
         rate = framesPerSecond;
     }
-    void* Handle() const noexcept override { return client; }
+    void* Handle() const noexcept override { return handle != nullptr ? handle : client; }
     void Capture(bool capture) noexcept override {
         Note(capture ? "Capture on" : "Capture off");
         captured = capture;
