@@ -24,6 +24,8 @@ public:
     virtual DSP::AutoGainSettings& AutoGain() noexcept = 0;
     virtual Utils::CShared<bool>& Solo(int group) noexcept = 0;
     virtual Utils::CShared<bool>& Mute(int group) noexcept = 0;
+    /// Whether several groups may have solo at the same time. Nothing sets it.
+    virtual Utils::CShared<bool>& SeveralSolos() noexcept = 0;
     /// Lowest linear gain since the previous request (GetReportedGain); RequestReportedGain() starts the next
     /// interval.
     virtual double GetReportedGain(int group) noexcept = 0;

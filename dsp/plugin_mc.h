@@ -36,6 +36,7 @@ public:
     Utils::CShared<bool> hostBypass{false};
     Utils::CShared<bool> simd{false};           ///< whether the processor's features are used
     Utils::CShared<bool> groupsParallel{false}; ///< connection of the groups: serial or parallel
+    Utils::CShared<bool> severalSolos{false};   ///< for the editor: a group's solo leaves the others'
     AutoGainSettings autoGain;
 
     /// What switches the automatic gain stage on and off.

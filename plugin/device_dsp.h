@@ -65,6 +65,7 @@ public:
     DSP::AutoGainSettings& AutoGain() noexcept override { return autoGain; }
     Utils::CShared<bool>& Solo(int group) noexcept override { return parameters.solo[Place(group)]; }
     Utils::CShared<bool>& Mute(int group) noexcept override { return parameters.mute[Place(group)]; }
+    Utils::CShared<bool>& SeveralSolos() noexcept override { return severalSolos; }
     double GetReportedGain(int group) noexcept override { return Limiter(group).ReportedGain(); }
     void RequestReportedGain(int group) noexcept override { Limiter(group).Latch(); }
     std::int32_t Channels() const noexcept override { return dspChannels; }

@@ -55,6 +55,7 @@ void CDeviceState::SetParameter(std::int32_t tag, float normal) {
 
 void CDeviceState::SelectGroup(int group, bool copy) {
     Turn turn(_turns);
+    EndRoutingEdit(turn);
     const int from = _device.GetCurrentGroup();
     _controls.SetCurrentGroup(group);
     if (copy) CopyGroup(from, group);
@@ -131,7 +132,12 @@ void CDeviceState::NameMacro(std::size_t macro, std::u16string_view name) {
 
 void CDeviceState::NameChannel(std::size_t channel, std::u16string_view name) {
     const Turn turn(_turns);
-    if (channel < _panel.labels.size()) _panel.Put(_panel.labels[channel], name);
+    if (_routingEdit && channel < _panel.labels.size()) _panel.Put(_panel.labels[channel], name);
+}
+
+void CDeviceState::AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity) {
+    const Turn turn(_turns);
+    if (macro < CMacro::Macros) _device.AssignMacro(macro, tag, sensitivity);
 }
 
 void CDeviceState::ResizeTo(std::int32_t width, std::int32_t height) {

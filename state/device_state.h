@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -63,8 +64,9 @@ public:
     // Patches as files. Paths are UTF-16; an empty one asks the user. False when nothing was written or read,
     // or not yet: the answer to a question may still be to come.
     void SelectPatch(std::int32_t index, bool force); ///< as CPatchSaveLoad
-    /// The user's choice from the list: its name is shown even if its file can't be read. The list may have
-    /// changed since the user saw `name` at `index`; an entry that is no longer there does nothing.
+    /// The user's choice from the list. The list may have changed since the user saw `name` at `index`. If
+    /// the entry is no longer there, or its file can't be taken, the patch stays the one it was; whoever
+    /// shows the choice already finds a new generation and goes back.
     void ChoosePatch(std::int32_t index, std::u16string name);
     bool SavePatch(std::u16string_view path, std::uint32_t flags);
     /// The present state becomes what new instances start with. Replaces an older such file without a
@@ -97,16 +99,33 @@ public:
     /// Takes a routing of the list for the current group or for all of them; one that can't be read does
     /// nothing.
     void SelectRouting(std::int32_t index, bool allGroups);
-    /// The user's choice for the current group, as ChoosePatch().
-    void ChooseRouting(std::int32_t index, std::u16string name);
+    /// The user's choice for the current group or for all of them. The list may have changed since the user
+    /// saw `name` at `index`; an entry that is no longer there or that can't be read does nothing.
+    void ChooseRouting(std::int32_t index, std::u16string name, bool allGroups = false);
     /// Writes a routing of the entries that are `on`, under the labels that are shown, and takes it for the
-    /// current group. What is on, labels and group are those of this call, however late the user answers.
+    /// current group. What is on, labels and group are those of this call, however late the user answers. If
+    /// a patch has been loaded before the answer, the routing is written and listed, but not taken.
     void SaveRouting(std::u16string_view path, std::span<const bool, SPanelState::Channels> on);
+
+    // The user edits a routing: until the edit ends the labels are the user's, the routing that is shown
+    // isn't refreshed, and the group keeps its own. A patch, another side, another group or a routing from
+    // the list ends the edit first.
+    /// Begins with the current group's routing, every entry with a label, its number if it has none.
+    void BeginRoutingEdit();
+    /// Asks where to save the routing and ends the edit with the answer: as SaveRouting(), or when the user
+    /// cancels as CancelRoutingEdit().
+    void FinishRoutingEdit(std::span<const bool, SPanelState::Channels> on);
+    /// Ends it. The group has the routing with which the edit began.
+    void CancelRoutingEdit();
+    /// Ends it. The group keeps the routing that it has by now, which is shown.
+    void EndRoutingEdit();
 
     // What the user types or sets. Places that aren't there do nothing.
     void NameGroup(std::size_t group, std::u16string_view name);
     void NameMacro(std::size_t macro, std::u16string_view name);
-    void NameChannel(std::size_t channel, std::u16string_view name);
+    void NameChannel(std::size_t channel, std::u16string_view name); ///< only while a routing is edited
+    /// How strongly `tag`, a parameter of any group, follows a macro: as CMacro::AssignMacro().
+    void AssignMacro(std::size_t macro, std::int32_t tag, float sensitivity);
     /// `tag` is that of the first group and means the current one's; `normal` is 0..1.
     void SetParameter(std::int32_t tag, float normal);
     /// Pixels. Nothing happens unless both are above 0; the width is at least the smallest possible one.
@@ -145,7 +164,11 @@ private:
     void TellHostAfter(Turn& turn);
     void ShowPatchName(const Turn& turn, std::u16string_view name);
     void ApplyRouting(Turn& turn);
+    void ShowRouting(const Turn& turn);
     void SetRouting(Turn& turn, std::string_view text, int group);
+    void TakeRouting(Turn& turn, std::string_view text, bool allGroups);
+    void CancelRoutingEdit(Turn& turn);
+    void EndRoutingEdit(const Turn& turn);
 
     std::string Write(const Turn& turn, std::uint32_t flags);
     void WriteParameters(std::string& text, std::uint32_t flags);
@@ -177,7 +200,10 @@ private:
         int group = 0;
         std::array<std::string, SPanelState::Channels> labels; // UTF-8
         std::array<bool, SPanelState::Channels> on{};
+        std::uint32_t patches = 0; // how many had been read
     };
+    SShownRouting ShownRouting(const Turn& turn, std::span<const bool, SPanelState::Channels> on) const;
+    Utils::SFileQuestion RoutingQuestion();
     void SaveRoutingAs(std::u16string_view path, const SShownRouting& shown);
 
     CXXXDSP& _device;
@@ -191,13 +217,21 @@ private:
 
     // Within a turn
     SPanelState _panel;
+    struct SRoutingEdit {
+        std::uint32_t number = 0; // of the edits of this instance
+        int group = 0;
+        std::string text;  // the group's routing when it began
+        bool asks = false; // where to save it
+    };
+    std::optional<SRoutingEdit> _routingEdit;
+    std::uint32_t _routingEdits = 0; // so far
+    std::uint32_t _patches = 0;      // read so far
     IPatchWitness* _witness = nullptr;
     bool _hasSize = false;
     bool _tellsHost = false; // the turn has something for the host, and empties the queue when it has ended
     std::string _patch;      // as last written
     std::string _chunk;      // what the host was last given
     std::string _otherSide;  // the state of the side that isn't live; empty: none yet
-    std::uint8_t _side = 1;  // the side that is live
     std::int32_t _current = -1; // place in the list of patches
 };
 

@@ -2,6 +2,7 @@
 
 #include "patch/patch_files.h"
 #include "utils/location.h"
+#include "utils/offered_folder.h"
 #include "utils/path.h"
 #include "utils/text.h"
 
@@ -46,6 +47,9 @@ void CFileQuestions::Put(const Question& question, const Utils::CStillThere& ask
     Utils::PathAnswer answer = [this, question, asker](std::u16string_view path) {
         if (asker.IsThere()) Answer(path, question, asker);
     };
+    // A dialog that can't find the folder opens somewhere else.
+    if (!question->extension.empty() && !question->question.folder.empty())
+        question->folder = std::make_shared<Utils::COfferedFolder>(question->question.folder);
     (Utils::Dialogs().*question->operation)(question->question, std::move(answer));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "utils/dialogs.h"
+#include "utils/offered_folder.h"
 #include "utils/still_there.h"
 #include "utils/turn.h"
 
@@ -28,7 +29,8 @@ public:
     bool AskToOpen(Utils::SFileQuestion question, Utils::PathAnswer answered);
     /// The answer is a path with `extension`, and no other file is replaced than the one that the user has
     /// agreed to: if there is a file of the path that the extension makes of the user's answer, the user is
-    /// asked again, with that name.
+    /// asked again, with that name. The proposed folder is made, so that the dialog opens there; it goes
+    /// again if nothing is saved in it.
     bool AskToSave(Utils::SFileQuestion question, std::u16string extension, Utils::PathAnswer answered);
 
 private:
@@ -38,6 +40,7 @@ private:
         Utils::SFileQuestion question;
         std::u16string extension; // of the answer; empty: it stays as it is
         Utils::PathAnswer answered;
+        std::shared_ptr<Utils::COfferedFolder> folder{}; // while the dialog may open in it
     };
     using Question = std::shared_ptr<SQuestion>; // kept by what answers it
 

@@ -22,13 +22,17 @@ struct SPanelState {
     std::uint32_t routingScans = 0; ///< how often the user's routings were looked for; their files may be new
     std::array<std::u16string, Groups> groupNames; ///< at first those on the panel, as the next
     std::array<std::u16string, Macros> macroNames;
-    std::array<std::u16string, Channels> labels{u"L", u"R"}; ///< of the entries of the shown group's routing
+    /// Of the entries of the shown group's routing; while a routing is edited, as the user has named them.
+    std::array<std::u16string, Channels> labels{u"L", u"R"};
+    std::uint8_t side = 1; ///< of A (1) and B (0), the one that is live
     std::size_t entries =
-        Channels;             ///< of that routing, as many as there are labels for; the others are hidden
-    std::int32_t width = 754; ///< of the editor, in pixels
+        Channels;                 ///< of that routing, as many as there are labels for; the others are hidden
+    bool canEditRouting = true;   ///< that of the shown group
+    bool isRoutingEdited = false; ///< the user is putting one together; see CDeviceState::BeginRoutingEdit()
+    std::int32_t width = 754;     ///< of the editor, in pixels
     std::int32_t height = 553;
 
-    /// Another number whenever anything above has changed.
+    /// Another number whenever anything above has changed, or a patch has changed the table of macros.
     Utils::CShared<std::uint32_t> generation{1};
 
     /// To be called after each change.

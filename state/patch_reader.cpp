@@ -10,6 +10,9 @@
 #include "utils/number.h"
 #include "utils/text.h"
 
+#include <utility>
+#include <vector>
+
 namespace KAV {
 
 namespace {
@@ -47,6 +50,17 @@ void GiveNames(SPanelState& panel, std::span<std::u16string> places, std::string
     }
 }
 
+/// Every slot of every macro.
+std::vector<std::pair<std::int32_t, float>> SlotsOf(const CMacro& table) {
+    std::vector<std::pair<std::int32_t, float>> slots;
+    slots.reserve(CMacro::Macros * CMacro::Slots);
+    for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
+        for (std::size_t slot = 0; slot < CMacro::Slots; ++slot)
+            slots.emplace_back(table.tags[macro][slot], table.sensitivities[macro][slot]);
+    }
+    return slots;
+}
+
 } // namespace
 
 CDeviceState::SReadable CDeviceState::Prepare(std::string_view text) {
@@ -75,6 +89,8 @@ bool CDeviceState::ReadPatch(std::string_view text, std::uint32_t flags) {
 bool CDeviceState::Read(Turn& turn, const SReadable& patch, std::uint32_t flags) {
     std::string_view text = patch.text;
     if (text.empty()) return false;
+    EndRoutingEdit(turn);
+    ++_patches;
     if (_witness != nullptr) _witness->BeforePatch(turn);
     ReadNames(text);
     ReadMacros(text);
@@ -96,6 +112,7 @@ void CDeviceState::ReadNames(std::string_view text) {
 
 /// Before the parameters: the macros' own values then find their targets.
 void CDeviceState::ReadMacros(std::string_view text) {
+    const auto before = SlotsOf(_device);
     _device.ClearMacros();
     for (std::size_t macro = 0; macro < CMacro::Macros; ++macro) {
         Patch::CPieces targets(Patch::MacroTargets(text, static_cast<int>(macro)), "||");
@@ -104,6 +121,7 @@ void CDeviceState::ReadMacros(std::string_view text) {
             _device.AssignMacro(macro, target.tag, target.sensitivity);
         }
     }
+    if (SlotsOf(_device) != before) _panel.Touch();
 }
 
 void CDeviceState::ReadParameters(Turn& turn, std::string_view text) {

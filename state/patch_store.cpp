@@ -34,8 +34,13 @@ void CDeviceState::ChoosePatch(std::int32_t index, std::u16string name) {
     {
         const Turn turn(_turns);
         index = _panel.patch.Find(index, name);
-        if (_panel.patch.Choose(index)) _panel.Touch();
-        if (index < 0 || index == _current) return;
+        if (index >= 0 && index == _current) {
+            if (_panel.patch.Choose(index)) _panel.Touch();
+            return;
+        }
+        // Before the file is read: whatever comes of it, the widget with the choice shows what is then true.
+        _panel.Touch();
+        if (index < 0) return;
     }
     LoadListed(index, name, false);
 }
@@ -46,6 +51,7 @@ void CDeviceState::LoadListed(std::int32_t index, const std::u16string& name, bo
     const auto data = LoadPatchFile(path);
     if (data.empty()) return;
     const auto patch = Prepare(data.data(), data.size());
+    if (patch.text.empty()) return;
     Turn turn(_turns);
     index = _panel.patch.Find(index, name); // the list may be another than before the file was read
     if (index >= 0) {
@@ -129,8 +135,9 @@ std::int32_t CDeviceState::CurrentPatch() {
 
 void CDeviceState::SwitchAB(std::uint8_t side) {
     const Turn turn(_turns);
-    if (_side == side) return;
-    _side = side;
+    if (_panel.side == side) return;
+    EndRoutingEdit(turn); // the first time no patch is read, which would do so
+    _panel.Put(_panel.side, side);
     auto present = Write(turn, KAV::Routing);
     const auto other = std::exchange(_otherSide, std::move(present));
     ApplyPatchData(other.data(), other.size(), KAV::Routing);

@@ -37,17 +37,24 @@ void CDeviceState::ApplyRouting() {
 }
 
 void CDeviceState::ApplyRouting(Turn& turn) {
+    if (_routingEdit) return;
     const auto text = _device.GetRouting(_device.GetCurrentGroup());
     if (!text.empty()) {
-        const std::size_t entries = std::min(RoutingEntryCount(text), _panel.labels.size());
-        Utils::CPieces names(RoutingValue(text, "<ch_names"), RoutingSeparator);
-        for (std::size_t n = 0; n < _panel.labels.size(); ++n) {
-            if (n >= entries)
-                SetParam(turn, static_cast<std::int32_t>(n) + 1, 0.0f, Normalized | GroupRelative);
-            _panel.Put(_panel.labels[n], names.Next() ? Utils::ToUtf16(names.Piece()) : std::u16string());
-        }
-        _panel.Put(_panel.entries, entries);
+        for (std::size_t n = RoutingEntryCount(text); n < _panel.labels.size(); ++n)
+            SetParam(turn, static_cast<std::int32_t>(n) + 1, 0.0f, Normalized | GroupRelative);
     }
+    ShowRouting(turn);
+}
+
+void CDeviceState::ShowRouting(const Turn&) {
+    const auto text = _device.GetRouting(_device.GetCurrentGroup());
+    if (!text.empty()) {
+        Utils::CPieces names(RoutingValue(text, "<ch_names"), RoutingSeparator);
+        for (auto& label : _panel.labels)
+            _panel.Put(label, names.Next() ? Utils::ToUtf16(names.Piece()) : std::u16string());
+        _panel.Put(_panel.entries, std::min(RoutingEntryCount(text), _panel.labels.size()));
+    }
+    _panel.Put(_panel.canEditRouting, RoutingType(RoutingValue(text, "<type")) != ERoutingType::MidSide);
     if (_panel.routing.Show(Utils::ToUtf16(RoutingValue(text, "<name")))) _panel.Touch();
 }
 
@@ -65,6 +72,12 @@ void CDeviceState::SelectRouting(std::int32_t index, bool allGroups) {
     }
     const auto text = ReadRoutingFile(name);
     Turn turn(_turns);
+    TakeRouting(turn, text, allGroups);
+}
+
+void CDeviceState::TakeRouting(Turn& turn, std::string_view text, bool allGroups) {
+    if (text.empty()) return;
+    EndRoutingEdit(turn);
     if (!allGroups) {
         SetRouting(turn, text, -1);
         return;
@@ -72,30 +85,48 @@ void CDeviceState::SelectRouting(std::int32_t index, bool allGroups) {
     for (int group = 0; group < _device.GetGroupCount(); ++group) SetRouting(turn, text, group);
 }
 
-void CDeviceState::ChooseRouting(std::int32_t index, std::u16string name) {
+void CDeviceState::ChooseRouting(std::int32_t index, std::u16string name, bool allGroups) {
     {
         const Turn turn(_turns);
-        index = _panel.routing.Find(index, name);
-        if (_panel.routing.Choose(index)) _panel.Touch();
-        if (index < 0) return;
+        if (_panel.routing.Find(index, name) < 0) return; // the user's list is being replaced
     }
-    SetRouting(ReadRoutingFile(name), -1);
+    const auto text = ReadRoutingFile(name);
+    Turn turn(_turns);
+    if (text.empty()) {
+        _panel.Touch(); // the widget that shows the choice goes back to what it was
+        return;
+    }
+    EndRoutingEdit(turn); // first: it shows the routing that is there now
+    if (_panel.routing.Choose(_panel.routing.Find(index, name))) _panel.Touch();
+    TakeRouting(turn, text, allGroups);
+}
+
+CDeviceState::SShownRouting CDeviceState::ShownRouting(
+    const Turn&, std::span<const bool, SPanelState::Channels> on) const {
+    SShownRouting shown;
+    shown.group = _device.GetCurrentGroup();
+    std::ranges::transform(_panel.labels, shown.labels.begin(), Utils::ToUtf8);
+    std::ranges::copy(on, shown.on.begin());
+    shown.patches = _patches;
+    return shown;
+}
+
+Utils::SFileQuestion CDeviceState::RoutingQuestion() {
+    return {u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()};
 }
 
 void CDeviceState::SaveRouting(std::u16string_view path, std::span<const bool, SPanelState::Channels> on) {
     SShownRouting shown;
-    std::ranges::copy(on, shown.on.begin());
     {
         const Turn turn(_turns);
-        shown.group = _device.GetCurrentGroup();
-        std::ranges::transform(_panel.labels, shown.labels.begin(), Utils::ToUtf8);
+        shown = ShownRouting(turn, on);
     }
     if (!path.empty()) {
         SaveRoutingAs(path, shown);
         return;
     }
-    _questions.AskToSave({u"KAV Routing File||*.kvt", RoutingName() + u" (User)", RoutingFolder()}, u"kvt",
-        [this, shown = std::move(shown)](std::u16string_view chosen) {
+    _questions.AskToSave(
+        RoutingQuestion(), u"kvt", [this, shown = std::move(shown)](std::u16string_view chosen) {
             if (!chosen.empty()) SaveRoutingAs(chosen, shown);
         });
 }
@@ -116,8 +147,10 @@ void CDeviceState::SaveRoutingAs(std::u16string_view path, const SShownRouting& 
         ++_panel.routingScans;
         _panel.Touch();
     }
-    // By its name: its place may be another's by now.
-    if (isListed) SetRouting(ReadRoutingFile(title), shown.group);
+    if (!isListed) return;
+    const auto text = ReadRoutingFile(title); // by its name: its place may be another's by now
+    Turn turn(_turns);
+    if (_patches == shown.patches) SetRouting(turn, text, shown.group);
 }
 
 } // namespace KAV

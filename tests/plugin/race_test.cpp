@@ -3,9 +3,11 @@
 // change.
 
 #include "device/parameter_table.h"
+#include "device_gui/channel_button.h"
 #include "device_gui/fx_button.h"
 #include "device_gui/patch_display.h"
 #include "device_gui/routing_display.h"
+#include "device_gui/routing_edit.h"
 #include "gui/value_widget.h"
 #include "patch/patch_text.h"
 #include "tests/support/hand_clock.h"
@@ -233,6 +235,9 @@ protected:
         auto& state = Device().State();
         state.SwitchAB(static_cast<std::uint8_t>(round % 2));
         if (round % 3 == 0) state.CopyAB();
+        state.BeginRoutingEdit();
+        state.NameChannel(static_cast<std::size_t>(round) % SPanelState::Channels, u"mine");
+        if (round % 2 == 0) state.CancelRoutingEdit(); // otherwise another thread ends it
         {
             const std::lock_guard hand(_hand);
             state.SelectGroup(round % 4, round % 5 == 0);
@@ -250,6 +255,7 @@ protected:
         Gui().CreateGUIWindow();
         Gui().EnableHistory(round % 4 == 0); // it has no end: not always
         for (int frame = 0; frame < 5; ++frame) {
+            if (frame == 1) EditARouting(round);
             Gui().OnFrame(16);
             const auto groups = Gui().FindAll<CFxBtn>();
             for (const auto* const button : groups) EXPECT_EQ(button->Text(), groups[0]->Text());
@@ -263,6 +269,22 @@ protected:
         Widget<CRouting>().Step(round % 2 == 0 ? -1 : 1);
         Gui().EnableHistory(false);
         Gui().DestroyGUIWindow();
+    }
+
+    /// The next frames may find that another thread has ended it.
+    void EditARouting(int round) {
+        auto& button = Widget<CRoutingEdit>();
+        auto& channel = Widget<CChannelBtn>(static_cast<std::size_t>(round) % SPanelState::Channels);
+        button.SetValue(0.0f, false);
+        button.OnMouseDown(0, 0, GUI::MouseLeft);
+        button.OnMouseUp(0, 0, GUI::MouseLeft);
+        channel.SetText(u"mine");
+        {
+            const std::lock_guard hand(_hand); // it may be an edit of the group's channel, after all
+            channel.OnMouseDown(0, 0, GUI::MouseLeft | GUI::MouseShift);
+        }
+        if (round % 3 == 0) Gui().OnFocus(&channel);
+        if (round % 3 == 1) Gui().OnFocus(nullptr);
     }
 
     std::atomic<int> together = 0; ///< edits that the host heard while it heard another
@@ -421,5 +443,9 @@ TEST_F(Race, EveryThreadSeesWholeStatesAndFiniteSound) {
     SetChunk(ChunkOf(5));
     EXPECT_EQ(effect->Text(VST::effGetProgramName, 0, 24), "p5");
     EXPECT_EQ(RoutingValue(Gui().GetRouting(2), "<name"), "r7");
+    for (const auto* const button : Gui().FindAll<CChannelBtn>()) {
+        EXPECT_GE(button->Id(), 1) << "no routing is edited any more";
+        EXPECT_NE(button->Text(), u"mine");
+    }
     for (auto* const button : Gui().FindAll<CFxBtn>()) EXPECT_EQ(button->Text(), u"p5");
 }

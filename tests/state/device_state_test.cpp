@@ -145,12 +145,12 @@ TEST_F(DeviceState, CopiesAGroupThatIsSelected) {
 
 TEST_F(DeviceState, SavesARoutingOfTheEntriesThatAreOn) {
     own->SetRouting(LCR, 0);
-    own->NameChannel(2, u"Right");
+    own->NameChannel(2, u"Right"); // nobody edits it
     std::array<bool, SPanelState::Channels> on{};
     on[0] = on[2] = true;
     own->SaveRouting(Utils::FromSystemPath(documents.Routing("Mine.kvt")), on);
     EXPECT_EQ(own->RoutingName(), u"Mine");
-    EXPECT_NE(own->GetRouting(0).find("<ch_names>L|*|Right</ch_names>"), std::string::npos);
+    EXPECT_NE(own->GetRouting(0).find("<ch_names>L|*|R</ch_names>"), std::string::npos);
     EXPECT_EQ(Panel([](const SPanelState& panel) { return panel.routing.Count(); }), 2);
 }
 
@@ -177,7 +177,10 @@ TEST_F(DeviceState, ItsGenerationMovesWithAllThatIsShown) {
     own = MakeOwn();
     EXPECT_TRUE(Moves([&] { own->NameGroup(3, u"x"); }));
     EXPECT_TRUE(Moves([&] { own->NameMacro(3, u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->BeginRoutingEdit(); }));
     EXPECT_TRUE(Moves([&] { own->NameChannel(15, u"x"); }));
+    EXPECT_TRUE(Moves([&] { own->EndRoutingEdit(); }));
+    EXPECT_TRUE(Moves([&] { own->SetRouting("<type>mid/side</type><map>0,-1|*|1,-1</map>", 0); }));
     EXPECT_TRUE(Moves([&] { own->SetPatchName(u"x"); }));
     EXPECT_TRUE(Moves([&] { own->ChoosePatch(1, u"b"); }));
     EXPECT_TRUE(Moves([&] { own->SelectPatch(0, true); }));
@@ -193,17 +196,30 @@ TEST_F(DeviceState, ItsGenerationMovesWithAllThatIsShown) {
     }));
     EXPECT_TRUE(Moves([&] { own->ReadPatch("<patch_name>n</patch_name>", 0); }));
     EXPECT_TRUE(Moves([&] { own->ReadPatch("<patch_name>n</patch_name><fx_names>n</fx_names>", 0); }));
+    const std::string macro = "<patch_name>n</patch_name><macro group=\"1\">";
+    EXPECT_TRUE(Moves([&] { own->ReadPatch(macro + "33;0.25</macro>", 0); })) << "another table of macros";
+    EXPECT_TRUE(Moves([&] { own->ReadPatch(macro + "33;0.75</macro>", 0); }));
+    EXPECT_TRUE(Moves([&] { own->ReadPatch(macro + "32;0.75</macro>", 0); }));
+    EXPECT_TRUE(Moves([&] { own->ReadPatch("<patch_name>n</patch_name>", 0); }));
 }
 
 TEST_F(DeviceState, ItsGenerationRestsWhenNothingThatIsShownChanges) {
     own->SetRouting(LCR, 0);
     own->NameGroup(0, u"x");
     own->SetPatchName(u"n");
+    own->AssignMacro(0, 33, 0.75f);
     const auto text = own->PatchText(HostChunkFlags);
     EXPECT_FALSE(Moves([&] { own->NameGroup(0, u"x"); }));
     EXPECT_FALSE(Moves([&] { own->NameGroup(4, u"y"); }));
     EXPECT_FALSE(Moves([&] { own->NameMacro(5, u"y"); }));
+    EXPECT_FALSE(Moves([&] { own->NameChannel(0, u"y"); })) << "no routing is edited";
+    EXPECT_FALSE(Moves([&] { own->EndRoutingEdit(); }));
+    EXPECT_FALSE(Moves([&] { own->CancelRoutingEdit(); }));
+    own->BeginRoutingEdit();
+    EXPECT_FALSE(Moves([&] { own->BeginRoutingEdit(); }));
     EXPECT_FALSE(Moves([&] { own->NameChannel(16, u"y"); }));
+    EXPECT_FALSE(Moves([&] { own->ApplyRouting(); }));
+    own->EndRoutingEdit();
     EXPECT_FALSE(Moves([&] { own->SetPatchName(u"n"); }));
     EXPECT_FALSE(Moves([&] { own->SetParameter(33, 0.125f); }));
     EXPECT_FALSE(Moves([&] { own->ReadPatch(text, HostChunkFlags); })) << "it shows the same";
@@ -212,6 +228,17 @@ TEST_F(DeviceState, ItsGenerationRestsWhenNothingThatIsShownChanges) {
     EXPECT_FALSE(Moves([&] { own->CopyAB(); }));
     EXPECT_FALSE(Moves([&] { own->PatchText(HostChunkFlags); }));
     EXPECT_FALSE(Moves([&] { own->ResizeToWidth(754); }));
+}
+
+TEST_F(DeviceState, AssignsAControlToAMacro) {
+    own->AssignMacro(4, 133, 0.75f);
+    EXPECT_EQ(Device().Sensitivity(4, 133), 0.75f);
+    EXPECT_NE(own->PatchText(0).find("<macro group=\"4\">133;0.750</macro>"), std::string::npos);
+    own->AssignMacro(4, 133, 0.5f);
+    EXPECT_NE(own->PatchText(0).find("<macro group=\"4\"></macro>"), std::string::npos);
+    const auto text = own->PatchText(0);
+    own->AssignMacro(5, 133, 0.75f);
+    EXPECT_EQ(own->PatchText(0), text) << "there are five macros";
 }
 
 TEST_F(DeviceState, TellsTheHostInOrderAndOutsideTheTurn) {
@@ -298,13 +325,24 @@ TEST_F(DeviceState, SavesTheRoutingThatWasShownWhenTheUserWasAsked) {
         on[0] = on[2] = true;
         own->SaveRouting({}, on);
     } // what was on is copied
-    own->NameChannel(2, u"Later");
+    own->SetRouting("<map>0,-1|*|1,-1|*|2,-1</map><ch_names>later|*|later|*|later</ch_names>", 0);
     own->SelectGroup(1, false);
     dialogs.AnswerNext(Utils::FromSystemPath(documents.Routing("Mine.kvt")));
     EXPECT_NE(own->GetRouting(0).find("<map>0,-1|*|2,-1</map>"), std::string::npos);
     EXPECT_NE(own->GetRouting(0).find("<ch_names>L|*|R</ch_names>"), std::string::npos);
     EXPECT_NE(own->GetRouting(1).find("<name>other</name>"), std::string::npos);
     EXPECT_EQ(own->RoutingName(), u"other") << "that of the group which is shown now";
+}
+
+TEST_F(DeviceState, TakesNoRoutingOverAPatchThatWasLoadedMeanwhile) {
+    dialogs.answersLater = true;
+    own->SaveRouting({}, std::array<bool, SPanelState::Channels>{true});
+    own->ReadPatch("<kav_input_routing><fx>0</fx><name>loaded</name><map>1,-1</map></kav_input_routing>", 0);
+    dialogs.AnswerNext(Utils::FromSystemPath(documents.Routing("Mine.kvt")));
+    EXPECT_NE(ReadText(documents.Routing("Mine.kvt")).find("<map>0,-1</map>"), std::string::npos);
+    EXPECT_EQ(Panel([](const SPanelState& panel) { return panel.routing.Count(); }), 2) << "listed";
+    EXPECT_EQ(own->RoutingName(), u"loaded");
+    EXPECT_NE(own->GetRouting(0).find("<map>1,-1</map>"), std::string::npos);
 }
 
 TEST_F(DeviceState, ACancelledQuestionChangesNothing) {
@@ -462,11 +500,46 @@ TEST_F(DeviceState, AChoiceFromAnOlderListMeansTheNameThatTheUserSaw) {
     own->ChooseRouting(1, u"b");
     EXPECT_EQ(own->RoutingName(), u"b");
     EXPECT_NE(own->GetRouting(0).find("<name>b</name>"), std::string::npos);
-    EXPECT_FALSE(Moves([&] {
-        own->ChoosePatch(1, u"gone");
-        own->ChooseRouting(1, u"gone");
-    }));
+    own->ChoosePatch(1, u"gone");
+    own->ChooseRouting(1, u"gone");
+    EXPECT_EQ(own->PatchName(), u"b");
+    EXPECT_EQ(own->RoutingName(), u"b");
     EXPECT_EQ(own->CurrentPatch(), 2);
+}
+
+// The widget shows the choice already, and goes back when it finds another generation.
+TEST_F(DeviceState, APatchThatCannotBeTakenLeavesNameAndPlaceAndMovesTheGeneration) {
+    Write("a.kvp", "0.5");
+    Write("b.kvp", "0.25");
+    Write("gone.kvp", "0.125");
+    WriteText(documents.Patch("foreign.kvp"), "<plugin_id>1</plugin_id>");
+    WriteText(documents.Patch("no patch.kvp"), "text <plugin_id>1936683628</plugin_id>");
+    own = MakeOwn();
+    std::filesystem::remove(documents.Patch("gone.kvp"));
+    own->ChoosePatch(1, u"b");
+    for (const auto& name : {std::u16string(u"foreign"), std::u16string(u"gone"), std::u16string(u"no patch"),
+             std::u16string(u"never there")}) {
+        const auto place = Panel([&](const SPanelState& panel) { return panel.patch.Find(-1, name); });
+        EXPECT_TRUE(Moves([&] { own->ChoosePatch(place, name); })) << place;
+        EXPECT_EQ(own->PatchName(), u"b");
+        EXPECT_EQ(own->CurrentPatch(), 1);
+        EXPECT_EQ(Panel([](const SPanelState& panel) { return panel.patch.Place(); }), 1);
+        EXPECT_EQ(Threshold(), 0.25f);
+    }
+    EXPECT_EQ(dialogs.errors.size(), 1u) << "of the foreign one";
+}
+
+TEST_F(DeviceState, ShowsWhichSideIsLive) {
+    const auto side = [this] { return Panel([](const SPanelState& panel) { return int{panel.side}; }); };
+    EXPECT_EQ(side(), 1);
+    EXPECT_TRUE(Moves([&] { own->SwitchAB(0); }));
+    EXPECT_EQ(side(), 0);
+    const auto text = own->PatchText(0xFF);
+    own->ApplyPatchData(text.data(), text.size(), 0xFF);
+    EXPECT_EQ(side(), 0) << "patches have no side";
+    own->SwitchAB(1);
+    EXPECT_EQ(side(), 1);
+    EXPECT_FALSE(Moves([&] { own->SwitchAB(1); }));
 }
 
 // The editor's own thread

@@ -27,9 +27,11 @@ protected:
     bool AskToSave(const std::u16string& name = u"") {
         return instance->questions.AskToSave({u"Text||*.txt", name, u"/"}, u"", Keep());
     }
+    const std::u16string proposed = Utils::FromSystemPath(ScratchFolder() / "proposed") + u"/";
+
     /// As a store asks that adds the extension itself.
     bool AskToSaveText() {
-        return instance->questions.AskToSave({u"Text||*.txt", u"a", u"/proposed/"}, u"txt", Keep());
+        return instance->questions.AskToSave({u"Text||*.txt", u"a", proposed}, u"txt", Keep());
     }
     Utils::PathAnswer Keep() {
         return [this](std::u16string_view path) { answers.emplace_back(path); };
@@ -193,4 +195,20 @@ TEST_F(FileQuestions, AreNotAskedAgainAfterTheEndOfTheInstance) {
     dialogs.AnswerNext(Utils::FromSystemPath(ScratchFolder()) + u"/there");
     EXPECT_EQ(dialogs.questions.size(), 1u);
     EXPECT_TRUE(answers.empty());
+}
+
+TEST_F(FileQuestions, FindTheFolderToSaveIn) {
+    std::filesystem::remove_all(ScratchFolder() / "proposed");
+    dialogs.whileOpen = [] { EXPECT_TRUE(std::filesystem::is_directory(ScratchFolder() / "proposed")); };
+    EXPECT_TRUE(AskToSaveText());
+    EXPECT_EQ(dialogs.questions.size(), 1u);
+    EXPECT_FALSE(std::filesystem::exists(ScratchFolder() / "proposed")) << "it was cancelled";
+    dialogs.whileOpen = [] { WriteText(ScratchFolder() / "proposed" / "kept.txt", ""); };
+    EXPECT_TRUE(AskToSaveText());
+    EXPECT_TRUE(std::filesystem::exists(ScratchFolder() / "proposed" / "kept.txt"));
+    // To open a file, none is created.
+    std::filesystem::remove_all(ScratchFolder() / "proposed");
+    dialogs.whileOpen = nullptr;
+    instance->questions.AskToOpen({u"Text||*.txt", u"", proposed}, Keep());
+    EXPECT_FALSE(std::filesystem::exists(ScratchFolder() / "proposed"));
 }
