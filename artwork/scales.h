@@ -15,8 +15,8 @@ inline int FrameOf(double value, int frames = ValueFrames) {
     return static_cast<int>(std::floor((frames - 1) * value + 0.5));
 }
 
-/// Values that frames are drawn at exactly: those with a number on some scale. 63 frames hit few of them by
-/// themselves, and a cap two pixels off its number looks wrong.
+/// Values that frames are drawn at exactly: those with a number on some scale, and for faders the multiples
+/// of 5 dB. 63 frames hit few of them by themselves, and a cap two pixels off its number looks wrong.
 inline constexpr std::array FaderAnchors{
     0.0, 1.0 / 6, 0.2, 0.25, 1.0 / 3, 0.4, 0.5, 0.6, 2.0 / 3, 0.75, 0.8, 5.0 / 6, 1.0};
 inline constexpr std::array KnobAnchors{0.0, 0.125, 0.25, 0.375, 0.5, 0.625, 0.75, 0.875, 1.0};
@@ -87,11 +87,13 @@ struct STick {
     const char* text = "";
 };
 
-inline constexpr std::array InputGainTicks{STick{0.0, "-20"}, STick{0.125}, STick{0.25, "-15"}, STick{0.375},
-    STick{0.5, "-10"}, STick{0.625}, STick{0.75, "-5"}, STick{0.875}, STick{1.0, "0"}};
-inline constexpr std::array ThirtyDbTicks{STick{0.0, "-30"}, STick{1.0 / 12}, STick{2.0 / 12, "-25"},
-    STick{3.0 / 12}, STick{4.0 / 12, "-20"}, STick{5.0 / 12}, STick{6.0 / 12, "-15"}, STick{7.0 / 12},
-    STick{8.0 / 12, "-10"}, STick{9.0 / 12}, STick{10.0 / 12, "-5"}, STick{11.0 / 12}, STick{1.0, "0"}};
+/// No scale of a fader has a number in its middle, where the panel of an open macro lies.
+inline constexpr std::array InputGainTicks{STick{0.0, "-20"}, STick{0.1}, STick{0.2, "-16"}, STick{0.3},
+    STick{0.4, "-12"}, STick{0.5}, STick{0.6, "-8"}, STick{0.7}, STick{0.8, "-4"}, STick{0.9},
+    STick{1.0, "0"}};
+inline constexpr std::array ThirtyDbTicks{STick{0.0, "-30"}, STick{0.1}, STick{0.2, "-24"}, STick{0.3},
+    STick{0.4, "-18"}, STick{0.5}, STick{0.6, "-12"}, STick{0.7}, STick{0.8, "-6"}, STick{0.9},
+    STick{1.0, "0"}};
 inline constexpr std::array ReleaseTicks{STick{0.0, "0.01"}, STick{0.1}, STick{0.2, "0.1"}, STick{0.3},
     STick{0.4, "1"}, STick{0.5}, STick{0.6, "10"}, STick{0.7}, STick{0.8, "100"}, STick{0.9},
     STick{1.0, "1000"}};
@@ -100,8 +102,9 @@ inline constexpr std::array MainGainTicks{STick{0.0, "-24"}, STick{0.125}, STick
 inline constexpr std::array MacroTicks{STick{0.0, "-"}, STick{0.125}, STick{0.25}, STick{0.375}, STick{0.5},
     STick{0.625}, STick{0.75}, STick{0.875}, STick{1.0, "+"}};
 
-/// Levels printed next to the meters, and reductions printed in the display, both in dB.
-inline constexpr std::array MeterLevels{0, -3, -6, -9, -12, -18, -24, -36, -48};
+/// Levels printed next to the meters, and reductions printed in the display, both in dB. The panel over the
+/// release lies where -12 would be.
+inline constexpr std::array MeterLevels{0, -3, -6, -10, -15, -20, -30, -40, -48};
 inline constexpr std::array ReductionLevels{1, 2, 3, 6, 12, 20};
 
 } // namespace KAV::Artwork

@@ -37,6 +37,10 @@ constexpr auto ChannelNames = Numbered<16>("ToolCh");
 constexpr auto GroupMeterNames = Numbered<4>("ToolMeterFx");
 constexpr auto GroupNames = Numbered<4>("ToolBtnFx");
 constexpr auto GroupTexts = Numbered<4>("");
+constexpr auto ChannelTitles = Numbered<16>("Channel ");
+constexpr auto ChannelMeterTitles = Numbered<16>("Level of channel ");
+constexpr auto GroupTitles = Numbered<4>("Group ");
+constexpr auto GroupMeterTitles = Numbered<4>("Level of group ");
 constexpr auto MacroNames = Numbered<5>("Macro ");
 
 constexpr std::array<double, 8> ChannelColumns{123, 177, 231, 285, 340, 396, 450, 504};
@@ -91,9 +95,10 @@ struct STable {
         return row;
     }
     /// A button that is on while it is held. It lights at once and fades afterwards.
-    constexpr SPanelRow& AddKey(
-        EClass widget, std::string_view name, const SRect& rect, std::string_view picture) {
+    constexpr SPanelRow& AddKey(EClass widget, std::string_view name, std::string_view title,
+        const SRect& rect, std::string_view picture) {
         auto& row = Add(widget, -1, name, rect, picture);
+        row.title = title;
         row.fallMs = SlowMs;
         return row;
     }
@@ -125,7 +130,8 @@ constexpr void AddBody(TTable& table) {
                            EClass widget, int id, std::string_view name, double x, const SPanelRow& scale) {
         table.AddValue(widget, id, name, {x, 118, 61, 337}, "fader", scale);
     };
-    table.Add(EClass::Widget, -1, "Bkgnd", {0, 84, 754, 363}, "gui_front_root_panel_1500px");
+    table.Add(EClass::Widget, -1, "Bkgnd", {0, 84, 754, 363}, "gui_front_root_panel_1500px").title =
+        "Background";
     AddMeters(table, InputMeterNames, 8, 156, -24);
     fader(EClass::Knob, 32, "Input Gain", 110, Scale(-20, 0, 1.0, "dB"));
     fader(EClass::Knob, 33, "Threshold", 272, Scale(-30, 0, 1.0, "dB"));
@@ -144,12 +150,14 @@ constexpr void AddChannels(TTable& table) {
     for (std::size_t n = 0; n < 16; ++n) {
         auto& meter = table.Add(EClass::Meter, -4 - static_cast<int>(n), ChannelMeterNames[n].View(),
             cell(n, 45, 76, 10), "toolmeterchnl");
+        meter.title = ChannelMeterTitles[n].View();
         meter.fadeMs = SlowMs;
     }
     for (std::size_t n = 0; n < 16; ++n) {
         const bool isStereo = n < 2; // as a new instance starts
         auto& button = table.AddSwitch(EClass::ChannelBtn, static_cast<int>(n) + 1, ChannelNames[n].View(),
             cell(n, 20, 51, 30), "toolbtnrtg", isStereo);
+        button.title = ChannelTitles[n].View();
         if (isStereo) button.text = n == 0 ? "L" : "R";
         button.textSize = n % 8 < 4 ? 0.13 : 0.12;
         button.textColour = isStereo ? BrightText : DimText;
@@ -162,11 +170,14 @@ constexpr void AddGroups(TTable& table) {
         return SRect{n % 2 == 0 ? 590.0 : 644.0, n < 2 ? upper : lower, 50, height};
     };
     for (std::size_t n = 0; n < 4; ++n)
-        table.Add(EClass::Meter, -20 - static_cast<int>(n), GroupMeterNames[n].View(), cell(n, 45, 76, 10),
-            "toolmeterchnl");
+        table
+            .Add(EClass::Meter, -20 - static_cast<int>(n), GroupMeterNames[n].View(), cell(n, 45, 76, 10),
+                "toolmeterchnl")
+            .title = GroupMeterTitles[n].View();
     for (std::size_t n = 0; n < 4; ++n) {
         auto& button = table.AddSwitch(EClass::FxBtn, 17 + static_cast<int>(n), GroupNames[n].View(),
             cell(n, 20, 51, 30), "toolbtnrtg", n == 0);
+        button.title = GroupTitles[n].View();
         button.text = GroupTexts[n].View();
         button.textSize = 0.13;
         button.textColour = n == 0 ? BrightText : DimText;
@@ -176,19 +187,30 @@ constexpr void AddGroups(TTable& table) {
 
 template<typename TTable>
 constexpr void AddTopBar(TTable& table) {
-    table.Add(EClass::ToolbarTop, -1, "ToolbarRtg", {0, 0, 754, 84}, "toolbar_up");
+    table.Add(EClass::ToolbarTop, -1, "ToolbarRtg", {0, 0, 754, 84}, "toolbar_up").title =
+        "Channels and groups";
     auto& routing = table.Add(EClass::Routing, -2, "ToolInputRouting", {14, 23, 58, 21}, "");
+    routing.title = "Routing";
     routing.text = "Text"; // until a routing is applied
     routing.textSize = DisplayText;
     AddChannels(table);
     AddGroups(table);
-    table.AddSwitch(EClass::FxBtnCopy, -1, "ToolBtnFxCopy", {702, 2, 48, 48}, "toolbtncopy");
-    table.AddKey(EClass::RoutingDropDownBtn, "ToolBtnDown", {64, 23, 20, 20}, "toolbtndown").value = 1.0;
+    table.AddSwitch(EClass::FxBtnCopy, -1, "ToolBtnFxCopy", {702, 2, 48, 48}, "toolbtncopy").title =
+        "Copy this group to another one";
+    table
+        .AddKey(
+            EClass::RoutingDropDownBtn, "ToolBtnDown", "Choose a routing", {64, 23, 20, 20}, "toolbtndown")
+        .value = 1.0;
     // These only hold the values of the current group; its button shows them.
-    table.AddSwitch(EClass::Button, 21, "ToolFxSolo", {581, 97, 10, 10}, "").visible = false;
-    table.AddSwitch(EClass::Button, 22, "ToolFxMute", {604, 97, 10, 10}, "").visible = false;
+    auto& solo = table.AddSwitch(EClass::Button, 21, "ToolFxSolo", {581, 97, 10, 10}, "");
+    solo.title = "Solo of this group";
+    solo.visible = false;
+    auto& mute = table.AddSwitch(EClass::Button, 22, "ToolFxMute", {604, 97, 10, 10}, "");
+    mute.title = "Mute of this group";
+    mute.visible = false;
     auto& edit =
         table.AddSwitch(EClass::RoutingEdit, -1, "ToolBtnRoutingEdit", {53, 53, 45, 23}, "toolbtnedit");
+    edit.title = "Edit the routing";
     edit.textSize = 0.15;
     edit.textColour = 0xFFC8C8C8;
 }
@@ -205,38 +227,45 @@ constexpr void AddMacros(TTable& table) {
     }
     // Only a pattern for the knobs on the panel of an open macro.
     auto& pattern =
-        table.AddValue(EClass::Knob, -1, "Macro 1/1", {134, 477, 12, 12}, "knob04", Scale(0, 100, 0.5, "%"));
+        table.AddValue(EClass::Knob, -1, MacroPattern, {134, 477, 12, 12}, "knob04", Scale(0, 100, 0.5, "%"));
     pattern.hintAt = -0.4;
     pattern.visible = false;
 }
 
 template<typename TTable>
 constexpr void AddPatches(TTable& table) {
-    table.AddKey(EClass::PatchLoad, "ToolBtnLoad", {363, 531, 44, 22}, "toolbtnload");
-    table.AddKey(EClass::PatchSave, "ToolBtnSave", {407, 531, 44, 22}, "toolbtnsave");
+    table.AddKey(EClass::PatchLoad, "ToolBtnLoad", "Load a patch", {363, 531, 44, 22}, "toolbtnload");
+    table.AddKey(EClass::PatchSave, "ToolBtnSave", "Save the patch", {407, 531, 44, 22}, "toolbtnsave");
     auto& patch = table.Add(EClass::Patch, -1, "ToolPatch", {164, 532, 195, 21}, "tooldisplay");
+    patch.title = "Patch";
     patch.text = "Text"; // until a patch is loaded
     patch.textSize = DisplayText;
-    table.AddKey(EClass::Undo, "ToolBtnUndo", {23, 531, 44, 22}, "toolbtnundo");
-    table.AddKey(EClass::Redo, "ToolBtnRedo", {67, 531, 44, 22}, "toolbtnredo");
-    table.AddKey(EClass::PatchABCopy, "ToolBtnABCopy", {133, 531, 27, 22}, "toolbtnabcopy");
+    table.AddKey(EClass::Undo, "ToolBtnUndo", "Undo", {23, 531, 44, 22}, "toolbtnundo");
+    table.AddKey(EClass::Redo, "ToolBtnRedo", "Redo", {67, 531, 44, 22}, "toolbtnredo");
+    table.AddKey(
+        EClass::PatchABCopy, "ToolBtnABCopy", "Copy to the other side", {133, 531, 27, 22}, "toolbtnabcopy");
 }
 
 template<typename TTable>
 constexpr void AddToolbar(TTable& table) {
-    table.Add(EClass::Widget, -1, "Toolbar", {0, 447, 754, 107}, "toolbar_down3");
+    table.Add(EClass::Widget, -1, "Toolbar", {0, 447, 754, 107}, "toolbar_down3").title =
+        "Macros and patches";
     AddPatches(table);
     auto& oversampling =
         table.Add(EClass::Oversampling, 30, "Oversampling", {601, 532, 96, 21}, "tooloversampling");
     oversampling.text = "OS x1";
     oversampling.list = "OS x1||OS x2||OS x4||OS x8";
     oversampling.textSize = DisplayText;
-    table.AddKey(EClass::PreviousPatch, "ToolBtnPrev", {171, 534, 16, 16}, "toolbtnprev");
-    table.AddKey(EClass::NextPatch, "ToolBtnNext", {336, 534, 16, 16}, "toolbtnnext");
-    table.AddKey(EClass::PreviousOversampling, "ToolBtnPrevOS", {606, 534, 16, 16}, "toolbtnprev");
-    table.AddKey(EClass::NextOversampling, "ToolBtnNextOS", {675, 534, 16, 16}, "toolbtnnext");
-    table.AddKey(EClass::PatchABInplace, "ToolBtnA", {111, 531, 27, 22}, "toolbtna");
-    table.Add(EClass::Widget, -1, "Size", {741, 540, 12, 12}, "resizearrow").fadeMs = SlowMs;
+    table.AddKey(EClass::PreviousPatch, "ToolBtnPrev", "Previous patch", {171, 534, 16, 16}, "toolbtnprev");
+    table.AddKey(EClass::NextPatch, "ToolBtnNext", "Next patch", {336, 534, 16, 16}, "toolbtnnext");
+    table.AddKey(EClass::PreviousOversampling, "ToolBtnPrevOS", "Less oversampling", {606, 534, 16, 16},
+        "toolbtnprev");
+    table.AddKey(
+        EClass::NextOversampling, "ToolBtnNextOS", "More oversampling", {675, 534, 16, 16}, "toolbtnnext");
+    table.AddKey(EClass::PatchABInplace, "ToolBtnA", "A/B", {111, 531, 27, 22}, "toolbtna");
+    auto& size = table.Add(EClass::Widget, -1, "Size", {741, 540, 12, 12}, "resizearrow");
+    size.title = "Size of the editor";
+    size.fadeMs = SlowMs;
     // Hosts and patches know the parameter by this spelling.
     table.AddSwitch(EClass::Button, 31, "Hiqh Quality", {656, 533, 20, 20}, "hq");
     const auto mainGain = Scale(-24, 24, 0.5, "dB");
@@ -244,9 +273,10 @@ constexpr void AddToolbar(TTable& table) {
         -0.3;
     table.AddValue(EClass::Knob, 23, "Main Input Gain", {18, 474, 60, 60}, "knob02", mainGain).hintAt = -0.3;
     // Both are in the same place: the visible button, and the settings that hold its menu.
-    table.Add(EClass::Settings, -3, "Settings", {705, 533, 19, 19}, "");
-    table.AddKey(EClass::BtnAbout, "ToolAbout", {705, 533, 19, 19}, "toolbtnabout");
+    table.Add(EClass::Settings, -3, "Settings", {705, 533, 19, 19}, "").title = "Settings";
+    table.AddKey(EClass::BtnAbout, "ToolAbout", "Settings", {705, 533, 19, 19}, "toolbtnabout");
     auto& lamp = table.Add(EClass::NewVersionLED, -56, "UpdateLed", {699, 531, 15, 15}, "lamp_2");
+    lamp.title = "New version";
     lamp.hintAt = -0.4;
     lamp.riseMs = lamp.fallMs = BreathMs;
     lamp.visible = false;

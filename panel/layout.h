@@ -3,6 +3,7 @@
 #include "panel/rect.h"
 #include "panel/sprites.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -54,8 +55,9 @@ enum class EClass : std::uint8_t {
 
 /// One widget of the panel. Sizes are in panel pixels, values are 0..1, colours are 0xAARRGGBB.
 struct SPanelRow {
-    int id = -1;           ///< a parameter of the current group; below 0 a meter, a lamp, or nothing
-    std::string_view name; ///< may repeat
+    int id = -1;            ///< a parameter of the current group; below 0 a meter, a lamp, or nothing
+    std::string_view name;  ///< may repeat
+    std::string_view title; ///< what the hint calls it, where the name isn't for the user; empty: the name
     EClass widget = EClass::Widget;
     SRect rect;
     const SSprite* sprite = nullptr; ///< null: the widget draws no picture
@@ -78,6 +80,12 @@ struct SPanelRow {
     int radioGroup = -1; ///< only one button of such a group is on
     bool visible = true; ///< initially
 };
+
+/// The row that only says how large the knobs on the panels of a macro are.
+inline constexpr std::string_view MacroPattern = "Macro 1/1";
+/// What is part of the names of knobs that follow no macro.
+inline constexpr std::array<std::string_view, 3> WithoutMacros{
+    "Main Input Gain", "Main Output Gain", "Macro"};
 
 /// Every widget in the order of construction, which is the order of drawing. Hit tests run backwards.
 std::span<const SPanelRow> Rows() noexcept;

@@ -271,6 +271,26 @@ TEST(ReductionGrid, StandsWhereTheCurveReachesItsDecibels) {
     }
 }
 
+/// An open macro lays a strip over the middle of each fader, for the knobs of the four groups, each 1.2 times
+/// as wide and high as their pattern.
+TEST(MacroStrips, CoverNoLettering) {
+    const SRect pattern = PlaceOf("Macro 1/1").rect;
+    const double width = 4 * 1.2 * pattern.w;
+    const double height = 1.2 * pattern.h;
+    for (const auto* name : {"Input Gain", "Threshold", "Release", "Output Ceiling"}) {
+        const SRect fader = PlaceOf(name).rect;
+        for (const auto& label : LabelsOf(EBand::Body)) {
+            const double size = LetteringSize(label.tone);
+            const double reach = 0.65 * size * static_cast<double>(label.text.size()); // at least its width
+            const double left = label.x - reach * (label.align + 1) / 2;
+            const double gapX =
+                std::max(left - (fader.CentreX() + width / 2), fader.CentreX() - width / 2 - left - reach);
+            const double gapY = std::abs(label.y - fader.CentreY()) - height / 2 - 0.37 * size; // capitals
+            EXPECT_TRUE(gapX > 0 || gapY > 1) << name << " covers " << label.text << ", " << gapY;
+        }
+    }
+}
+
 /// The part of a meter that lights up, on the panel.
 SRect LitRect(const SPlace& meter) {
     if (meter.sprite->stem == "meterled")

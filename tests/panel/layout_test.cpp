@@ -272,6 +272,36 @@ TEST(PanelRows, BeginWithTheseTexts) {
     }
 }
 
+TEST(PanelRows, HaveATitleWhereTheirNameIsNotForTheUser) {
+    std::map<std::string, std::string> expected{{"Bkgnd", "Background"},
+        {"ToolbarRtg", "Channels and groups"}, {"ToolInputRouting", "Routing"},
+        {"ToolBtnFxCopy", "Copy this group to another one"}, {"ToolBtnDown", "Choose a routing"},
+        {"ToolFxSolo", "Solo of this group"}, {"ToolFxMute", "Mute of this group"},
+        {"ToolBtnRoutingEdit", "Edit the routing"}, {"Toolbar", "Macros and patches"},
+        {"ToolBtnLoad", "Load a patch"}, {"ToolBtnSave", "Save the patch"}, {"ToolPatch", "Patch"},
+        {"ToolBtnUndo", "Undo"}, {"ToolBtnRedo", "Redo"}, {"ToolBtnABCopy", "Copy to the other side"},
+        {"ToolBtnPrev", "Previous patch"}, {"ToolBtnNext", "Next patch"},
+        {"ToolBtnPrevOS", "Less oversampling"}, {"ToolBtnNextOS", "More oversampling"}, {"ToolBtnA", "A/B"},
+        {"Size", "Size of the editor"}, {"Settings", "Settings"}, {"ToolAbout", "Settings"},
+        {"UpdateLed", "New version"}};
+    for (int n = 1; n <= 16; ++n) {
+        const auto number = std::to_string(n);
+        expected["ToolCh" + number] = "Channel " + number;
+        expected["ToolMeterCh" + number] = "Level of channel " + number;
+    }
+    for (int n = 1; n <= 4; ++n) {
+        const auto number = std::to_string(n);
+        expected["ToolBtnFx" + number] = "Group " + number;
+        expected["ToolMeterFx" + number] = "Level of group " + number;
+    }
+    std::map<std::string, std::string> titles;
+    for (const auto& row : Rows()) {
+        if (!row.title.empty()) titles.emplace(row.name, row.title);
+        EXPECT_TRUE(!row.name.starts_with("Tool") || !row.title.empty()) << row.name;
+    }
+    EXPECT_EQ(titles, expected);
+}
+
 TEST(PanelRows, WriteTextsInTheseSizesAndColours) {
     std::map<std::string_view, double> sizes{{"ToolInputRouting", -0.35}, {"ToolPatch", -0.35},
         {"Oversampling", -0.35}, {"ToolBtnRoutingEdit", 0.15}};
