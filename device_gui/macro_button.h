@@ -1,36 +1,32 @@
 #pragma once
 
+#include "device_gui/macro_panels.h"
 #include "device_gui/panel_view.h"
 #include "device_gui/plugin_widget.h"
-#include "device_gui/row_info.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string_view>
 
 namespace KAV {
 
-/// Names a macro: its text is the name, which patches keep.
+/// Opens the panels of a macro over the faders, and closes them; those of one macro are open at a time. Its
+/// text is the macro's name, which patches keep; a press of the right button edits it.
 class CMacroBtn final : public CPluginButton, public IPanelView {
 public:
     /// `a_nMacro` 0..4.
-    CMacroBtn(CXXXGUI& a_piPlugin, int a_nMacro)
-        : CPluginButton(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::MacroBtn, a_nMacro))),
-          _nMacro(static_cast<std::size_t>(a_nMacro)) {
-        bEllipsis = true; // the user names macros
-    }
+    CMacroBtn(CXXXGUI& a_piPlugin, int a_nMacro);
 
-    /// The state keeps it.
-    void SetText(std::u16string_view a_sText) override {
-        CPluginButton::SetText(a_sText);
-        Plugin().State().NameMacro(_nMacro, a_sText);
-    }
+    void SetText(std::u16string_view a_sText) override; ///< the state keeps it
+    void OnMouseDown(std::int32_t x, std::int32_t y, std::uint32_t a_nFlags) override;
+    void OnValueChanged(float a_fNormal, std::int32_t a_nItem) override;
 
 private:
-    void ShowPanel(const SPanelState& a_psPanel) override {
-        CPluginButton::SetText(a_psPanel.macroNames[_nMacro]);
-    }
+    void ShowPanel(const SPanelState& a_psPanel) override;
 
     std::size_t _nMacro;
+    std::unique_ptr<CMacroPanels> _piPanels; // null until the button is first pressed
 };
 
 } // namespace KAV

@@ -6,7 +6,8 @@ namespace KAV {
 
 CPatch::CPatch(CXXXGUI& a_piPlugin)
     : CPluginValueDisplay(a_piPlugin, InfoOf(Panel::RowOf(Panel::EClass::Patch))) {
-    bEllipsis = true; // names of files
+    bEllipsis = true;                           // names of files
+    fTextInsetL = fTextInsetR = 25.0f / 195.0f; // clear of the buttons at both ends
 }
 
 void CPatch::OnValueChanged(float, std::int32_t a_nItem) {

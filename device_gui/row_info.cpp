@@ -8,6 +8,7 @@ GUI::SWidgetInfo InfoOf(const Panel::SPanelRow& a_sRow) {
     GUI::SWidgetInfo info;
     info.nId = a_sRow.id;
     info.sName = Utils::ToUtf16(a_sRow.name);
+    info.sTitle = Utils::ToUtf16(a_sRow.title);
     info.fX = static_cast<float>(a_sRow.rect.x);
     info.fY = static_cast<float>(a_sRow.rect.y);
     info.fW = static_cast<float>(a_sRow.rect.w);

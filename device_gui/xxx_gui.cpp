@@ -1,16 +1,19 @@
 #include "device_gui/xxx_gui.h"
 
 #include "device/value_flags.h"
+#include "device_gui/about_view.h"
 #include "device_gui/channel_button.h"
+#include "device_gui/gain_reduction.h"
+#include "device_gui/history_buttons.h"
 #include "device_gui/history_patch.h"
 #include "device_gui/new_version_led.h"
 #include "device_gui/panel_view.h"
+#include "device_gui/routing_edit.h"
 #include "device_gui/row_info.h"
 #include "patch/patch_files.h"
 #include "utils/shell_open.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 namespace KAV {
@@ -58,6 +61,7 @@ bool CXXXGUI::CopyPanel(const Utils::CTurn& a_piTurn) {
     const std::uint32_t generation = panel.generation;
     if (generation == _nShown) return false;
     for (auto* const view : FindAll<IPanelView>()) view->ShowPanel(panel);
+    _bRoutingEdit = panel.isRoutingEdited;
     _nPanelWidth = panel.width;
     _nPanelHeight = panel.height;
     _nShown = generation;
@@ -70,9 +74,18 @@ void CXXXGUI::ShowPanel() {
         const Utils::CTurn turn(_piState.Turns());
         CopyPanel(turn);
     }
+    // A label that the user is typing would be of no routing.
+    if (!_bRoutingEdit && dynamic_cast<CChannelBtn*>(Edit().piTarget) != nullptr) Edit().Drop();
     if (_nPanelWidth == Width() && _nPanelHeight == Height()) return;
     Resize(_nPanelWidth, _nPanelHeight); // outside the turn, for it draws
     if (_bWindow) RequestHostResize(_nPanelWidth, _nPanelHeight);
+}
+
+void CXXXGUI::ShowHistory() {
+    const auto changes = HistoryChanges();
+    if (changes == _nShownSteps) return;
+    _nShownSteps = changes;
+    for (auto* const button : FindAll<CBtnUndoRedo>()) button->ShowHistory();
 }
 
 // The window
@@ -90,9 +103,25 @@ void CXXXGUI::CreateGUIWindow() {
 }
 
 void CXXXGUI::DestroyGUIWindow() {
+    _piAbout.reset();
+    EndRoutingEdit();
     CGUI::DestroyGUIWindow();
     const Utils::CTurn turn(_piState.Turns());
     _bWindow = false;
+}
+
+void CXXXGUI::OnFocus(GUI::CWidget* a_piWidget) {
+    if (!_bRoutingEdit || a_piWidget == &Edit() || dynamic_cast<CRoutingEdit*>(a_piWidget) != nullptr ||
+        dynamic_cast<CChannelBtn*>(a_piWidget) != nullptr)
+        return;
+    _piState.CancelRoutingEdit();
+    ShowPanel();
+}
+
+void CXXXGUI::EndRoutingEdit() {
+    if (!_bRoutingEdit) return;
+    _piState.EndRoutingEdit();
+    ShowPanel();
 }
 
 bool CXXXGUI::OnUserMessage(std::uint32_t a_nMessage) {
@@ -106,24 +135,53 @@ void CXXXGUI::ShowLamp() {
     if (auto* const lamp = Find<CNewVersionLED>()) lamp->SetVisible(true, 0);
 }
 
+void CXXXGUI::OpenAbout() {
+    if (IsAboutOpen() || !Window().Exists()) return;
+    // The panel is out of reach from now on.
+    Pointer().LoseCapture();
+    Edit().Drop();
+    OnMouseLeave();
+    _piAbout.reset(); // closed a moment ago
+    _piAbout = std::make_unique<CAboutView>(*this);
+}
+
+bool CXXXGUI::IsAboutOpen() const noexcept {
+    return _piAbout != nullptr && !_piAbout->IsClosed();
+}
+
+void CXXXGUI::StepAbout() {
+    if (_piAbout == nullptr) return;
+    if (_piAbout->IsClosed()) {
+        _piAbout.reset();
+    } else {
+        _piAbout->Step();
+    }
+}
+
 void CXXXGUI::OnKeyDown(std::uint32_t a_nKey) {
     if (a_nKey == GUI::KeyF1) {
         const auto folder = PatchFolder();
         if (!folder.empty()) Utils::OpenUrlOrFile(folder + u"Tessel User Guide.pdf");
         return;
     }
-    if (!Window().IsLeftControlDown()) return;
-    if (a_nKey == GUI::KeyZ) Undo();
-    if (a_nKey == GUI::KeyY) Redo();
+    if (!Window().IsLeftControlDown() || IsAboutOpen()) return;
+    const bool undoes = a_nKey == GUI::KeyZ && CanUndo();
+    const bool redoes = a_nKey == GUI::KeyY && CanRedo();
+    if (undoes || redoes) EndRoutingEdit(); // first: the step may be about a channel button
+    if (undoes) Undo();
+    if (redoes) Redo();
 }
 
 void CXXXGUI::OnFrame(std::uint32_t a_nElapsedMs) {
     DeliverMessages();
     if (auto* const lamp = Find<CNewVersionLED>()) lamp->Pulse(a_nElapsedMs);
+    if (auto* const curve = Find<CGR>()) curve->Poll();
+    StepAbout();
     _piDSP.OnValueChanged();
     for (auto* const widget : Widgets())
         widget->SetFromHost(_piDSP.GetParam(widget->Id(), Normalized | GroupRelative));
     ShowPanel();
+    ShowHistory();
     const std::int32_t latency = _piDSP.GetLatency();
     if (latency == _nLastLatency) return;
     _nLastLatency = latency;
@@ -142,6 +200,10 @@ void CXXXGUI::BeginEdit(std::int32_t a_nId) {
 
 void CXXXGUI::EndEdit(std::int32_t a_nId) {
     _piDSP.EndEdit(a_nId);
+}
+
+void CXXXGUI::BeforeGroupChange() {
+    Pointer().CancelDrag();
 }
 
 void CXXXGUI::OnLatencyChanged(std::int32_t) {}
@@ -192,10 +254,7 @@ void CXXXGUI::SelectPatch(std::int32_t a_nIndex, bool a_bForce) {
 }
 
 void CXXXGUI::SaveRouting(std::u16string_view a_sPath) {
-    std::array<bool, SPanelState::Channels> on{};
-    std::size_t channel = 0;
-    for (const auto* const button : FindAll<CChannelBtn>()) on.at(channel++) = button->Value() != 0.0f;
-    _piState.SaveRouting(a_sPath, on);
+    _piState.SaveRouting(a_sPath, ChannelsThatAreOn(*this));
 }
 
 } // namespace KAV

@@ -11,10 +11,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace KAV {
+
+class CAboutView;
 
 /// The editor's half of an instance, with or without a window: the exchange between widgets, device and
 /// state. The device owns every value, the state what patches keep besides; widgets hold copies of both.
@@ -36,8 +39,11 @@ public:
     // CGUI
     void CreateGUIWindow() override;
     void DestroyGUIWindow() override;
+    /// Ends the edit of a routing without a result, unless the widget belongs to that.
+    void OnFocus(GUI::CWidget* a_piWidget) override;
     bool OnUserMessage(std::uint32_t a_nMessage) override;
-    /// Left Control and Z undo, with Y redo; F1 opens the user guide.
+    /// Left Control and Z undo, with Y redo, unless a view lies over the panel; either ends the edit of a
+    /// routing. F1 opens the user guide.
     void OnKeyDown(std::uint32_t a_nKey) override;
     void OnFrame(std::uint32_t a_nElapsedMs) override;
     void SetParameter(std::int32_t a_nId, float a_fNormal) override;
@@ -62,6 +68,18 @@ public:
     /// the user.
     void SaveRouting(std::u16string_view a_sPath);
 
+    /// The editor is about to show another group. What the user has in hand belongs to the one that it shows
+    /// so far, and ends.
+    void BeforeGroupChange();
+
+    /// The view over the panel that says what this is. The user closes it, or the window's end. Nothing
+    /// happens while it is open, or without a window.
+    void OpenAbout();
+    bool IsAboutOpen() const noexcept;
+
+    /// Shows the state now instead of in the next frame.
+    void ShowPanel();
+
     CXXXDSP& Device() const noexcept { return _piDSP; }
     IDeviceControls& Controls() const noexcept { return _piControls; }
     CDeviceState& State() const noexcept { return _piState; }
@@ -79,9 +97,11 @@ private:
     void BeforePatch(Utils::CTurn& a_piTurn) override;
     /// Brings the state to the widgets. False when they show it already.
     bool CopyPanel(const Utils::CTurn& a_piTurn);
-    /// The same on the window's thread, where another size is shown, too.
-    void ShowPanel();
+    void EndRoutingEdit();
+    /// Lets undo and redo show whether there is a step.
+    void ShowHistory();
     void ShowLamp();
+    void StepAbout();
 
     CXXXDSP& _piDSP;
     IDeviceControls& _piControls;
@@ -90,10 +110,13 @@ private:
     bool _bWindow = false;          // within a turn
     bool _bHeld = false;            // within a turn
     std::uint32_t _nShown = 0;      // the generation that the widgets show; as the widgets
-    std::int32_t _nPanelWidth = 0;  // and its size, in pixels
+    bool _bRoutingEdit = false;     // what it says about that
+    std::int32_t _nPanelWidth = 0;  // and about the size, in pixels
     std::int32_t _nPanelHeight = 0;
-    CVersionCheck _iVersion; // its thread ends before anything above goes
+    std::uint32_t _nShownSteps = 0; // the changes of the history that the widgets show
+    CVersionCheck _iVersion;        // its thread ends before anything above goes
     CMakerPages _iMaker;
+    std::unique_ptr<CAboutView> _piAbout; // while it is open, and after that until the next frame
 };
 
 } // namespace KAV
