@@ -73,11 +73,12 @@ else()
     set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     # Loaded if present: for the clipboard and the description of the screen; for the editor's window, pictures, text,
-    # keys and pointers; for the desktop's dialogs.
+    # keys and pointers; for the desktop's dialogs; for the sound of kavhost.
     set(recommended
         libxcb1 libxcb-randr0 libxcb-shm0 libxcb-xkb1 libxcb-cursor0
         libxkbcommon0 libxkbcommon-x11-0
-        libpng16-16 libpixman-1-0 libfreetype6 libfontconfig1 libdbus-1-3)
+        libpng16-16 libpixman-1-0 libfreetype6 libfontconfig1 libdbus-1-3 libsdl2-2.0-0)
     list(JOIN recommended ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS)
+    set(CPACK_DEBIAN_PACKAGE_SUGGESTS xvfb) # for pictures of editors where there is no display
 endif()
 include(CPack)

@@ -178,6 +178,30 @@ struct ERect {
     std::int16_t right;
 };
 
+/// Where the host's transport is, as `audioMasterGetTime` returns it: valid until the effect's next call.
+struct VstTimeInfo {
+    double samplePos; ///< of the block's first sample
+    double sampleRate;
+    double nanoSeconds;
+    double ppqPos;
+    double tempo;
+    double barStartPos;
+    double cycleStartPos;
+    double cycleEndPos;
+    std::int32_t timeSigNumerator;
+    std::int32_t timeSigDenominator;
+    std::int32_t smpteOffset;
+    std::int32_t smpteFrameRate;
+    std::int32_t samplesToNextClock;
+    std::int32_t flags; ///< `VstTimeInfoFlags`
+};
+
+enum VstTimeInfoFlags : std::int32_t {
+    kVstTransportChanged = 1 << 0,
+    kVstTransportPlaying = 1 << 1,
+    kVstTransportCycleActive = 1 << 2,
+};
+
 /// A key as hosts report it. Not a record of the interface: the call passes its parts as arguments.
 struct VstKeyCode {
     std::int32_t character; ///< 0 for keys without one
@@ -231,6 +255,9 @@ static_assert(offsetof(AEffect, processReplacing) == 120);
 static_assert(offsetof(AEffect, processDoubleReplacing) == 128);
 static_assert(offsetof(AEffect, future) == 136);
 static_assert(sizeof(ERect) == 8);
+static_assert(sizeof(VstTimeInfo) == 88);
+static_assert(offsetof(VstTimeInfo, timeSigNumerator) == 64);
+static_assert(offsetof(VstTimeInfo, flags) == 84);
 static_assert(sizeof(VstSpeakerProperties) == 112);
 static_assert(sizeof(VstSpeakerArrangement) == 904);
 

@@ -1,5 +1,8 @@
 #include "tests/support/golden_picture.h"
 
+#include "platform/picture_target.h"
+#include "tests/support/file_text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -32,6 +35,39 @@ std::string Size(const Pixels::SBitmap& picture) {
 bool Renews() {
     const char* const renews = std::getenv("KAV_RENEW_PICTURES");
     return renews != nullptr && std::string_view(renews) == "1";
+}
+
+/// The smallest rectangle outside of which two pictures of one size are equal; empty if they are.
+Platform::SArea RectangleOfDifferences(const Pixels::SBitmap& a, const Pixels::SBitmap& b) {
+    std::int32_t left = a.width;
+    std::int32_t top = a.height;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+    for (std::int32_t y = 0; y < a.height; ++y) {
+        for (std::int32_t x = 0; x < a.width; ++x) {
+            if (Distance(a, b, x, y) == 0) continue;
+            left = std::min(left, x);
+            top = std::min(top, y);
+            right = std::max(right, x + 1);
+            bottom = std::max(bottom, y + 1);
+        }
+    }
+    if (right <= left) return {};
+    return {left, top, right - left, bottom - top};
+}
+
+/// A part of a picture; transparent where it is as `rest`.
+Pixels::SBitmap CutDifferent(
+    const Pixels::SBitmap& picture, const Pixels::SBitmap& rest, const Platform::SArea& area) {
+    auto part = Pixels::TransparentBitmap(area.width, area.height);
+    for (std::int32_t y = 0; y < area.height; ++y) {
+        for (std::int32_t x = 0; x < area.width; ++x) {
+            if (Distance(picture, rest, area.left + x, area.top + y) == 0) continue;
+            std::copy_n(At(picture, area.left + x, area.top + y), 4,
+                part.bytes.begin() + static_cast<std::ptrdiff_t>(y) * part.stride + 4 * x);
+        }
+    }
+    return part;
 }
 
 } // namespace
@@ -95,8 +131,25 @@ void WritePng(const Pixels::SBitmap& picture, const fs::path& file) {
         throw std::runtime_error("can't write " + file.string() + ": " + image.message);
 }
 
-testing::AssertionResult IsTheCommittedPicture(const Pixels::SBitmap& picture, const std::string& name) {
-    const auto committed = fs::path(KAV_PICTURES) / (name + ".png");
+testing::AssertionResult DiffersAsCommitted(
+    const Pixels::SBitmap& picture, const Pixels::SBitmap& rest, const std::string& name) {
+    if (picture.width != rest.width || picture.height != rest.height)
+        return testing::AssertionFailure() << Size(picture) << " instead of " << Size(rest);
+    const auto area = RectangleOfDifferences(picture, rest);
+    if (area.width == 0) return testing::AssertionFailure() << "there is no difference";
+    auto result = IsTheCommittedPicture(CutDifferent(picture, rest, area), name);
+    const auto place = std::to_string(area.left) + " " + std::to_string(area.top) + "\n";
+    const auto committed = fs::path(KAV_PICTURES) / (name + ".place");
+    if (Renews()) WriteText(committed, place);
+    const auto expected = ReadText(committed);
+    if (expected == place) return result;
+    return testing::AssertionFailure() << "it is at " << place << " instead of " << expected;
+}
+
+namespace {
+
+testing::AssertionResult IsAsCommitted(
+    const Pixels::SBitmap& picture, const fs::path& committed, const std::string& name) {
     if (Renews()) {
         WritePng(picture, committed);
         return testing::AssertionFailure() << "renewed: look at " << committed.string();
@@ -116,6 +169,32 @@ testing::AssertionResult IsTheCommittedPicture(const Pixels::SBitmap& picture, c
     if (picture.width == expected.width && picture.height == expected.height)
         WritePng(DifferenceOf(picture, expected), folder / (name + ".difference.png"));
     return result;
+}
+
+} // namespace
+
+testing::AssertionResult IsTheCommittedPicture(const Pixels::SBitmap& picture, const std::string& name) {
+    return IsAsCommitted(picture, fs::path(KAV_PICTURES) / (name + ".png"), name);
+}
+
+testing::AssertionResult IsTheDocumentedPicture(const Pixels::SBitmap& picture, const std::string& name) {
+    return IsAsCommitted(picture, fs::path(KAV_DOCUMENTED_PICTURES) / (name + ".png"), name);
+}
+
+Pixels::SBitmap CommittedPicture(const std::string& name) {
+    return ReadPng(fs::path(KAV_PICTURES) / (name + ".png"));
+}
+
+std::string CommittedPlace(const std::string& name) {
+    return ReadText(fs::path(KAV_PICTURES) / (name + ".place"));
+}
+
+std::vector<std::string> CommittedPictures(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(fs::path(KAV_PICTURES) / folder)) {
+        if (entry.path().extension() == ".png") names.push_back(entry.path().stem().string());
+    }
+    return names;
 }
 
 } // namespace KAV::Tests

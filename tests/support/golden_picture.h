@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 /// Pictures that are committed in tests/pictures, as what has been looked at and found right.
 namespace KAV::Tests {
@@ -14,6 +15,20 @@ namespace KAV::Tests {
 /// says where. With KAV_RENEW_PICTURES=1 the picture is committed instead. That is a failure too: somebody
 /// has to look at it.
 testing::AssertionResult IsTheCommittedPicture(const Pixels::SBitmap& picture, const std::string& name);
+
+/// The same for an opaque picture that is `rest` but for a rectangle: only that is committed, transparent
+/// where nothing differs, and next to it its place, as NAME.place.
+testing::AssertionResult DiffersAsCommitted(
+    const Pixels::SBitmap& picture, const Pixels::SBitmap& rest, const std::string& name);
+
+/// As IsTheCommittedPicture(), but for docs/pictures/NAME.png.
+testing::AssertionResult IsTheDocumentedPicture(const Pixels::SBitmap& picture, const std::string& name);
+
+// What is committed: tests/pictures/NAME.png, the text of NAME.place, and the names of all pictures in a
+// folder below, without their extension. Throw std::runtime_error.
+Pixels::SBitmap CommittedPicture(const std::string& name);
+std::string CommittedPlace(const std::string& name);
+std::vector<std::string> CommittedPictures(const std::string& folder);
 
 /// Whether two pictures have the same size and the same bytes.
 testing::AssertionResult AreTheSame(const Pixels::SBitmap& actual, const Pixels::SBitmap& expected);

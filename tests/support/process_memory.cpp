@@ -6,6 +6,7 @@
 #include <psapi.h>
 #else
 #include <fstream>
+#include <string>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -61,6 +62,15 @@ std::size_t ResidentBytes() {
 
 std::size_t ReservedBytes() {
     return Bytes(0);
+}
+
+std::size_t AnonymousBytes() {
+    std::ifstream file("/proc/self/smaps_rollup");
+    std::string word;
+    std::size_t kilobytes = 0;
+    while (file >> word && word != "Anonymous:") {}
+    file >> kilobytes;
+    return kilobytes * 1024;
 }
 
 std::optional<std::size_t> PageFaultsOfThisThread() {

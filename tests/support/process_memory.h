@@ -8,6 +8,9 @@ namespace KAV::Tests {
 /// Memory of this process that is in RAM now, in bytes.
 std::size_t ResidentBytes();
 
+/// What of that belongs to this process alone, and isn't the content of a file. Linux only.
+std::size_t AnonymousBytes();
+
 /// Memory that this process has requested, touched or not, in bytes: what it uses if a host locks its memory.
 std::size_t ReservedBytes();
 

@@ -36,6 +36,9 @@ public:
                      ++n) {
                     member.round(n);
                     if (n + 1 == member.rounds) --busy;
+                    // A thread that has done enough leaves the processors to the others: with none to spare,
+                    // it would add work faster than they can do it.
+                    if (n + 1 >= member.rounds) std::this_thread::sleep_for(std::chrono::microseconds(200));
                 }
             });
         }

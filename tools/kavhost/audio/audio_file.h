@@ -24,6 +24,10 @@ public:
     /// the end. Throws CFailure if the file is damaged.
     std::size_t Read(std::span<float> interleaved);
 
+    /// The next call of Read() begins with that frame, or at the end; in a coded file, such as Ogg, up to
+    /// some hundredths of a second beside it. Throws CFailure if that is impossible.
+    void Seek(std::uint64_t frame);
+
 private:
     struct SNative;
     std::unique_ptr<SNative> _native;

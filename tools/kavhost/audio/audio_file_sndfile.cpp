@@ -4,6 +4,7 @@
 #include "tools/kavhost/base/pending_file.h"
 #include "tools/kavhost/base/text.h"
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <sndfile.h>
@@ -155,6 +156,13 @@ std::size_t CAudioReader::Read(std::span<float> interleaved) {
         throw CFailure(_native->name + ": damaged: " + std::string(Trim(sf_strerror(_native->file.get()))));
     }
     return static_cast<std::size_t>(read);
+}
+
+void CAudioReader::Seek(std::uint64_t frame) {
+    const auto place = static_cast<sf_count_t>(std::min(frame, _native->frames));
+    if (sf_seek(_native->file.get(), place, SEEK_SET) == place) return;
+    throw CFailure(_native->name + ": another place in it cannot be found: " +
+                   std::string(Trim(sf_strerror(_native->file.get()))));
 }
 
 struct CAudioWriter::SNative {

@@ -39,6 +39,10 @@ std::size_t CAudioReader::Read(std::span<float> interleaved) {
     return Naming(_native->name, [&] { return _native->reader.Read(interleaved); });
 }
 
+void CAudioReader::Seek(std::uint64_t frame) {
+    Naming(_native->name, [&] { _native->reader.Seek(frame); });
+}
+
 struct CAudioWriter::SNative {
     SNative(
         const std::filesystem::path& target, EContainer container, const SAudioFormat& format, bool dither)

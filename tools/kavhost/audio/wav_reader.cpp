@@ -83,6 +83,7 @@ CWavReader::CWavReader(std::istream& stream) : _stream(stream) {
             if (_sampleBytes == 0) throw CFailure("no format before this WAV file's audio");
             _frames = present / (_sampleBytes * static_cast<std::size_t>(_format.channels));
             _left = _frames;
+            _begin = position;
             return;
         }
         if (Named(chunk.data(), "fmt ")) {
@@ -146,6 +147,15 @@ std::size_t CWavReader::Read(std::span<float> interleaved) {
     }
     _left -= frames;
     return frames;
+}
+
+void CWavReader::Seek(std::uint64_t frame) {
+    frame = std::min(frame, _frames);
+    const auto frameBytes = _sampleBytes * static_cast<std::size_t>(_format.channels);
+    _stream.clear();
+    _stream.seekg(static_cast<std::streamoff>(_begin + frame * frameBytes));
+    if (!_stream) throw CFailure("another place in it cannot be found");
+    _left = _frames - frame;
 }
 
 } // namespace KAV::Host

@@ -25,12 +25,17 @@ public:
     /// the end. Throws CFailure when the system cannot read what is there.
     std::size_t Read(std::span<float> interleaved);
 
+    /// The next call of Read() begins with that frame, or at the end. Throws CFailure when the system cannot
+    /// go there.
+    void Seek(std::uint64_t frame);
+
 private:
     void ReadFormat(std::span<const unsigned char> chunk);
 
     std::istream& _stream;
     SAudioFormat _format;
     std::size_t _sampleBytes = 0;
+    std::uint64_t _begin = 0;  ///< where the first frame is
     std::uint64_t _frames = 0; ///< whole ones that the file really has
     std::uint64_t _left = 0;   ///< of these, not yet read
     std::vector<unsigned char> _bytes;

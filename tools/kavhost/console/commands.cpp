@@ -2,10 +2,13 @@
 
 #include "platform/executable.h"
 #include "platform/library.h"
+#include "tools/kavhost/base/pending_file.h"
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/bench/bench.h"
 #include "tools/kavhost/console/options.h"
 #include "tools/kavhost/content/factory_content.h"
+#include "tools/kavhost/editor/editor_commands.h"
+#include "tools/kavhost/editor/scratch_settings.h"
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/effect/effect_library.h"
 #include "tools/kavhost/effect/state_file.h"
@@ -23,6 +26,7 @@
 #include <algorithm>
 #include <exception>
 #include <span>
+#include <system_error>
 
 namespace KAV::Host {
 
@@ -130,6 +134,63 @@ EExitCode RunRender(const SOptions& options, std::ostream& out, std::ostream& er
     return code;
 }
 
+/// Fails before the user has set anything if the files that are written at the end can't be.
+void CheckEditOutputs(const SOptions& options) {
+    const auto& state = options.savedState;
+    if (!options.output.empty()) {
+        if (std::filesystem::is_directory(options.output) || !options.output.has_filename())
+            throw CUsageError(Utf8(options.output) + ": a folder, not a name for the audio");
+        PlanJobs({options.edit.input}, options.output, options.render);
+        const CPendingFile trial(options.output);
+    } else if (std::error_code error; std::filesystem::equivalent(state, options.edit.input, error)) {
+        throw CUsageError(Utf8(state) + ": would replace an input");
+    }
+    if (!state.empty()) const CPendingFile trial(state);
+}
+
+EExitCode RunEdit(const SOptions& options, std::ostream& out, std::ostream& errors) {
+    const auto& state = options.savedState;
+    CheckEditOutputs(options);
+    const CEffectLibrary library(PluginFile(options));
+    const auto setup = SetupFor(library, options.state, options.settings, options.profile);
+    const auto edited =
+        EditFile(library, setup, options.edit, [&](const std::string& note) { PrintError(errors, note); });
+    if (!state.empty()) {
+        if (edited.state.empty()) throw CFailure(Utf8(state) + ": the effect provides no state");
+        CPendingFile file(state);
+        file.Stream() << edited.state;
+        file.Commit();
+    }
+    if (!edited.failure.empty()) {
+        throw CFailure(
+            edited.failure + (state.empty() ? "" : "; " + Utf8(state) + " has what was set by then"));
+    }
+    if (options.output.empty()) return EExitCode::Done;
+    auto render = options.render;
+    render.state.clear();
+    render.blockSize = options.edit.blockSize;
+    const auto settings = edited.state.empty() ? setup : CSetup::OfState(edited.state, "the effect's state");
+    CRenderer renderer(library, settings, render);
+    const auto jobs = PlanJobs({options.edit.input}, options.output, render);
+    auto code = EExitCode::Done;
+    RenderAll(renderer, jobs, 1, [&](const SOutcome& outcome) {
+        if (outcome.report) return PrintReport(out, *outcome.report);
+        PrintError(errors, outcome.failure);
+        code = EExitCode::Failure;
+    });
+    return code;
+}
+
+void RunShot(const SOptions& options, std::ostream& errors) {
+    const auto& shot = options.shot;
+    if (!EqualIgnoringCase(Utf8(shot.output.extension()), ".png"))
+        throw CUsageError(Utf8(shot.output) + ": only .png is supported");
+    const CScratchSettings scratch;
+    const CEffectLibrary library(PluginFile(options));
+    const auto setup = SetupFor(library, options.state, options.settings, options.profile);
+    ShootEditor(library, setup, shot, [&](const std::string& note) { PrintError(errors, note); });
+}
+
 void RunInspect(const SOptions& options, std::ostream& out) {
     const auto content = ReadPatch(options.patch);
     std::optional<SProfile> profile;
@@ -198,6 +259,12 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         break;
     case ECommand::Render:
         code = RunRender(options, out, errors);
+        break;
+    case ECommand::Edit:
+        code = RunEdit(options, out, errors);
+        break;
+    case ECommand::Shot:
+        RunShot(options, errors);
         break;
     case ECommand::Bench:
         RunBench(options, out);

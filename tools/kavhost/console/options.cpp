@@ -22,6 +22,8 @@ constexpr const char* Footer = "Examples:\n"
                                "  kavhost info\n"
                                "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
                                "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
+                               "  kavhost edit song.wav --render limited.wav\n"
+                               "  kavhost shot -o panel.png\n"
                                "  kavhost bench --vs other.so\n"
                                "  kavhost inspect loud.kvp\n"
                                "  kavhost content install\n"
@@ -60,6 +62,34 @@ constexpr const char* RenderFooter =
     "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
     "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
     "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
+
+constexpr const char* EditFooter =
+    "The file plays through the effect while you set it by ear. Below the editor are the\n"
+    "position, which can be clicked and dragged, and the time. Keys: space plays and pauses,\n"
+    "Left and Right go 5 seconds back and on, Home goes to the beginning, L loops the file,\n"
+    "Escape ends.\n"
+    "\n"
+    "The sound goes to PipeWire, JACK, PulseAudio or ALSA, whichever there is; without any\n"
+    "of them the file plays silently. When the window is closed, --save-state and --render\n"
+    "write what you have set; each file is written whole or not at all.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost edit song.wav --save-state song.state\n"
+    "  kavhost edit song.mp3 --patch loud.kvp --render limited.flac\n"
+    "  kavhost edit film.wav --state film.state --save-state film.state --render out.wav";
+
+constexpr const char* ShotFooter =
+    "The editor opens in a window of its own on the display that DISPLAY names. Without one\n"
+    "kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
+    "\n"
+    "With IN, that file plays silently through the effect, in real time, and the picture\n"
+    "shows the editor at the end of the stretch. Without it the picture is taken when the\n"
+    "editor stands still.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost shot -o panel.png\n"
+    "  kavhost shot song.wav -o busy.png --patch loud.kvp --start 30 --seconds 5\n"
+    "  kavhost shot -o large.png --state film.state --width 1508";
 
 constexpr const char* InspectFooter =
     "A patch stores each value as the effect does. With a profile, the quantity that the\n"
@@ -102,6 +132,9 @@ struct STexts {
     std::string output;
     std::string format;
     std::string otherPlugin;
+    std::string editInput;
+    std::string device;
+    std::string shotInput;
     std::string benchInput;
     std::string content;
     std::string state;
@@ -201,6 +234,13 @@ void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
         .excludes(json);
 }
 
+void AddFormat(CLI::App& command, STexts& texts) {
+    command
+        .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
+        ->type_name("FORMAT");
+    command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
+}
+
 void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
     command.footer(RenderFooter);
@@ -214,10 +254,7 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     AddEffectOptions(command, options, texts);
     AddSaveState(command, texts, "Write the effect's whole state, as at the beginning of the file");
     AddBlock(command, options.render.blockSize);
-    command
-        .add_option("--format", texts.format, "Sample format of the output: 8, 16, 24, 32, float or double")
-        ->type_name("FORMAT");
-    command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
+    AddFormat(command, texts);
     command.add_flag("--no-preroll", texts.noPreroll,
         "Start at once; by default the effect's gains first settle\n"
         "on silence");
@@ -226,6 +263,53 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         "lines up with the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Keep the effect's delay")->excludes(align);
     AddRenderOutputs(command, options, texts);
+}
+
+void AddWidth(CLI::App& command, SOptions& options) {
+    command.add_option("--width", options.state.width, "Width of the editor in pixels; the height follows")
+        ->check(CLI::Range(1, 16384).description(""))
+        ->type_name("1..16384");
+}
+
+void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command =
+        *app.add_subcommand("edit", "Open the effect's editor while a file plays through it (Linux).");
+    command.footer(EditFooter);
+    command.add_option("IN", texts.editInput, "An audio file")->required()->type_name("");
+    AddEffectOptions(command, options, texts);
+    AddSaveState(command, texts, "Write the effect's whole state when the window is closed");
+    command
+        .add_option("--render", texts.output,
+            "Render the whole file then, as kavhost render does: .wav, .flac,\n"
+            ".aif, .aiff or .ogg")
+        ->type_name("OUT");
+    AddWidth(command, options);
+    AddChoice(command, "--device", texts.device, {"default", "none"},
+        "Where the sound goes: to the desktop's device, or nowhere");
+    AddBlock(command, options.edit.blockSize);
+    AddFormat(command, texts);
+}
+
+void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
+    auto& command = *app.add_subcommand("shot", "Write a picture of the effect's editor (Linux).");
+    auto& shot = options.shot;
+    command.footer(ShotFooter);
+    auto* const input =
+        command.add_option("IN", texts.shotInput, "An audio file that plays before")->type_name("");
+    command.add_option("-o,--output", texts.output, "The picture, .png")->required()->type_name("OUT");
+    AddEffectOptions(command, options, texts);
+    AddWidth(command, options);
+    command.add_option("--start", shot.start, "Where in the file to start")
+        ->check(CLI::Range(0.0, 1e6).description(""))
+        ->type_name("S")
+        ->capture_default_str()
+        ->needs(input);
+    command.add_option("--seconds", shot.seconds, "How much of the file plays")
+        ->check(CLI::Range(0.0, 3600.0).description(""))
+        ->type_name("S")
+        ->capture_default_str()
+        ->needs(input);
+    AddBlock(command, shot.blockSize);
 }
 
 void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
@@ -292,10 +376,9 @@ void AddContent(CLI::App& app, STexts& texts) {
 }
 
 void TakeStateTexts(SOptions& options, const STexts& texts) {
-    options.state = {.state = PathOf(texts.state),
-        .patch = PathOf(texts.patch),
-        .routing = PathOf(texts.routing),
-        .simd = {}};
+    options.state.state = PathOf(texts.state);
+    options.state.patch = PathOf(texts.patch);
+    options.state.routing = PathOf(texts.routing);
     if (!texts.simd.empty()) options.state.simd = texts.simd == "on";
     options.savedState = options.render.state = PathOf(texts.savedState);
     std::vector<std::string> first; // settings are applied in this order
@@ -310,6 +393,10 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     options.output = PathOf(texts.output);
     options.patch = PathOf(texts.inspected);
     options.otherPlugin = PathOf(texts.otherPlugin);
+    options.edit.input = PathOf(texts.editInput);
+    options.edit.usesDevice = texts.device != "none";
+    options.shot.input = PathOf(texts.shotInput);
+    options.shot.output = options.output;
     options.bench.input = PathOf(texts.benchInput);
     options.content = PathOf(texts.content);
     TakeStateTexts(options, texts);
@@ -330,6 +417,8 @@ void TakeTexts(SOptions& options, const STexts& texts) {
 ECommand CommandOf(const CLI::App& app) {
     if (app.got_subcommand("info")) return ECommand::Info;
     if (app.got_subcommand("render")) return ECommand::Render;
+    if (app.got_subcommand("edit")) return ECommand::Edit;
+    if (app.got_subcommand("shot")) return ECommand::Shot;
     if (app.got_subcommand("bench")) return ECommand::Bench;
     if (app.got_subcommand("inspect")) return ECommand::Inspect;
     const auto& content = *app.get_subcommand("content");
@@ -345,6 +434,8 @@ void Build(CLI::App& app, SOptions& options, STexts& texts) {
     app.require_subcommand(1);
     AddInfo(app, options, texts);
     AddRender(app, options, texts);
+    AddEdit(app, options, texts);
+    AddShot(app, options, texts);
     AddBench(app, options, texts);
     AddInspect(app, options, texts);
     AddContent(app, texts);

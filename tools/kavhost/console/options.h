@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/kavhost/bench/bench.h"
+#include "tools/kavhost/editor/editor_commands.h"
 #include "tools/kavhost/render/render.h"
 #include "tools/kavhost/setup/setup.h"
 
@@ -11,7 +12,18 @@
 
 namespace KAV::Host {
 
-enum class ECommand { Print, Info, Render, Bench, Inspect, InstallContent, UninstallContent, ListContent };
+enum class ECommand {
+    Print,
+    Info,
+    Render,
+    Edit,
+    Shot,
+    Bench,
+    Inspect,
+    InstallContent,
+    UninstallContent,
+    ListContent
+};
 
 /// A command line, read.
 struct SOptions {
@@ -31,6 +43,9 @@ struct SOptions {
     std::filesystem::path output;
     SRenderOptions render;
     int jobs = 1; ///< files at a time
+
+    SEditOptions edit;
+    SShotOptions shot;
 
     std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings
     std::vector<std::string> otherSettings;

@@ -39,8 +39,8 @@ std::string Channels(int count) {
 
 } // namespace
 
-CEffect::CEffect(const CEffectLibrary& library, const SStream& stream)
-    : _stream(stream), _file(Utf8(library.File().filename())) {
+CEffect::CEffect(const CEffectLibrary& library, const SStream& stream, IEffectHost* host)
+    : _stream(stream), _file(Utf8(library.File().filename())), _host(host) {
     {
         const CEntryScope entry(_stream);
         _effect = library.Entry()(HostCallback);
@@ -54,13 +54,14 @@ CEffect::CEffect(const CEffectLibrary& library, const SStream& stream)
         (_effect->processReplacing == nullptr && _effect->process == nullptr)) {
         throw CFailure(_file + ": not a VST 2 effect: its record lacks a function");
     }
-    RememberEffect(_effect, _stream);
+    RememberEffect(_effect, _stream, _host);
     Dispatch(VST::effOpen);
     Dispatch(VST::effSetSampleRate, 0, 0, nullptr, static_cast<float>(_stream.rateHz));
     Dispatch(VST::effSetBlockSize, 0, _stream.blockSize);
 }
 
 CEffect::~CEffect() {
+    CloseEditor();
     Stop();
     Dispatch(VST::effClose); // the record is gone now
     ForgetEffect(_effect);
@@ -95,6 +96,7 @@ void CEffect::Stop() noexcept {
 }
 
 void CEffect::Process(float** inputs, float** outputs, std::int32_t frames) {
+    const CProcessScope scope(_effect, _stream, _host);
     const bool replaces = (_effect->flags & VST::effFlagsCanReplacing) != 0 || _effect->process == nullptr;
     if (replaces && _effect->processReplacing != nullptr) {
         _effect->processReplacing(_effect, inputs, outputs, frames);
@@ -102,6 +104,25 @@ void CEffect::Process(float** inputs, float** outputs, std::int32_t frames) {
     }
     for (std::int32_t c = 0; c < Outputs(); ++c) std::fill_n(outputs[c], frames, 0.0f); // the older call adds
     _effect->process(_effect, inputs, outputs, frames);
+}
+
+CEffect::SEditorSize CEffect::EditorSize() {
+    VST::ERect* rect = nullptr; // the effect's own
+    Dispatch(VST::effEditGetRect, 0, 0, &rect);
+    if (rect == nullptr) return {};
+    return {rect->right - rect->left, rect->bottom - rect->top};
+}
+
+bool CEffect::OpenEditor(std::uintptr_t parent) {
+    // What it answers differs between effects, but 0 means that there is no window.
+    _editorIsOpen = Dispatch(VST::effEditOpen, 0, 0, reinterpret_cast<void*>(parent)) != 0;
+    return _editorIsOpen;
+}
+
+void CEffect::CloseEditor() noexcept {
+    if (!_editorIsOpen) return;
+    _editorIsOpen = false;
+    Dispatch(VST::effEditClose);
 }
 
 std::string CEffect::Chunk(EChunk kind) const {

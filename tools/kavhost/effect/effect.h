@@ -14,11 +14,13 @@ class CEffectLibrary;
 enum class EChunk { Bank, Program };
 
 /// One instance of an effect, opened for a stream. The library must outlive it.
-/// Threads: the one that made it.
+/// Threads: the one that made it; Process() may be on another one if no other call is made meanwhile but
+/// those of the editor, parameters and chunks.
 class CEffect final {
 public:
     /// Throws CFailure if the library's entry point returns no effect.
-    CEffect(const CEffectLibrary& library, const SStream& stream);
+    /// `host`, which may be null, outlives the effect.
+    CEffect(const CEffectLibrary& library, const SStream& stream, IEffectHost* host = nullptr);
     ~CEffect();
     CEffect(const CEffect&) = delete;
     CEffect& operator=(const CEffect&) = delete;
@@ -32,6 +34,17 @@ public:
     /// Processes `inputs` into `outputs`. Each has as many pointers as the effect has channels; `frames` is
     /// at most the stream's block size. While started.
     void Process(float** inputs, float** outputs, std::int32_t frames);
+
+    bool HasEditor() const noexcept { return (Flags() & VST::effFlagsHasEditor) != 0; }
+    struct SEditorSize {
+        std::int32_t width = 0;
+        std::int32_t height = 0;
+    };
+    SEditorSize EditorSize(); ///< 0 x 0 if it reports none
+    /// In the system's window `parent`; false if the effect refuses.
+    bool OpenEditor(std::uintptr_t parent);
+    void IdleEditor() { Dispatch(VST::effEditIdle); }
+    void CloseEditor() noexcept;
 
     void SetParameter(std::int32_t index, float value) { _effect->setParameter(_effect, index, value); }
     float Parameter(std::int32_t index) const { return _effect->getParameter(_effect, index); }
@@ -71,8 +84,10 @@ private:
 
     SStream _stream;
     std::string _file; ///< for messages
+    IEffectHost* _host;
     VST::AEffect* _effect = nullptr;
     bool _started = false;
+    bool _editorIsOpen = false;
 };
 
 } // namespace KAV::Host

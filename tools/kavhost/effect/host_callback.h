@@ -10,6 +10,17 @@ struct SStream {
     std::int32_t blockSize; ///< most frames of one call
 };
 
+/// What a host with a window and a transport answers in addition. Called on any thread of the effect.
+class IEffectHost {
+public:
+    virtual ~IEffectHost() = default;
+
+    virtual bool ResizeEditor(std::int32_t width, std::int32_t height) noexcept = 0; ///< false: not possible
+    virtual void NoteIoChange() noexcept = 0; ///< delay or channels have changed
+    /// Null without a transport.
+    virtual const VST::VstTimeInfo* Time() noexcept = 0;
+};
+
 /// The host's half of the interface. It never looks into the record that an effect passes: an effect may call
 /// from inside its own entry, with a record that the host has not seen and that need not be complete. Any
 /// thread.
@@ -29,8 +40,19 @@ private:
     const SStream* _outer;
 };
 
-/// From now on calls with that record are answered for `stream`, until it is forgotten. Any thread.
-void RememberEffect(const VST::AEffect* effect, const SStream& stream);
+/// For its life, calls with that record that this thread makes are answered without a lock: the effect is
+/// processing audio.
+class CProcessScope final {
+public:
+    CProcessScope(const VST::AEffect* effect, const SStream& stream, IEffectHost* host) noexcept;
+    ~CProcessScope();
+    CProcessScope(const CProcessScope&) = delete;
+    CProcessScope& operator=(const CProcessScope&) = delete;
+};
+
+/// From now on calls with that record are answered for `stream`, until it is forgotten, and by `host`, which
+/// may be null and lives until then. Any thread.
+void RememberEffect(const VST::AEffect* effect, const SStream& stream, IEffectHost* host = nullptr);
 void ForgetEffect(const VST::AEffect* effect) noexcept;
 
 } // namespace KAV::Host

@@ -19,7 +19,7 @@ constexpr std::int32_t ChannelsThatNeedNoRouting = 2;
 
 } // namespace
 
-CSetup::CSetup(const SStateOptions& options) : _simd(options.simd) {
+CSetup::CSetup(const SStateOptions& options) : _simd(options.simd), _width(options.width) {
     if (!options.state.empty()) {
         _state = ReadFileBytes(options.state);
         _stateFile = Utf8(options.state);
@@ -29,6 +29,13 @@ CSetup::CSetup(const SStateOptions& options) : _simd(options.simd) {
         _routing = ReadRouting(ReadFileBytes(options.routing));
         if (!_routing) throw CFailure(Utf8(options.routing) + ": not a routing");
     }
+}
+
+CSetup CSetup::OfState(std::string state, std::string name) {
+    CSetup setup;
+    setup._state = std::move(state);
+    setup._stateFile = std::move(name);
+    return setup;
 }
 
 void CSetup::Apply(CEffect& effect) const {
@@ -45,15 +52,18 @@ void CSetup::EditState(CEffect& effect) const {
     if (!routing && !_state && effect.Inputs() > ChannelsThatNeedNoRouting) {
         routing = RoutingOfChannels(effect.Inputs());
     }
-    if (!routing && !_simd) return;
+    if (!routing && !_simd && !_width) return;
     auto text = CStateText::Read(effect.Chunk(EChunk::Bank));
     const bool isRouted = text && routing && text->SetRouting(*routing);
     if (_routing && !isRouted) FailWithoutPlace("--routing", effect, "a routing");
     const bool isSwitched = text && _simd && text->SetSimd(*_simd);
     if (_simd && !isSwitched) FailWithoutPlace("--simd", effect, "a switch of vector code");
-    if (!isRouted && !isSwitched) return;
+    const bool hasWidth = text && _width && text->SetWidth(*_width);
+    if (_width && !hasWidth) FailWithoutPlace("--width", effect, "the editor's width");
+    if (!isRouted && !isSwitched && !hasWidth) return;
     if (!effect.SetChunk(text->Bytes(), EChunk::Bank)) {
-        throw CFailure(effect.Name() + " does not accept its own state with another routing or vector code");
+        throw CFailure(
+            effect.Name() + " does not accept its own state with another routing, vector code or width");
     }
 }
 

@@ -17,11 +17,12 @@ struct SStateOptions {
     std::filesystem::path patch;   ///< .kvp or .fxp
     std::filesystem::path routing; ///< .kvt
     std::optional<bool> simd;
+    std::optional<int> width; ///< of the editor
 };
 
 /// What an effect is set to before it runs, in this order: its state, a patch, which channels its first group
-/// takes, vector code, settings. All instances of an effect that do the same work are set up with one of
-/// these.
+/// takes, vector code, the editor's width, settings. All instances of an effect that do the same work are set
+/// up with one of these.
 class CSetup final {
 public:
     CSetup() = default; ///< leaves an effect as it is, except for the channels of its first group
@@ -29,6 +30,9 @@ public:
     /// Reads the files. Throws CFailure for one that cannot be read or is not of its kind, CUsageError for a
     /// patch of an unknown kind.
     explicit CSetup(const SStateOptions& options);
+
+    /// A state as an effect has given it; `name` is for messages.
+    static CSetup OfState(std::string state, std::string name);
 
     /// Settings are applied after everything else; they replace earlier ones.
     void Set(std::vector<SSetting> settings) { _settings = std::move(settings); }
@@ -46,6 +50,7 @@ private:
     std::optional<CPatchFile> _patch;
     std::optional<SRouting> _routing;
     std::optional<bool> _simd;
+    std::optional<int> _width;
     std::vector<SSetting> _settings;
 };
 

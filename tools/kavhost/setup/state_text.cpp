@@ -151,9 +151,17 @@ bool CStateText::SetRouting(const SRouting& routing) {
 }
 
 bool CStateText::SetSimd(bool isOn) {
-    const auto value = ExtractTag(_text, "<simd", ">", "</");
-    if (value.empty()) return false;
-    _text = Replaced(_text, value, isOn ? "1" : "0");
+    return SetElement("<simd", isOn ? "1" : "0");
+}
+
+bool CStateText::SetWidth(int width) {
+    return SetElement("<gui_width", std::to_string(width));
+}
+
+bool CStateText::SetElement(std::string_view name, std::string_view content) {
+    const auto present = ExtractTag(_text, name, ">", "</");
+    if (present.empty()) return false;
+    _text = Replaced(_text, present, content);
     return true;
 }
 

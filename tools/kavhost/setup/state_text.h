@@ -48,11 +48,16 @@ public:
     /// The switch of vector code. False, and nothing has changed, when the text has none.
     bool SetSimd(bool isOn);
 
+    /// The width of the editor in pixels. False, and nothing has changed, when the text has none.
+    bool SetWidth(int width);
+
     /// The state as bytes.
     std::string Bytes() const { return _text + _rest; }
 
 private:
     CStateText(std::string text, std::string rest) : _text(std::move(text)), _rest(std::move(rest)) {}
+
+    bool SetElement(std::string_view name, std::string_view content);
 
     std::string _text;
     std::string _rest; ///< the zero that ends the text, and what follows it

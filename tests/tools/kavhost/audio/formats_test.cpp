@@ -176,3 +176,32 @@ TEST(LevelMeter, HearsNothingInSilence) {
     EXPECT_EQ(levels.samplePeakDbfs, -std::numeric_limits<double>::infinity());
     EXPECT_EQ(levels.loudnessLufs, -std::numeric_limits<double>::infinity());
 }
+
+TEST_F(Formats, AreReadOnFromAnyFrame) {
+    WriteWav(_folder / "in.wav", Noise(2, 50'000, 0.5f));
+    for (const std::string name : {"out.wav", "out.flac", "out.aiff"}) {
+        ASSERT_EQ(Run("in.wav", name).code, 0);
+        const auto whole = Read(name).samples;
+        CAudioReader reader(_folder / name);
+        for (const std::size_t frame : {40'000u, 0u, 12'345u}) {
+            reader.Seek(frame);
+            std::vector<float> read(200);
+            ASSERT_EQ(reader.Read(read), 100u);
+            for (std::size_t i = 0; i < 200; ++i) ASSERT_NEAR(read[i], whole[2 * frame + i], 1e-6) << name;
+        }
+        reader.Seek(1'000'000);
+        std::vector<float> none(2);
+        EXPECT_EQ(reader.Read(none), 0u) << name;
+    }
+}
+
+TEST_F(Formats, ThatAreCodedAreReadOnNearAnyFrame) {
+    WriteWav(_folder / "in.wav", Noise(2, 50'000, 0.5f));
+    ASSERT_EQ(Run("in.wav", "out.ogg").code, 0);
+    CAudioReader reader(_folder / "out.ogg");
+    reader.Seek(40'000);
+    std::vector<float> rest(100'000);
+    EXPECT_NEAR(static_cast<double>(reader.Read(rest)), 10'000.0, 2048.0);
+    reader.Seek(0);
+    EXPECT_EQ(reader.Read(rest), 50'000u);
+}

@@ -3,6 +3,7 @@
 #include "tools/kavhost/audio/wav_writer.h"
 #include "tools/kavhost/base/errors.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -221,4 +222,25 @@ TEST(WavWriter, ReplacesTheSamplesByThoseOfTheFile) {
 TEST(WavWriter, RefusesFormatsThatWavDoesNotHave) {
     std::ostringstream stream;
     EXPECT_THROW(CWavWriter(stream, {48000, 1, ESampleFormat::Coded}, false), CFailure);
+}
+
+TEST(WavReader, ReadsOnFromAnyFrame) {
+    const auto folder = NewFolder();
+    const auto audio = Noise(3, 1000, 0.5f, ESampleFormat::Int24);
+    WriteWav(folder / "in.wav", audio);
+    const auto whole = ReadWav(folder / "in.wav").samples;
+    std::ifstream stream(folder / "in.wav", std::ios::binary);
+    CWavReader reader(stream);
+    for (const std::size_t frame : {700u, 0u, 999u, 1u}) {
+        reader.Seek(frame);
+        std::vector<float> read(3);
+        ASSERT_EQ(reader.Read(read), 1u);
+        for (std::size_t c = 0; c < 3; ++c) EXPECT_EQ(read[c], whole[3 * frame + c]) << frame;
+    }
+    reader.Seek(5000); // beyond the end
+    std::vector<float> none(3);
+    EXPECT_EQ(reader.Read(none), 0u);
+    reader.Seek(990);
+    std::vector<float> rest(300);
+    EXPECT_EQ(reader.Read(rest), 10u);
 }

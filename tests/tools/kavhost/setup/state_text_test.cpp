@@ -187,3 +187,12 @@ TEST(Routing, IsRefusedWithoutEntriesOrWithMarksOfAState) {
     EXPECT_FALSE(ReadRouting(Document("0,-1</map>\r\n<param tag=\"30\" >3</param><map>")));
     EXPECT_FALSE(ReadRouting(Document("0,-1") + "x"));
 }
+
+TEST(StateText, ChangesTheWidthOfTheEditorAlone) {
+    auto state = State(Head + "<gui_width>754</gui_width>\r\n<simd>1</simd>");
+    ASSERT_TRUE(state.SetWidth(1508));
+    EXPECT_EQ(state.Bytes(), Head + "<gui_width>1508</gui_width>\r\n<simd>1</simd>");
+    auto without = State(Head);
+    EXPECT_FALSE(without.SetWidth(1508));
+    EXPECT_EQ(without.Bytes(), Head);
+}
