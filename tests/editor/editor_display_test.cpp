@@ -73,7 +73,7 @@ TEST_F(EditorDisplay, ThatDiesTakesNoProcessWithIt) {
     CEditorHost host(library);
     OpenEditor(host);
     const int idles = host.Idles();
-    kill(windows.Server(), SIGKILL);
+    windows.KillServer();
     EXPECT_TRUE(Until([&] { return host.Idles() > idles + 10; }));
     EXPECT_FALSE(host.Chunk().empty());
     host.Close();

@@ -14,6 +14,9 @@ namespace KAV::Tests {
 /// The delivered library, a display, and a host with a window for an editor on it.
 class CEditorFixture : public testing::Test {
 protected:
+    explicit CEditorFixture(const CXTestHost::SOptions& options = {.width = 800, .height = 600})
+        : windows(options) {}
+
     struct SPoint {
         std::int32_t x = 0;
         std::int32_t y = 0;
@@ -73,7 +76,7 @@ protected:
         return PopUps();
     }
 
-    CXTestHost windows{CXTestHost::SOptions{.width = 800, .height = 600}};
+    CXTestHost windows;
     CLoadedLibrary library;
 };
 

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <spawn.h>
@@ -23,13 +24,19 @@ using EditorProcess = CEditorFixture;
 /// The guest program, which opens an editor in a window of the test.
 class CGuest final {
 public:
-    CGuest(xcb_window_t parent, const std::string& mode) {
+    /// What it prints goes to `output`, if there is one.
+    CGuest(xcb_window_t parent, const std::string& mode, const std::string& output = {}) {
+        posix_spawn_file_actions_t actions{};
+        posix_spawn_file_actions_init(&actions);
+        if (!output.empty())
+            posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         const std::string window = std::to_string(parent);
         const char* const arguments[] = {
             KAV_EDITOR_GUEST, KAV_PLUGIN_PATH, window.c_str(), mode.c_str(), nullptr};
-        EXPECT_EQ(posix_spawn(&_process, KAV_EDITOR_GUEST, nullptr, nullptr,
+        EXPECT_EQ(posix_spawn(&_process, KAV_EDITOR_GUEST, &actions, nullptr,
                       const_cast<char* const*>(arguments), environ),
             0);
+        posix_spawn_file_actions_destroy(&actions);
     }
     ~CGuest() {
         if (!_hasEnded) Kill();
@@ -126,6 +133,31 @@ TEST_F(EditorProcess, MayBeKilledWhileAnotherOneHasAnEditor) {
     windows.Release(1);
     EXPECT_TRUE(Until([&] { return host.Count(VST::audioMasterEndEdit) == 1; }));
 }
+
+#if !defined(KAV_SANITIZED) // a sanitizer has memory of its own
+TEST_F(EditorProcess, TakesLittleMemoryAndGivesBackAllButThePicturesThatItKeeps) {
+    constexpr std::ptrdiff_t mega = 1 << 20;
+    const auto output = ScratchFolder() / "memory.txt";
+    CGuest guest(windows.Parent(), "memory", output.string());
+    EXPECT_TRUE(Until([&] { return windows.Editor() != 0 || guest.HasEnded(); }));
+    ASSERT_TRUE(ShowsAPicture(windows.Editor()));
+    guest.AskToEnd();
+    ASSERT_TRUE(Until([&] { return guest.HasEnded(); }));
+    EXPECT_EQ(guest.Result(), 0);
+    std::ptrdiff_t open = 0;
+    std::ptrdiff_t openOwn = 0;
+    std::ptrdiff_t closed = 0;
+    std::ptrdiff_t closedOwn = 0;
+    ASSERT_TRUE(std::ifstream(output) >> open >> openOwn >> closed >> closedOwn);
+    EXPECT_GT(openOwn, 8 * mega) << "a picture was shown";
+    EXPECT_LE(open, 25 * mega);
+    constexpr std::ptrdiff_t rounding = mega; // each kept picture has whole pages, and heaps grow in steps
+    EXPECT_LE(closedOwn, 12 * mega + rounding);
+    // The rest is the code of the system's libraries, which all processes share. The stored pictures have
+    // left.
+    EXPECT_LE(closed - closedOwn, 3 * mega);
+}
+#endif
 
 TEST_F(EditorProcess, LogsWhichLibraryIsMissing) {
     constexpr int didNotOpen = 3;
