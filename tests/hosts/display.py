@@ -11,8 +11,8 @@ import time
 
 from support import start_program, stop_program, wait_for
 
-LEFT, WHEEL_UP = 1, 4
-KEYS = {"space": 0x20}
+LEFT, RIGHT, WHEEL_UP = 1, 3, 4
+KEYS = {"space": 0x20, "Return": 0xFF0D, "Control": 0xFFE3}  # a letter's name is the letter
 WIDTH, HEIGHT = 1920, 1200
 
 # Numbers of requests, attributes and events, as the protocol defines them.
@@ -225,8 +225,15 @@ class Display:
         time.sleep(0.1)
         self.client.fake(BUTTON_RELEASE, LEFT)
 
-    def type_key(self, name):
-        code = self.client.key_code(KEYS[name])
-        self.client.fake(KEY_PRESS, code)
-        time.sleep(0.03)
-        self.client.fake(KEY_RELEASE, code)
+    def type_key(self, name, held=()):
+        codes = [self.client.key_code(KEYS[key] if key in KEYS else ord(key)) for key in (*held, name)]
+        for code in codes:
+            self.client.fake(KEY_PRESS, code)
+            time.sleep(0.03)
+        for code in reversed(codes):
+            self.client.fake(KEY_RELEASE, code)
+            time.sleep(0.03)
+
+    def type_text(self, letters):
+        for letter in letters:
+            self.type_key(letter)
