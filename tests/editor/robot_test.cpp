@@ -317,6 +317,28 @@ TEST_F(Robot, SavesAPatchAndLoadsItAgain) {
     EXPECT_TRUE(HasValue(33, 1.0));
 }
 
+TEST_F(Robot, StepsThroughPatchesAndChoosesFromTheirList) {
+    Click("ToolBtnSave");
+    AnswerList({XKB_KEY_o, XKB_KEY_n, XKB_KEY_e, XKB_KEY_Return});
+    Still();
+    Drag(MiddleOf("Threshold"), 0, 60);
+    windows.Release(1);
+    Heard();
+    const double dragged = Value(33);
+    Click("ToolBtnSave");
+    AnswerList({XKB_KEY_t, XKB_KEY_w, XKB_KEY_o, XKB_KEY_Return});
+    Still();
+    Click("ToolBtnPrev");
+    EXPECT_TRUE(HasValue(33, 1.0));
+    Click("ToolBtnNext");
+    EXPECT_TRUE(HasValue(33, dragged));
+    Click("ToolPatch");
+    AwaitPopUp();
+    Type({XKB_KEY_Home, XKB_KEY_Return});
+    EXPECT_TRUE(HasValue(33, 1.0));
+    EXPECT_TRUE(Until([this] { return InState("<patch_name>") == "one"; })) << InState("<patch_name>");
+}
+
 TEST_F(Robot, UndoesAndRedoesByButtonAndKey) {
     Drag(MiddleOf("Threshold"), 0, 60);
     windows.Release(1);
@@ -369,6 +391,20 @@ TEST_F(Robot, ReadsTheVersionAndReturns) {
     windows.Click(1);
     MoveTo({1, 1});
     EXPECT_TRUE(Until([&] { return Still() == before; }));
+}
+
+TEST_F(Robot, SwitchesTheVectorCodeInTheAboutView) {
+    MoveTo({1, 1});
+    const auto before = Still();
+    const auto simd = InState("<simd>");
+    Click("ToolAbout");
+    AwaitPopUp();
+    Type({XKB_KEY_End, XKB_KEY_Return});
+    EXPECT_TRUE(Until([this] { return PopUps().empty(); }));
+    EXPECT_TRUE(Until([&] { return Shown() != before; }));
+    MoveTo({715, 133}); // the lower of the two switches at the right edge
+    windows.Click(1);
+    EXPECT_TRUE(Until([&] { return InState("<simd>") != simd; }));
 }
 
 // Macros
