@@ -17,7 +17,7 @@ struct SSettingChoice {
 };
 
 /// A setting that the menu offers to change: its choices in the order of the menu, and where its value is. A
-/// value that isn't among the choices, from a patch for instance, is nobody's choice.
+/// value that isn't among the choices, from a patch for instance, matches no choice.
 struct SSetting {
     std::span<const SSettingChoice> sChoices;
     double (*pGet)(CXXXGUI&);

@@ -23,7 +23,7 @@ public:
     void Tick(std::uint32_t a_nTimeMs);
     /// Animations go on by `a_nMs`; a picture is drawn if one is asked for. An error drops it.
     void Render(std::uint32_t a_nMs) { Render(a_nMs, true); }
-    /// Draws a picture of now for whoever reads it back from the renderer: the window keeps the last one.
+    /// Draws the present picture to be read back from the renderer. The window keeps the last one.
     void RenderUnseen() { Render(0, false); }
     /// An error of an event: the log has it, and the user sees a box, each text once until ForgetErrors().
     void Report(std::u16string_view a_sText);

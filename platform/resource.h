@@ -12,8 +12,8 @@ namespace KAV::Platform {
 /// none yet. Any thread.
 std::span<const std::uint8_t> Resource(std::string_view name) noexcept;
 
-/// The pages that lie wholly in these bytes of a resource leave this process's memory. Whoever touches them
-/// next, now or later, reads them again from the library's file, or from the system's memory of it. Any
+/// The pages that lie wholly in these bytes of a resource leave this process's memory. The next read,
+/// now or later, fetches them again from the library's file, or from the system's memory of it. Any
 /// thread.
 void RestResource(std::span<const std::uint8_t> bytes) noexcept;
 /// The same for all resources, and the pages that two of them share.

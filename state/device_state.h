@@ -65,8 +65,8 @@ public:
     // or not yet: the answer to a question may still be to come.
     void SelectPatch(std::int32_t index, bool force); ///< as CPatchSaveLoad
     /// The user's choice from the list. The list may have changed since the user saw `name` at `index`. If
-    /// the entry is no longer there, or its file can't be taken, the patch stays the one it was; whoever
-    /// shows the choice already finds a new generation and goes back.
+    /// the entry is no longer there, or its file can't be taken, the patch stays the one it was. The
+    /// generation changes all the same, so that a widget which shows the choice already goes back.
     void ChoosePatch(std::int32_t index, std::u16string name);
     bool SavePatch(std::u16string_view path, std::uint32_t flags);
     /// The present state becomes what new instances start with. Replaces an older such file without a

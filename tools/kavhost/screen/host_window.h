@@ -48,7 +48,7 @@ public:
     std::uintptr_t EditorParent() const noexcept;
     void Show();
     void Resize(const SSize& editor, std::int32_t stripHeight);
-    /// So that it lights nothing up; for displays that nobody else uses.
+    /// So that it lights nothing up; for displays without other users.
     void MovePointerAway();
 
     /// Waits until something may have happened, at most that long.
