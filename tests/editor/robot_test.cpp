@@ -4,11 +4,15 @@
 #include "tests/editor/editor_fixture.h"
 
 #include "platform/folders.h"
+#include "platform/settings_store.h"
 #include "tests/support/file_text.h"
+#include "utils/maker_service.h"
+#include "utils/text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -114,6 +118,16 @@ protected:
     }
     /// A switch tells the old state within an edit, too.
     std::string PressOf(std::string_view parameter) { return EditOf(parameter) + " " + EditOf(parameter); }
+    /// By the menu's last entry.
+    void OpenAbout() {
+        MoveTo({1, 1});
+        const auto before = Still();
+        Click("ToolAbout");
+        AwaitPopUp();
+        Type({XKB_KEY_End, XKB_KEY_Return});
+        EXPECT_TRUE(Until([this] { return PopUps().empty(); }));
+        EXPECT_TRUE(Until([&] { return Shown() != before; })); // the mark in the view pulses for ever
+    }
     /// What the state has between these; empty if it isn't there.
     std::string InState(const std::string& before, const std::string& after = "<") {
         const auto chunk = effect->Chunk();
@@ -382,11 +396,7 @@ TEST_F(Robot, ConnectsTheGroupsInParallelByTheMenu) {
 TEST_F(Robot, ReadsTheVersionAndReturns) {
     MoveTo({1, 1});
     const auto before = Still();
-    Click("ToolAbout");
-    AwaitPopUp();
-    Type({XKB_KEY_End, XKB_KEY_Return});
-    EXPECT_TRUE(Until([this] { return PopUps().empty(); }));
-    EXPECT_TRUE(Until([&] { return Shown() != before; })); // the mark in the view pulses for ever
+    OpenAbout();
     MoveTo({static_cast<std::int32_t>(0.586 * 754), static_cast<std::int32_t>(0.92 * 553)}); // "OK"
     windows.Click(1);
     MoveTo({1, 1});
@@ -394,17 +404,60 @@ TEST_F(Robot, ReadsTheVersionAndReturns) {
 }
 
 TEST_F(Robot, SwitchesTheVectorCodeInTheAboutView) {
-    MoveTo({1, 1});
-    const auto before = Still();
     const auto simd = InState("<simd>");
-    Click("ToolAbout");
-    AwaitPopUp();
-    Type({XKB_KEY_End, XKB_KEY_Return});
-    EXPECT_TRUE(Until([this] { return PopUps().empty(); }));
-    EXPECT_TRUE(Until([&] { return Shown() != before; }));
+    OpenAbout();
     MoveTo({715, 133}); // the lower of the two switches at the right edge
     windows.Click(1);
     EXPECT_TRUE(Until([&] { return InState("<simd>") != simd; }));
+}
+
+TEST_F(Robot, TriesAnotherRendererInTheAboutView) {
+    OpenAbout();
+    const auto shownSwitch = [this] { return windows.Pixels(editor, 685, 17, 58, 56); };
+    MoveTo({715, 45}); // the upper switch
+    Until([this, idles = effect->Idles()] { return effect->Idles() > idles + 60; });
+    const auto before = shownSwitch();
+    const auto stored = [](const void* number = nullptr) -> std::uint32_t {
+        constexpr auto root = Platform::ESettingsRoot::CurrentUser;
+        constexpr const char* key = "Software/Kavelin/KAV Sorrel Limiter";
+        if (number != nullptr) Platform::WriteSetting(root, key, "GFX", number, sizeof(std::uint32_t));
+        const auto bytes = Platform::ReadSetting(root, key, "GFX");
+        std::uint32_t read = ~0u;
+        if (bytes.size == sizeof(read)) std::memcpy(&read, bytes.data.get(), sizeof(read));
+        return read;
+    };
+    const std::uint32_t direct2D = 3;
+    ASSERT_EQ(stored(&direct2D), direct2D);
+    windows.Click(1); // a click alone leaves it
+    Until([this, idles = effect->Idles()] { return effect->Idles() > idles + 12; });
+    EXPECT_EQ(stored(), direct2D);
+    windows.Click(4); // the next one is OpenGL, without which the software renderer draws
+    EXPECT_TRUE(Until([&] { return stored() == 0; })) << stored();
+    EXPECT_TRUE(Until([&] { return shownSwitch() == before; })) << "the switch shows what draws";
+    EXPECT_TRUE(PopUps().empty());
+}
+
+TEST_F(Robot, PressesTheMarkWhichOpensTheMakersSiteIfThisBuildHasOne) {
+    const auto folder = Documents() / "browser";
+    const auto said = folder / "said";
+    WriteText(folder / "xdg-open", "#!/bin/sh\necho \"$1\" >'" + said.string() + ".new'\nmv '" +
+                                       said.string() + ".new' '" + said.string() + "'\n");
+    fs::permissions(folder / "xdg-open", fs::perms::owner_all);
+    fs::remove(said);
+    const std::string before = std::getenv("PATH");
+    setenv("PATH", (folder.string() + ":" + before).c_str(), 1);
+    OpenAbout();
+    const auto mark = [this] { return windows.Pixels(editor, 320, 17, 114, 74); };
+    MoveTo({377, 54});
+    windows.Click(1);
+    if (const auto site = Utils::ToUtf8(Utils::SiteAddress(Utils::ConfiguredService())); !site.empty()) {
+        EXPECT_TRUE(Until([&] { return fs::exists(said); }));
+        EXPECT_EQ(ReadText(said), site + "\n");
+    }
+    const auto bright = mark();
+    EXPECT_TRUE(Until([&] { return mark() != bright; })) << "the mark pulses on";
+    EXPECT_EQ(fs::exists(said), !Utils::SiteAddress(Utils::ConfiguredService()).empty());
+    setenv("PATH", before.c_str(), 1);
 }
 
 // Macros
