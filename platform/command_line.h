@@ -9,4 +9,7 @@ namespace KAV::Platform {
 /// `main`, which some systems fill without all characters.
 std::vector<std::string> CommandLine(int count, char** values);
 
+/// Whether names with wildcards reach a program as the files that they stand for.
+bool ShellExpandsWildcards() noexcept;
+
 } // namespace KAV::Platform

@@ -17,4 +17,8 @@ std::vector<std::string> CommandLine(int, char**) {
     return arguments;
 }
 
+bool ShellExpandsWildcards() noexcept {
+    return false;
+}
+
 } // namespace KAV::Platform

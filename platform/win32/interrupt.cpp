@@ -7,12 +7,26 @@ namespace KAV::Platform {
 
 namespace {
 
-std::atomic<bool> interrupted{false};
+std::atomic<EInterrupt> interrupt{EInterrupt::None};
+
+EInterrupt KindOf(DWORD event) noexcept {
+    switch (event) {
+    case CTRL_C_EVENT:
+    case CTRL_BREAK_EVENT:
+        return EInterrupt::User;
+    case CTRL_CLOSE_EVENT:
+        return EInterrupt::HangUp;
+    default:
+        return EInterrupt::Termination;
+    }
+}
 
 BOOL WINAPI NoteInterrupt(DWORD event) { // called on a thread of the system
-    if (interrupted.exchange(true)) return FALSE;
+    const auto kind = KindOf(event);
+    auto none = EInterrupt::None;
+    if (!interrupt.compare_exchange_strong(none, kind)) return FALSE;
     // The process ends when the handler of these events returns, so this pause lets the program clean up.
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(4000);
+    if (kind != EInterrupt::User) Sleep(4000);
     return TRUE;
 }
 
@@ -23,7 +37,16 @@ void WatchInterrupt() noexcept {
 }
 
 bool Interrupted() noexcept {
-    return interrupted.load(std::memory_order_relaxed);
+    return InterruptKind() != EInterrupt::None;
+}
+
+EInterrupt InterruptKind() noexcept {
+    return interrupt.load(std::memory_order_relaxed);
+}
+
+void Interrupt(EInterrupt kind) noexcept {
+    auto none = EInterrupt::None;
+    interrupt.compare_exchange_strong(none, kind);
 }
 
 } // namespace KAV::Platform
