@@ -1,14 +1,15 @@
 #pragma once
 
 #include "tools/kavhost/audio/sample_format.h"
+#include "tools/kavhost/base/pending_file.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <span>
 
-/// Audio files, as the libraries of this build read and write them: all common formats with libsndfile,
-/// otherwise only WAV.
+/// Audio files in all common formats, as libsndfile reads and writes them. Channels are always in the order
+/// of WAV files, whatever that of the container.
 namespace KAV::Host {
 
 class CAudioReader final {
@@ -46,10 +47,16 @@ public:
     /// and clip. A lossy coder's own loss is not included. Throws CFailure if the disk is full.
     void Write(std::span<float> interleaved);
 
-    /// Completes the file and renames it to its name. The last call.
-    void Commit();
+    /// Completes the file under the name that it has until Commit(), and returns that. Nothing is written
+    /// after that.
+    const std::filesystem::path& Complete();
 
-    std::uint64_t Clipped() const noexcept; ///< samples that did not fit the format, so far
+    /// Completes the file and renames it to its name. The last call. Throws as CPendingFile::Commit() does.
+    void Commit(EExisting existing = EExisting::Replaced);
+
+    std::uint64_t
+    Clipped() const noexcept; ///< samples that did not fit the format, as CQuantiser counts them
+    double ClippedBySteps() const noexcept;
 
 private:
     struct SNative;

@@ -1,5 +1,6 @@
 #include "tools/kavhost/audio/quantiser.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace KAV::Host {
@@ -17,9 +18,12 @@ std::int32_t CQuantiser::Quantise(float sample) noexcept {
     double steps = std::floor(static_cast<double>(sample) * _scale + noise + 0.5);
     if (std::isnan(steps)) return 0;
     if (steps < -_scale || steps > _scale - 1) {
-        // Full scale itself is one step above the highest number, and dither may add one. That doesn't count
-        // as clipping.
-        if (std::fabs(static_cast<double>(sample)) > 1.0 + 1.0 / _scale) ++_clipped;
+        const double exact = static_cast<double>(sample) * _scale; // dither alone clips nothing
+        const double beyond = exact < 0 ? -_scale - exact : exact - (_scale - 1);
+        if (beyond > 1) {
+            ++_clipped;
+            _clippedBy = std::max(_clippedBy, beyond);
+        }
         steps = steps < 0 ? -_scale : _scale - 1;
     }
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(steps)) << _shift);

@@ -19,13 +19,17 @@ public:
     void Quantise(std::span<const float> samples, std::span<std::int32_t> results) noexcept;
     std::int32_t Quantise(float sample) noexcept;
 
-    std::uint64_t Clipped() const noexcept { return _clipped; } ///< samples beyond full scale, so far
+    /// Samples so far that lay more than a step beyond the format's range. Full scale itself is one step
+    /// above the highest number.
+    std::uint64_t Clipped() const noexcept { return _clipped; }
+    double ClippedBySteps() const noexcept { return _clippedBy; } ///< how far the farthest of them did
 
 private:
     int _shift;    ///< from the format's lowest bit to 32 bits' lowest
     double _scale; ///< steps from 0 to full scale
     bool _dither;
     std::uint64_t _clipped = 0;
+    double _clippedBy = 0;
     CRandom _random;
 };
 

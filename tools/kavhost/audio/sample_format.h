@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -24,6 +25,13 @@ struct SAudioFormat {
     int rateHz = 0;
     int channels = 0;
     ESampleFormat samples = ESampleFormat::Float32;
+
+    /// The speakers of the channels, a bit each as in speaker_layout.h; nothing if the file doesn't say. A
+    /// file that says 0 leaves its speakers unspecified on purpose.
+    std::optional<std::uint32_t> mask{};
+
+    /// The mask is what the container defines for this many channels, and not written in the file.
+    bool isMaskDefined = false;
 };
 
 /// Bits of a whole-number format; 0 for all others.

@@ -1,6 +1,7 @@
 #include "tools/kavhost/audio/wav_reader.h"
 
 #include "tools/kavhost/audio/quantiser.h"
+#include "tools/kavhost/audio/stored_mask.h"
 #include "tools/kavhost/base/errors.h"
 
 #include <algorithm>
@@ -132,6 +133,7 @@ void CWavReader::ReadFormat(std::span<const unsigned char> chunk) {
     if (frameBytes != _sampleBytes * static_cast<std::size_t>(channels)) {
         throw CFailure("a damaged WAV file: its frame size does not fit its channels");
     }
+    _format.mask = MaskInWavFormat(chunk);
     _format.channels = channels;
     _format.rateHz = static_cast<int>(rate);
 }

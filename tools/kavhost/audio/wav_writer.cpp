@@ -63,7 +63,7 @@ void CWavWriter::PutSample(float& sample) {
 
 void CWavWriter::PutHeader() {
     const bool isInteger = _quantiser.has_value();
-    const bool extensible = _format.channels > 2 || (isInteger && _sampleBytes > 2);
+    const bool extensible = _format.mask.has_value();
     const std::uint64_t tag = isInteger ? 1 : 3;
     const auto channels = static_cast<std::uint64_t>(_format.channels);
     const auto rate = static_cast<std::uint64_t>(_format.rateHz);
@@ -85,7 +85,7 @@ void CWavWriter::PutHeader() {
     if (counted) Put(extensible ? 22 : 0, 2); // bytes of the header that follow
     if (extensible) {
         Put(sampleBytes * 8, 2);
-        Put(channels == 1 ? 4 : channels == 2 ? 3 : 0, 4); // speakers: centre; left and right; unspecified
+        Put(*_format.mask, 4);
         Put(tag, 2);
         _bytes.append(CodingTail);
     }

@@ -11,8 +11,7 @@
 
 namespace KAV::Host {
 
-/// Writes a WAV file. The header is extensible where the plain one leaves the meaning open: above two
-/// channels, or above 16 bits of whole numbers.
+/// Writes a WAV file. The header is extensible if there is a speaker mask, which the plain one can't hold.
 class CWavWriter final {
 public:
     /// `stream` is binary, empty, can seek, and outlives the writer; the caller looks after its errors.
@@ -27,6 +26,7 @@ public:
     void Finish();
 
     std::uint64_t Clipped() const noexcept { return _quantiser ? _quantiser->Clipped() : 0; }
+    double ClippedBySteps() const noexcept { return _quantiser ? _quantiser->ClippedBySteps() : 0; }
 
 private:
     void Put(std::uint64_t value, int bytes);

@@ -29,10 +29,18 @@ decltype(auto) Naming(const std::string& name, OPERATION&& operation) {
     }
 }
 
-/// The user interrupted the program.
+/// The user interrupted the program, or the system asked it to end.
 class CInterruption final : public std::runtime_error {
 public:
     CInterruption() : std::runtime_error("interrupted") {}
+    /// `detail` says what was done by then.
+    explicit CInterruption(const std::string& detail) : std::runtime_error("interrupted: " + detail) {}
+};
+
+/// There is nothing to do: the result exists, and the user wants it to stay as it is.
+class CSkipped final : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
 };
 
 /// The exit codes of the process.
@@ -40,7 +48,10 @@ enum class EExitCode {
     Done = 0,
     Failure = 1,
     Usage = 2,
-    Interrupted = 130, ///< as a shell reports a program that Ctrl-C ended
+    HungUp = 129, ///< these four as a shell reports a program that the signal ended
+    Interrupted = 130,
+    ClosedPipe = 141,
+    Terminated = 143,
 };
 
 } // namespace KAV::Host

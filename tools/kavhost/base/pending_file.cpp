@@ -1,20 +1,26 @@
 #include "tools/kavhost/base/pending_file.h"
 
+#include "platform/interrupt.h"
+#include "platform/standard_streams.h"
+#include "platform/temporary_file.h"
 #include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/scratch_folder.h"
 #include "tools/kavhost/base/text.h"
 
-#include <array>
 #include <cerrno>
-#include <charconv>
-#include <random>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace KAV::Host {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+bool IsStandardOutput(const fs::path& target) {
+    return target == "-";
+}
 
 fs::path Resolved(const fs::path& target) {
     std::error_code error;
@@ -25,18 +31,6 @@ fs::path Resolved(const fs::path& target) {
     return target;
 }
 
-fs::path UnusedNameBeside(const fs::path& target) {
-    std::random_device random;
-    for (;;) {
-        std::array<char, 16> digits{};
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), random(), 16).ptr;
-        std::string hidden(".");
-        hidden.append(Utf8(target.filename())).append(".").append(digits.data(), end);
-        auto name = target.parent_path() / PathOf(hidden);
-        if (!fs::exists(name)) return name;
-    }
-}
-
 /// The reason of the last call that failed, for the line that the user sees.
 std::string LastReason() {
     const int number = errno;
@@ -45,39 +39,77 @@ std::string LastReason() {
 
 } // namespace
 
-CPendingFile::CPendingFile(const fs::path& target) : _target(Resolved(target)) {
-    _temporary = UnusedNameBeside(_target);
+CPendingFile::CPendingFile(const fs::path& target)
+    : _target(IsStandardOutput(target) ? target : Resolved(target)),
+      _name(IsStandardOutput(target) ? "standard output" : Utf8(target)) {
+    std::error_code error;
+    const bool replaces = !IsStandardOutput(target) && fs::exists(_target, error);
+    if (replaces && Platform::IsWriteProtected(_target)) throw CFailure(_name + ": is write-protected");
+    const auto folder = IsStandardOutput(target) ? ScratchFolder() : _target.parent_path();
+    _temporary = Platform::CTemporaryFile::Create(folder, replaces || IsStandardOutput(target), error);
+    if (_temporary == nullptr) throw CFailure(_name + ": cannot be written: " + error.message());
+    if (replaces && !_temporary->TakeOwnerAndMode(_target))
+        throw CFailure(_name + ": cannot be replaced: it would not keep its owner, group and permissions");
     errno = 0;
-    _stream.open(_temporary, std::ios::binary | std::ios::out | std::ios::trunc);
+    // For reading, too: formats complete their headers at the end.
+    _stream.open(_temporary->Name(), std::ios::binary | std::ios::in | std::ios::out | std::ios::trunc);
     if (!_stream) {
         const auto reason = LastReason();
-        throw CFailure(Utf8(target) + ": cannot be written" + reason);
+        throw CFailure(_name + ": cannot be written" + reason);
     }
     errno = 0;
 }
 
 CPendingFile::~CPendingFile() {
-    if (_temporary.empty()) return;
     _stream.close(); // or Windows would keep the file
-    std::error_code ignored;
-    fs::remove(_temporary, ignored);
+}
+
+const fs::path& CPendingFile::Temporary() const noexcept {
+    return _temporary->Name();
 }
 
 void CPendingFile::Check() {
     if (_stream.good()) return;
     const auto reason = LastReason();
-    throw CFailure(Utf8(_target) + ": cannot be written" + reason);
+    throw CFailure(_name + ": cannot be written" + reason);
 }
 
-void CPendingFile::Commit() {
+void CPendingFile::Commit(EExisting existing) {
     Check();
     errno = 0;
     _stream.close();
     Check();
-    std::error_code error;
-    fs::rename(_temporary, _target, error);
-    if (error) throw CFailure(Utf8(_target) + ": cannot be written: " + error.message());
-    _temporary.clear();
+    if (IsStandardOutput(_target)) {
+        Print();
+    } else if (const auto error = _temporary->MoveTo(_target, existing == EExisting::Replaced)) {
+        throw CFailure(_name + ": cannot be written: " + error.message());
+    }
+    _temporary.reset();
+}
+
+void CPendingFile::Print() {
+    std::ifstream complete(_temporary->Name(), std::ios::binary);
+    std::vector<char> piece(std::size_t{1} << 20);
+    for (;;) {
+        complete.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+        const auto bytes = std::span(piece).first(static_cast<std::size_t>(complete.gcount()));
+        if (bytes.empty() && complete.eof()) return;
+        if (bytes.empty()) throw CFailure(_name + ": its temporary file cannot be read");
+        if (Platform::WriteStandard(Platform::EStandardStream::Output, bytes) == bytes.size()) continue;
+        const auto reason = LastReason();
+        if (Platform::Interrupted()) throw CInterruption();
+        throw CFailure(_name + " cannot be written" + reason);
+    }
+}
+
+void RemoveAbandonedBeside(const fs::path& target) {
+    if (target.empty()) return;
+    try {
+        Platform::RemoveAbandonedFiles(
+            IsStandardOutput(target) ? ScratchFolder() : Resolved(target).parent_path());
+    } catch (const CFailure&) { // what is wrong with the name is said when it is used
+        return;
+    }
 }
 
 } // namespace KAV::Host

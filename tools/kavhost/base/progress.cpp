@@ -1,39 +1,98 @@
 #include "tools/kavhost/base/progress.h"
 
 #include "platform/terminal.h"
+#include "tools/kavhost/base/text.h"
 
 #include <algorithm>
-#include <boost/timer/progress_display.hpp>
 #include <iostream>
+#include <string_view>
 
 namespace KAV::Host {
 
-struct CProgress::SBar {
-    SBar(const std::string& title, std::uint64_t frames)
-        : total(frames), display(Steps, std::cerr, title + "\n") {}
+namespace {
 
-    static constexpr unsigned long Steps = 1000; // the display's own count has 32 bits on some systems
+constexpr int WidestBar = 40;
+constexpr int FewestColumns = 20; // below, a bar would say nothing
+constexpr int PercentWidth = 8;   // "100% [" in front of the bar, "] " after it
 
-    std::uint64_t total;
-    std::uint64_t done = 0;
-    boost::timer::progress_display display;
+/// A text and the columns that a terminal needs for it.
+struct SFitted {
+    std::string text;
+    int columns = 0;
 };
 
-CProgress::CProgress(const std::string& title, std::uint64_t total) {
-    if (total > 0 && Platform::ErrorStreamIsTerminal()) _bar = std::make_unique<SBar>(title, total);
+/// As much of the text as fits. Letters beyond those of Europe and the Near East count as two columns wide,
+/// as many of them are.
+SFitted Fit(std::string_view text, int columns) {
+    SFitted fitted;
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t next = i + 1;
+        while (next < text.size() && (static_cast<unsigned char>(text[next]) & 0xC0) == 0x80) ++next;
+        const int width = next - i > 2 ? 2 : 1;
+        if (fitted.columns + width > columns) break;
+        fitted.text += text.substr(i, next - i);
+        fitted.columns += width;
+        i = next;
+    }
+    return fitted;
+}
+
+} // namespace
+
+CProgress::CProgress(const std::string& title, std::uint64_t total)
+    : _title(Printable(title)), _total(std::max<std::uint64_t>(total, 1)),
+      _columns(Platform::ErrorStreamColumns()) {
+    if (_columns < FewestColumns) _columns = 0;
+    const std::lock_guard lock(_mutex);
+    Draw();
 }
 
 CProgress::~CProgress() {
-    if (_bar && _bar->display.count() < SBar::Steps) std::cerr << std::endl; // what follows begins a line
+    Erase();
 }
 
 void CProgress::Advance(std::uint64_t amount) {
-    if (!_bar) return;
     const std::lock_guard lock(_mutex);
-    _bar->done = std::min(_bar->done + amount, _bar->total); // the total may be an estimate
-    const double share = static_cast<double>(_bar->done) / static_cast<double>(_bar->total);
-    const auto steps = static_cast<unsigned long>(share * SBar::Steps);
-    if (steps > _bar->display.count()) _bar->display += steps - _bar->display.count();
+    _done = std::min(_done + amount, _total); // the total may be an estimate
+    Draw();
+}
+
+void CProgress::SetTitle(const std::string& title) {
+    const std::lock_guard lock(_mutex);
+    _title = Printable(title);
+    Draw();
+}
+
+void CProgress::MakeWayFor(const std::function<void()>& print) {
+    const std::lock_guard lock(_mutex);
+    Erase();
+    print();
+    Draw();
+}
+
+void CProgress::Draw() {
+    if (_columns == 0) return;
+    const double share = static_cast<double>(_done) / static_cast<double>(_total);
+    const auto percent = std::to_string(static_cast<int>(share * 100));
+    const int left = _columns - 1 - PercentWidth; // a full line would move on to the next one
+    const int bar = std::min(WidestBar, left / 2);
+    const auto filled = static_cast<std::size_t>(share * bar);
+    const auto title = Fit(_title, left - bar);
+    const auto line = std::string(3 - percent.size(), ' ') + percent + "% [" + std::string(filled, '#') +
+                      std::string(static_cast<std::size_t>(bar) - filled, ' ') + "] " + title.text;
+    if (line == _line) return;
+    const auto width = static_cast<std::size_t>(PercentWidth + bar + title.columns);
+    const std::size_t rest = _width > width ? _width - width : 0; // of a longer line before
+    std::cerr << "\r" + line + std::string(rest, ' ') << std::flush;
+    _line = line;
+    _width = std::max(width, _width);
+}
+
+void CProgress::Erase() {
+    if (_line.empty()) return;
+    std::cerr << "\r" + std::string(_width, ' ') + "\r" << std::flush;
+    _line.clear();
+    _width = 0;
 }
 
 void CProgressPart::Advance(std::uint64_t steps) {

@@ -1,26 +1,39 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <functional>
 #include <mutex>
 #include <string>
 
 namespace KAV::Host {
 
-/// A progress bar on the terminal; nothing if standard error is not a terminal.
-/// Threads: Advance() on any number at once.
+/// A progress bar on the terminal, one line that is drawn again as the work goes on and erased at its end;
+/// nothing if standard error is not a terminal.
+/// Threads: any, any number at once.
 class CProgress final {
 public:
     CProgress(const std::string& title, std::uint64_t total);
     ~CProgress();
+    CProgress(const CProgress&) = delete;
+    CProgress& operator=(const CProgress&) = delete;
 
-    bool IsShown() const noexcept { return _bar != nullptr; }
     void Advance(std::uint64_t amount);
+    void SetTitle(const std::string& title);
+
+    /// Runs `print`, whose output may go to the same terminal, while the bar is out of the way.
+    void MakeWayFor(const std::function<void()>& print);
 
 private:
-    struct SBar;
+    void Draw();
+    void Erase();
+
     std::mutex _mutex;
-    std::unique_ptr<SBar> _bar;
+    std::string _title;
+    std::uint64_t _total;
+    std::uint64_t _done = 0;
+    int _columns;           ///< of the terminal; 0: there is none
+    std::string _line;      ///< as it stands on the terminal
+    std::size_t _width = 0; ///< columns that it takes there
 };
 
 /// One piece of the work that a bar shows. It moves the bar by `share` in total; however the piece ends, its

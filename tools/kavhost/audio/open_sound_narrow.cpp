@@ -1,0 +1,9 @@
+#include "tools/kavhost/audio/open_sound.h"
+
+namespace KAV::Host {
+
+SNDFILE* OpenSound(const std::filesystem::path& file, SF_INFO& info) {
+    return sf_open(file.c_str(), SFM_READ, &info);
+}
+
+} // namespace KAV::Host
