@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/kavhost/measure/loudness.h"
+#include "tools/kavhost/measure/true_peak.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,27 +10,38 @@
 
 namespace KAV::Host {
 
-/// Levels of a file, over all channels.
+/// Levels of a file, over all channels. What this build does not measure is missing.
 struct SLevels {
     double samplePeakDbfs = 0;
-    std::optional<double> truePeakDbtp; ///< if the build measures it
-    std::optional<double> loudnessLufs; ///< if the build measures it; minus infinity for silence
-    std::uint64_t notFinite = 0;        ///< samples that are not finite; the levels leave them out
+    std::optional<double> truePeakDbtp{};
+    std::optional<double> loudnessLufs{};         ///< integrated; minus infinity for silence
+    std::uint64_t notFinite = 0;                  ///< samples that are not finite; the levels leave them out
+    std::optional<double> loudnessRangeLu{};      ///< as CLoudness has them
+    std::optional<double> highestMomentaryLufs{}; ///< of 0.4 s
+    std::optional<double> highestShortTermLufs{}; ///< of 3 s
 };
 
 class CLevelMeter final {
 public:
-    /// `onTenth` as CLoudness has it.
-    CLevelMeter(int channels, int rateHz, CLoudness::TenthSink onTenth = {})
-        : _loudness(channels, rateHz, std::move(onTenth)) {}
+    /// `weights`, one for each channel, and `onTenth` as CLoudness has them.
+    CLevelMeter(std::span<const double> weights, int rateHz, CLoudness::TenthSink onTenth = {})
+        : _truePeak(static_cast<int>(weights.size()), rateHz),
+          _loudness(weights, rateHz, std::move(onTenth)) {}
 
     void Add(std::span<const float> interleaved);
     SLevels Levels() const;
 
+    const CLoudness& Loudness() const noexcept { return _loudness; } ///< to measure several as one
+
 private:
-    float _peak = 0;
+    void AddFinite(std::span<const float> interleaved);
+
     std::uint64_t _notFinite = 0;
+    CTruePeak _truePeak;
     CLoudness _loudness;
 };
+
+/// Samples that are infinite or not a number.
+std::uint64_t CountNotFinite(std::span<const float> samples) noexcept;
 
 } // namespace KAV::Host

@@ -46,7 +46,8 @@ struct STimeline {
 
     CSignalTimeline before;
     CSignalTimeline after;
-    std::vector<double> idleGainsDb; ///< of each channel: the effect's gain while it has nothing to limit
+    std::vector<double> idleGainsDb; ///< of each channel: the effect's gain while it has nothing to limit;
+                                     ///< empty if no gains are added
     CMinMaxSeries gain;              ///< in decibels, over the channels
     CMinMaxSeries reduction; ///< the same relative to the idle gain: 0 or below where an effect limits
 };
