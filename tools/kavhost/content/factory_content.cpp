@@ -26,9 +26,11 @@ struct SPart {
     std::string_view folder;
     std::string_view place;
     std::string_view extension;
+    ENamedContent kind;
 };
 constexpr std::array<SPart, 2> Parts{
-    {{"Patches", KAV_VENDOR "/" KAV_PRODUCT "/", ".kvp"}, {"Routings", KAV_VENDOR "/Routings/", ".kvt"}}};
+    {{"Patches", KAV_VENDOR "/" KAV_PRODUCT "/", ".kvp", ENamedContent::Patch},
+        {"Routings", KAV_VENDOR "/Routings/", ".kvt", ENamedContent::Routing}}};
 /// Beside the patches; the plug-in lists only what ends like a patch.
 constexpr std::string_view ManifestPlace = KAV_VENDOR "/" KAV_PRODUCT "/.factory-content";
 
@@ -163,6 +165,36 @@ std::string_view StateWord(EContentFate fate) noexcept {
     }
 }
 
+/// Empty for a file in a folder further down, which no option can name.
+std::string OptionAt(const std::string& place) {
+    for (const auto& part : Parts) {
+        if (!place.starts_with(part.place)) continue;
+        const auto name = std::string_view(place).substr(part.place.size());
+        if (name.find('/') != std::string_view::npos) continue;
+        return OptionFor(part.kind, name.substr(0, name.size() - part.extension.size()));
+    }
+    return {};
+}
+
+/// What kavhost prints of a file.
+struct SListedFile {
+    std::string_view state;
+    std::string place;
+    std::string option;
+};
+
+/// Those of the user that have a name of their own, or share the factory's with another extension.
+void AddUsers(const SContentFolders& folders, const ContentReport& report, std::vector<SListedFile>& list) {
+    for (const auto& part : Parts) {
+        for (const auto& content : ContentNames(part.kind, folders)) {
+            const auto place = std::string(part.place) + Utf8(content.file.filename());
+            if (!content.isUsers || std::ranges::find(report, place, &SContentLine::place) != report.end())
+                continue;
+            list.push_back({StateWord(EContentFate::Users), place, OptionFor(part.kind, content.name)});
+        }
+    }
+}
+
 } // namespace
 
 ContentReport InstallContent(const fs::path& content, const fs::path& documents) {
@@ -238,11 +270,20 @@ void PrintChanges(std::ostream& out, const ContentReport& report) {
     out << '\n';
 }
 
-void PrintContent(std::ostream& out, const ContentReport& report) {
-    for (const auto& line : report) {
-        std::string state(StateWord(line.fate));
-        state.resize(11, ' ');
-        out << state << line.place << '\n';
+void PrintContent(std::ostream& out, const ContentReport& report, const SContentFolders& folders) {
+    std::vector<SListedFile> list;
+    for (const auto& line : report) list.push_back({StateWord(line.fate), line.place, OptionAt(line.place)});
+    AddUsers(folders, report, list);
+    std::size_t width = 0;
+    for (const auto& file : list) {
+        if (!file.option.empty()) width = std::max(width, file.place.size());
+    }
+    for (const auto& file : list) {
+        std::string line(file.state);
+        line.resize(11, ' ');
+        line += file.place;
+        if (!file.option.empty()) line.append(width - file.place.size() + 2, ' ').append(file.option);
+        out << Printable(line) << '\n';
     }
 }
 

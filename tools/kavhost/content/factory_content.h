@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/kavhost/content/named_content.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <ostream>
@@ -43,8 +45,9 @@ ContentReport ListContent(const std::filesystem::path& content, const std::files
 
 /// Notable files, one line each, and the count of each kind.
 void PrintChanges(std::ostream& out, const ContentReport& report);
-/// Every file with its state.
-void PrintContent(std::ostream& out, const ContentReport& report);
+/// Every file with its state and, where it has one, the option that names it; then the user's further patches
+/// and routings.
+void PrintContent(std::ostream& out, const ContentReport& report, const SContentFolders& folders);
 
 bool HasFailed(const ContentReport& report) noexcept;
 

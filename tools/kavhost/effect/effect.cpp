@@ -56,8 +56,7 @@ CEffect::CEffect(const CEffectLibrary& library, const SStream& stream, IEffectHo
     }
     RememberEffect(_effect, _stream, _host);
     Dispatch(VST::effOpen);
-    Dispatch(VST::effSetSampleRate, 0, 0, nullptr, static_cast<float>(_stream.rateHz));
-    Dispatch(VST::effSetBlockSize, 0, _stream.blockSize);
+    PrepareAgain();
 }
 
 CEffect::~CEffect() {
@@ -79,6 +78,11 @@ void CEffect::SetChannels(int channels) {
     if (Inputs() == channels && Outputs() == channels) return;
     throw CFailure("unsupported channel count: " + _file + " cannot run with " + Channels(channels) +
                    " (it has " + std::to_string(inputs) + " in, " + std::to_string(outputs) + " out)");
+}
+
+void CEffect::PrepareAgain() {
+    Dispatch(VST::effSetSampleRate, 0, 0, nullptr, static_cast<float>(_stream.rateHz));
+    Dispatch(VST::effSetBlockSize, 0, _stream.blockSize);
 }
 
 void CEffect::Start() {

@@ -30,6 +30,9 @@ public:
     void SetChannels(int channels);
     void Start();
     void Stop() noexcept;
+    /// Sets the stream's rate and block size once more, as hosts do before they start an effect again. Some
+    /// effects report a new latency only then. While stopped.
+    void PrepareAgain();
 
     /// Processes `inputs` into `outputs`. Each has as many pointers as the effect has channels; `frames` is
     /// at most the stream's block size. While started.

@@ -13,7 +13,7 @@ class CEffect;
 class CStateFile final {
 public:
     CStateFile(const std::filesystem::path& file, const CEffect& effect);
-    void Commit() { _file.Commit(); }
+    void Commit(EExisting existing = EExisting::Replaced) { _file.Commit(existing); }
 
 private:
     CPendingFile _file;

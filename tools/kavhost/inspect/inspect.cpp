@@ -3,25 +3,21 @@
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/inspect/patch_content.h"
 #include "tools/kavhost/setup/profile.h"
+#include "tools/kavhost/setup/setting_words.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iomanip>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace KAV::Host {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// A patch's texts are any bytes.
-std::string Printable(std::string text) {
-    std::ranges::replace_if(
-        text, [](char letter) { return (letter >= 0 && letter < ' ') || letter == 0x7F; }, '?');
-    return text;
-}
 
 std::string Quoted(const std::string& text) {
     return "\"" + Printable(text) + "\"";
@@ -32,7 +28,11 @@ struct SKnown {
     std::string name;
     int group = 0; ///< 1 to 4; 0: of all groups
     std::string quantity;
+    std::optional<bool> differs; ///< from a new instance's; nothing if that is unknown
 };
+
+/// Patches that are text keep six decimals of a value.
+constexpr double StoredStep = 1e-6;
 
 /// The names of a group's parameters end with its number in parentheses.
 int GroupOf(const std::string& name) noexcept {
@@ -64,14 +64,17 @@ void MakeRelative(SKnown& known) {
 
 SKnown Know(const SPatchParameter& parameter, const SPatchContent& content, const SProfile* profile) {
     const auto* const law = LawOf(parameter, profile);
-    SKnown known{law != nullptr ? law->name : parameter.name, 0, {}};
+    SKnown known{law != nullptr ? law->name : parameter.name, 0, {}, {}};
     known.group = GroupOf(known.name);
     if (content.isRelative) MakeRelative(known);
     if (known.name.empty()) {
         known.name = parameter.index ? "parameter " + std::to_string(*parameter.index)
                                      : "tag " + std::to_string(parameter.tag.value_or(0));
     }
-    if (law != nullptr) known.quantity = QuantityAt(*law, HostValueOf(parameter, *law));
+    if (law == nullptr) return known;
+    const double value = HostValueOf(parameter, *law);
+    known.quantity = QuantityAt(*law, value);
+    if (law->initial) known.differs = !(std::abs(value - *law->initial) <= StoredStep);
     return known;
 }
 
@@ -92,33 +95,51 @@ std::string NameAt(const std::vector<std::string>& names, std::size_t place) {
     return place < names.size() ? names[place] : std::string();
 }
 
-struct SSettingWords {
-    std::string_view element;
-    const char* words;
-    bool isSwitch;
+/// Prints a patch, all of it or what differs from a new instance.
+class CPrinter final {
+public:
+    CPrinter(std::ostream& out, const SPatchContent& content, const SProfile* profile, bool showsAll)
+        : _out(out), _content(content), _profile(profile), _showsAll(showsAll) {
+        if (profile != nullptr && !profile->state.empty()) _initial = ParsePatch(profile->state);
+    }
+
+    void Print() {
+        PrintParameters();
+        PrintMacros();
+        PrintRoutings();
+        PrintSettings();
+        if (_omitted > 0) _out << _omitted << " more as in a new instance; --all shows them\n";
+    }
+
+private:
+    /// Counts what is left out.
+    bool IsShown(bool differs) {
+        if (!differs && !_showsAll) ++_omitted;
+        return differs || _showsAll;
+    }
+
+    void PrintGroupHead(int group, bool hasParameters);
+    void PrintParameters();
+    void PrintMacros();
+    void PrintRoutings();
+    void PrintSettings();
+
+    std::ostream& _out;
+    const SPatchContent& _content;
+    const SProfile* _profile;
+    bool _showsAll;
+    SPatchContent _initial; ///< a new instance's; empty if that is unknown
+    int _omitted = 0;
 };
 
-constexpr std::array SettingWords{SSettingWords{"host_bypass", "bypassed by the host", true},
-    SSettingWords{"gui_width", "editor's width in pixels", false}, SSettingWords{"simd", "vector code", true},
-    SSettingWords{"groups_parallel", "groups in parallel", true},
-    SSettingWords{"agc_filter", "gain compensation weighted", true},
-    SSettingWords{"agc_suspend", "gain compensation suspended below", false},
-    SSettingWords{"agc_rms", "gain compensation RMS time", false},
-    SSettingWords{"agc_tolerance", "gain compensation tolerance", false},
-    SSettingWords{"agc_gain_max", "gain compensation at most up", false},
-    SSettingWords{"agc_gain_min", "gain compensation at most down", false}};
-
-void PrintSettings(std::ostream& out, const SPatchContent& content) {
-    if (!content.settings.empty()) out << "settings\n";
-    for (const auto& [name, value] : content.settings) {
-        const auto known = std::ranges::find(SettingWords, std::string_view(name), &SSettingWords::element);
-        const bool isSwitch = known != SettingWords.end() && known->isSwitch;
-        out << "  " << std::left << std::setw(33) << (known != SettingWords.end() ? known->words : name)
-            << "  "
-            << (!isSwitch         ? Printable(value)
-                   : value == "0" ? "off"
-                                  : "on")
-            << "\n";
+void CPrinter::PrintSettings() {
+    bool isFirst = true;
+    for (const auto& setting : _content.settings) {
+        if (!IsShown(std::ranges::find(_initial.settings, setting) == _initial.settings.end())) continue;
+        if (std::exchange(isFirst, false)) _out << "settings\n";
+        const auto& [name, value] = setting;
+        _out << "  " << std::left << std::setw(33) << SettingWords(name) << "  "
+             << Printable(SettingValueWords(name, value)) << "\n";
     }
 }
 
@@ -126,39 +147,53 @@ void Line(std::ostream& out, const char* label, const std::string& text) {
     out << std::left << std::setw(12) << label << text << "\n";
 }
 
-void PrintParameters(std::ostream& out, const SPatchContent& content, const SProfile* profile) {
+void CPrinter::PrintGroupHead(int group, bool hasParameters) {
+    if (group == 0) {
+        _out << "parameters of " << (_content.isRelative ? "the current group" : "all groups") << "\n";
+        return;
+    }
+    const auto name = NameAt(_content.groups, static_cast<std::size_t>(group - 1));
+    _out << (hasParameters ? "parameters of group " : "group ") << group
+         << (name.empty() ? "" : " " + Quoted(name)) << "\n";
+}
+
+void CPrinter::PrintParameters() {
     std::map<int, std::vector<std::pair<SKnown, double>>> groups;
+    // A group that the user has named is shown though nothing else of it differs.
+    for (std::size_t group = 0; group < _content.groups.size(); ++group) {
+        const auto& name = _content.groups[group];
+        if (!name.empty() && name != NameAt(_initial.groups, group)) groups[static_cast<int>(group + 1)];
+    }
     std::size_t width = 0;
-    for (const auto& parameter : content.parameters) {
-        auto known = Know(parameter, content, profile);
+    for (const auto& parameter : _content.parameters) {
+        auto known = Know(parameter, _content, _profile);
+        if (!IsShown(known.differs.value_or(true))) continue;
         width = std::max(width, std::min<std::size_t>(known.name.size(), 40));
         groups[known.group].emplace_back(std::move(known), parameter.value);
     }
     for (const auto& [group, parameters] : groups) {
-        if (group == 0) {
-            out << "parameters of " << (content.isRelative ? "the current group" : "all groups") << "\n";
-        } else {
-            const auto name = NameAt(content.groups, static_cast<std::size_t>(group - 1));
-            out << "parameters of group " << group << (name.empty() ? "" : " " + Quoted(name)) << "\n";
-        }
+        PrintGroupHead(group, !parameters.empty());
         for (const auto& [known, value] : parameters) {
-            out << "  " << std::left << std::setw(static_cast<int>(width)) << Printable(known.name) << "  "
-                << (known.quantity.empty() ? Shortest(value) : known.quantity) << "\n";
+            _out << "  " << std::left << std::setw(static_cast<int>(width)) << Printable(known.name) << "  "
+                 << (known.quantity.empty() ? Shortest(value) : known.quantity) << "\n";
         }
     }
 }
 
-void PrintMacros(std::ostream& out, const SPatchContent& content, const SProfile* profile) {
-    const auto names = NamesByTag(content, profile);
-    for (std::size_t macro = 0; macro < content.macroTargets.size(); ++macro) {
-        const auto name = NameAt(content.macros, macro);
-        if (name.empty() && content.macroTargets[macro].empty()) continue;
-        out << "macro " << macro + 1 << (name.empty() ? "" : " " + Quoted(name)) << "\n";
-        for (const auto& target : content.macroTargets[macro]) {
+void CPrinter::PrintMacros() {
+    const auto names = NamesByTag(_content, _profile);
+    for (std::size_t macro = 0; macro < _content.macroTargets.size(); ++macro) {
+        const auto name = NameAt(_content.macros, macro);
+        const auto& targets = _content.macroTargets[macro];
+        if (name.empty() && targets.empty()) continue;
+        const auto number = std::to_string(macro + 1);
+        if (!IsShown(!targets.empty() || name != NameAt(_initial.macros, macro))) continue;
+        _out << "macro " << number << (name.empty() ? "" : " " + Quoted(name)) << "\n";
+        for (const auto& target : targets) {
             const auto known = names.find(target.tag);
-            out << "  "
-                << (known != names.end() ? Printable(known->second) : "tag " + std::to_string(target.tag))
-                << ", sensitivity " << Shortest(target.sensitivity) << "\n";
+            _out << "  "
+                 << (known != names.end() ? Printable(known->second) : "tag " + std::to_string(target.tag))
+                 << ", sensitivity " << Shortest(target.sensitivity) << "\n";
         }
     }
 }
@@ -173,33 +208,37 @@ std::string Channels(const SPatchRoutingEntry& entry) {
     return text.empty() ? "no channel" : text;
 }
 
-void PrintRoutings(std::ostream& out, const SPatchContent& content) {
-    for (const auto& routing : content.routings) {
-        out << "routing of "
-            << (routing.group ? "group " + std::to_string(std::int64_t{*routing.group} + 1) : "no group")
-            << " " << Quoted(routing.name) << (routing.type.empty() ? "" : ", " + Printable(routing.type))
-            << "\n";
+void CPrinter::PrintRoutings() {
+    for (const auto& routing : _content.routings) {
+        if (!IsShown(std::ranges::find(_initial.routings, routing) == _initial.routings.end())) continue;
+        _out << "routing";
+        if (_content.form != "routing") {
+            _out << " of "
+                 << (routing.group ? "group " + std::to_string(std::int64_t{*routing.group} + 1)
+                                   : "no group");
+        }
+        _out << " " << Quoted(routing.name) << (routing.type.empty() ? "" : ", " + Printable(routing.type))
+             << "\n";
         for (const auto& entry : routing.entries)
-            out << "  " << Quoted(entry.label) << "  " << Channels(entry) << "\n";
+            _out << "  " << Quoted(entry.label) << "  " << Channels(entry) << "\n";
     }
 }
 
 } // namespace
 
-void PrintPatch(std::ostream& out, const SPatchContent& content, const SProfile* profile) {
-    Line(out, "patch", Printable(content.name));
-    Line(out, "form", content.form);
+void PrintPatch(std::ostream& out, const SPatchContent& content, const SProfile* profile, bool showsAll) {
+    if (content.form != "routing") Line(out, "patch", Printable(content.name));
+    for (const auto& need : content.needs) Line(out, "needs", Printable(need));
+    if (content.form != "routing") Line(out, "form", content.form);
     if (!content.program.empty()) Line(out, "program", Printable(content.program));
     if (content.uniqueId) Line(out, "unique id", std::to_string(*content.uniqueId));
-    PrintParameters(out, content, profile);
-    PrintMacros(out, content, profile);
-    PrintRoutings(out, content);
-    PrintSettings(out, content);
+    CPrinter(out, content, profile, showsAll).Print();
 }
 
 void PrintPatchAsJson(std::ostream& out, const SPatchContent& content, const SProfile* profile) {
     Json json;
     json["patch"] = content.name;
+    json["needs"] = content.needs;
     json["form"] = content.form;
     json["program"] = content.program;
     json["unique_id"] = content.uniqueId ? Json(*content.uniqueId) : Json();
@@ -210,7 +249,8 @@ void PrintPatchAsJson(std::ostream& out, const SPatchContent& content, const SPr
         json["parameters"].push_back({{"tag", parameter.tag ? Json(*parameter.tag) : Json()},
             {"index", parameter.index ? Json(*parameter.index) : Json()}, {"name", known.name},
             {"group", known.group > 0 ? Json(known.group) : Json()}, {"value", parameter.value},
-            {"quantity", known.quantity.empty() ? Json() : Json(known.quantity)}});
+            {"quantity", known.quantity.empty() ? Json() : Json(known.quantity)},
+            {"differs", known.differs ? Json(*known.differs) : Json()}});
     }
     json["groups"] = content.groups;
     json["macros"] = Json::array();

@@ -8,10 +8,11 @@ struct SPatchContent;
 struct SProfile;
 
 /// What a patch holds, in words; quantities where `profile`, which may be null, has the laws of its
-/// parameters. Bytes that would move a terminal's cursor come out as question marks.
-void PrintPatch(std::ostream& out, const SPatchContent& content, const SProfile* profile);
+/// parameters. Unless it `showsAll`, what is as in a new instance is only counted. Control characters
+/// are escaped.
+void PrintPatch(std::ostream& out, const SPatchContent& content, const SProfile* profile, bool showsAll);
 
-/// The same as one JSON object, for programs.
+/// All of it as one JSON object, for programs.
 void PrintPatchAsJson(std::ostream& out, const SPatchContent& content, const SProfile* profile);
 
 } // namespace KAV::Host

@@ -4,6 +4,8 @@
 #include "tools/kavhost/base/file_bytes.h"
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/setup/patch_file.h"
+#include "tools/kavhost/setup/patch_needs.h"
+#include "tools/kavhost/setup/setting_words.h"
 #include "tools/kavhost/setup/state_text.h"
 #include "utils/marked_text.h"
 #include "utils/text.h"
@@ -21,9 +23,6 @@ using Utils::ExtractTag;
 using Utils::FindMark;
 
 constexpr int Macros = 5;
-
-constexpr std::array SettingNames{"host_bypass", "gui_width", "simd", "groups_parallel", "agc_filter",
-    "agc_suspend", "agc_rms", "agc_tolerance", "agc_gain_max", "agc_gain_min"};
 
 // The binary patch, its numbers with their lowest byte first: a mark, a name in UTF-16, pairs of a
 // parameter's number and its value.
@@ -44,6 +43,7 @@ std::int32_t WholeNumber(std::string_view text) noexcept {
 
 /// 0 for a number that can't be read, and for text that isn't a number, as in the effect.
 double RealNumber(std::string_view text) noexcept {
+    if (Trim(text).starts_with(MinusSign)) return 0; // only people write this sign
     const auto number = ReadNumber(text);
     return number ? number->value : 0;
 }
@@ -119,14 +119,15 @@ SPatchContent ReadText(std::string_view text) {
     content.program = value("<app_title");
     content.uniqueId = ReadIndex(value("<plugin_id"));
     content.name = value("<patch_name");
+    for (const auto& need : ReadNeeds(text)) content.needs.push_back(need.words);
     content.isRelative = value("<multi_fx").empty();
     content.groups = List(ExtractTag(text, "<fx_names", ">", "</"));
     content.macros = List(ExtractTag(text, "<macro_group_names", ">", "</"));
     ReadParameters(text, content);
     ReadMacros(text, content);
     ReadRoutings(text, content);
-    for (const std::string name : SettingNames) {
-        const auto setting = ExtractTag(text, "<" + name, ">", "</");
+    for (const auto name : SettingNames()) {
+        const auto setting = ExtractTag(text, std::string("<").append(name), ">", "</");
         if (!setting.empty()) content.settings.emplace_back(name, setting);
     }
     return content;
@@ -152,6 +153,17 @@ SPatchContent ReadBinary(std::string_view bytes) {
     return content;
 }
 
+/// A routing alone. It belongs to no group before it is loaded into one.
+std::optional<SPatchContent> ReadRoutingAlone(std::string_view bytes) {
+    const auto document = ReadRouting(bytes);
+    if (!document) return std::nullopt;
+    SPatchContent content;
+    content.form = "routing";
+    content.routings.push_back(ReadRoutingBlock(document->document));
+    content.name = content.routings.front().name;
+    return content;
+}
+
 } // namespace
 
 SPatchContent ParsePatch(std::string_view bytes) {
@@ -159,14 +171,13 @@ SPatchContent ParsePatch(std::string_view bytes) {
         return ReadText(bytes.substr(0, bytes.find('\0')));
     }
     if (bytes.size() >= NameAt && LittleEndian(bytes, 0, NameAt) == BinaryMark) return ReadBinary(bytes);
-    throw CFailure("not a patch");
+    if (auto routing = ReadRoutingAlone(bytes)) return *std::move(routing);
+    throw CFailure("not a patch, a state or a routing");
 }
 
 SPatchContent ReadPatch(const std::filesystem::path& file) {
-    if (!EqualIgnoringCase(Utf8(file.extension()), ".fxp")) {
-        const auto bytes = ReadFileBytes(file);
-        return Naming(Utf8(file), [&] { return ParsePatch(bytes); });
-    }
+    const auto bytes = ReadFileBytes(file);
+    if (!CPatchFile::IsRecord(bytes)) return Naming(Utf8(file), [&] { return ParsePatch(bytes); });
     const CPatchFile patch(file);
     if (const auto* const values = patch.Values()) {
         SPatchContent content;

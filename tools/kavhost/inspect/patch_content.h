@@ -27,6 +27,8 @@ struct SPatchRoutingEntry {
     int first = -1; ///< host channel from 0; below 0: none
     int second = -1;
     std::string label;
+
+    bool operator==(const SPatchRoutingEntry&) const = default;
 };
 
 struct SPatchRouting {
@@ -34,14 +36,17 @@ struct SPatchRouting {
     std::string name;
     std::string type; ///< empty for most
     std::vector<SPatchRoutingEntry> entries;
+
+    bool operator==(const SPatchRouting&) const = default;
 };
 
 /// What stands in a patch, without the effect.
 struct SPatchContent {
-    std::string form; ///< "text", "binary" or "values"
+    std::string form; ///< "text", "binary" or "values"; "routing" for one that is alone in its file
     std::string program;
     std::optional<std::int32_t> uniqueId;
     std::string name;
+    std::vector<std::string> needs; ///< what it says it sounds wrong without
     bool isRelative = false; ///< its parameters are those of the group that is current when it is loaded
     std::vector<SPatchParameter> parameters;
     std::vector<std::string> groups;
@@ -51,7 +56,7 @@ struct SPatchContent {
     std::vector<std::pair<std::string, std::string>> settings; ///< that are there, by their names in the text
 };
 
-/// A state or a patch as its bytes. Throws CFailure when they are neither a text nor a binary patch.
+/// A state, a patch or a routing as its bytes. Throws CFailure when they are none of these.
 SPatchContent ParsePatch(std::string_view bytes);
 
 /// The same of a file, which may also be an .fxp record. Throws CFailure with the file's name.

@@ -4,8 +4,10 @@
 #include "tools/kavhost/base/file_bytes.h"
 #include "tools/kavhost/base/text.h"
 #include "tools/kavhost/effect/effect.h"
+#include "tools/kavhost/setup/state_text.h"
 #include "utils/marked_text.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <string_view>
@@ -15,7 +17,7 @@ namespace KAV::Host {
 namespace {
 
 // Where an .fxp record has what, in bytes; all numbers have their highest byte first.
-constexpr std::size_t MagicAt = 0;
+constexpr std::string_view Magic = "CcnK"; // at 0
 constexpr std::size_t FormAt = 8;
 constexpr std::size_t UniqueIdAt = 16;
 constexpr std::size_t CountAt = 24; // of parameters
@@ -51,21 +53,48 @@ std::vector<float> ReadValues(std::string_view record) {
     return values;
 }
 
+/// A text names its effect. A file that is called a patch counts as one even so: it is another effect's.
+void CheckText(std::string_view bytes, const std::filesystem::path& file) {
+    if (ReadRouting(bytes)) throw CFailure("a routing, not a patch");
+    const bool isCalledSo = EqualIgnoringCase(Utf8(file.extension()), ".kvp");
+    if (!isCalledSo &&
+        Utils::FindMark(bytes.substr(0, bytes.find('\0')), "<plugin_id") == std::string_view::npos)
+        throw CFailure("not a patch: it does not begin like one");
+}
+
 } // namespace
 
+bool CPatchFile::IsRecord(std::string_view bytes) noexcept {
+    return bytes.starts_with(Magic) || Magic.starts_with(bytes);
+}
+
 CPatchFile::CPatchFile(const std::filesystem::path& file) : _file(Utf8(file.filename())) {
-    const auto extension = Utf8(file.extension());
-    const bool isText = EqualIgnoringCase(extension, ".kvp");
-    if (!isText && !EqualIgnoringCase(extension, ".fxp")) {
-        throw CUsageError(Utf8(file) + ": unknown kind of patch; .kvp and .fxp are supported");
-    }
     const auto bytes = ReadFileBytes(file);
-    if (isText) {
-        ReadText(bytes);
-        _name = Utf8(file.stem());
-    } else {
-        Naming(Utf8(file), [&] { ReadRecord(bytes); });
+    Naming(Utf8(file), [&] {
+        if (IsRecord(bytes)) {
+            ReadRecord(bytes);
+        } else {
+            CheckText(bytes, file);
+            ReadText(bytes);
+            _name = Utf8(file.stem());
+        }
+    });
+}
+
+CPatchFile CPatchFile::Of(const CEffect& effect) {
+    CPatchFile patch;
+    patch._file = patch._name = effect.ProgramName();
+    patch._uniqueId = effect.UniqueId();
+    auto chunk = effect.HasChunks() ? effect.Chunk(EChunk::Program) : std::string();
+    if (!chunk.empty()) {
+        patch._content = std::move(chunk);
+        return patch;
     }
+    std::vector<float> values;
+    values.reserve(static_cast<std::size_t>(std::max(effect.Parameters(), 0)));
+    for (std::int32_t i = 0; i < effect.Parameters(); ++i) values.push_back(effect.Parameter(i));
+    patch._content = std::move(values);
+    return patch;
 }
 
 void CPatchFile::ReadText(const std::string& bytes) {
@@ -76,7 +105,6 @@ void CPatchFile::ReadText(const std::string& bytes) {
 
 void CPatchFile::ReadRecord(const std::string& bytes) {
     const std::string_view record(bytes);
-    if (Part(record, MagicAt, 4) != "CcnK") throw CFailure("not a patch: it does not begin like one");
     const auto form = Part(record, FormAt, 4);
     _uniqueId = static_cast<std::int32_t>(Number(record, UniqueIdAt));
     if (form == "FPCh") {

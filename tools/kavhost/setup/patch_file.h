@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -11,13 +12,17 @@ namespace KAV::Host {
 
 class CEffect;
 
-/// A patch as a file: `.kvp`, the text that an effect takes as the chunk of one program; or `.fxp`, the
-/// record in which hosts keep one program of any effect.
+/// A patch as a file: the text that an effect takes as the chunk of one program, `.kvp`; or the record in
+/// which hosts keep one program of any effect, `.fxp`. The content decides which it is, not the name.
 class CPatchFile final {
 public:
-    /// Throws CUsageError for a file with another ending, and CFailure for one that cannot be read or is no
-    /// patch.
+    /// Throws CFailure for a file that cannot be read or is no patch.
     explicit CPatchFile(const std::filesystem::path& file);
+
+    /// Whether a file of these bytes is a record, or the beginning of one.
+    static bool IsRecord(std::string_view bytes) noexcept;
+    /// The program that an effect has now.
+    static CPatchFile Of(const CEffect& effect);
 
     /// The number of the effect that the patch was made with; nothing if it doesn't say.
     std::optional<std::int32_t> UniqueId() const noexcept { return _uniqueId; }
@@ -35,6 +40,7 @@ public:
     const std::string& Name() const noexcept { return _name; }
 
 private:
+    CPatchFile() = default;
     void ReadText(const std::string& bytes);
     void ReadRecord(const std::string& bytes);
 

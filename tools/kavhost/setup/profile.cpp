@@ -78,6 +78,7 @@ SParameterProfile ParseParameter(const Json& object, const std::string& where) {
         }
         if (parameter.choices.size() < 2) Fail(where, "fewer than two choices");
     }
+    if (object.contains("default")) parameter.initial = NumberMember(object, "default", where);
     return parameter;
 }
 
@@ -95,23 +96,6 @@ bool ClaimsNumber(const std::string& text, std::int32_t uniqueId) {
     if (!json.is_object() || !json.contains("unique_id") || !json["unique_id"].is_number_integer())
         return false;
     return static_cast<std::int32_t>(json["unique_id"].get<std::int64_t>()) == uniqueId;
-}
-
-std::string Allowed(const SParameterProfile& parameter) {
-    const std::string unit = parameter.unit.empty() ? "" : " " + parameter.unit;
-    switch (parameter.law) {
-    case ELaw::Toggle:
-        return "on or off";
-    case ELaw::Choice: {
-        std::string list = "one of";
-        for (const auto& choice : parameter.choices) {
-            list += (&choice == &parameter.choices.front() ? " \"" : ", \"") + choice + "\"";
-        }
-        return list;
-    }
-    default:
-        return Shortest(parameter.minimum) + " to " + Shortest(parameter.maximum) + unit;
-    }
 }
 
 std::optional<double> Continuous(const SParameterProfile& parameter, std::string_view quantity) {
@@ -178,6 +162,7 @@ SProfile ParseProfile(std::string_view text) {
     SProfile profile;
     profile.name = TextMember(json, "name", "");
     profile.uniqueId = IntegerMember(json, "unique_id", "");
+    if (json.contains("state")) profile.state = TextMember(json, "state", "");
     for (const auto& object : Member(json, "parameters", Json::value_t::array, "")) {
         const std::string where = "parameter " + std::to_string(profile.parameters.size() + 1) + ": ";
         profile.parameters.push_back(ParseParameter(object, where));
@@ -210,6 +195,23 @@ std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::in
     return std::nullopt;
 }
 
+std::string AllowedQuantities(const SParameterProfile& parameter) {
+    const std::string unit = parameter.unit.empty() ? "" : " " + parameter.unit;
+    switch (parameter.law) {
+    case ELaw::Toggle:
+        return "on or off";
+    case ELaw::Choice: {
+        std::string list = "one of";
+        for (const auto& choice : parameter.choices) {
+            list += (&choice == &parameter.choices.front() ? " \"" : ", \"") + choice + "\"";
+        }
+        return list;
+    }
+    default:
+        return Shortest(parameter.minimum) + " to " + Shortest(parameter.maximum) + unit;
+    }
+}
+
 float HostValue(const SParameterProfile& parameter, std::string_view quantity) {
     quantity = Trim(quantity);
     const auto value = parameter.law == ELaw::Toggle   ? Toggle(quantity)
@@ -217,7 +219,7 @@ float HostValue(const SParameterProfile& parameter, std::string_view quantity) {
                                                        : Continuous(parameter, quantity);
     if (!value) {
         throw CUsageError(parameter.name + ": \"" + std::string(quantity) + "\" is not accepted, only " +
-                          Allowed(parameter));
+                          AllowedQuantities(parameter));
     }
     return static_cast<float>(*value);
 }

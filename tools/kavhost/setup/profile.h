@@ -27,7 +27,10 @@
 /// With x for the host's value: linear is minimum + x (maximum - minimum); exponential is
 /// minimum (maximum / minimum)^x; a toggle is off at 0 and on at 1; choice k of n stands at x = k / (n - 1).
 /// "unique_id" is the number that distinguishes an effect from others. A parameter may have a "tag", the
-/// number by which the effect's patches know it. Unknown members are ignored.
+/// number by which the effect's patches know it, and a "default", the host's value in a new instance. There
+/// may be a "state": the chunk of a bank in which every value is the effect's built-in one, for effects that
+/// begin with what their user has stored. Unknown
+/// members are ignored.
 namespace KAV::Host {
 
 enum class ELaw { Linear, Exponential, Toggle, Choice };
@@ -41,11 +44,13 @@ struct SParameterProfile {
     double minimum = 0; ///< of the two continuous laws
     double maximum = 1;
     std::vector<std::string> choices; ///< two or more, of the law Choice
+    std::optional<double> initial;    ///< the host's value in a new instance
 };
 
 struct SProfile {
     std::string name;
     std::int32_t uniqueId = 0;
+    std::string state; ///< of built-in values; empty: the effect begins with them by itself
     std::vector<SParameterProfile> parameters;
 
     const SParameterProfile* Find(std::int32_t index) const noexcept; ///< null when not in the profile
@@ -67,6 +72,9 @@ std::optional<SProfile> FindProfile(const std::filesystem::path& folder, std::in
 /// continuous laws; on, off, 1, 0, true, false, yes, no for a toggle; for a choice its text, its last word,
 /// or its place from 0. Throws CUsageError for what has no place.
 float HostValue(const SParameterProfile& parameter, std::string_view quantity);
+
+/// What HostValue() accepts, in words: "-30 to 0 dB", "on or off".
+std::string AllowedQuantities(const SParameterProfile& parameter);
 
 /// The other way: the quantity at a host's value, with its unit, to two decimals; values outside 0 to 1 count
 /// as the nearest inside.
