@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/kavhost/audio/planar_buffer.h"
+#include "tools/kavhost/base/named_value.h"
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/setup/setup.h"
 
@@ -87,7 +88,9 @@ struct SBenchReport {
     int rateHz = 0;
     std::size_t channels = 0;
     std::int32_t blockSize = 0;
-    double seconds = 0; ///< of audio per run
+    double seconds = 0;                ///< of audio per run
+    std::string patch;                 ///< of the first effect; empty: none
+    std::vector<SNamedValue> settings; ///< of the first effect, which differ from its built-in values
     SBenchResult result;
 };
 void PrintBench(std::ostream& out, const SBenchReport& report);

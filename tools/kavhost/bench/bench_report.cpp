@@ -35,6 +35,10 @@ void PrintBench(std::ostream& out, const SBenchReport& report) {
     out << "thread-CPU time, median of " << result.first.size() << " runs of " << Fixed(report.seconds, 2)
         << " s, " << report.channels << (report.channels == 1 ? " channel" : " channels") << " at "
         << report.rateHz << " Hz, block " << report.blockSize << "\n";
+    if (!report.patch.empty()) out << "  patch " << report.patch << "\n";
+    std::string settings;
+    for (const auto& setting : report.settings) settings += (settings.empty() ? "" : ", ") + setting.Words();
+    if (!settings.empty()) out << "  settings " << settings << "\n";
     PrintEffect(out, report.first, result.first, report.rateHz);
     if (result.second.empty()) return;
     PrintEffect(out, report.second, result.second, report.rateHz);
@@ -45,6 +49,10 @@ void PrintBench(std::ostream& out, const SBenchReport& report) {
 std::string BenchAsJson(const SBenchReport& report) {
     const auto& result = report.result;
     Json json;
+    json["patch"] = report.patch.empty() ? Json() : Json(report.patch);
+    json["settings"] = Json::array();
+    for (const auto& [name, value] : report.settings)
+        json["settings"].push_back({{"name", name}, {"value", value}});
     json["rate"] = report.rateHz;
     json["channels"] = report.channels;
     json["block"] = report.blockSize;

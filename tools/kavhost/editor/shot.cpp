@@ -150,6 +150,7 @@ void ShootEditor(
     if (!effect.OpenEditor(window->EditorParent()))
         throw CFailure("the editor of " + effect.Name() + " cannot be opened");
 
+    RemoveAbandonedBeside(options.output);
     CPendingFile file(options.output);
     CSitting sitting(effect, host, *window);
     auto picture = sitting.AwaitFirst();

@@ -79,6 +79,15 @@ std::string Measures(const SRenderReport& report) {
     return line;
 }
 
+std::string Settings(const SRenderReport& report) {
+    std::string line;
+    const auto add = [&](const std::string& words) { line += (line.empty() ? "" : Dot) + words; };
+    if (!report.patch.empty()) add("patch " + report.patch);
+    for (const auto& setting : report.settings) add(setting.Words());
+    if (report.settings.empty()) add("all settings at their built-in values");
+    return line;
+}
+
 std::vector<std::string> Notes(const SRenderReport& report, const STimeline& timeline) {
     std::vector<std::string> notes;
     if (report.isAligned && !timeline.idleGainsDb.empty()) {
@@ -122,13 +131,11 @@ Json JsonNumber(double value) {
 
 } // namespace
 
-SPlot MakePlot(
-    const SRenderReport& report, const STimeline& timeline, std::span<const std::string> settings) {
+SPlot MakePlot(const SRenderReport& report, const STimeline& timeline) {
     const int rateHz = report.format.rateHz;
     SPlot plot;
     plot.title = Utf8(report.job.input.filename());
-    for (const auto& setting : settings) plot.settings += (plot.settings.empty() ? "" : Dot) + setting;
-    if (settings.empty()) plot.settings = "all settings as in a fresh effect";
+    plot.settings = Settings(report);
     plot.measures = Measures(report);
     plot.notes = Notes(report, timeline);
     plot.seconds = static_cast<double>(report.frames) / rateHz;

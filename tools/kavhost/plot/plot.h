@@ -29,7 +29,7 @@ struct SPlotSignal {
 
 struct SPlot {
     std::string title;
-    std::string settings; ///< those that differ from a fresh effect's
+    std::string settings; ///< the patch, and those that differ from the effect's built-in values
     std::string measures;
     std::vector<std::string> notes; ///< what a reader must know to interpret the rest
     double seconds = 0;
@@ -39,8 +39,7 @@ struct SPlot {
     SPlotSeries reduction; ///< the same relative to each channel's gain without limiting
 };
 
-/// `settings`: those that differ from a fresh effect's, in words.
-SPlot MakePlot(const SRenderReport& report, const STimeline& timeline, std::span<const std::string> settings);
+SPlot MakePlot(const SRenderReport& report, const STimeline& timeline);
 
 /// A line per bin: quantity,signal,begin_s,end_s,lowest,highest. Bins without a value are left out.
 std::string PlotAsCsv(const SPlot& plot);

@@ -1,7 +1,7 @@
 #include "tools/kavhost/render/render.h"
 
 #include "tools/kavhost/audio/audio_file.h"
-#include "tools/kavhost/audio/planar_buffer.h"
+#include "tools/kavhost/audio/completeness.h"
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/pending_file.h"
 #include "tools/kavhost/base/progress.h"
@@ -10,8 +10,12 @@
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/effect/state_file.h"
 #include "tools/kavhost/measure/idle_gain.h"
+#include "tools/kavhost/measure/onset.h"
+#include "tools/kavhost/measure/speaker_weights.h"
 #include "tools/kavhost/measure/timeline.h"
 #include "tools/kavhost/plot/plot.h"
+#include "tools/kavhost/render/pass.h"
+#include "tools/kavhost/tags/tags.h"
 
 #include <algorithm>
 #include <chrono>
@@ -19,102 +23,6 @@
 namespace KAV::Host {
 
 namespace {
-
-/// One file on its way through a started effect.
-class CPass final {
-public:
-    /// `timeline` may be null.
-    CPass(
-        CAudioReader& reader, CEffect& effect, CAudioWriter& writer, std::int64_t delay, STimeline* timeline)
-        : _reader(reader), _effect(effect), _writer(writer), _toDrop(delay), _toFlush(delay),
-          _channels(static_cast<std::size_t>(reader.Format().channels)),
-          _in(_channels, static_cast<std::size_t>(effect.Stream().blockSize)), _out(_channels, _in.Frames()),
-          _interleaved(_channels * _in.Frames()), _timeline(timeline),
-          _before(reader.Format().channels, reader.Format().rateHz, TenthsTo(&STimeline::before)),
-          _after(reader.Format().channels, reader.Format().rateHz, TenthsTo(&STimeline::after)),
-          _gain(reader.Format().channels, reader.Format().rateHz, GainsToTimeline()) {}
-
-    /// Works on one block; false when the file and its tail have gone through.
-    bool Step() {
-        const std::size_t read = Read();
-        const std::size_t flushed = std::min(_in.Frames() - read, static_cast<std::size_t>(_toFlush));
-        const std::size_t frames = read + flushed;
-        if (frames == 0) return false;
-        _toFlush -= static_cast<std::int64_t>(flushed);
-        for (std::size_t c = 0; c < _channels; ++c) {
-            std::ranges::fill(_in.Channel(c).subspan(read, flushed), 0.0f);
-        }
-        const auto start = std::chrono::steady_clock::now();
-        _effect.Process(_in.Pointers(), _out.Pointers(), static_cast<std::int32_t>(frames));
-        _effectTime += std::chrono::steady_clock::now() - start;
-        Write(frames);
-        return true;
-    }
-
-    void Report(SRenderReport& report) const {
-        report.frames = _frames;
-        report.before = _before.Levels();
-        report.after = _after.Levels();
-        report.gain = _gain.Range();
-        report.clipped = _writer.Clipped();
-        const double audio = static_cast<double>(_frames) / _effect.Stream().rateHz;
-        const double work = std::chrono::duration<double>(_effectTime).count();
-        report.realTimeFactor = work > 0 ? audio / work : 0;
-    }
-
-private:
-    CLoudness::TenthSink TenthsTo(CSignalTimeline STimeline::*signal) const {
-        if (_timeline == nullptr) return {};
-        return [&to = _timeline->*signal](double lufs) { to.AddTenth(lufs); };
-    }
-
-    CGainMeter::WindowSink GainsToTimeline() const {
-        if (_timeline == nullptr) return {};
-        return [&to = *_timeline](std::span<const double> gains) { to.AddGains(gains); };
-    }
-
-    /// Fills the block's front with the file's next frames.
-    std::size_t Read() {
-        if (_atEnd) return 0;
-        const std::size_t read = _reader.Read(_interleaved);
-        _atEnd = read < _in.Frames();
-        const auto samples = std::span(_interleaved).first(read * _channels);
-        _before.Add(samples);
-        _gain.AddInput(samples);
-        if (_timeline != nullptr) _timeline->before.AddSamples(samples);
-        _in.TakeInterleaved(samples);
-        _frames += read;
-        return read;
-    }
-
-    void Write(std::size_t frames) {
-        const auto dropped = std::min(frames, static_cast<std::size_t>(_toDrop));
-        _toDrop -= static_cast<std::int64_t>(dropped);
-        const auto samples = std::span(_interleaved).first((frames - dropped) * _channels);
-        _out.GiveInterleaved(samples, dropped);
-        _writer.Write(samples);
-        _after.Add(samples);
-        _gain.AddOutput(samples);
-        if (_timeline != nullptr) _timeline->after.AddSamples(samples);
-    }
-
-    CAudioReader& _reader;
-    CEffect& _effect;
-    CAudioWriter& _writer;
-    std::int64_t _toDrop;  ///< frames at the output's front that are the effect's delay
-    std::int64_t _toFlush; ///< frames of silence that bring the last ones out
-    bool _atEnd = false;
-    std::uint64_t _frames = 0;
-    std::size_t _channels;
-    CPlanarBuffer _in;
-    CPlanarBuffer _out;
-    std::vector<float> _interleaved;
-    STimeline* _timeline;
-    CLevelMeter _before;
-    CLevelMeter _after;
-    CGainMeter _gain;
-    std::chrono::steady_clock::duration _effectTime{};
-};
 
 void CheckChannels(const SAudioFormat& format, const std::filesystem::path& file) {
     if (format.channels <= MostRenderChannels) return;
@@ -144,9 +52,9 @@ public:
         }
     }
 
-    void Commit() {
-        if (_picture) _picture->Commit();
-        if (_data) _data->Commit();
+    void Commit(EExisting existing) {
+        if (_picture) _picture->Commit(existing);
+        if (_data) _data->Commit(existing);
     }
 
 private:
@@ -155,50 +63,166 @@ private:
     bool _isJson = false;
 };
 
+void NoteInput(SRenderReport& report) {
+    const auto count = report.before.notFinite;
+    if (count == 0) return;
+    const std::string samples = count == 1 ? " sample of the input is" : " samples of the input are";
+    report.notes.push_back({std::to_string(count) + samples + " infinite or not a number", true});
+}
+
+void CheckNotes(const SRenderReport& report) {
+    for (const auto& note : report.notes) {
+        if (note.isGrave) throw CFailure(Utf8(report.job.input) + ": " + note.text);
+    }
+}
+
 } // namespace
 
 CRenderer::CRenderer(const CEffectLibrary& library, CSetup setup, const SRenderOptions& options)
     : _library(library), _setup(std::move(setup)), _options(options) {}
 
+struct CRendering::SFiles {
+    explicit SFiles(const SRenderJob& job) : plot(job) {}
+
+    CPlotFiles plot;
+    std::optional<CStateFile> state;
+    std::optional<CAudioWriter> audio;
+    std::filesystem::path pendingAudio;
+};
+
+CRendering::CRendering() = default;
+CRendering::CRendering(CRendering&&) noexcept = default;
+CRendering& CRendering::operator=(CRendering&&) noexcept = default;
+CRendering::~CRendering() = default;
+
+const std::filesystem::path& CRendering::PendingAudio() const {
+    return _files->pendingAudio;
+}
+
+void CRendering::Commit() {
+    const auto existing = _report.job.keepsExisting ? EExisting::Kept : EExisting::Replaced;
+    _files->audio->Commit(existing);
+    if (_files->state) _files->state->Commit(existing);
+    _files->plot.Commit(existing);
+}
+
 SRenderReport CRenderer::Render(const SRenderJob& job, CProgressPart& progress) {
-    CAudioReader reader(job.input);
-    CheckChannels(reader.Format(), job.input);
-    SRenderReport report;
-    report.job = job;
-    const EContainer container = *ContainerOf(job.output);
-    report.format = reader.Format();
+    auto rendering = Prepare(job, {}, progress);
+    rendering.Commit();
+    return rendering.Report();
+}
+
+CRendering CRenderer::Prepare(const SRenderJob& job, const SGainChange& change, CProgressPart& progress) {
+    const auto start = std::chrono::steady_clock::now();
+    CAudioReader reader(job.Source());
+    const CTags tags(job.Source());
+    CRendering rendering;
+    auto& report = rendering._report;
+    const EContainer container = job.container ? *job.container : *ContainerOf(job.output);
+    report.format = FormatOf(reader, job);
+    if (auto note = SpeakerNote(container, report.format)) report.notes.push_back(*std::move(note));
     report.format.samples = _options.samples.value_or(KeptFormat(container, report.format.samples));
 
-    const std::string name = Utf8(job.input);
-    const auto effect = MakeEffect(report.format, name);
-    std::optional<CStateFile> state;
-    if (!_options.state.empty()) state.emplace(_options.state, *effect);
-    Start(*effect);
     report.isAligned = _options.aligns;
-    SEffectTraits traits;
-    traits.idleGainsDb.resize(static_cast<std::size_t>(report.format.channels));
-    if (report.isAligned) traits = TraitsFor(report.format, name);
-    report.delay = traits.delay;
-    CPlotFiles plotFiles(job);
+
+    rendering._files = std::make_unique<CRendering::SFiles>(job);
+    auto& files = *rendering._files;
+    const auto effect = MakeStarted(report.format, job, change, report, &files.state);
     std::optional<STimeline> timeline;
-    if (plotFiles.AreWanted()) timeline.emplace(report.format.channels, traits.idleGainsDb);
-    CAudioWriter writer(job.output, container, report.format, _options.dithers, reader.Frames());
+    if (files.plot.AreWanted()) timeline.emplace(report.format.channels, report.idleGainsDb);
+    files.audio.emplace(job.output, container, report.format, _options.dithers, reader.Frames());
     if (_options.settles) SettleFadeIn(*effect);
 
-    CPass pass(reader, *effect, writer, report.delay.frames, timeline ? &*timeline : nullptr);
+    CPass pass(reader, *effect,
+        {report.delay.frames, _options.measures, report.speakers.channels, report.idleGainsDb,
+            timeline ? &*timeline : nullptr});
     progress.Begin(reader.Frames());
-    while (pass.Step()) {
-        CheckInterrupt();
-        progress.Advance(static_cast<std::uint64_t>(_options.blockSize));
-    }
+    pass.Run([&](std::span<float> samples) { files.audio->Write(samples); },
+        [&](std::uint64_t frames) { progress.Advance(frames); });
     pass.Report(report);
-    if (!report.isAligned) report.gain.reset();
+    NoteInput(report);
+    report.clipped = files.audio->Clipped();
+    report.clippedBySteps = files.audio->ClippedBySteps();
     report.reportedDelay = effect->ReportedDelay();
-    if (timeline) plotFiles.Write(MakePlot(report, *timeline, _options.changes));
-    writer.Commit();
-    if (state) state->Commit();
-    plotFiles.Commit();
+    if (const auto missing = MissingPart(job.Source(), report.frames); !missing.empty())
+        report.notes.push_back({missing, true});
+    tags.AddTo(files.audio->Complete(), container, effect->Name(), report);
+    if (_options.isStrict) CheckNotes(report);
+    if (timeline) files.plot.Write(MakePlot(report, *timeline));
+    files.pendingAudio = files.audio->Complete();
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    report.realTimeFactor = static_cast<double>(report.frames) / report.format.rateHz / taken.count();
+    return rendering;
+}
+
+SRenderReport CRenderer::Try(const SRenderJob& job, const SGainChange& change,
+    const CLoudness::TenthSink& onTenth, CProgressPart& progress) {
+    CAudioReader reader(job.Source());
+    SRenderReport report;
+    report.format = FormatOf(reader, job);
+    report.isAligned = true; // or there would be no telling how much it takes back
+    const auto effect = MakeStarted(report.format, job, change, report, nullptr);
+    if (_options.settles) SettleFadeIn(*effect);
+    CPass pass(reader, *effect,
+        {report.delay.frames, true, report.speakers.channels, report.idleGainsDb, nullptr, onTenth});
+    pass.Run([](std::span<float>) {}, [&](std::uint64_t frames) { progress.Advance(frames); });
+    pass.Report(report);
     return report;
+}
+
+void CRenderer::Describe(const CEffect& effect, SRenderReport& report) {
+    const std::lock_guard lock(_turn);
+    if (_options.reference) {
+        report.patch = _options.reference->PatchOf(effect);
+        report.settings = _options.reference->Differences(effect);
+    }
+    for (auto& [text, isGrave] : _setup.Examine(effect)) report.notes.push_back({std::move(text), isGrave});
+}
+
+SAudioFormat CRenderer::FormatOf(const SRenderJob& job) const {
+    return FormatOf(CAudioReader(job.Source()), job);
+}
+
+SAudioFormat CRenderer::FormatOf(const CAudioReader& reader, const SRenderJob& job) const {
+    auto format = reader.Format();
+    CheckChannels(format, job.input);
+    if (_options.layout) Naming(Utf8(job.input), [&] { SetLayout(format, *_options.layout); });
+    return format;
+}
+
+/// An effect that is ready for a file, except that it has not settled, and the report's beginning.
+CRenderer::EffectPtr CRenderer::MakeStarted(const SAudioFormat& format, const SRenderJob& job,
+    const SGainChange& change, SRenderReport& report, std::optional<CStateFile>* state) {
+    report.job = job;
+    const std::string name = Utf8(job.input);
+    auto effect = MakeEffect(format, name, change.settings);
+    if (state != nullptr) {
+        if (!job.state.empty()) SaveState(*effect, job.state, change, *state);
+        Describe(*effect, report);
+    }
+    Start(*effect);
+    SEffectTraits traits;
+    if (report.isAligned) traits = TraitsFor(format, name);
+    report.delay = traits.delay;
+    report.idleGainsDb = traits.idleGainsDb;
+    for (double& gain : report.idleGainsDb) gain += change.louderDb;
+    report.speakers = WeightsOf(format);
+    return effect;
+}
+
+/// After a search the state alone is to bring the same samples, so the effect gets what the text has kept of
+/// its values.
+void CRenderer::SaveState(CEffect& effect, const std::filesystem::path& file, const SGainChange& change,
+    std::optional<CStateFile>& state) {
+    const std::lock_guard lock(_turn);
+    if (change.isSearched) effect.SetChunk(effect.Chunk(EChunk::Bank), EChunk::Bank);
+    state.emplace(file, effect);
+}
+
+SSpeakerWeights CRenderer::WeightsOf(const SAudioFormat& format) const {
+    auto weights = WeightsFor(format, _setup.ChannelLabels());
+    if (_options.isDualMono && weights.channels.size() == 1) weights.channels = {2.0};
+    return weights;
 }
 
 void CRenderer::SEnd::operator()(CEffect* effect) const {
@@ -206,12 +230,14 @@ void CRenderer::SEnd::operator()(CEffect* effect) const {
     delete effect;
 }
 
-CRenderer::EffectPtr CRenderer::MakeEffect(const SAudioFormat& format, const std::string& name) {
+CRenderer::EffectPtr CRenderer::MakeEffect(
+    const SAudioFormat& format, const std::string& name, std::span<const SSetting> settings) {
     const std::lock_guard lock(_turn);
     auto effect =
         std::make_unique<CEffect>(_library, SStream{static_cast<double>(format.rateHz), _options.blockSize});
     Naming(name, [&] { effect->SetChannels(format.channels); });
     _setup.Apply(*effect);
+    ApplySettings(settings, *effect);
     return {effect.release(), SEnd{&_turn}};
 }
 
@@ -220,20 +246,23 @@ void CRenderer::Start(CEffect& effect) {
     effect.Start();
 }
 
-CRenderer::SEffectTraits CRenderer::TraitsFor(const SAudioFormat& format, const std::string& name) {
+CRenderer::SEffectTraits CRenderer::TraitsFor(
+    const SAudioFormat& format, const std::string& name, bool withOnset) {
     // A second file of the same format waits for the result instead of measuring it too.
     const std::lock_guard lock(_measuring);
     const auto key = std::pair{format.rateHz, format.channels};
-    if (const auto known = _traits.find(key); known != _traits.end()) return known->second;
+    const auto known = _traits.find(key);
+    if (known != _traits.end() && (known->second.onsetDb || !withOnset)) return known->second;
     // An instance of its own: the noise must leave no trace in the file.
     const auto effect = MakeEffect(format, name);
     Start(*effect);
     SettleFadeIn(*effect);
     SEffectTraits traits;
     // First the noise that leaves a limiter alone.
-    if (!_options.plot.empty() || !_options.plotData.empty()) traits.idleGainsDb = MeasureIdleGains(*effect);
+    if (_options.measures) traits.idleGainsDb = MeasureIdleGains(*effect);
     traits.delay = MeasureDelay(*effect);
-    return _traits.emplace(key, std::move(traits)).first->second;
+    if (withOnset) traits.onsetDb = MeasureOnset(*effect);
+    return _traits.insert_or_assign(key, std::move(traits)).first->second;
 }
 
 } // namespace KAV::Host

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -30,27 +29,45 @@ std::uint64_t SharesOf(std::span<const SRenderJob> jobs) {
     return shares;
 }
 
-std::string TitleOf(std::span<const SRenderJob> jobs) {
-    return jobs.size() == 1 ? Utf8(jobs.front().input) : std::to_string(jobs.size()) + " files";
+/// Skips a job whose user wants existing files to stay.
+void CheckExisting(const SRenderJob& job) {
+    if (!job.keepsExisting) return;
+    for (const auto& file : {job.output, job.plot, job.plotData, job.state}) {
+        std::error_code error;
+        if (!file.empty() && file != "-" &&
+            std::filesystem::exists(std::filesystem::symlink_status(file, error)))
+            throw CSkipped(Utf8(file) + " exists");
+    }
+}
+
+/// A message that names a job's temporary copy of a pipe, with the name that the user knows.
+std::string WithoutSource(std::string message, const SRenderJob& job) {
+    if (job.source.empty()) return message;
+    const auto source = Utf8(job.source), input = InputName(job);
+    for (auto place = message.find(source); place != std::string::npos; place = message.find(source, place)) {
+        message.replace(place, source.size(), input);
+        place += input.size();
+    }
+    return message;
 }
 
 /// Jobs, which threads take one after the other, and their outcomes.
 class CBatch final {
 public:
-    CBatch(CRenderer& renderer, std::span<const SRenderJob> jobs, const std::function<void(SOutcome)>& tell)
-        : _renderer(renderer), _jobs(jobs), _tell(tell),
-          _bar(std::make_unique<CProgress>(TitleOf(jobs), SharesOf(jobs))), _outcomes(jobs.size()) {}
+    CBatch(const RenderWork& work, std::span<const SRenderJob> jobs, CSpooledInputs& spooled, EOrder order,
+        const std::function<void(const SOutcome&)>& report)
+        : _work(work), _jobs(jobs), _spooled(spooled), _order(order), _report(report),
+          _bar(Title(), SharesOf(jobs)), _outcomes(jobs.size()) {
+        for (std::size_t i = 0; i < jobs.size(); ++i) _outcomes[i].job = jobs[i];
+    }
 
     /// What each thread does. An exception other than a failed job's ends the work of all.
     void Work() noexcept {
         try {
             for (;;) {
-                const std::size_t job = _next++;
-                if (job >= _jobs.size()) return;
-                auto outcome = Do(_jobs[job]);
-                const std::lock_guard lock(_mutex);
-                _outcomes[job] = std::move(outcome);
-                if (!_bar->IsShown()) TellInOrder();
+                const std::size_t place = _next++;
+                if (place >= _jobs.size()) return;
+                Keep(place, Do(_jobs[place]));
             }
         } catch (...) {
             _next = _jobs.size();
@@ -61,50 +78,96 @@ public:
 
     /// When all threads have ended.
     void Finish() {
-        _bar.reset();
-        TellAll();
-        if (_error) std::rethrow_exception(_error);
+        if (!_error) return;
+        try {
+            std::rethrow_exception(_error);
+        } catch (const CInterruption& interruption) {
+            ReportRest(interruption.what());
+            if (_jobs.size() > 1) throw CInterruption(Counts());
+            throw;
+        } catch (...) {
+            ReportRest("not finished");
+            throw;
+        }
     }
 
 private:
     SOutcome Do(const SRenderJob& job) {
-        CProgressPart part(*_bar, ShareOf(job));
-        SOutcome outcome;
+        CProgressPart part(_bar, ShareOf(job));
+        auto spooled = job;
         try {
-            outcome.report = _renderer.Render(job, part);
+            CheckExisting(job);
+            spooled.source = _spooled.SourceOf(job.input);
+            SOutcome outcome{job, EFate::Done, _work(spooled, part), {}};
+            for (auto& note : outcome.report->notes) note.text = WithoutSource(note.text, spooled);
+            return outcome;
+        } catch (const CSkipped& skipped) {
+            return {job, EFate::Skipped, {}, skipped.what()};
         } catch (const CFailure& failure) {
-            outcome.failure = failure.what();
-        }
-        return outcome;
-    }
-
-    void TellInOrder() {
-        for (; _told < _outcomes.size() && _outcomes[_told]; ++_told) _tell(*std::move(_outcomes[_told]));
-    }
-
-    /// After an interruption there may be gaps.
-    void TellAll() {
-        for (; _told < _outcomes.size(); ++_told) {
-            if (_outcomes[_told]) _tell(*std::move(_outcomes[_told]));
+            return {job, EFate::Failed, {}, WithoutSource(failure.what(), spooled)};
         }
     }
 
-    CRenderer& _renderer;
+    void Keep(std::size_t place, SOutcome outcome) {
+        const std::lock_guard lock(_mutex);
+        _outcomes[place] = std::move(outcome);
+        ++_ended;
+        if (_jobs.size() > 1) _bar.SetTitle(Title());
+        if (_order == EOrder::AsFinished) return Report(place);
+        for (; _reported < _jobs.size() && HasEnded(_reported); ++_reported) Report(_reported);
+    }
+
+    /// After an interruption: what is finished beyond a gap, and what is not.
+    void ReportRest(const std::string& reason) {
+        for (std::size_t place = 0; place < _jobs.size(); ++place) {
+            auto& outcome = _outcomes[place];
+            if (outcome.fate == EFate::Unfinished) outcome.reason = reason;
+            const bool wasReported = _order == EOrder::OfJobs ? place < _reported : HasEnded(place);
+            if (!wasReported) Report(place);
+        }
+    }
+
+    void Report(std::size_t place) {
+        _bar.MakeWayFor([&] { _report(_outcomes[place]); });
+        _outcomes[place].report.reset(); // no longer needed, and there may be a hundred thousand of them
+    }
+
+    bool HasEnded(std::size_t place) const { return _outcomes[place].fate != EFate::Unfinished; }
+
+    std::string Counts() const {
+        const auto count = [this](EFate fate) {
+            return std::to_string(std::ranges::count(_outcomes, fate, &SOutcome::fate));
+        };
+        const auto failed = count(EFate::Failed), skipped = count(EFate::Skipped);
+        return count(EFate::Done) + " of " + std::to_string(_jobs.size()) + " files are finished" +
+               (failed != "0" ? ", " + failed + " failed" : "") +
+               (skipped != "0" ? ", " + skipped + " skipped" : "");
+    }
+
+    std::string Title() const {
+        if (_jobs.size() == 1) return InputName({_jobs.front().input.filename(), {}});
+        return std::to_string(_ended) + " of " + std::to_string(_jobs.size()) + " files";
+    }
+
+    const RenderWork& _work;
     std::span<const SRenderJob> _jobs;
-    const std::function<void(SOutcome)>& _tell;
-    std::unique_ptr<CProgress> _bar; ///< null when only the texts that it kept back are unreported
+    CSpooledInputs& _spooled;
+    EOrder _order;
+    const std::function<void(const SOutcome&)>& _report;
+    std::size_t _ended = 0;
+    CProgress _bar;
     std::atomic<std::size_t> _next{0};
     std::mutex _mutex;
-    std::vector<std::optional<SOutcome>> _outcomes; ///< empty for unfinished and for reported jobs
-    std::size_t _told = 0;
+    std::vector<SOutcome> _outcomes;
+    std::size_t _reported = 0; ///< of those that wait for each other
     std::exception_ptr _error;
 };
 
 } // namespace
 
-void RenderAll(CRenderer& renderer, std::span<const SRenderJob> jobs, int threads,
-    const std::function<void(SOutcome)>& tell) {
-    CBatch batch(renderer, jobs, tell);
+void DoAll(const RenderWork& work, std::span<const SRenderJob> jobs, CSpooledInputs& spooled, int threads,
+    EOrder order, const std::function<void(const SOutcome&)>& report) {
+    CBatch batch(work, jobs, spooled, order, report);
     {
         std::vector<std::jthread> helpers;
         const auto wanted = std::min(static_cast<std::size_t>(std::max(threads, 1)), jobs.size());
@@ -115,6 +178,15 @@ void RenderAll(CRenderer& renderer, std::span<const SRenderJob> jobs, int thread
         batch.Work(); // this thread works, too; with one thread it is the only one
     }
     batch.Finish();
+}
+
+void RenderAll(CRenderer& renderer, std::span<const SRenderJob> jobs, int threads, EOrder order,
+    const std::function<void(const SOutcome&)>& report) {
+    const RenderWork work = [&renderer](const SRenderJob& job, CProgressPart& part) {
+        return renderer.Render(job, part);
+    };
+    CSpooledInputs spooled;
+    DoAll(work, jobs, spooled, threads, order, report);
 }
 
 } // namespace KAV::Host
