@@ -1,0 +1,63 @@
+#include "tools/kavhost/target/reasons.h"
+
+#include "tools/kavhost/base/text.h"
+
+#include <cmath>
+
+namespace KAV::Host {
+
+namespace {
+
+std::string Comes(const SFound& found) {
+    return Fixed(found.reached.loudnessLufs, 1);
+}
+
+std::string Gain(double decibels) {
+    return (decibels > 0 ? "+" : "") + Shortest(std::round(decibels * 100) / 100) + " dB";
+}
+
+std::string ReductionText(const STargets& targets, const SFound& found, const std::string& place) {
+    const auto most = Shortest(*targets.mostReductionDb);
+    auto text = TargetText(targets) + " needs " + Fixed(found.needed.reductionDb, 1) +
+                " dB of reduction at " + place + ", more than " + most;
+    return text + "; with " + most + " it comes to " + Comes(found);
+}
+
+} // namespace
+
+std::string TargetText(const STargets& targets) {
+    std::string text;
+    if (targets.loudnessLufs) text = Shortest(*targets.loudnessLufs) + " LUFS";
+    if (targets.truePeakDbtp)
+        text += (text.empty() ? "" : " at ") + Shortest(*targets.truePeakDbtp) + " dBTP";
+    return text;
+}
+
+std::string ReasonText(const STargets& targets, const SFound& found, const std::string& place) {
+    const auto text = TargetText(targets);
+    switch (found.obstacle) {
+    case EObstacle::NotFinite:
+        return "has samples that are not finite numbers, so " + text + " can't be judged";
+    case EObstacle::NoLoudness:
+        return "has no loudness: it is silent, below the gate of -70 LUFS, or shorter than 0.4 s";
+    case EObstacle::LowestGain:
+        return text + " takes an input gain below the lowest of " + Gain(found.gains.inputDb) +
+               "; with that it comes to " + Comes(found);
+    case EObstacle::HighestGain:
+        return text + " takes an input gain above the highest of " + Gain(found.gains.inputDb) +
+               "; with that it comes to " + Comes(found);
+    case EObstacle::OutputGain:
+        return text + " takes an output gain below the lowest of " + Gain(found.gains.outputDb) +
+               "; with that its true peak is " + Fixed(found.reached.truePeakDbtp, 1) + " dBTP";
+    case EObstacle::Reduction:
+        return ReductionText(targets, found, place);
+    case EObstacle::NoFit:
+    case EObstacle::None:
+        break;
+    }
+    return text +
+           " can't be met with any input gain: it is too dense, or its loudness jumps; the nearest is " +
+           Comes(found);
+}
+
+} // namespace KAV::Host
