@@ -1,6 +1,10 @@
 #include "tools/kavhost/console/man_page.h"
 
+#include "utils/product.h"
+
 #include <CLI/CLI.hpp>
+#include <array>
+#include <span>
 #include <sstream>
 #include <string_view>
 #include <vector>
@@ -95,6 +99,56 @@ void WriteCommand(std::ostream& page, const CLI::App& command, const std::string
     for (const auto* const inner : command.get_subcommands({})) WriteCommand(page, *inner, name);
 }
 
+/// The lines below the head of the examples, without their indentation.
+void WriteExamples(std::ostream& page, const std::string& footer) {
+    page << ".EX\n";
+    bool isExample = false;
+    for (const auto& line : LinesOf(footer)) {
+        if (isExample && line.empty()) break;
+        if (isExample) page << Escaped(std::string_view(line).substr(line.find_first_not_of(' '))) << "\n";
+        isExample = isExample || line == ExamplesHead;
+    }
+    page << ".EE\n";
+}
+
+/// A term, in the language of man(7), and what it means.
+struct STerm {
+    std::string_view term;
+    std::string_view meaning;
+};
+
+constexpr std::array ExitCodes{STerm{"0", "Everything succeeded; all files were written."},
+    STerm{"1", "Something failed. Of several files the others were written."},
+    STerm{"2", "The command line is wrong; nothing was done."},
+    STerm{"129", "The terminal was closed (signal HUP)."},
+    STerm{"130", "The user interrupted kavhost, with Ctrl-C for example (signal INT)."},
+    STerm{"141", "The program that reads its standard output has ended (signal PIPE)."},
+    STerm{"143", "Another program ended kavhost (signal TERM)."}};
+
+constexpr std::array Variables{
+    STerm{"DISPLAY", "The X11 display of edit and shot. Without it shot starts one of its own."},
+    STerm{"HOME, XDG_CONFIG_HOME", "Where the files below are looked for."},
+    STerm{"KAV_FILE_DIALOG", "How the editor asks for files: portal, zenity, kdialog or list."},
+    STerm{"TMPDIR", "The folder of temporary files, /tmp without it."}};
+
+constexpr std::string_view Documents =
+    "The folder of documents is the one that user-dirs.dirs in the folder of "
+    "settings names, otherwise Documents in the home folder.";
+constexpr std::array Files{
+    STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/*.kvp, *.fxp", "Your patches, for --patch by name."},
+    STerm{"DOCUMENTS/" KAV_VENDOR "/Routings/*.kvt", "Your routings, for --routing by name."},
+    STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/.factory-content",
+        "Lists what kavhost content install has installed."},
+    STerm{"~/.config/kavelin/settings", "Settings of the editor; XDG_CONFIG_HOME replaces ~/.config."},
+    STerm{"content/, *.json", "Next to kavhost: the factory's patches and routings; names and ranges of "
+                              "parameters, by the effect's unique id."}};
+
+void WriteTerms(std::ostream& page, const char* title, std::span<const STerm> terms) {
+    page << ".SH " << title << "\n";
+    for (const auto& [term, meaning] : terms)
+        page << ".TP\n\\fB" << Escaped(term) << "\\fR\n" << Escaped(meaning) << "\n";
+}
+
 } // namespace
 
 std::string ManPageOf(const CLI::App& app) {
@@ -119,11 +173,16 @@ std::string ManPageOf(const CLI::App& app) {
     page << ".B " << name << "\n\\fB\\-\\-help\\fR|\\fB\\-\\-version\\fR\n";
     page << ".SH DESCRIPTION\n";
     WriteDescription(page, app.get_description());
-    Write(page, app.get_footer());
     page << ".SH OPTIONS\n";
     WriteOptions(page, app);
     page << ".SH COMMANDS\n";
     for (const auto* const command : app.get_subcommands({})) WriteCommand(page, *command, name);
+    WriteTerms(page, "\"EXIT STATUS\"", ExitCodes);
+    WriteTerms(page, "ENVIRONMENT", Variables);
+    WriteTerms(page, "FILES", Files);
+    page << ".PP\n" << Escaped(Documents) << "\n";
+    page << ".SH EXAMPLES\n";
+    WriteExamples(page, app.get_footer());
     return std::move(page).str();
 }
 

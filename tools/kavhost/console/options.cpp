@@ -1,128 +1,27 @@
 #include "tools/kavhost/console/options.h"
 
+#include "platform/command_line.h"
+#include "tools/kavhost/audio/speaker_layout.h"
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/text.h"
+#include "tools/kavhost/base/wildcards.h"
+#include "tools/kavhost/console/command_words.h"
+#include "tools/kavhost/console/help_formatter.h"
+#include "tools/kavhost/console/help_texts.h"
 #include "tools/kavhost/console/man_page.h"
+#include "tools/kavhost/console/shell_completion.h"
 #include "utils/product.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace KAV::Host {
 
 namespace {
 
 constexpr int MostJobs = 256;
-
-constexpr const char* About =
-    "Runs audio files through a VST 2 effect, describes the effect, and measures its speed;\n"
-    "installs the patches and routings that come with the " KAV_PRODUCT ".";
-
-constexpr const char* Footer = "Examples:\n"
-                               "  kavhost info\n"
-                               "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
-                               "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
-                               "  kavhost edit song.wav --render limited.wav\n"
-                               "  kavhost shot -o panel.png\n"
-                               "  kavhost bench --vs other.so\n"
-                               "  kavhost inspect loud.kvp\n"
-                               "  kavhost content install\n"
-                               "  kavhost render --help\n"
-                               "\n"
-                               "Exit codes: 0 success, 1 something failed, 2 wrong usage, 130 interrupted.";
-
-constexpr const char* InfoFooter = "Examples:\n"
-                                   "  kavhost info --json\n"
-                                   "  kavhost info --patch loud.kvp --save-state loud.state\n"
-                                   "  kavhost info --plugin other.so --set 2:-3.0";
-
-constexpr const char* RenderFooter =
-    "The output keeps the input's rate and channels. It keeps the sample format if the\n"
-    "output's container supports it; otherwise, and for MP3 and other coded inputs, it gets\n"
-    "24 bits. OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
-    "A file appears under its name only when it is complete.\n"
-    "\n"
-    "Settings are applied in this order: --state, --patch, --routing, --simd, --os, --hq, and\n"
-    "then each --set. A state includes the routings of its groups.\n"
-    "\n"
-    "The report's gain is output RMS divided by input RMS in windows of 10 ms, per channel,\n"
-    "where the input is above -60 dBFS. The real-time factor is the seconds of audio per\n"
-    "second that the effect ran; with --jobs the files share the processor.\n"
-    "\n"
-    "The picture shows the waveform of input and output, their short-term loudness and\n"
-    "peaks, and the gain reduction: the gain above, compared with the effect's gain for\n"
-    "noise below -60 dBFS, which it has no reason to limit. A file and its picture are\n"
-    "written together or not at all.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
-    "  kavhost render *.mp3 -o limited --format 16 --set \"Limiter (1)=on\"\n"
-    "  kavhost render *.wav -o limited --jobs 4 --plot limited\n"
-    "  kavhost render song.wav -o out.wav --patch loud.kvp --os 4 --hq on\n"
-    "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
-    "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
-    "  kavhost render song.wav -o out.wav --plugin other.so --set 0=0.75 --set 2:-3.0";
-
-constexpr const char* EditFooter =
-    "The file plays through the effect while you set it by ear. Below the editor are the\n"
-    "position, which can be clicked and dragged, and the time. Keys: space plays and pauses,\n"
-    "Left and Right go 5 seconds back and on, Home goes to the beginning, L loops the file,\n"
-    "Escape ends.\n"
-    "\n"
-    "The sound goes to PipeWire, JACK, PulseAudio or ALSA, whichever there is; without any\n"
-    "of them the file plays silently. When the window is closed, --save-state and --render\n"
-    "write what you have set; each file is written whole or not at all.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost edit song.wav --save-state song.state\n"
-    "  kavhost edit song.mp3 --patch loud.kvp --render limited.flac\n"
-    "  kavhost edit film.wav --state film.state --save-state film.state --render out.wav";
-
-constexpr const char* ShotFooter =
-    "The editor opens in a window of its own on the display that DISPLAY names. Without one\n"
-    "kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
-    "\n"
-    "With IN, that file plays silently through the effect, in real time, and the picture\n"
-    "shows the editor at the end of the stretch. Without it the picture is taken when the\n"
-    "editor stands still.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost shot -o panel.png\n"
-    "  kavhost shot song.wav -o busy.png --patch loud.kvp --start 30 --seconds 5\n"
-    "  kavhost shot -o large.png --state film.state --width 1508";
-
-constexpr const char* InspectFooter =
-    "A patch stores each value as the effect does. With a profile, the quantity that the\n"
-    "value stands for is shown instead.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost inspect loud.kvp\n"
-    "  kavhost inspect --json film.state";
-
-constexpr const char* BenchFooter =
-    "The time is the CPU time of this thread, as the median over the runs. With --vs the\n"
-    "runs of the two effects alternate; with --set2 alone the effect is measured against\n"
-    "itself. Unless a file is given, the sound is music-like with a peak of -3 dBFS, and the\n"
-    "same every time.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost bench --set \"Oversampling=x4\"\n"
-    "  kavhost bench --os 4 --simd on --vs other.so\n"
-    "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
-    "  kavhost bench --set 100=1 --set2 100=0";
-
-constexpr const char* ContentFooter =
-    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". Files\n"
-    "of your own, and files that you have changed, are neither overwritten nor removed.\n"
-    "\n"
-    "Examples:\n"
-    "  kavhost content install\n"
-    "  kavhost content uninstall";
-
-constexpr const char* SetHelp = "NAME=QUANTITY with a name from the profile, such as\n"
-                                "\"Release (1)=100 ms\"; INDEX=VALUE with a value from 0 to 1;\n"
-                                "or INDEX:TEXT with the text that the effect's own display\n"
-                                "should show. May be repeated.";
 
 /// Texts as the parser keeps them; paths become such only later, for it knows no UTF-8.
 struct STexts {
@@ -131,6 +30,7 @@ struct STexts {
     std::vector<std::string> inputs;
     std::string output;
     std::string format;
+    std::string layout;
     std::string otherPlugin;
     std::string editInput;
     std::string device;
@@ -139,19 +39,27 @@ struct STexts {
     std::string content;
     std::string state;
     std::string patch;
-    std::string routing;
+    std::vector<std::string> routings;
+    std::string parallel;
+    std::string channels;
     std::string simd;
     std::string oversampling;
     std::string highQuality;
     std::string savedState;
     std::string inspected;
+    std::vector<std::string> helpFor;
     std::string plot;
     std::string plotData;
     std::string report;
+    std::string extension;
     bool noDither = false;
     bool noPreroll = false;
     bool align = false;
     bool noAlign = false;
+    bool noMeasure = false;
+    std::string loudness;
+    std::string truePeak;
+    std::string mostReduction;
 };
 
 void AddProfile(CLI::App& command, STexts& texts) {
@@ -171,15 +79,37 @@ CLI::Option& AddChoice(CLI::App& command, const char* name, std::string& text,
     return option;
 }
 
+/// What groups take, and how they are connected.
+void AddGroups(CLI::App& command, STexts& texts) {
+    command
+        .add_option("--routing", texts.routings,
+            "The channels of group 1: .kvt, or a name; N:FILE for group N,\n"
+            "all:FILE for all groups. May be repeated. Without this and --state all\n"
+            "channels of a file with more than two are in group 1")
+        ->type_name("[N:|all:]FILE|NAME")
+        ->allow_extra_args(false);
+    AddChoice(
+        command, "--parallel", texts.parallel, {"on", "off"}, "Groups side by side, or one after another");
+}
+
+/// bench has an option of that name for how many there are.
+void AddAllChannels(CLI::App& command, STexts& texts) {
+    AddChoice(command, "--channels", texts.channels, {"all"},
+        "Put all channels into group 1, those too that the patch leaves\n"
+        "out");
+}
+
 void AddStateOptions(CLI::App& command, STexts& texts) {
     command.add_option("--state", texts.state, "The effect's whole state, as written by --save-state")
         ->type_name("FILE");
-    command.add_option("--patch", texts.patch, "A patch: .kvp, or .fxp with one program")->type_name("FILE");
     command
-        .add_option("--routing", texts.routing,
-            "The channels of group 1: .kvt. Without this and --state all\n"
-            "channels of a file with more than two are in group 1")
-        ->type_name("FILE");
+        .add_option("--patch", texts.patch,
+            "A patch: .kvp, or .fxp with one program; the name of one, of\n"
+            "yours or else of the factory's (kavhost info lists them);\n"
+            "\"default\" is the first of your own, with which the effect\n"
+            "begins in a DAW")
+        ->type_name("FILE|NAME");
+    AddGroups(command, texts);
     AddChoice(command, "--simd", texts.simd, {"on", "off"}, "The effect's vector code");
     AddChoice(command, "--os", texts.oversampling, {"1", "2", "4", "8"},
         "Oversampling factor; short for --set \"Oversampling=x4\" and so on");
@@ -209,8 +139,28 @@ void AddInfo(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("info", "Describe the effect and list its parameters.");
     command.footer(InfoFooter);
     AddEffectOptions(command, options, texts);
+    AddAllChannels(command, texts);
     AddSaveState(command, texts, "Write the effect's whole state to this file");
     command.add_flag("--json", options.isJson, "Print JSON, for programs");
+}
+
+void AddReport(CLI::App& command, SOptions& options, STexts& texts) {
+    auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
+    AddChoice(command, "--report", texts.report, {"text", "json", "jsonl"},
+        "Report for people, or for programs: one JSON array, or an\n"
+        "object per line, each as soon as its file is done")
+        .excludes(json);
+}
+
+/// Where render's audio goes in folders and on standard output.
+void AddOutputNames(CLI::App& command, SOptions& options, STexts& texts) {
+    command
+        .add_option("--ext", texts.extension,
+            "Container of the outputs in a folder or on standard output:\n"
+            "wav, flac, aif, aiff or ogg; by default the input's, or wav")
+        ->type_name("EXT");
+    command.add_flag("-n,--no-clobber", options.render.keepsExisting,
+        "Replace no file: inputs whose outputs exist are skipped");
 }
 
 /// What render writes in addition to the audio.
@@ -229,9 +179,7 @@ void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
         ->check(CLI::Range(1, MostJobs).description(""))
         ->type_name("1.." + std::to_string(MostJobs))
         ->capture_default_str();
-    auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
-    AddChoice(command, "--report", texts.report, {"text", "json"}, "Report for people, or for programs")
-        .excludes(json);
+    AddReport(command, options, texts);
 }
 
 void AddFormat(CLI::App& command, STexts& texts) {
@@ -241,20 +189,67 @@ void AddFormat(CLI::App& command, STexts& texts) {
     command.add_flag("--no-dither", texts.noDither, "Round whole-number formats without dither");
 }
 
+void AddMeasuring(CLI::App& command, STexts& texts) {
+    command
+        .add_flag("--no-measure", texts.noMeasure,
+            "Measure no levels, no loudness and no gain: the report has less,\n"
+            "and it takes less time")
+        ->excludes(command.get_option("--plot"))
+        ->excludes(command.get_option("--plot-data"));
+}
+
+/// The search for a loudness or a true peak.
+void AddTarget(CLI::App& command, SOptions& options, STexts& texts) {
+    auto* const loudness = command.add_option("--loudness", texts.loudness,
+        "Search for the main input gain that gives this loudness,\n"
+        "within 0.1 LU, such as -14");
+    auto* const truePeak = command.add_option("--true-peak", texts.truePeak,
+        "Lower the main output gain where it takes that to keep the\n"
+        "true peak below this, such as -1; with --loudness the input\n"
+        "gain makes up for it");
+    loudness->type_name("LUFS")->excludes(command.get_option("--no-measure"));
+    truePeak->type_name("DBTP")->excludes(command.get_option("--no-measure"));
+    command
+        .add_option("--max-reduction", texts.mostReduction,
+            "Fail rather than let the limiter take back more than this")
+        ->type_name("DB")
+        ->needs(loudness);
+    command.add_flag("--nearest", options.targets.takesNearest,
+        "Write the nearest that can be had where the targets can't,\n"
+        "instead of failing");
+    command.add_flag(
+        "--album", options.render.isAlbum, "Take all inputs as one programme, with one pair of gains");
+    command.add_flag("--dual-mono", options.render.isDualMono,
+        "Count the single channel of a mono file as two, which adds 3 LU");
+}
+
+void AddLayout(CLI::App& command, STexts& texts) {
+    command
+        .add_option("--layout", texts.layout,
+            "The speakers of the channels: a name, such as 5.1(side), 7.1 or\n"
+            "FL+FR+LFE, or a mask, such as 0x60f. By default as in the input")
+        ->type_name("NAME|MASK");
+}
+
 void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("render", "Run audio files through the effect.");
     command.footer(RenderFooter);
-    command.add_option("IN", texts.inputs, "Audio files")->required();
+    command.add_option("IN", texts.inputs, "Audio files; - is standard input")->required();
     command
         .add_option("-o,--output", texts.output,
             "The output: .wav, .flac, .aif, .aiff or .ogg; a folder,\n"
-            "created if missing, for several inputs")
+            "created if missing, for several inputs, or if it exists or\n"
+            "ends in /; - is standard output, and the report then goes\n"
+            "to the error output")
         ->required()
         ->type_name("OUT|DIR");
+    AddOutputNames(command, options, texts);
     AddEffectOptions(command, options, texts);
+    AddAllChannels(command, texts);
     AddSaveState(command, texts, "Write the effect's whole state, as at the beginning of the file");
     AddBlock(command, options.render.blockSize);
     AddFormat(command, texts);
+    AddLayout(command, texts);
     command.add_flag("--no-preroll", texts.noPreroll,
         "Start at once; by default the effect's gains first settle\n"
         "on silence");
@@ -262,7 +257,11 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         "Remove the effect's delay, as measured, so that the output\n"
         "lines up with the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Keep the effect's delay")->excludes(align);
+    command.add_flag("--strict", options.render.isStrict,
+        "Fail, and write nothing, where a note tells of something grave");
     AddRenderOutputs(command, options, texts);
+    AddMeasuring(command, texts);
+    AddTarget(command, options, texts);
 }
 
 void AddWidth(CLI::App& command, SOptions& options) {
@@ -277,6 +276,7 @@ void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
     command.footer(EditFooter);
     command.add_option("IN", texts.editInput, "An audio file")->required()->type_name("");
     AddEffectOptions(command, options, texts);
+    AddAllChannels(command, texts);
     AddSaveState(command, texts, "Write the effect's whole state when the window is closed");
     command
         .add_option("--render", texts.output,
@@ -288,6 +288,7 @@ void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
         "Where the sound goes: to the desktop's device, or nowhere");
     AddBlock(command, options.edit.blockSize);
     AddFormat(command, texts);
+    AddLayout(command, texts);
 }
 
 void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
@@ -298,6 +299,7 @@ void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
         command.add_option("IN", texts.shotInput, "An audio file that plays before")->type_name("");
     command.add_option("-o,--output", texts.output, "The picture, .png")->required()->type_name("OUT");
     AddEffectOptions(command, options, texts);
+    AddAllChannels(command, texts);
     AddWidth(command, options);
     command.add_option("--start", shot.start, "Where in the file to start")
         ->check(CLI::Range(0.0, 1e6).description(""))
@@ -313,12 +315,17 @@ void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
 }
 
 void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command = *app.add_subcommand("inspect", "Show the content of a patch; no effect is loaded.");
+    auto& command =
+        *app.add_subcommand("inspect", "Show the content of a patch or routing; no effect is loaded.");
     command.footer(InspectFooter);
-    command.add_option("FILE", texts.inspected, "A patch, .kvp or .fxp, or a state")
+    command
+        .add_option("FILE", texts.inspected,
+            "A patch, a state or a routing, whatever the file is called;\n"
+            "or the name of a patch or routing")
         ->required()
         ->type_name("");
     AddProfile(command, texts);
+    command.add_flag("--all", options.showsAll, "Show also what is as in a new instance");
     command.add_flag("--json", options.isJson, "Print JSON, for programs");
 }
 
@@ -375,16 +382,77 @@ void AddContent(CLI::App& app, STexts& texts) {
     add("uninstall", "Remove those that were installed and have not been changed");
 }
 
+void AddHelp(CLI::App& app, STexts& texts) {
+    auto& help = *app.add_subcommand("help", "Print help, or that of a command.");
+    help.footer(""); // otherwise that of the program
+    help.add_option("COMMAND", texts.helpFor, "The command")->type_name("");
+    app.add_subcommand("version", "Print the version.")->footer("");
+}
+
 void TakeStateTexts(SOptions& options, const STexts& texts) {
     options.state.state = PathOf(texts.state);
     options.state.patch = PathOf(texts.patch);
-    options.state.routing = PathOf(texts.routing);
+    for (const auto& routing : texts.routings) options.state.routings.push_back(ReadRoutingOption(routing));
+    if (!texts.parallel.empty()) options.state.parallel = texts.parallel == "on";
+    options.state.allChannels = texts.channels == "all";
     if (!texts.simd.empty()) options.state.simd = texts.simd == "on";
+    if (texts.savedState == "-") throw CUsageError("--save-state: standard output holds no state");
     options.savedState = options.render.state = PathOf(texts.savedState);
     std::vector<std::string> first; // settings are applied in this order
     if (!texts.oversampling.empty()) first.push_back("Oversampling=x" + texts.oversampling);
     if (!texts.highQuality.empty()) first.push_back("Hiqh Quality=" + texts.highQuality);
     options.settings.insert(options.settings.begin(), first.begin(), first.end());
+}
+
+/// A number within limits, with or without its unit.
+std::optional<double> TargetOf(
+    const char* option, const std::string& text, const char* unit, double least, double most) {
+    if (text.empty()) return {};
+    const auto number = ReadNumber(Trim(text));
+    const bool isNumber = number && (number->unit.empty() || EqualIgnoringCase(number->unit, unit));
+    if (isNumber && number->value >= least && number->value <= most) return number->value;
+    throw CUsageError(std::string(option) + ": \"" + text + "\" is not accepted, only " + Shortest(least) +
+                      " to " + Shortest(most) + " " + unit);
+}
+
+void TakeTargets(SOptions& options, const STexts& texts) {
+    auto& targets = options.targets;
+    targets.loudnessLufs = TargetOf("--loudness", texts.loudness, "LUFS", -60, 0);
+    targets.truePeakDbtp = TargetOf("--true-peak", texts.truePeak, "dBTP", -40, 6);
+    targets.mostReductionDb = TargetOf("--max-reduction", texts.mostReduction, "dB", 0, 100);
+    if (targets.AreWanted()) return;
+    for (const auto& [isGiven, option] :
+        {std::pair{targets.takesNearest, "--nearest"}, std::pair{options.render.isAlbum, "--album"}}) {
+        if (isGiven) throw CUsageError(std::string(option) + " needs --loudness or --true-peak");
+    }
+}
+
+void TakeReport(SOptions& options, const STexts& texts) {
+    if (texts.report == "jsonl") options.report = EReportForm::JsonLines;
+    if (texts.report == "json" || options.isJson) options.report = EReportForm::Json;
+}
+
+void TakeLayout(SOptions& options, const std::string& text) {
+    if (text.empty()) return;
+    const auto mask = MaskOf(text);
+    if (!mask) {
+        throw CUsageError("--layout: \"" + text + "\" is neither a mask, such as 0x60f, nor one of " +
+                          LayoutNames() + ", nor speakers, such as FL+FR+LFE");
+    }
+    options.render.layout = SLayoutChoice{*mask, IsMaskNumber(Trim(text)) ? "" : text};
+}
+
+/// Where the system's shells leave wildcards to the programs, they are expanded here.
+std::vector<std::filesystem::path> InputsOf(const std::vector<std::string>& texts) {
+    std::vector<std::filesystem::path> inputs;
+    for (const auto& text : texts) {
+        if (Platform::ShellExpandsWildcards()) {
+            inputs.push_back(PathOf(text));
+        } else {
+            std::ranges::move(ExpandWildcards(PathOf(text)), std::back_inserter(inputs));
+        }
+    }
+    return inputs;
 }
 
 void TakeTexts(SOptions& options, const STexts& texts) {
@@ -400,13 +468,17 @@ void TakeTexts(SOptions& options, const STexts& texts) {
     options.bench.input = PathOf(texts.benchInput);
     options.content = PathOf(texts.content);
     TakeStateTexts(options, texts);
-    for (const auto& input : texts.inputs) options.inputs.push_back(PathOf(input));
+    options.inputs = InputsOf(texts.inputs);
     options.render.dithers = !texts.noDither;
     options.render.settles = !texts.noPreroll;
     options.render.aligns = !texts.noAlign;
+    options.render.measures = !texts.noMeasure;
+    TakeTargets(options, texts);
     options.render.plot = PathOf(texts.plot);
     options.render.plotData = PathOf(texts.plotData);
-    if (texts.report == "json") options.isJson = true;
+    TakeReport(options, texts);
+    options.render.extension = texts.extension;
+    TakeLayout(options, texts.layout);
     if (texts.format.empty()) return;
     options.render.samples = FormatOf(texts.format);
     if (!options.render.samples) {
@@ -428,6 +500,7 @@ ECommand CommandOf(const CLI::App& app) {
 
 /// The parser that splits the program's arguments into `options` and `texts`.
 void Build(CLI::App& app, SOptions& options, STexts& texts) {
+    app.formatter(std::make_shared<CHelpFormatter>()); // which those of its commands take over
     app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", "kavhost " KAV_VERSION);
@@ -439,6 +512,7 @@ void Build(CLI::App& app, SOptions& options, STexts& texts) {
     AddBench(app, options, texts);
     AddInspect(app, options, texts);
     AddContent(app, texts);
+    AddHelp(app, texts);
 }
 
 } // namespace
@@ -448,6 +522,9 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     STexts texts;
     CLI::App app(About, "kavhost");
     Build(app, options, texts);
+    if (arguments.empty()) throw CUsageError("no command; see kavhost --help");
+    CheckCommands(app, arguments);
+    ReplaceMinusSigns(app, arguments);
     std::ranges::reverse(arguments); // the parser starts at the end
     try {
         app.parse(std::move(arguments));
@@ -460,6 +537,14 @@ SOptions ReadOptions(std::vector<std::string> arguments) {
     } catch (const CLI::Error& error) {
         throw CUsageError(std::string(error.what()) + "; see kavhost --help");
     }
+    if (app.got_subcommand("help")) {
+        options.text = HelpFor(app, texts.helpFor);
+        return options;
+    }
+    if (app.got_subcommand("version")) {
+        options.text = app.version() + "\n";
+        return options;
+    }
     TakeTexts(options, texts);
     options.command = CommandOf(app);
     return options;
@@ -471,6 +556,14 @@ std::string ManPage() {
     CLI::App app(About, "kavhost");
     Build(app, options, texts);
     return ManPageOf(app);
+}
+
+std::string ShellCompletion(EShell shell) {
+    SOptions options;
+    STexts texts;
+    CLI::App app(About, "kavhost");
+    Build(app, options, texts);
+    return shell == EShell::Bash ? BashCompletionOf(app) : ZshCompletionOf(app);
 }
 
 } // namespace KAV::Host

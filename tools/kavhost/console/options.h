@@ -2,8 +2,10 @@
 
 #include "tools/kavhost/bench/bench.h"
 #include "tools/kavhost/editor/editor_commands.h"
+#include "tools/kavhost/render/batch_report.h"
 #include "tools/kavhost/render/render.h"
 #include "tools/kavhost/setup/setup.h"
+#include "tools/kavhost/target/target_search.h"
 
 #include <filesystem>
 #include <optional>
@@ -37,12 +39,15 @@ struct SOptions {
     bool isJson = false;
 
     std::filesystem::path patch;      ///< to inspect
+    bool showsAll = false;            ///< of it, also what is as in a new instance
     std::filesystem::path savedState; ///< where info saves the effect's state; may be empty
 
     std::vector<std::filesystem::path> inputs;
     std::filesystem::path output;
     SRenderOptions render;
-    int jobs = 1; ///< files at a time
+    STargets targets; ///< of render
+    int jobs = 1;     ///< files at a time
+    EReportForm report = EReportForm::Text;
 
     SEditOptions edit;
     SShotOptions shot;
@@ -60,5 +65,10 @@ SOptions ReadOptions(std::vector<std::string> arguments);
 /// The manual page, for man(1). It is generated from the same definitions as the help, so neither lacks what
 /// the other has.
 std::string ManPage();
+
+enum class EShell { Bash, Zsh };
+
+/// What that shell needs to complete a command line; made in the same way.
+std::string ShellCompletion(EShell shell);
 
 } // namespace KAV::Host

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "utils/product.h"
+
+/// What help and manual page say beside the options.
+namespace KAV::Host {
+
+inline constexpr const char* About =
+    "Runs audio files through a VST 2 effect, describes the effect, and measures its speed;\n"
+    "installs the patches and routings that come with the " KAV_PRODUCT ".";
+
+inline constexpr const char* Footer =
+    "Examples:\n"
+    "  kavhost info\n"
+    "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+    "  kavhost render *.mp3 -o limited/ --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost edit song.wav --render limited.wav\n"
+    "  kavhost shot -o panel.png\n"
+    "  kavhost bench --vs other.so\n"
+    "  kavhost render song.wav -o out.wav --patch \"Master - Streaming\"\n"
+    "  kavhost inspect loud.kvp\n"
+    "  kavhost content install\n"
+    "  kavhost render --help\n"
+    "\n"
+    "Exit codes: 0 success, 1 something failed, 2 wrong usage; 130, 129, 141 and\n"
+    "143 if Ctrl-C, or the signal HUP, PIPE or TERM, ended it.";
+
+inline constexpr const char* InfoFooter = "Examples:\n"
+                                          "  kavhost info --json\n"
+                                          "  kavhost info --patch loud.kvp --save-state loud.state\n"
+                                          "  kavhost info --plugin other.so --set 0:-3.0";
+
+inline constexpr const char* RenderFooter =
+    "The output keeps the input's rate and channels. It keeps the sample format if the\n"
+    "output's container supports it; otherwise, and for MP3 and other coded inputs, it gets\n"
+    "24 bits. OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
+    "A file appears under its name only when it is complete.\n"
+    "\n"
+    "A file begins with the effect's built-in values, whatever you have stored for a DAW.\n"
+    "Settings are applied in this order: --state, --routing, --parallel, --patch, --channels,\n"
+    "--simd, --os, --hq, and then each --set. A state includes the routings of its groups; a\n"
+    "patch has only the buttons that select from them.\n"
+    "\n"
+    "The report's gain is output RMS divided by input RMS in windows of 10 ms, per channel,\n"
+    "where the input is above -60 dBFS. The real-time factor is the seconds of audio per\n"
+    "second that the effect ran; with --jobs the files share the processor.\n"
+    "\n"
+    "The picture shows the waveform of input and output, their short-term loudness and\n"
+    "peaks, and the gain reduction: the gain above, compared with the effect's gain for\n"
+    "noise below -60 dBFS, which it has no reason to limit. A file and its picture are\n"
+    "written together or not at all.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"
+    "  kavhost render *.mp3 -o limited/ --format 16 --set \"Limiter (1)=on\"\n"
+    "  kavhost render *.wav -o limited/ --jobs 4 --plot limited/\n"
+    "  kavhost render song.wav -o out.wav --patch loud.kvp --os 4 --hq on\n"
+    "  kavhost render song.wav -o out.wav --patch \"Master - Streaming\" --strict\n"
+    "  kavhost render film.wav -o out.wav --routing surround.kvt --save-state film.state\n"
+    "  kavhost render film2.wav -o out2.wav --state film.state --simd on\n"
+    "  kavhost render song.wav -o out.wav --plugin other.so --set 1=0.75 --set 0:-3.0";
+
+inline constexpr const char* EditFooter =
+    "The file plays through the effect while you set it by ear. Below the editor are the\n"
+    "position, which can be clicked and dragged, and the time. Keys: space plays and pauses,\n"
+    "Left and Right go 5 seconds back and on, Home goes to the beginning, L loops the file,\n"
+    "Escape ends.\n"
+    "\n"
+    "The sound goes to PipeWire, JACK, PulseAudio or ALSA, whichever there is; without any\n"
+    "of them the file plays silently. When the window is closed, --save-state and --render\n"
+    "write what you have set; each file is written whole or not at all.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost edit song.wav --save-state song.state\n"
+    "  kavhost edit song.mp3 --patch loud.kvp --render limited.flac\n"
+    "  kavhost edit film.wav --state film.state --save-state film.state --render out.wav";
+
+inline constexpr const char* ShotFooter =
+    "The editor opens in a window of its own on the display that DISPLAY names. Without one\n"
+    "kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
+    "\n"
+    "With IN, that file plays silently through the effect, in real time, and the picture\n"
+    "shows the editor at the end of the stretch. Without it the picture is taken when the\n"
+    "editor stands still.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost shot -o panel.png\n"
+    "  kavhost shot song.wav -o busy.png --patch loud.kvp --start 30 --seconds 5\n"
+    "  kavhost shot -o large.png --state film.state --width 1508";
+
+inline constexpr const char* InspectFooter =
+    "A patch stores each value as the effect does. With a profile, the quantity that the\n"
+    "value stands for is shown instead, and only what differs from a new instance unless\n"
+    "--all is given. JSON always has everything.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost inspect loud.kvp\n"
+    "  kavhost inspect \"Master - Streaming\" --all\n"
+    "  kavhost inspect 7.1.4\n"
+    "  kavhost inspect --json film.state";
+
+inline constexpr const char* BenchFooter =
+    "The time is the CPU time of this thread, as the median over the runs. With --vs the\n"
+    "runs of the two effects alternate; with --set2 alone the effect is measured against\n"
+    "itself. Unless a file is given, the sound is music-like with a peak of -3 dBFS, and the\n"
+    "same every time.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost bench --set \"Oversampling=x4\"\n"
+    "  kavhost bench --os 4 --simd on --vs other.so\n"
+    "  kavhost bench --vs other.so --set2 3=0.5 --channels 1 --block 64\n"
+    "  kavhost bench --set 100=1 --set2 100=0";
+
+inline constexpr const char* ContentFooter =
+    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". Files\n"
+    "of your own, and files that you have changed, are neither overwritten nor removed.\n"
+    "\n"
+    "Patches and routings can be named without being installed: list shows the option for\n"
+    "each. A file of the current folder comes first, then one of yours, then the factory's.\n"
+    "\n"
+    "Examples:\n"
+    "  kavhost content install\n"
+    "  kavhost content list\n"
+    "  kavhost content uninstall";
+
+inline constexpr const char* SetHelp = "NAME=QUANTITY with a name from the profile, such as\n"
+                                       "\"Release (1)=100 ms\"; INDEX=VALUE with a value from 0 to 1;\n"
+                                       "or INDEX:TEXT with the text that the effect's own display\n"
+                                       "should show. May be repeated.";
+
+} // namespace KAV::Host
