@@ -327,8 +327,21 @@ TEST_F(ContentInstaller, IsACommand) {
     EXPECT_EQ(run.out, Patches + "A.kvp: yours, kept\n4 files, 3 installed, 1 yours, kept\n");
     run = RunHost({"content", "list", "--from", from});
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out, "yours      " + Patches + "A.kvp\ninstalled  " + Patches + "B.kvp\ninstalled  " +
-                           Routings + "5.1.kvt\ninstalled  " + Routings + "Legacy/Mid/Side.kvt\n");
+    EXPECT_EQ(run.out, "yours      " + Patches + "A.kvp  --patch \"A\"\ninstalled  " + Patches +
+                           "B.kvp  --patch \"B\"\ninstalled  " + Routings +
+                           "5.1.kvt          --routing \"5.1\"\ninstalled  " + Routings +
+                           "Legacy/Mid/Side.kvt\n");
+    WriteText(documents / (Patches + "My $ound.kvp"), "mine");
+    WriteText(documents / (Patches + "B.fxp"), "mine");
+    WriteText(documents / (Routings + "It's.kvt"), "mine");
+    run = RunHost({"content", "list", "--from", from});
+    EXPECT_NE(run.out.find("\nyours      " + Patches + "B.fxp         --patch \"B\"\nyours      " + Patches +
+                           "My $ound.kvp  --patch 'My $ound'\nyours      " + Routings + "It's.kvt "),
+        std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("--routing \"It's\"\n"), std::string::npos) << run.out;
+    for (const char* file : {"My $ound.kvp", "B.fxp"}) fs::remove(documents / (Patches + file));
+    fs::remove(documents / (Routings + "It's.kvt"));
     run = RunHost({"content", "uninstall"});
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.out, "3 files, 3 removed\n");

@@ -77,12 +77,22 @@ TEST_F(FactoryPatches, AreAFullSetThatBeginsWithTheReset) {
     EXPECT_EQ(Device().State().PatchName(), Utils::ToUtf16(Reset));
 }
 
+/// Without the line of what a patch needs, which is there for kavhost and for people.
 TEST_F(FactoryPatches, AreWrittenAsAnInstanceWritesThem) {
+    std::size_t withNeeds = 0;
     for (const auto& file : Files()) {
         if (Title(file) == Reset) continue;
         Load(file);
-        EXPECT_EQ(ReadText(file), Device().State().PatchText(0) + '\0') << file;
+        auto text = ReadText(file);
+        const auto needs = std::string(Utils::ExtractTag(text, "<patch_info", ">", "</"));
+        if (!needs.empty()) {
+            ++withNeeds;
+            EXPECT_TRUE(needs.starts_with("Needs: ")) << file;
+            text = Utils::ReplaceAll(text, "<patch_info>" + needs + "</patch_info>\r\n", "");
+        }
+        EXPECT_EQ(text, Device().State().PatchText(0) + '\0') << file;
     }
+    EXPECT_EQ(withNeeds, 8u);
 }
 
 TEST_F(FactoryPatches, TheResetIsADefaultWithoutAWidth) {

@@ -25,8 +25,8 @@ std::string Content(const std::filesystem::path& file) {
     _exit(99);
 }
 
-void Redirect(int stream, const std::filesystem::path& file) {
-    const int opened = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+void Redirect(int stream, const std::filesystem::path& file, int flags = O_WRONLY | O_CREAT | O_TRUNC) {
+    const int opened = open(file.c_str(), flags, 0600);
     if (opened < 0 || dup2(opened, stream) < 0) Die();
 }
 
@@ -52,7 +52,11 @@ CChild::CChild(std::vector<std::string> arguments, const SOptions& options) {
     _process = fork();
     if (_process < 0) throw std::runtime_error("no process");
     if (_process == 0) {
-        Redirect(STDOUT_FILENO, _out);
+        if (!options.standardInput.empty()) Redirect(STDIN_FILENO, options.standardInput, O_RDONLY);
+        if (options.outputToTerminal)
+            dup2(terminal, STDOUT_FILENO);
+        else
+            Redirect(STDOUT_FILENO, _out);
         if (terminal >= 0)
             dup2(terminal, STDERR_FILENO);
         else
@@ -73,6 +77,10 @@ void CChild::Signal(int number) const {
     kill(_process, number);
 }
 
+std::string CChild::OutputSoFar() const {
+    return Content(_out);
+}
+
 SRun CChild::Wait() {
     const std::string terminal = _terminal >= 0 ? TerminalOutput() : std::string{};
     int status = 0;
@@ -90,6 +98,30 @@ std::string CChild::TerminalOutput() const {
         if (count <= 0) return text;
         text.append(buffer.data(), static_cast<std::size_t>(count));
     }
+}
+
+std::string OnScreen(const std::string& text) {
+    std::string screen, line;
+    std::size_t column = 0;
+    const auto endLine = [&] {
+        line.erase(line.find_last_not_of(' ') + 1);
+        screen += line;
+        line.clear();
+        column = 0;
+    };
+    for (const char letter : text) {
+        if (letter == '\r') {
+            column = 0;
+        } else if (letter == '\n') {
+            endLine();
+            screen += '\n';
+        } else {
+            if (column == line.size()) line += ' ';
+            line[column++] = letter;
+        }
+    }
+    endLine();
+    return screen;
 }
 
 } // namespace KAV::Tests

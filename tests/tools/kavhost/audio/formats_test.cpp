@@ -1,9 +1,11 @@
 #include "tests/tools/kavhost/support.h"
 #include "tools/kavhost/audio/audio_file.h"
 #include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/base/text.h"
 #include "tools/kavhost/bench/bench.h"
 #include "tools/kavhost/measure/delay.h"
 #include "tools/kavhost/measure/level_meter.h"
+#include "tools/kavhost/measure/speaker_weights.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +25,13 @@ class Formats : public testing::Test {
 protected:
     SRun Run(const std::string& input, const std::string& output,
         const std::vector<std::string>& more = {}) const {
-        std::vector<std::string> arguments{
-            "render", "-p", EffectFile("fader"), _folder / input, "-o", _folder / output};
+        std::vector<std::string> arguments{"render", "-p", Utf8(EffectFile("fader")),
+            Utf8(_folder / PathOf(input)), "-o", Utf8(_folder / PathOf(output))};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return RunHost(arguments);
     }
     SAudio Read(const std::string& name) const {
-        CAudioReader reader(_folder / name);
+        CAudioReader reader(_folder / PathOf(name));
         SAudio audio{reader.Format(), {}};
         audio.samples.resize(1'000'000 * static_cast<std::size_t>(audio.format.channels));
         audio.samples.resize(reader.Read(audio.samples) * static_cast<std::size_t>(audio.format.channels));
@@ -50,7 +52,7 @@ SAudio Sine(double frequency, double amplitude, double phase) {
 }
 
 SLevels LevelsOf(const SAudio& audio) {
-    CLevelMeter meter(audio.format.channels, audio.format.rateHz);
+    CLevelMeter meter(WeightsFor(audio.format).channels, audio.format.rateHz);
     meter.Add(audio.samples);
     return meter.Levels();
 }
@@ -109,7 +111,7 @@ TEST_F(Formats, OfCodedInputsBecome24Bits) {
         .format = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III,
         .sections = 0,
         .seekable = 0};
-    SNDFILE* const mp3 = sf_open((_folder / "in.mp3").c_str(), SFM_WRITE, &info);
+    SNDFILE* const mp3 = sf_open((_folder / "in.mp3").string().c_str(), SFM_WRITE, &info);
     ASSERT_NE(mp3, nullptr);
     sf_writef_float(mp3, audio.samples.data(), 20000);
     sf_close(mp3);
@@ -127,6 +129,20 @@ TEST_F(Formats, ThatCannotHoldTheChannelsFailWithoutAFile) {
     EXPECT_NE(run.errors.find("out.flac: FLAC cannot hold 16 channels at 48000 Hz"), std::string::npos)
         << run.errors;
     EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{"in.wav"});
+}
+
+TEST_F(Formats, HaveFilesWithNamesInAnyScript) {
+    const std::string name = "Gr\xC3\xB6\xC3\x9F"
+                             "e \xE2\x80\x93 \xE9\x9F\xB3 \xF0\x9F\x8E\x9A";
+    WriteWav(_folder / PathOf(name + ".wav"), Noise(2, 3000, 0.9f, ESampleFormat::Int16));
+    const auto samples = ReadWav(_folder / PathOf(name + ".wav")).samples;
+    ASSERT_EQ(Run(name + ".wav", name + ".flac", {"--no-dither"}).code, 0);
+    ASSERT_EQ(Run(name + ".flac", name + ".aiff", {"--no-dither"}).code, 0);
+    ASSERT_EQ(Run(name + ".aiff", name + ".ogg").code, 0);
+    EXPECT_EQ(Read(name + ".aiff").samples, samples);
+    EXPECT_EQ(Read(name + ".ogg").Frames(), 3000u);
+    EXPECT_EQ(FilesIn(_folder),
+        (std::vector<std::string>{name + ".aiff", name + ".flac", name + ".ogg", name + ".wav"}));
 }
 
 TEST_F(Formats, GiveTheSameFileInEveryRun) {

@@ -61,6 +61,26 @@ TEST(Quantiser, ClipsAndNeverWraps) {
     EXPECT_EQ(quantiser.Clipped(), 1u);
 }
 
+TEST(Quantiser, CountsWhatIsOffByMoreThanAStepAndHowFar) {
+    for (const bool dither : {false, true}) {
+        CQuantiser quantiser(16, dither);
+        // The highest number is 32767, the lowest -32768.
+        for (const float steps : {32767.0f, 32767.9f, 32768.0f, -32768.0f, -32768.9f, -32769.0f})
+            quantiser.Quantise(steps / 32768);
+        EXPECT_EQ(quantiser.Clipped(), 0u);
+        EXPECT_EQ(quantiser.ClippedBySteps(), 0);
+        quantiser.Quantise(32768.5f / 32768);
+        EXPECT_EQ(quantiser.Clipped(), 1u);
+        EXPECT_EQ(quantiser.ClippedBySteps(), 1.5);
+        quantiser.Quantise(-32769.25f / 32768);
+        EXPECT_EQ(quantiser.Clipped(), 2u);
+        EXPECT_EQ(quantiser.ClippedBySteps(), 1.5);
+        quantiser.Quantise(-2.0f);
+        EXPECT_EQ(quantiser.Clipped(), 3u);
+        EXPECT_EQ(quantiser.ClippedBySteps(), 32768);
+    }
+}
+
 TEST(Quantiser, NeverWrapsFullScaleWithDither) {
     CQuantiser quantiser(16, true);
     for (int i = 0; i < 100000; ++i) {

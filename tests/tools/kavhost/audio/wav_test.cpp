@@ -66,6 +66,13 @@ std::string Error(const std::string& bytes) {
 
 const std::string TwoSamples = std::string("\x00\x40\x00\xC0", 4); // a half and minus a half in 16 bits
 
+/// With the extensible form of header.
+SAudio NoiseWithMask(int channels, std::size_t frames, ESampleFormat samples, std::uint32_t mask = 0x7) {
+    auto audio = Noise(channels, frames, 0.5f, samples);
+    audio.format.mask = mask;
+    return audio;
+}
+
 std::string Written(const SAudio& audio) {
     std::ostringstream stream;
     CWavWriter writer(stream, audio.format, false);
@@ -147,7 +154,7 @@ TEST(WavReader, RefusesFormatsThatMakeNoSense) {
 }
 
 TEST(WavReader, GivesTheWholeFramesOfAFileCutAnywhere) {
-    const auto whole = Written(Noise(3, 5, 0.5f, ESampleFormat::Int24));
+    const auto whole = Written(NoiseWithMask(3, 5, ESampleFormat::Int24));
     const std::size_t header = whole.size() - 46; // 5 frames of 9 bytes, and one byte of padding
     for (std::size_t length = 0; length < whole.size(); ++length) {
         const auto cut = whole.substr(0, length);
@@ -160,7 +167,7 @@ TEST(WavReader, GivesTheWholeFramesOfAFileCutAnywhere) {
 }
 
 TEST(WavReader, SurvivesEveryByteOfAHeaderGoneWrong) {
-    const auto whole = Written(Noise(3, 5, 0.5f, ESampleFormat::Int24));
+    const auto whole = Written(NoiseWithMask(3, 5, ESampleFormat::Int24));
     for (std::size_t place = 0; place < whole.size() - 46; ++place) {
         for (const char value : {'\x00', '\x01', '\x7F', '\x80', '\xFF'}) {
             auto damaged = whole;
@@ -173,7 +180,7 @@ TEST(WavReader, SurvivesEveryByteOfAHeaderGoneWrong) {
 }
 
 TEST(WavReader, RefusesAnUnknownExtensibleCoding) {
-    auto bytes = Written(Noise(3, 5, 0.5f, ESampleFormat::Int24));
+    auto bytes = Written(NoiseWithMask(3, 5, ESampleFormat::Int24));
     bytes[12 + 8 + 30] = 'x'; // in the tail of the coding's name
     EXPECT_EQ(Error(bytes), "a WAV file with an unsupported coding (24 bits)");
 }
@@ -222,6 +229,28 @@ TEST(WavWriter, ReplacesTheSamplesByThoseOfTheFile) {
 TEST(WavWriter, RefusesFormatsThatWavDoesNotHave) {
     std::ostringstream stream;
     EXPECT_THROW(CWavWriter(stream, {48000, 1, ESampleFormat::Coded}, false), CFailure);
+}
+
+TEST(WavWriter, StoresEverySpeakerMask) {
+    for (const int channels : {1, 2, 6, 16}) {
+        for (const auto samples : {ESampleFormat::Int16, ESampleFormat::Int24, ESampleFormat::Float32}) {
+            for (const std::uint32_t mask : {0u, 0x3u, 0x4u, 0x3Fu, 0x60Fu, 0x80000000u, 0xFFFFFFFFu}) {
+                const auto parsed = Parse(Written(NoiseWithMask(channels, 4, samples, mask)));
+                EXPECT_EQ(parsed.format.mask, mask);
+                EXPECT_FALSE(parsed.format.isMaskDefined);
+            }
+        }
+    }
+}
+
+TEST(WavWriter, WritesAPlainHeaderWithoutAMask) {
+    for (const int channels : {1, 2, 6}) {
+        for (const auto samples : {ESampleFormat::Int16, ESampleFormat::Int24, ESampleFormat::Float32}) {
+            const auto bytes = Written(Noise(channels, 4, 0.5f, samples));
+            EXPECT_FALSE(Parse(bytes).format.mask);
+            EXPECT_EQ(bytes.substr(20, 2), Little(samples == ESampleFormat::Float32 ? 3 : 1, 2));
+        }
+    }
 }
 
 TEST(WavReader, ReadsOnFromAnyFrame) {

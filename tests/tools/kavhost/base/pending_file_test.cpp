@@ -73,3 +73,69 @@ TEST(PendingFile, RemembersThatAWriteFailed) {
     }
     EXPECT_TRUE(FilesIn(folder).empty());
 }
+
+TEST(PendingFile, KeepsAFileThatAppearedMeanwhileIfItIsToStay) {
+    const auto folder = NewFolder();
+    CPendingFile file(folder / "out");
+    file.Stream() << "new";
+    std::ofstream(folder / "out") << "theirs";
+    EXPECT_THROW(file.Commit(EExisting::Kept), CFailure);
+    EXPECT_EQ(Content(folder / "out"), "theirs");
+}
+
+TEST(PendingFile, AppearsWhereNoFileIsToBeReplaced) {
+    const auto folder = NewFolder();
+    CPendingFile file(folder / "out");
+    file.Stream() << "new";
+    file.Commit(EExisting::Kept);
+    EXPECT_EQ(Content(folder / "out"), "new");
+    EXPECT_EQ(FilesIn(folder), std::vector<std::string>{"out"});
+}
+
+TEST(PendingFile, ReplacesNothingThatIsWriteProtected) {
+    const auto folder = NewFolder();
+    std::ofstream(folder / "out") << "old";
+    namespace fs = std::filesystem;
+    fs::permissions(folder / "out", fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+        fs::perm_options::remove);
+    EXPECT_THROW(CPendingFile(folder / "out"), CFailure); // an administrator, too
+    EXPECT_EQ(Content(folder / "out"), "old");
+    EXPECT_EQ(FilesIn(folder), std::vector<std::string>{"out"});
+    fs::permissions(folder / "out", fs::perms::owner_write, fs::perm_options::add);
+}
+
+TEST(PendingFile, TakesTheLongestNames) {
+    const auto folder = NewFolder();
+    const std::string name(255, 'n');
+    CPendingFile file(folder / name);
+    file.Stream() << "text";
+    file.Commit();
+    EXPECT_EQ(FilesIn(folder), std::vector<std::string>{name});
+}
+
+TEST(PendingFile, IsNotTakenForAbandonedWhileItIsWritten) {
+    const auto folder = NewFolder();
+    CPendingFile file(folder / "out");
+    file.Stream() << "text";
+    RemoveAbandonedBeside(folder / "other");
+    EXPECT_TRUE(std::filesystem::exists(file.Temporary()));
+    file.Commit();
+    EXPECT_EQ(Content(folder / "out"), "text");
+}
+
+TEST(PendingFile, RemovesWhatAKilledRunHasLeftAndNothingElse) {
+    const auto folder = NewFolder();
+    std::filesystem::path abandoned;
+    {
+        CPendingFile file(folder / "out");
+        abandoned = file.Temporary();
+    }
+    std::ofstream(abandoned) << "half"; // as the run would have left it, without its lock
+    for (const char* other :
+        {".kavhost", ".kavhost-notes.tmp.txt", ".kavhost-x.tm", "kavhost-1.tmp", "a.tmp"})
+        std::ofstream(folder / other) << "a user's";
+    const auto all = FilesIn(folder);
+    RemoveAbandonedBeside(folder / "out");
+    EXPECT_FALSE(std::filesystem::exists(abandoned));
+    EXPECT_EQ(FilesIn(folder).size(), all.size() - 1);
+}

@@ -20,8 +20,24 @@ TEST(ReadNumber, TakesAPlusSignAndInfinity) {
     EXPECT_EQ(ReadNumber("1.5e3")->decimals, 1);
 }
 
+TEST(ReadNumber, TakesAMinusSignOfEitherKind) {
+    const auto number = ReadNumber(" \xE2\x88\x92"
+                                   "12.5 dB");
+    ASSERT_TRUE(number);
+    EXPECT_EQ(number->value, -12.5);
+    EXPECT_EQ(number->decimals, 1);
+    EXPECT_EQ(number->unit, "dB");
+    EXPECT_EQ(ReadNumber("\xE2\x88\x92inf")->value, -std::numeric_limits<double>::infinity());
+}
+
 TEST(ReadNumber, RefusesWhatDoesNotBeginWithANumber) {
-    for (const char* text : {"", " ", "dB", "x4", "+-3", "nan", "-", "."})
+    for (const char* text : {"", " ", "dB", "x4", "+-3", "nan", "-", ".", "\xE2\x88\x92", "\xE2\x88\x92-3",
+             "-\xE2\x88\x92"
+             "3",
+             "+\xE2\x88\x92"
+             "3",
+             "\xE2\x88\x93"
+             "3"})
         EXPECT_FALSE(ReadNumber(text)) << text;
 }
 
@@ -57,7 +73,36 @@ TEST(Fixed, WritesTheWishedDecimals) {
     EXPECT_EQ(Fixed(std::numeric_limits<double>::max(), 2).size(), 312u);
 }
 
+TEST(Fixed, WritesNoSignInFrontOfZero) {
+    EXPECT_EQ(Fixed(-0.004, 2), "0.00");
+    EXPECT_EQ(Fixed(-0.0, 0), "0");
+    EXPECT_EQ(Fixed(-0.006, 2), "-0.01");
+    EXPECT_EQ(Fixed(-10, 1), "-10.0");
+    EXPECT_EQ(Shortest(-0.0), "0");
+    EXPECT_EQ(Shortest(-0.5), "-0.5");
+}
+
 TEST(Utf8, SurvivesTheWayThroughAPath) {
     const std::string name = "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x8E\xB5.wav";
     EXPECT_EQ(Utf8(PathOf(name)), name);
+}
+
+TEST(Printable, ShowsWhatATerminalWouldObey) {
+    EXPECT_EQ(Printable("a\nb\rc\td"), "a\\nb\\rc\\td");
+    EXPECT_EQ(Printable("\x1b[31mred\x7f"), "\\x1b[31mred\\x7f");
+    EXPECT_EQ(Printable("\xC2\x9B"
+                        "31m"),
+        "\\xc2\\x9b31m"); // the same in one character
+    EXPECT_EQ(Printable(std::string("a\0b", 3)), "a\\x00b");
+}
+
+TEST(Printable, KeepsAllOtherText) {
+    const std::string text = "C:\\songs \xC2\xA0\xC3\xA4\xE2\x82\xAC\xF0\x9F\x8E\xB5.wav";
+    EXPECT_EQ(Printable(text), text);
+}
+
+TEST(Printable, ShowsBytesThatAreNoText) {
+    EXPECT_EQ(Printable("\xFF.wav"), "\\xff.wav");
+    EXPECT_EQ(Printable("\xE2\x82"), "\\xe2\\x82"); // a character that is cut off
+    EXPECT_EQ(Printable("\xE2\x82x"), "\\xe2\\x82x");
 }

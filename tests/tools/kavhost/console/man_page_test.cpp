@@ -44,7 +44,8 @@ TEST(ManPage, IsWrittenByTheBuild) {
 TEST(ManPage, HasEachOptionOfEachCommand) {
     const auto page = WithoutEscapes(ManPage());
     const std::vector<std::vector<std::string>> commands{{"info"}, {"render"}, {"bench"}, {"inspect"},
-        {"content"}, {"content", "install"}, {"content", "list"}, {"content", "uninstall"}};
+        {"content"}, {"content", "install"}, {"content", "list"}, {"content", "uninstall"}, {"help"},
+        {"version"}};
     std::size_t found = 0;
     for (auto command : commands) {
         const auto name = command.size() == 1 ? command[0] : command[0] + " " + command[1];
@@ -72,12 +73,37 @@ TEST(ManPage, IsWellFormed) {
     EXPECT_EQ(complaints, "");
 }
 
+TEST(ManPage, HasTheSectionsThatReadersLookFor) {
+    const auto page = WithoutEscapes(ManPage());
+    const auto section = [&](const std::string& title) {
+        const auto begin = page.find(".SH " + title + "\n");
+        return begin == std::string::npos ? "" : page.substr(begin, page.find("\n.SH", begin) - begin);
+    };
+    EXPECT_NE(
+        section("EXAMPLES").find("\nkavhost render song.wav -o limited.flac --set \"Threshold (1)=-6 dB\"\n"),
+        std::string::npos);
+    EXPECT_NE(section("ENVIRONMENT").find("\nDISPLAY\n"), std::string::npos);
+    EXPECT_NE(section("FILES").find("Kavelin/KAV Sorrel Limiter/*.kvp"), std::string::npos);
+    // The same codes as in the table of the documentation.
+    const auto status = section("\"EXIT STATUS\"");
+    const auto documented = BytesOf(KAVHOST_SOURCES "/docs/kavhost.md");
+    static const std::regex row("\n\\| ([0-9]+) \\|"), term("\n\\.TP\n([0-9]+)\n");
+    const auto codes = [](const std::string& text, const std::regex& pattern) {
+        std::set<std::string> found;
+        for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
+            found.insert((*match)[1]);
+        return found;
+    };
+    EXPECT_EQ(codes(status, term), codes(documented, row));
+    EXPECT_GE(codes(status, term).size(), 4u);
+}
+
 TEST(ManPage, KeepsExamplesInLinesOfTheirOwnAsAShellTakesThem) {
     const auto text = Mandoc({"-T", "ascii", "-O", "width=120", KAVHOST_MAN_PAGE});
     ASSERT_EQ(text.code, 0) << text.errors;
     const auto plain = std::regex_replace(text.out, std::regex(".\b"), ""); // bold is overstruck
     EXPECT_TRUE(std::regex_search(
-        plain, std::regex(R"(\n *kavhost render \*\.wav -o limited --jobs 4 --plot limited\n)")))
+        plain, std::regex(R"(\n *kavhost render \*\.wav -o limited/ --jobs 4 --plot limited/\n)")))
         << plain.substr(0, 3000);
     EXPECT_NE(plain.find("-p, --plugin FILE"), std::string::npos);
     EXPECT_NE(plain.find("-j, --jobs 1..256"), std::string::npos);

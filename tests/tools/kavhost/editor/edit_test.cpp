@@ -1,4 +1,6 @@
+#include "platform/folders.h"
 #include "tests/tools/kavhost/editor/kavhost_user.h"
+#include "utils/product.h"
 
 #include <algorithm>
 #include <csignal>
@@ -169,6 +171,20 @@ TEST_F(Edit, WritesWhatWasSetAndRendersItAsRenderDoes) {
                   .code,
         0);
     EXPECT_EQ(BytesOf(folder / "out.flac"), BytesOf(folder / "again.flac"));
+}
+
+TEST_F(Edit, BeginsWithTheUsersFirstPatchAsADaw) {
+    const auto patches = KAV::Platform::DocumentsFolder() / KAV_VENDOR / KAV_PRODUCT;
+    fs::create_directories(patches);
+    WriteBytes(patches / "Mine.kvp",
+        "<patch_format>textual</patch_format>\r\n<plugin_id>1936683628</plugin_id>\r\n"
+        "<patch_name>Mine</patch_name>\r\n<multi_fx>true</multi_fx>\r\n"
+        "<param tag=\"23\" namew=\"Main Input Gain\" >0.625</param>\r\n");
+    Open({"--save-state", folder / "out.state"});
+    EXPECT_EQ(Close().code, 0);
+    fs::remove_all(patches);
+    EXPECT_NE(MainInputGain(folder / "out.state").find("0.625"), std::string::npos);
+    EXPECT_NE(BytesOf(folder / "out.state").find("<patch_name>Mine<"), std::string::npos);
 }
 
 TEST_F(Edit, BeginsWithTheStateThatItIsGiven) {

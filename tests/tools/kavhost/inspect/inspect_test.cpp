@@ -83,7 +83,7 @@ std::string Binary() {
 } // namespace
 
 TEST_F(Inspect, DescribesATextInWords) {
-    const auto run = Run(Text + std::string(1, '\0') + "<simd>0</simd>", "p.kvp");
+    const auto run = Run(Text + std::string(1, '\0') + "<simd>0</simd>", "p.kvp", {"--all"});
     ASSERT_EQ(run.code, 0) << run.errors;
     // The exponential law: 0.01 (1000 / 0.01)^0.4 = 0.01 x 100 = 1.
     EXPECT_EQ(run.out, "patch       Loud & clear\n"
@@ -99,6 +99,7 @@ TEST_F(Inspect, DescribesATextInWords) {
                        "  Fall (1)    1.00 ms\n"
                        "parameters of group 2\n"
                        "  Gain (2)    0.00 dB\n"
+                       "group 3 \"Drums\"\n"
                        "macro 1 \"Push\"\n"
                        "  Gain (1), sensitivity 0.75\n"
                        "  tag 555, sensitivity -1\n"
@@ -111,6 +112,97 @@ TEST_F(Inspect, DescribesATextInWords) {
                        "  bypassed by the host               off\n"
                        "  editor's width in pixels           754\n"
                        "  vector code                        on\n");
+}
+
+TEST_F(Inspect, ShowsWhatDiffersFromANewInstanceUnlessAllIsWanted) {
+    const std::string patch =
+        "<patch_format>textual</patch_format>\r\n<plugin_id>1952866660</plugin_id>\r\n"
+        "<patch_name>P</patch_name>\r\n<multi_fx>true</multi_fx>\r\n<fx_names>1|*|2|*|Drums|*|4</"
+        "fx_names>\r\n"
+        "<param tag=\"36\" namew=\"Fall (1)\" >0.400000</param>\r\n"
+        "<param tag=\"33\" namew=\"Level (1)\" >0.250000</param>\r\n"
+        "<param tag=\"133\" namew=\"Level (2)\" >0.333333</param>\r\n"
+        "<param tag=\"99\" namew=\"Unheard of\" >0.5</param>\r\n"
+        "<host_bypass>0</host_bypass>\r\n<simd>1</simd>\r\n<agc_rms>2000.000</agc_rms>\r\n"
+        "<kav_input_routing>\r\n<fx>0</fx>\r\n<name>Not found</name>\r\n<map>0,-1|*|1,-1</map>\r\n"
+        "<ch_names>L|*|R</ch_names>\r\n</kav_input_routing>\r\n"
+        "<kav_input_routing>\r\n<fx>1</fx>\r\n<name>Not found</name>\r\n<map>0,-1|*|2,-1</map>\r\n"
+        "<ch_names>L|*|R</ch_names>\r\n</kav_input_routing>\r\n"
+        "<macro_group_names>Macro 1|*|Push|*|Macro 3</macro_group_names>\r\n"
+        "<macro group=\"0\"></macro>\r\n<macro group=\"1\"></macro>\r\n<macro group=\"2\">33;1</macro>\r\n";
+    // As in a new instance: Fall (1), and within what six decimals can hold Level (2).
+    auto profile = nlohmann::json::parse(Profile);
+    for (auto& parameter : profile["parameters"]) {
+        if (parameter["name"] == "Fall (1)") parameter["default"] = 0.4;
+        if (parameter["name"] == "Level (1)") parameter["default"] = 1;
+        if (parameter["name"] == "Level (2)") parameter["default"] = 1.0 / 3;
+    }
+    profile["state"] =
+        "<patch_format>textual</patch_format>\r\n<fx_names>1|*|2|*|3|*|4</fx_names>\r\n"
+        "<host_bypass>0</host_bypass>\r\n<simd>0</simd>\r\n<agc_rms>2000.000</agc_rms>\r\n"
+        "<kav_input_routing>\r\n<fx>0</fx>\r\n<name>Not found</name>\r\n<map>0,-1|*|1,-1</map>\r\n"
+        "<ch_names>L|*|R</ch_names>\r\n</kav_input_routing>\r\n"
+        "<kav_input_routing>\r\n<fx>1</fx>\r\n<name>Not found</name>\r\n<map>0,-1|*|1,-1</map>\r\n"
+        "<ch_names>L|*|R</ch_names>\r\n</kav_input_routing>\r\n"
+        "<macro_group_names>Macro 1|*|Macro 2|*|Macro 3</macro_group_names>\r\n";
+    WriteBytes(_folder / "profile.json", profile.dump());
+    EXPECT_EQ(Run(patch, "p.kvp").out, "patch       P\n"
+                                       "form        text\n"
+                                       "unique id   1952866660\n"
+                                       "parameters of all groups\n"
+                                       "  Unheard of  0.5\n"
+                                       "parameters of group 1 \"1\"\n"
+                                       "  Level (1)   -15.00 dB\n"
+                                       "group 3 \"Drums\"\n"
+                                       "macro 2 \"Push\"\n"
+                                       "macro 3 \"Macro 3\"\n"
+                                       "  Level (1), sensitivity 1\n"
+                                       "routing of group 2 \"Not found\"\n"
+                                       "  \"L\"  channel 1\n"
+                                       "  \"R\"  channel 3\n"
+                                       "settings\n"
+                                       "  vector code                        on\n"
+                                       "6 more as in a new instance; --all shows them\n");
+    const auto all = Run(patch, "p.kvp", {"--all"}).out;
+    for (const char* line : {"  Fall (1)    1.00 ms\n", "  Level (2)   -13.33 dB\n", "macro 1 \"Macro 1\"\n",
+             "routing of group 1 \"Not found\"\n", "  bypassed by the host               off\n",
+             "  gain compensation RMS time         2000.000\n"})
+        EXPECT_NE(all.find(line), std::string::npos) << line << all;
+    EXPECT_EQ(all.find("--all"), std::string::npos);
+    const auto json = Json(patch, "p.kvp")["parameters"];
+    ASSERT_EQ(json.size(), 4u);
+    EXPECT_EQ(json[0]["differs"], false);
+    EXPECT_EQ(json[1]["differs"], true);
+    EXPECT_EQ(json[2]["differs"], false);
+    EXPECT_EQ(json[3]["differs"], nullptr);
+}
+
+TEST_F(Inspect, FindsNothingToShowInTheStateOfANewInstance) {
+    const auto state = Utf8(_folder / "new.state");
+    ASSERT_EQ(RunHost({"info", "-p", Utf8(PluginFile()), "--save-state", state}).code, 0);
+    const auto run = RunHost({"inspect", state, "--profile", Utf8(PluginProfile())});
+    // 109 parameters, 5 macros, 4 routings, 10 settings.
+    EXPECT_TRUE(
+        run.out.ends_with("unique id   1936683628\n128 more as in a new instance; --all shows them\n"))
+        << run.out;
+}
+
+TEST_F(Inspect, ReadsRoutings) {
+    const std::string routing =
+        "<kav_input_routing>\n\t<kvt_version>1.0</kvt_version>\n\t<name>Front</name>\n"
+        "\t<type>stereo</type>\n\t<map>0,1|*|4,-1</map>\n"
+        "\t<ch_names>LR|*|C</ch_names>\n</kav_input_routing>\n";
+    for (const char* name : {"front.kvt", "front.kvp", "front.fxp", "front"}) {
+        EXPECT_EQ(Run(routing, name).out,
+            "routing \"Front\", stereo\n  \"LR\"  channel 1 and 2\n  \"C\"  channel 5\n")
+            << name;
+    }
+    const auto json = Json(routing, "front.kvt");
+    EXPECT_EQ(json["form"], "routing");
+    EXPECT_EQ(json["patch"], "Front");
+    EXPECT_EQ(json["routings"][0]["entries"][1]["label"], "C");
+    EXPECT_EQ(json["routings"][0]["group"], nullptr);
+    EXPECT_EQ(Run(routing.substr(0, routing.size() - 5), "cut.kvt").code, 1);
 }
 
 TEST_F(Inspect, DescribesItForProgramsToo) {
@@ -143,6 +235,8 @@ TEST_F(Inspect, ReadsEveryFormOfAPatch) {
     EXPECT_EQ(binary["parameters"][0]["tag"], 33);
     EXPECT_EQ(binary["parameters"][0]["value"], 0.25);
     EXPECT_EQ(Json(ChunkRecord(1952866660, Text), "p.fxp")["patch"], "Loud & clear");
+    EXPECT_EQ(Json(ChunkRecord(1952866660, Text), "p.kvp")["patch"], "Loud & clear");
+    EXPECT_EQ(Json(Text, "p.fxp")["patch"], "Loud & clear");
     EXPECT_EQ(Json(ChunkRecord(1952866660, Binary()), "p.fxp")["unique_id"], 1952866660);
     const auto values = Json(ValueRecord(1952866660, "List", {0.25f, 1, 0.4f, 1, 0, 0.5f}), "p.fxp");
     EXPECT_EQ(values["patch"], "List");
@@ -178,7 +272,8 @@ TEST_F(Inspect, FailsForWhatIsNoPatch) {
              " " + Text, Little(2) + std::string(200, 'x'), std::string("\x01\0\0", 3)}) {
         const auto run = Run(bytes, "p.kvp");
         EXPECT_EQ(run.code, 1);
-        EXPECT_NE(run.errors.find("p.kvp: not a patch\n"), std::string::npos) << run.errors;
+        EXPECT_NE(run.errors.find("p.kvp: not a patch, a state or a routing\n"), std::string::npos)
+            << run.errors;
         EXPECT_EQ(run.out, "");
     }
     EXPECT_EQ(Run("", "p.kvp").code, 1);
@@ -215,7 +310,7 @@ TEST_F(Inspect, GivesADefinedResultForAnyBytes) {
         const auto content = ParsePatch(bytes);
         std::ostringstream words, json;
         const auto profile = ParseProfile(Profile);
-        PrintPatch(words, content, &profile);
+        PrintPatch(words, content, &profile, round % 3 == 0);
         PrintPatchAsJson(json, content, nullptr);
         EXPECT_TRUE(nlohmann::json::accept(json.str()));
         for (const char letter : words.str()) {

@@ -193,13 +193,13 @@ TEST_F(Plot, ToldNotToAlignHasNoGain) {
     EXPECT_FALSE(DataOf("d.json").at("peak after")["lowest"].empty());
 }
 
-TEST_F(Plot, NamesEachSettingThatDiffersFromAFreshEffect) {
+TEST_F(Plot, NamesEachSettingThatDiffersFromTheBuiltInValues) {
     WriteWav(_folder / "in.wav", Noise(1, 4800, 0.5f));
     ASSERT_EQ(Run({"--set", "1:Hard", "--set", "0=0.5", "--plot-data", Path("d.json")}).code, 0);
     EXPECT_EQ(nlohmann::json::parse(BytesOf(_folder / "d.json"))["settings"], "Mode Hard");
     ASSERT_EQ(Run({"--plot-data", Path("d.json")}).code, 0);
-    EXPECT_EQ(
-        nlohmann::json::parse(BytesOf(_folder / "d.json"))["settings"], "all settings as in a fresh effect");
+    EXPECT_EQ(nlohmann::json::parse(BytesOf(_folder / "d.json"))["settings"],
+        "all settings at their built-in values");
 }
 
 TEST_F(Plot, ThatCannotBeWrittenLeavesNoAudioEither) {

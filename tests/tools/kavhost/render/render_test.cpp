@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 using namespace KAV::Host;
@@ -152,7 +153,7 @@ TEST_F(Render, ClipsWhatDoesNotFitAndReportsHowMuch) {
         const double wanted = static_cast<double>(audio.samples[i]) * std::pow(10, 24 / 20.0);
         const double expected = std::clamp(wanted, -1.0, 32767.0 / 32768);
         EXPECT_NEAR(static_cast<double>(out[i]), expected, 0.51 / 32768);
-        if (std::abs(wanted) > 1) ++clipped;
+        if (wanted > 1 || wanted < -1 - 1 / 32768.0) ++clipped; // more than a step off
     }
     EXPECT_GT(clipped, 1000u);
     EXPECT_EQ(nlohmann::json::parse(run.out)[0]["clipped"], clipped);
@@ -264,6 +265,52 @@ TEST_F(Render, ReportsProblemsInOneLine) {
     EXPECT_EQ(Run({"a.wav"}, "missing/out.wav", "fader").code, 1);
     EXPECT_EQ(Run({"a.wav"}, "out.wav", "no_entry").code, 1);
     EXPECT_EQ(FilesIn(_folder), std::vector<std::string>{"a.wav"});
+}
+
+TEST_F(Render, CountsWhatIsNoFiniteNumberInTheInputAsAFailureOnlyIfItIsStrict) {
+    auto audio = Noise(2, 1000, 0.5f);
+    audio.samples[500] = std::numeric_limits<float>::quiet_NaN();
+    audio.samples[501] = -std::numeric_limits<float>::infinity();
+    WriteWav(_folder / "bad.wav", audio);
+    WriteWav(_folder / "good.wav", Noise(2, 1000, 0.5f));
+    const auto lenient = Run({"bad.wav"}, "out.wav", "fader");
+    EXPECT_EQ(lenient.code, 0);
+    EXPECT_TRUE(Contains(lenient.out, "2 samples of the input are infinite or not a number\n"))
+        << lenient.out;
+    const auto json = nlohmann::json::parse(Run({"bad.wav"}, "out.wav", "fader", {"--json"}).out);
+    EXPECT_EQ(json[0]["notes"], nlohmann::json{"2 samples of the input are infinite or not a number"});
+    EXPECT_EQ(json[0]["before"]["not_finite"], 2);
+
+    std::filesystem::remove(_folder / "out.wav");
+    const auto strict = Run({"bad.wav"}, "out.wav", "fader", {"--strict"});
+    EXPECT_EQ(strict.code, 1);
+    EXPECT_TRUE(Contains(strict.errors, "bad.wav: 2 samples of the input are infinite or not a number\n"))
+        << strict.errors;
+    EXPECT_EQ(Run({"bad.wav"}, "out.wav", "fader", {"--strict", "--no-measure"}).code, 1);
+    EXPECT_EQ(FilesIn(_folder), (std::vector<std::string>{"bad.wav", "good.wav"}));
+    EXPECT_EQ(Run({"good.wav"}, "out.wav", "fader", {"--strict"}).code, 0);
+}
+
+TEST_F(Render, ReportsDurationsRoundedToTheHundredth) {
+    // At 8 kHz 39 frames are 4.875 ms and 40 are 5; 480000 are a minute.
+    const std::vector<std::pair<std::size_t, std::string>> expected{
+        {39, "0:00.00\n"}, {40, "0:00.01\n"}, {8000 - 16, "0:01.00\n"}, {480000 - 1, "1:00.00\n"}};
+    for (const auto& [frames, text] : expected) {
+        WriteWav(_folder / "in.wav", {{8000, 1, ESampleFormat::Int16}, std::vector<float>(frames)});
+        const auto run = Run({"in.wav"}, "out.wav", "fader", {"--no-align", "--no-preroll"});
+        EXPECT_TRUE(Contains(run.out, ", " + text)) << frames << run.out;
+    }
+}
+
+TEST_F(Render, ReportsNoSignInFrontOfZero) {
+    // -0.0005 dB is 0.00 with two decimals.
+    std::vector<float> samples(1000, static_cast<float>(std::pow(10, -0.0005 / 20)));
+    WriteWav(_folder / "in.wav", {{48000, 1, ESampleFormat::Float32}, samples});
+    const auto run = Run({"in.wav"}, "out.wav", "fader");
+    ASSERT_EQ(run.code, 0) << run.errors;
+    EXPECT_TRUE(Contains(run.out, "  sample peak                 0.00      0.00 dBFS\n")) << run.out;
+    EXPECT_FALSE(Contains(run.out, "-0.00")) << run.out;
+    EXPECT_FALSE(Contains(run.out, "+0.00")) << run.out;
 }
 
 TEST_F(Render, TakesPathsThatBeginWithASlash) {

@@ -136,11 +136,18 @@ TEST_F(PatchFile, HasValuesBetween0And1ForParametersThatAreThere) {
     EXPECT_EQ(_keeper.Parameter(0), 1.0f);
 }
 
-TEST_F(PatchFile, IsRecognisedByItsExtensionInAnyCase) {
-    EXPECT_EQ(Apply(ValueRecord(Keeper, "", {0.5f}), _keeper, "P.FXP"), "no error");
-    WriteBytes(_folder / "p.txt", ValueRecord(Keeper, "", {0.5f}));
-    EXPECT_THROW(CPatchFile(_folder / "p.txt"), CUsageError);
-    EXPECT_THROW(CPatchFile(_folder / "fxp"), CUsageError);
+TEST_F(PatchFile, IsRecognisedByItsContentWhateverItIsCalled) {
+    for (const char* name : {"p.fxp", "P.FXP", "p.kvp", "p.txt", "p"}) {
+        _keeper.SetParameter(0, 1);
+        EXPECT_EQ(Apply(ValueRecord(Keeper, "", {0.5f}), _keeper, name), "no error") << name;
+        EXPECT_EQ(_keeper.Parameter(0), 0.5f) << name;
+        const auto text = "<plugin_id>" + std::to_string(Keeper) + "</plugin_id>";
+        EXPECT_TRUE(Contains(Apply(text, _keeper, name), ": Test Keeper does not accept this patch")) << name;
+    }
+    EXPECT_TRUE(Contains(Apply("any", _keeper, "p.txt"), "p.txt: not a patch"));
+    EXPECT_TRUE(Contains(Apply("any", _keeper, "p.fxp"), "p.fxp: not a patch"));
+    const auto routing = "<kav_input_routing>\r\n<name>A</name><map>0,1</map>\r\n</kav_input_routing>";
+    EXPECT_TRUE(Contains(Apply(routing, _keeper, "p.kvp"), "p.kvp: a routing, not a patch"));
     EXPECT_THROW(CPatchFile(_folder / "missing.fxp"), CFailure);
     std::filesystem::create_directory(_folder / "folder.kvp");
     EXPECT_THROW(CPatchFile(_folder / "folder.kvp"), CFailure);

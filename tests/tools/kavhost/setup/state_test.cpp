@@ -151,7 +151,7 @@ TEST_F(State, BringsItsOwnRoutingUnlessAnotherIsAskedFor) {
     WriteBytes(_folder / "p.kvp", Patch({}));
     Rendered({"--patch", Path("p.kvp"), "--save-state", Path("s")});
     EXPECT_EQ(Map(BytesOf(_folder / "s")), "0,-1|*|1,-1|*|2,-1|*|3,-1|*|4,-1|*|5,-1");
-    EXPECT_EQ(Shown(Info({"--state", Path("s")}), "ToolCh6 (1)"), "On"); // which is off in the patch
+    EXPECT_EQ(Shown(Info({"--state", Path("s")}), "ToolCh6 (1)"), "Off"); // as in the patch
 }
 
 TEST_F(State, SavedIsTheOneThatWasHeard) {

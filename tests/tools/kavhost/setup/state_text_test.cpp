@@ -55,14 +55,14 @@ TEST(StateText, IsRecognisedByItsOpening) {
 TEST(StateText, RoutesTheFirstGroupAndSwitchesItsToggles) {
     auto state =
         State(Head + Toggles(16, 2) + Toggle(101, "1.000000") + Block("1", "7,-1") + Block("0", "0,-1"));
-    ASSERT_TRUE(state.SetRouting(*ReadRouting(Document("0,1|*|2,3|*|4,-1"))));
+    ASSERT_TRUE(state.SetRouting(0, *ReadRouting(Document("0,1|*|2,3|*|4,-1"))));
     EXPECT_EQ(state.Bytes(), Head + Toggles(16, 3) + Toggle(101, "1.000000") + Block("1", "7,-1") +
                                  Block("0", "0,1|*|2,3|*|4,-1"));
 }
 
 TEST(StateText, SwitchesTogglesOffThatTheRoutingHasNoEntryFor) {
     auto state = State(Head + Toggles(16, 16) + Block("0", "0,-1"));
-    ASSERT_TRUE(state.SetRouting(*ReadRouting(Document("5,-1"))));
+    ASSERT_TRUE(state.SetRouting(0, *ReadRouting(Document("5,-1"))));
     EXPECT_EQ(state.Bytes(), Head + Toggles(16, 1) + Block("0", "5,-1"));
 }
 
@@ -70,7 +70,7 @@ TEST(StateText, SwitchesSixteenTogglesAtMost) {
     const auto routing = *ReadRouting(Document(Entries17));
     EXPECT_EQ(routing.entries, 17u);
     auto state = State(Head + Toggles(17, 0) + Block("0", "0,-1"));
-    ASSERT_TRUE(state.SetRouting(routing));
+    ASSERT_TRUE(state.SetRouting(0, routing));
     EXPECT_EQ(state.Bytes(), Head + Toggles(16, 16) + Toggle(17, "0.000000") + Block("0", Entries17));
 }
 
@@ -83,7 +83,7 @@ TEST(StateText, StaysAsItIsWhenItHasNoPlaceForARouting) {
              Head + Toggles(16, 2) + "<kav_input_routing>\r\n\t<fx>0</fx>\r\n", // one without an end
          }) {
         auto state = State(bytes);
-        EXPECT_FALSE(state.SetRouting(routing)) << bytes;
+        EXPECT_FALSE(state.SetRouting(0, routing)) << bytes;
         EXPECT_EQ(state.Bytes(), bytes);
     }
 }
@@ -91,7 +91,7 @@ TEST(StateText, StaysAsItIsWhenItHasNoPlaceForARouting) {
 TEST(StateText, KeepsWhatFollowsItsZero) {
     const std::string rest = std::string(1, '\0') + Toggle(1, "0.000000") + "<simd>0</simd>\xFF";
     auto state = State(Head + Toggles(16, 2) + Block("0", "0,-1") + "<simd>0</simd>\r\n" + rest);
-    ASSERT_TRUE(state.SetRouting(*ReadRouting(Document("0,-1"))));
+    ASSERT_TRUE(state.SetRouting(0, *ReadRouting(Document("0,-1"))));
     ASSERT_TRUE(state.SetSimd(true));
     EXPECT_EQ(state.Bytes(), Head + Toggles(16, 1) + Block("0", "0,-1") + "<simd>1</simd>\r\n" + rest);
     auto beyond = State(Head + rest);
@@ -103,7 +103,7 @@ TEST(StateText, PassesOverLinesThatAreNoToggle) {
                                "<param tag=\"3\">0.5\r\n" + "<param tag=\"3\" ></param>\r\n" +
                                "tag=\"3\" >0.5</param>\r\n" + "\xC3\x28\r\n" + "<param tag=\"3";
     auto state = State(Head + Toggles(1, 0) + Block("0", "0,-1") + others);
-    ASSERT_TRUE(state.SetRouting(*ReadRouting(Document("4,-1"))));
+    ASSERT_TRUE(state.SetRouting(0, *ReadRouting(Document("4,-1"))));
     EXPECT_EQ(state.Bytes(), Head + Toggles(1, 1) + Block("0", "4,-1") + others);
 }
 
@@ -129,7 +129,7 @@ TEST(StateText, CutOffAnywhereIsEditedOrLeftAsItIs) {
     const auto leastToSwitch = whole.find("</simd>") + 2;
     for (std::size_t size = 36; size <= whole.size(); ++size) {
         auto state = State(whole.substr(0, size));
-        EXPECT_EQ(state.SetRouting(routing), size >= leastToRoute) << size;
+        EXPECT_EQ(state.SetRouting(0, routing), size >= leastToRoute) << size;
         EXPECT_EQ(state.SetSimd(true), size >= leastToSwitch) << size;
         const bool isRouted = size >= leastToRoute;
         EXPECT_EQ(state.Bytes().starts_with(routed), isRouted) << size;
@@ -143,7 +143,7 @@ TEST(StateText, IsEditedInTimeThatGrowsWithItsSize) {
         for (int i = 0; i < lines; ++i) bytes += Toggle(500 + i % 9, "0.5") + Block("3", "0,-1");
         auto state = State(bytes + Block("0", "0,-1") + "<simd>0</simd>");
         const auto before = Utils::SearchedBytes();
-        EXPECT_TRUE(state.SetRouting(RoutingOfChannels(6)));
+        EXPECT_TRUE(state.SetRouting(0, RoutingOfChannels(6)));
         EXPECT_TRUE(state.SetSimd(true));
         return static_cast<double>(Utils::SearchedBytes() - before);
     };
