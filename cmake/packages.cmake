@@ -10,12 +10,22 @@ set(name kav-sorrel-limiter)
 
 if(WIN32)
     install(TARGETS KAVSorrelLimiter DESTINATION .)
-    install(FILES README.md CHANGELOG.md LICENSE DESTINATION .)
+    install(FILES CHANGELOG.md LICENSE DESTINATION .)
+    install(CODE "
+        execute_process(
+            COMMAND \"${CMAKE_COMMAND}\" -E cat \"${PROJECT_SOURCE_DIR}/packaging/windows-readme.md\"
+                \"${PROJECT_SOURCE_DIR}/README.md\"
+            OUTPUT_FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/README.md\" COMMAND_ERROR_IS_FATAL ANY)")
     install(DIRECTORY docs DESTINATION .)
+    install(CODE "
+        include(\"${PROJECT_SOURCE_DIR}/packaging/plain_links.cmake\")
+        plain_links(\"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")")
     if(KAV_BUILD_TOOLS)
         install(TARGETS kavhost DESTINATION .)
         install(FILES "${CMAKE_BINARY_DIR}/KAVSorrelLimiter.json" DESTINATION .)
         install(DIRECTORY ${content_folders} DESTINATION content)
+        install(PROGRAMS ${KAV_WINDOWS_DLLS} DESTINATION .)
+        install(DIRECTORY "${KAV_WINDOWS_LIBRARIES}/licences" DESTINATION .)
     endif()
 else()
     set(documents share/doc/${name})
@@ -24,6 +34,10 @@ else()
     install(FILES LICENSE DESTINATION ${documents} RENAME copyright)
     install(FILES packaging/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
     install(DIRECTORY docs DESTINATION ${documents})
+    install(CODE "
+        include(\"${PROJECT_SOURCE_DIR}/packaging/plain_links.cmake\")
+        plain_links(\"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documents}\"
+            LICENSE copyright CHANGELOG.md changelog.gz)")
 
     # install_compressed(<file> <place>): stores no name or date inside, so that equal sources give equal packages.
     function(install_compressed file place)
@@ -34,6 +48,9 @@ else()
             execute_process(COMMAND gzip -9nc \"${file}\" OUTPUT_FILE \"\${place}\" COMMAND_ERROR_IS_FATAL ANY)")
     endfunction()
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" ${documents}/changelog.gz)
+    # What Debian's tools read; it names the version and leaves the changes to the file above.
+    configure_file(packaging/changelog.Debian.in changelog.Debian @ONLY)
+    install_compressed("${CMAKE_BINARY_DIR}/changelog.Debian" ${documents}/changelog.Debian.gz)
 
     if(KAV_BUILD_TOOLS)
         set(own lib/${name})
@@ -46,6 +63,8 @@ else()
             file(CREATE_LINK ../${own}/kavhost \"\${prefix}/bin/kavhost\" SYMBOLIC)
             file(CREATE_LINK ../vst/KAVSorrelLimiter.so \"\${prefix}/${own}/KAVSorrelLimiter.so\" SYMBOLIC)")
         install_compressed("${CMAKE_BINARY_DIR}/kavhost.1" share/man/man1/kavhost.1.gz)
+        install(FILES "${CMAKE_BINARY_DIR}/completion/kavhost" DESTINATION share/bash-completion/completions)
+        install(FILES "${CMAKE_BINARY_DIR}/completion/_kavhost" DESTINATION share/zsh/vendor-completions)
     endif()
 endif()
 
@@ -69,6 +88,8 @@ else()
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_RELEASE 0kavelin1) # below a package that Debian itself may make
+    set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/plain_package.cmake")
     set(CPACK_DEBIAN_PACKAGE_SECTION sound)
     set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

@@ -48,15 +48,24 @@ install_packages() {
     with_log apt-install "${apt[@]}" install "${missing[@]}"
 }
 
+# What the vendor decides for a build, by the environment of this very call. A build tree remembers what it was once
+# given, so what is not in the environment is removed from it.
+vendors=(KAV_SERVICE_ORIGIN KAV_MAKER_SITE KAV_PRODUCT_ID KAV_FORMAT_TAG)
+
 # build PRESET [TARGET...]: configures and builds; one build at a time in this tree, so that ./run may run in parallel.
 build() {
-    local preset=$1 targets=()
+    local preset=$1 targets=() decided=() name
     shift
+    for name in "${vendors[@]}"; do
+        if [ -n "${!name:-}" ]; then decided+=("-D$name=${!name}"); else decided+=("-U$name"); fi
+    done
     if [ $# -gt 0 ]; then targets=(--target "$@"); fi
     mkdir -p "$logs"
+    if [ ! -e "$logs/$preset.built" ]; then say "the first build takes some minutes; its output is in build/log"; fi
     (
         flock 9
-        with_log "$preset-configure" cmake -S "$root" --preset "$preset" || exit 1
+        with_log "$preset-configure" cmake -S "$root" --preset "$preset" "${decided[@]}" || exit 1
         with_log "$preset-build" cmake --build "$root/build/$preset" -j "$(nproc)" "${targets[@]}" || exit 1
+        touch "$logs/$preset.built"
     ) 9>"$logs/$preset.lock"
 }
