@@ -1,10 +1,12 @@
 #include "bench/measure/chapters.h"
 #include "bench/measure/meters.h"
 #include "dsp/biquad_cascade.h"
+#include "tools/kavhost/measure/delay.h"
 
 #include <array>
 #include <cmath>
 #include <ostream>
+#include <stdexcept>
 
 namespace KAV::Measure {
 
@@ -27,6 +29,32 @@ double Corner(const std::vector<float>& impulse, int factor) {
         (Response(impulse, middle * 0.5 / factor) > std::sqrt(0.5) ? low : high) = middle;
     }
     return low;
+}
+
+/// Where the largest output sample of an impulse is.
+double ImpulseDelay(const SSettings& settings) {
+    CRig rig(settings, 1);
+    Audio audio(1, std::vector<float>(4096));
+    audio[0][100] = 0.01f;
+    rig.Run(audio);
+    std::size_t peak = 0;
+    for (std::size_t i = 0; i < audio[0].size(); ++i) {
+        if (std::fabs(audio[0][i]) > std::fabs(audio[0][peak])) peak = i;
+    }
+    return static_cast<double>(peak) - 100.0;
+}
+
+/// The lag at which noise that has passed the engine correlates most with itself.
+double SoundDelay(const SSettings& settings) {
+    constexpr double peak = 0.01;
+    const auto noise = Host::DelayNoise(static_cast<double>(settings.rateHz), peak);
+    CRig rig(settings, 1);
+    Audio audio(1, noise);
+    audio[0].resize(noise.size() + 1000);
+    rig.Run(audio);
+    const auto match = Host::FindSignal(noise, audio[0]);
+    if (!match) throw std::runtime_error("the noise is not in the output");
+    return match->exactLag;
 }
 
 } // namespace
@@ -65,26 +93,24 @@ Figures below about -140 dB show only that the impulse response is rounded to si
 void Delays(std::ostream& out) {
     out << R"(## Delay
 
-An impulse at -40 dB through the engine at 48 kHz; the delay is the position of the largest output sample. The
-look-ahead is the delay that the host is given, divided by the factor. The delay of the filters is not reported to the
-host.
+Noise between 50 Hz and a sixth of the rate, its peaks at -40 dB, through the engine; the delay is the lag at which
+output and input correlate most. It is that of the sound, and kavhost aligns files by it, rounded. The highest sample
+of an impulse may come a sample later, because the filters delay what lies near their corner by more. The look-ahead is
+the delay that the host is given, divided by the factor. The delay of the filters is not reported to the host.
 
-| pair | factor | look-ahead, samples | measured, samples | of the filters |
-|---|---|---|---|---|
+| rate, kHz | pair | factor | look-ahead, samples | measured, samples | of the filters | impulse, samples |
+|---|---|---|---|---|---|---|
 )";
-    for (const auto& pair : Pairs) {
-        for (const int factor : {1, 2, 4, 8}) {
-            CRig rig({.factor = factor, .highQuality = pair.highQuality}, 1);
-            Audio audio(1, std::vector<float>(4096));
-            audio[0][100] = 0.01f;
-            rig.Run(audio);
-            std::size_t peak = 0;
-            for (std::size_t i = 0; i < audio[0].size(); ++i) {
-                if (std::fabs(audio[0][i]) > std::fabs(audio[0][peak])) peak = i;
+    for (const float rateHz : {48000.0f, 44100.0f}) {
+        for (const auto& pair : Pairs) {
+            for (const int factor : {1, 2, 4, 8}) {
+                const SSettings settings{.rateHz = rateHz, .factor = factor, .highQuality = pair.highQuality};
+                const double lookahead = CRig(settings, 1).LookaheadDelay();
+                const double measured = SoundDelay(settings);
+                const double ofFilters = factor == 1 ? 0.0 : measured - lookahead; // there are none at 1
+                out << "| " << rateHz / 1000.0f << " | " << pair.name << " | " << factor << " | " << lookahead
+                    << " | " << measured << " | " << ofFilters << " | " << ImpulseDelay(settings) << " |\n";
             }
-            const double measured = static_cast<double>(peak) - 100.0;
-            out << "| " << pair.name << " | " << factor << " | " << rig.LookaheadDelay() << " | " << measured
-                << " | " << measured - rig.LookaheadDelay() << " |\n";
         }
     }
     out << '\n';

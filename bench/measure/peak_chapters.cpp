@@ -1,6 +1,6 @@
 #include "bench/measure/chapters.h"
 #include "bench/measure/meters.h"
-#include "tools/kavhost/measure/loudness.h"
+#include "tools/kavhost/measure/true_peak.h"
 
 #include <algorithm>
 #include <array>
@@ -22,14 +22,14 @@ struct SMode {
 constexpr std::array Modes{SMode{1, false}, SMode{2, false}, SMode{4, false}, SMode{8, false}, SMode{2, true},
     SMode{4, true}, SMode{8, true}};
 
-/// The highest true peak of all channels, by libebur128.
-double LibraryTruePeak(const Audio& audio, float rateHz) {
-    Host::CLoudness loudness(static_cast<int>(audio.size()), static_cast<int>(rateHz));
+/// The highest true peak of all channels, by the filter of ITU-R BS.1770.
+double RecommendedTruePeak(const Audio& audio, float rateHz) {
+    Host::CTruePeak meter(static_cast<int>(audio.size()), static_cast<int>(rateHz));
     std::vector<float> interleaved(audio.size() * audio[0].size());
     for (std::size_t i = 0; i < interleaved.size(); ++i)
         interleaved[i] = audio[i % audio.size()][i / audio.size()];
-    loudness.Add(interleaved);
-    return loudness.TruePeak().value_or(0.0);
+    meter.Add(interleaved);
+    return meter.Peak();
 }
 
 void Row(std::ostream& out, const std::string& name, const SMode& mode, const Audio& material, float rateHz) {
@@ -49,7 +49,7 @@ void Row(std::ostream& out, const std::string& name, const SMode& mode, const Au
         between = std::max(between, TruePeak(channel));
     }
     out << "| " << name << " | " << mode.factor << (mode.highQuality ? ", high quality" : "") << " | "
-        << Db(samples) << " | " << Db(LibraryTruePeak(audio, rateHz)) << " | " << Db(between) << " |\n";
+        << Db(samples) << " | " << Db(RecommendedTruePeak(audio, rateHz)) << " | " << Db(between) << " |\n";
 }
 
 /// Half a second of it in one channel, faded in and out so that only the case itself causes peaks.
