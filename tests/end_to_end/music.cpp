@@ -33,16 +33,28 @@ SMusic ReadMusic(const std::filesystem::path& file) {
     return music;
 }
 
-void WriteMusic(const std::filesystem::path& file, const SMusic& music) {
+namespace {
+
+void Write(const std::filesystem::path& file, const SMusic& music, int format) {
     SF_INFO info{};
     info.samplerate = music.rateHz;
     info.channels = music.channels;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    info.format = format;
     SNDFILE* sound = sf_open(file.c_str(), SFM_WRITE, &info);
     ASSERT_NE(sound, nullptr) << file << ": " << sf_strerror(nullptr);
     const auto frames = static_cast<sf_count_t>(music.samples.size()) / music.channels;
     EXPECT_EQ(sf_writef_float(sound, music.samples.data(), frames), frames);
     EXPECT_EQ(sf_close(sound), 0);
+}
+
+} // namespace
+
+void WriteMusic(const std::filesystem::path& file, const SMusic& music) {
+    Write(file, music, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+}
+
+void WriteMp3(const std::filesystem::path& file, const SMusic& music) {
+    Write(file, music, SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
 }
 
 SMusic RealMusic() {

@@ -20,6 +20,8 @@ SMusic ReadMusic(const std::filesystem::path& file);
 /// Writes 32-bit float WAV.
 void WriteMusic(const std::filesystem::path& file, const SMusic& music);
 
+void WriteMp3(const std::filesystem::path& file, const SMusic& music);
+
 /// Twenty seconds from the middle of a produced track, with very dense music.
 SMusic RealMusic();
 

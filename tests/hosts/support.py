@@ -7,11 +7,13 @@ import math
 import os
 import pathlib
 import random
+import re
 import signal
 import struct
 import subprocess
 import tempfile
 import time
+import types
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -145,6 +147,20 @@ class Sound:
     def difference(self, other):
         """The largest difference of two samples at the same place, up to the end of the shorter sound."""
         return max(abs(x - y) for mine, theirs in zip(self.channels, other.channels) for x, y in zip(mine, theirs))
+
+
+def broken_links(folder):
+    """The relative links in the Markdown of a folder: those whose file is not there, and how many are well."""
+    broken, whole = [], 0
+    for page in folder.rglob("*.md"):
+        for target in re.findall(r"\]\(([^()]*)\)", page.read_text()):
+            if re.match("https?:|mailto:|#", target):
+                continue
+            if (page.parent / target.partition("#")[0]).exists():
+                whole += 1
+            else:
+                broken.append(f"{page.name}: {target}")
+    return types.SimpleNamespace(broken=broken, whole=whole)
 
 
 def read_wav(file):

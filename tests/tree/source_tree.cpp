@@ -343,11 +343,16 @@ std::vector<std::string> UnexplainedPackages(const fs::path& root) {
         for (const auto& word : Quoted(line)) explained.insert(word);
     }
     std::vector<std::string> unexplained;
-    for (const auto& line : ReadLines(root / "packaging/packages.txt")) {
-        std::istringstream words(line);
-        std::string group, package;
-        if (line.starts_with("#") || !(words >> group >> package)) continue;
-        if (!explained.contains(package)) unexplained.push_back(package + " is not explained");
+    // The package is the last word of a line, in the second list the only one.
+    for (const auto* list : {"packaging/packages.txt", "packaging/sources.txt"}) {
+        for (const auto& line : ReadLines(root / list)) {
+            std::istringstream words(line);
+            std::string package;
+            if (line.starts_with("#")) continue;
+            for (std::string word; words >> word;) package = word;
+            if (!package.empty() && !explained.contains(package))
+                unexplained.push_back(package + " is not explained");
+        }
     }
     return unexplained;
 }

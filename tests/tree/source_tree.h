@@ -59,7 +59,8 @@ std::vector<std::string> LongSources(const std::filesystem::path& root, const st
 std::vector<std::string> Repetitions(const std::filesystem::path& root, const std::set<std::string>& texts,
     const std::set<std::string>& folders);
 
-/// Packages that packaging/packages.txt lists and docs/dependencies.md doesn't explain.
+/// Packages that packaging/packages.txt or packaging/sources.txt lists and docs/dependencies.md doesn't
+/// explain.
 std::vector<std::string> UnexplainedPackages(const std::filesystem::path& root);
 
 /// Names in the last column of the tables in docs/failures.md that aren't tests of this tree, and rows

@@ -317,8 +317,10 @@ TEST(Repetitions, NameFileAndTextAcrossBlanksAndLines) {
 TEST(UnexplainedPackages, AreThoseThatTheDocumentDoesNotName) {
     const CMadeUpTree tree;
     tree.Write("packaging/packages.txt", "# GROUP PACKAGE\nbuild g++\n\nbuild   cmake\n");
-    tree.Write("docs/dependencies.md", "| `g++` | compiler |\n| cmake | in words only |\n");
-    EXPECT_EQ(UnexplainedPackages(tree.Root()), Lines{"cmake is not explained"});
+    tree.Write("packaging/sources.txt", "# PACKAGE\nflac\nlibogg\n");
+    tree.Write(
+        "docs/dependencies.md", "| `g++` | compiler |\n| cmake | in words only |\n| `flac` | coder |\n");
+    EXPECT_EQ(UnexplainedPackages(tree.Root()), (Lines{"cmake is not explained", "libogg is not explained"}));
 }
 
 TEST(UnknownTests, AreNamesAndRowsThatNothingStandsBehind) {
