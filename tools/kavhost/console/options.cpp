@@ -257,8 +257,8 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
         "Remove the effect's delay, as measured, so that the output\n"
         "lines up with the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Keep the effect's delay")->excludes(align);
-    command.add_flag("--strict", options.render.isStrict,
-        "Fail, and write nothing, where a note tells of something grave");
+    command.add_flag(
+        "--strict", options.render.isStrict, "Fail, and write nothing, if a note is about something grave");
     AddRenderOutputs(command, options, texts);
     AddMeasuring(command, texts);
     AddTarget(command, options, texts);

@@ -26,7 +26,7 @@ struct SSpeakerWeights {
 /// up to 8 channels; otherwise all weigh 1.
 SSpeakerWeights WeightsFor(const SAudioFormat& format, std::span<const std::string> labels = {});
 
-/// The sentence that people are told: "by the speaker mask: 5.1(side)".
+/// For people, in one sentence: "by the speaker mask: 5.1(side)".
 std::string Explained(const SSpeakerWeights& weights);
 
 } // namespace KAV::Host
