@@ -1,13 +1,28 @@
 #include "tools/kavhost/base/work_line.h"
 
 #include <atomic>
+#include <future>
 #include <gtest/gtest.h>
-#include <latch>
 #include <numeric>
 #include <stdexcept>
 #include <vector>
 
 using namespace KAV::Host;
+
+namespace {
+
+/// Opens once for all who wait. std::latch of this library's Windows build can miss its own wake-up.
+class CGate final {
+public:
+    void Open() { _opened.set_value(); }
+    void Wait() const { _isOpen.wait(); }
+
+private:
+    std::promise<void> _opened;
+    std::shared_future<void> _isOpen = _opened.get_future().share();
+};
+
+} // namespace
 
 TEST(WorkLine, WorksOnEveryItemInOrder) {
     std::vector<int> done;
@@ -28,9 +43,9 @@ TEST(WorkLine, WorksOnAThreadOfItsOwn) {
 }
 
 TEST(WorkLine, LetsNoMoreItemsWaitThanItMay) {
-    std::latch begin(1);
+    CGate begin;
     std::atomic<int> put{0};
-    CWorkLine<int> line(2, [&](int) { begin.wait(); });
+    CWorkLine<int> line(2, [&](int) { begin.Wait(); });
     std::thread putter([&] {
         for (int i = 0; i < 10; ++i) {
             line.Put(i);
@@ -40,24 +55,24 @@ TEST(WorkLine, LetsNoMoreItemsWaitThanItMay) {
     while (put < 3) std::this_thread::yield(); // one at work and two that wait
     for (int i = 0; i < 1000; ++i) std::this_thread::yield();
     EXPECT_EQ(put, 3);
-    begin.count_down();
+    begin.Open();
     putter.join();
     line.Finish();
     EXPECT_EQ(put, 10);
 }
 
 TEST(WorkLine, ThrowsWhatItsWorkHasThrownAndStopsThere) {
-    std::latch full(1);
+    CGate full;
     int done = 0;
     CWorkLine<int> line(2, [&](int item) {
         if (item == 2) {
-            full.wait();
+            full.Wait();
             throw std::runtime_error("two");
         }
         ++done;
     });
     for (int i = 0; i < 5; ++i) line.Put(i); // now one is at work, and two wait
-    full.count_down();
+    full.Open();
     EXPECT_THROW(line.Put(5), std::runtime_error);
     EXPECT_THROW(line.Finish(), std::runtime_error);
     EXPECT_EQ(done, 2);
@@ -70,21 +85,22 @@ TEST(WorkLine, ThrowsAnErrorOfTheLastItemAtTheEnd) {
 }
 
 TEST(WorkLine, DropsWhatWaitsWhenItEnds) {
-    std::latch begun(1), end(1);
+    CGate begun;
+    CGate end;
     int done = 0;
     std::thread ender;
     {
         CWorkLine<int> line(8, [&](int) {
-            begun.count_down();
-            end.wait();
+            begun.Open();
+            end.Wait();
             ++done;
         });
         line.Put(0);
-        begun.wait();
+        begun.Wait();
         for (int i = 1; i < 5; ++i) line.Put(i);
         ender = std::thread([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(50)); // the line is ending meanwhile
-            end.count_down();
+            end.Open();
         });
     }
     ender.join();
