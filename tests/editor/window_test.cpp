@@ -358,11 +358,10 @@ TEST_F(EditorWindow, LeavesThePanelAloneWhileTheUserIsAsked) {
     windows.Type(XKB_KEY_Escape);
     EXPECT_TRUE(Eventually([this] { return Others().empty(); }));
     TurnAKnob();
-    EXPECT_TRUE(Eventually([this] {
+    EXPECT_TRUE(Eventually([&] {
         effect->Dispatch(VST::effEditIdle);
-        return edits > 0;
+        return edits > 0 && Chunk() != before; // the press begins the edit, and the movement comes later
     }));
-    EXPECT_NE(Chunk(), before);
 }
 
 TEST_F(RaceOnADisplay, TheWindowMeetsItsHostAndItsUser) {
