@@ -44,15 +44,29 @@ endfunction()
 # LINK names the folders below it; these lines are the layer rule.
 function(kav_library name)
     cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+    # A header with a source is compiled by it before any other, of which a test takes care. Only those without one
+    # have to be compiled by themselves to see that they are complete: a quarter of them, and a sixth of the build.
+    set(covered)
+    set(lone)
+    foreach(header IN LISTS arg_HEADERS)
+        string(REGEX REPLACE "\\.h$" ".cpp" source "${header}")
+        if("${source}" IN_LIST arg_SOURCES)
+            list(APPEND covered "${header}")
+        else()
+            list(APPEND lone "${header}")
+        endif()
+    endforeach()
     add_library(${name} STATIC)
     target_sources(${name}
         PRIVATE ${arg_SOURCES}
-        PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+        PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${covered}
+        PUBLIC FILE_SET lone TYPE HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${lone})
     target_link_libraries(${name} PUBLIC kav_codegen ${arg_LINK} PRIVATE kav_warnings)
     kav_harden(${name})
     set_target_properties(${name} PROPERTIES
         POSITION_INDEPENDENT_CODE ON
-        VERIFY_INTERFACE_HEADER_SETS ON)
+        VERIFY_INTERFACE_HEADER_SETS ON
+        INTERFACE_HEADER_SETS_TO_VERIFY lone)
 endfunction()
 
 # kav_alone(<source>...): sources that a unity build compiles alone, because their local names clash with a

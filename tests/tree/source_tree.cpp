@@ -278,6 +278,20 @@ std::vector<std::string> WidgetLocks(const fs::path& root) {
     return locks;
 }
 
+std::vector<std::string> LateHeaders(const fs::path& root) {
+    std::vector<std::string> late;
+    for (const auto& file : Sources(root)) {
+        const auto own = fs::path(file).replace_extension(".h");
+        if (fs::path(file).extension() != ".cpp" || !fs::exists(root / own)) continue;
+        const auto lines = ReadLines(root / file);
+        const auto first = std::find_if(
+            lines.begin(), lines.end(), [](const std::string& line) { return line.starts_with("#include"); });
+        if (first == lines.end() || *first != "#include \"" + own.generic_string() + '"')
+            late.push_back(file + " doesn't begin with its header");
+    }
+    return late;
+}
+
 std::vector<std::string> MissingPorts(const fs::path& root) {
     std::vector<std::string> owners{"platform"};
     if (fs::exists(root / "gfx")) {

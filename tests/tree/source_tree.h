@@ -47,6 +47,10 @@ std::vector<std::string> WidgetLocks(const std::filesystem::path& root);
 std::vector<std::string> SystemSwitches(
     const std::filesystem::path& root, const std::set<std::string>& exceptions);
 
+/// Sources that don't include the header of their own name before any other: only then does the compiler tell
+/// that a header is incomplete.
+std::vector<std::string> LateHeaders(const std::filesystem::path& root);
+
 /// Files of one system's folder, in platform/ or in a back end of gfx/, that the other system lacks.
 std::vector<std::string> MissingPorts(const std::filesystem::path& root);
 

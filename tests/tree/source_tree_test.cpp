@@ -95,6 +95,10 @@ TEST(WidgetLocks, AreNone) {
     EXPECT_EQ(WidgetLocks(Root), Lines{});
 }
 
+TEST(LateHeaders, AreNone) {
+    EXPECT_EQ(LateHeaders(Root), Lines{});
+}
+
 TEST(MissingPorts, AreNone) {
     EXPECT_EQ(MissingPorts(Root), Lines{});
 }
@@ -257,6 +261,19 @@ TEST(WidgetLocks, NameFileAndLine) {
     EXPECT_EQ(WidgetLocks(tree.Root()),
         (Lines{"device_gui/patch.cpp:1 has a lock", "device_gui/patch.cpp:2 has a lock",
             "gui/label.h:1 has a lock", "gui/label.h:3 has a lock"}));
+}
+
+TEST(LateHeaders, NameTheirSources) {
+    const CMadeUpTree tree;
+    tree.Write("dsp/first.h", "#include <map>\n");
+    tree.Write("dsp/first.cpp", "// why\n#include \"dsp/first.h\"\n#include <array>\n");
+    tree.Write("dsp/late.h", "");
+    tree.Write("dsp/late.cpp", "#include <array>\n#include \"dsp/late.h\"\n");
+    tree.Write("dsp/forgotten.h", "");
+    tree.Write("dsp/forgotten.cpp", "int i;\n");
+    tree.Write("dsp/without.cpp", "#include <array>\n");
+    EXPECT_EQ(LateHeaders(tree.Root()), (Lines{"dsp/forgotten.cpp doesn't begin with its header",
+                                            "dsp/late.cpp doesn't begin with its header"}));
 }
 
 TEST(MissingPorts, NameWhatEitherSystemLacks) {
