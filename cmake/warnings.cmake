@@ -30,7 +30,7 @@ if(KAV_SANITIZE)
 endif()
 
 # kav_harden(<target>): what Debian asks of its own packages. A copy beyond a buffer's end, where the compiler knows its
-# size, ends the process instead of overwriting what lies behind. Names are resolved when the file is loaded, so that no
+# size, ends the process instead of overwriting what follows it. Names are resolved when the file is loaded, so that no
 # thread waits for the loader at a first call, and the table of their addresses is read-only from then on.
 function(kav_harden target)
     if(WIN32 OR KAV_SANITIZE)

@@ -80,7 +80,7 @@ std::string UpdatedBext(std::string bext, const SLoudnessFigures& figures, std::
         AppendNumber(stored, StoredFigure(value), 2, EByteOrder::LowFirst);
     }
     bext.replace(LoudnessPlace, stored.size(), stored);
-    // The history may be filled up with zeros, behind which a reader would not find the line.
+    // The history may be filled up with zeros, after which a reader would not find the line.
     while (bext.size() > HistoryPlace && bext.back() == '\0') bext.pop_back();
     if (bext.size() > HistoryPlace && bext.back() != '\n') bext += "\r\n";
     return bext.append(historyLine).append("\r\n");

@@ -34,7 +34,7 @@ protected:
     ChunkRecords Chunks(const std::string& name) const { return ChunksOf(Bytes(name)); }
     bool Said(const std::string& text) const { return _said.find(text) != std::string::npos; }
 
-    /// An MP3 file of noise behind `tag`.
+    /// An MP3 file of noise after `tag`.
     void WriteMp3(const std::string& name, const std::string& tag, const std::string& end = {}) const {
         auto audio = Noise(2, 10'000, 0.5f);
         SF_INFO info{};
