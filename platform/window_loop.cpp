@@ -6,21 +6,20 @@ namespace KAV::Platform {
 
 namespace {
 
-std::shared_ptr<CWindowLoop>& ThisThreads() noexcept {
-    thread_local std::shared_ptr<CWindowLoop> loop;
-    return loop;
-}
+// With a destructor it would hold the library until the host's thread ends, and the thread would hang there:
+// mingw-w64 frees the library under the lock that its unloading takes.
+thread_local constinit CWindowLoop* ofThisThread = nullptr;
 
 } // namespace
 
 CWindowLoop::CWindowLoop(std::function<void()> wake) : _wake(std::move(wake)) {}
 
 std::shared_ptr<CWindowLoop> CWindowLoop::OfThisThread() noexcept {
-    return ThisThreads();
+    return ofThisThread != nullptr ? ofThisThread->weak_from_this().lock() : nullptr;
 }
 
-void CWindowLoop::SetOfThisThread(std::shared_ptr<CWindowLoop> loop) noexcept {
-    ThisThreads() = std::move(loop);
+void CWindowLoop::SetOfThisThread(CWindowLoop* loop) noexcept {
+    ofThisThread = loop;
 }
 
 bool CWindowLoop::Post(std::function<void()> work) {

@@ -31,7 +31,7 @@ protected:
 /// outlive window and thread; then it does nothing.
 ///
 /// Threads: Post() any; all others that of the loop.
-class CWindowLoop final {
+class CWindowLoop final : public std::enable_shared_from_this<CWindowLoop> {
 public:
     /// `wake`, called on any thread, makes the loop's thread call RunPosted() soon; until End().
     explicit CWindowLoop(std::function<void()> wake);
@@ -40,8 +40,9 @@ public:
 
     /// The loop that this thread runs; null if it runs none.
     static std::shared_ptr<CWindowLoop> OfThisThread() noexcept;
-    /// From now on `loop` is that of this thread, or none if it is null.
-    static void SetOfThisThread(std::shared_ptr<CWindowLoop> loop) noexcept;
+    /// From now on `loop` is that of this thread, or none if it is null. It is owned by shared pointers and
+    /// lives until another one is set.
+    static void SetOfThisThread(CWindowLoop* loop) noexcept;
 
     /// Runs `work` on the loop's thread. It doesn't throw. False if the loop has ended: `work` is dropped.
     /// Throws std::bad_alloc.

@@ -57,7 +57,7 @@ void CWindowThread::Run() noexcept {
         const std::scoped_lock lock(_mutex);
         _id = std::this_thread::get_id();
     }
-    Platform::CWindowLoop::SetOfThisThread(_loop);
+    Platform::CWindowLoop::SetOfThisThread(_loop.get());
     _editor.OnOpened();
     bool isThere = true;
     while (!IsQuitting()) {

@@ -252,7 +252,7 @@ protected:
     std::shared_ptr<Platform::CWindowLoop> loop = std::make_shared<Platform::CWindowLoop>([] {});
 
     X11FileListOnASlowDisk() {
-        Platform::CWindowLoop::SetOfThisThread(loop);
+        Platform::CWindowLoop::SetOfThisThread(loop.get());
         list = std::make_unique<CX11FileList>(*display, [disk = disk] {
             ++disk->reading;
             while (disk->isStill) std::this_thread::sleep_for(std::chrono::milliseconds(1));

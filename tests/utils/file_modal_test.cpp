@@ -51,7 +51,7 @@ protected:
         std::make_shared<Platform::CWindowLoop>([this] { ++woken; });
     std::vector<std::u16string> answers;
 
-    FileModal() { Platform::CWindowLoop::SetOfThisThread(loop); }
+    FileModal() { Platform::CWindowLoop::SetOfThisThread(loop.get()); }
     ~FileModal() override {
         loop->End();
         Platform::CWindowLoop::SetOfThisThread(nullptr);
