@@ -36,10 +36,10 @@ struct SFileAnswer {
     std::string path; ///< absolute, UTF-8; only if chosen
 };
 
-/// The desktop's own dialog for files, in a process that isn't the host's. On Linux these are tried in turn
-/// until one can be started: the desktop portal, zenity, kdialog. The environment variable KAV_FILE_DIALOG
-/// chooses one of them ("portal", "zenity", "kdialog") or none ("list"). Windows has none so far: there every
-/// question is cancelled at once.
+/// The desktop's own dialog for files. On Linux it is in a process that isn't the host's; these are tried in
+/// turn until one can be started: the desktop portal, zenity, kdialog. The environment variable
+/// KAV_FILE_DIALOG chooses one of them ("portal", "zenity", "kdialog") or none ("list"). On Windows it is the
+/// system's dialog, on a thread of its own, and the host's window takes no input meanwhile.
 ///
 /// Threads: any but the audio thread.
 class CFileDialog final {
@@ -56,8 +56,8 @@ public:
 
     /// Asks the window manager to bring the dialog to the front, if the dialog is a program of its own.
     void Raise() noexcept;
-    /// Closes the dialog. A program has been killed when this returns; the portal closes its dialog soon
-    /// after.
+    /// Closes the dialog. A program has been killed when this returns; the portal and Windows close theirs
+    /// soon after.
     void End() noexcept;
 
 private:
