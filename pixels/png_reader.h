@@ -6,8 +6,8 @@
 #include <optional>
 #include <span>
 
-/// Pictures in PNG files, whatever their form: bits per channel, palette, grey, interlaced. Any thread. Linux
-/// only.
+/// Pictures in PNG files, whatever their form: bits per channel, palette, grey, interlaced. Any
+/// thread.
 namespace KAV::Pixels {
 
 struct SPngSize {
