@@ -44,9 +44,6 @@ private:
 /// The pixels of the frame, and what this system's library does with them. Threads: the window's.
 class CCanvas final {
 public:
-    /// Whether this system has such a library at all, be it installed or not.
-    static bool IsOnThisSystem() noexcept;
-
     CCanvas() = default;
     ~CCanvas();
     CCanvas(const CCanvas&) = delete;

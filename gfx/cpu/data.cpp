@@ -205,5 +205,5 @@ void DATA::FreeTexture(STexture& a_rsTexture) {
 } // namespace KAV::GFX::CPU
 
 KAV::GFX::SRendererRow KAV::GFX::SoftwareRenderer() noexcept {
-    return {u"Software", &CPU::Create, CPU::CCanvas::IsOnThisSystem()};
+    return {u"Software", &CPU::Create, true};
 }

@@ -65,10 +65,6 @@ CSource::~CSource() {
     End(_piImage);
 }
 
-bool CCanvas::IsOnThisSystem() noexcept {
-    return true;
-}
-
 CCanvas::~CCanvas() {
     Release();
 }
