@@ -105,7 +105,10 @@ void CVSTGUIv2::idle() {
 void CVSTGUIv2::OnOpened() noexcept {
     const auto thread = std::this_thread::get_id();
     _bOwnThread = thread != _nHostThread;
-    if (_bOwnThread) State().SetQuietThread(thread);
+    if (_bOwnThread)
+        State().SetQuietThread(thread);
+    else
+        Frame().Guard([this] { State().Errors().BeginWork(); }); // until the first round
     Frame().Guard([this] {
         SetParent(_pParent);
         CreateGUIWindow();
@@ -131,8 +134,23 @@ void CVSTGUIv2::PreparePictures() {
     _piSystem.Prepare(wishes);
 }
 
+/// While widgets are at work, the host isn't called and no box runs a loop in which the host is: it may end
+/// them.
+void CVSTGUIv2::OnMessage() noexcept {
+    if (_bOwnThread) return;
+    State().SetQuietThread(std::this_thread::get_id());
+    Frame().Guard([this] { State().Errors().BeginWork(); });
+}
+
 void CVSTGUIv2::OnRound() noexcept {
-    if (!_bOwnThread || !State().IsHostSilent() || Utils::TickMs() - _nOpenedMs < SilenceMs) return;
+    if (!_bOwnThread) {
+        State().SetQuietThread({});
+        Frame().Guard([this] { State().Errors().EndWork(); });
+        if (!_piSystem.CallOut([state = &State()] { state->TellHost(CHostQueue::EOccasion::Turn); })) return;
+        _piSystem.CallOut([state = &State()] { state->Errors().ShowHeld(); }); // last, as below
+        return;
+    }
+    if (!State().IsHostSilent() || Utils::TickMs() - _nOpenedMs < SilenceMs) return;
     std::function<void()> call;
     if (!Frame().Guard([&] { call = State().DirectCall(); })) return;
     _piSystem.CallOut(call); // last: the host may have closed the editor, or ended the instance
@@ -144,6 +162,7 @@ void CVSTGUIv2::OnClosing() noexcept {
     Frame().Guard([this] { Screen().Release(); });
     Frame().Guard([this] { DestroyGUIWindow(); });
     State().SetQuietThread({});
+    Frame().Guard([this] { State().Errors().EndWork(); });
 }
 
 bool CVSTGUIv2::OnUserMessage(std::uint32_t a_nMessage) {

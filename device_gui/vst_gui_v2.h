@@ -45,6 +45,7 @@ public:
 private:
     // Native::IEditor
     void OnOpened() noexcept override;
+    void OnMessage() noexcept override;
     void OnRound() noexcept override;
     void OnClosing() noexcept override;
     // IHostWindow

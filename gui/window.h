@@ -39,6 +39,8 @@ public:
     virtual void OnCommand(std::uint32_t a_nCommand) = 0; ///< that was chosen from the menu
     virtual void OnTyped() = 0; ///< the text box is committed: by Enter, or because it lost the focus
     virtual void OnGone() = 0;  ///< the window was taken away; nothing comes after it
+    /// A message of the window's own, 1025 to 2046, on a system that has such: nothing here posts one.
+    virtual void OnUserMessage(std::uint32_t /*message*/) {}
 
 protected:
     IWindowClient() = default;

@@ -70,4 +70,8 @@ void CWindowEvents::OnGone() {
     _piGUI.Frame().Guard([&] { _piGUI.LoseWindow(); });
 }
 
+void CWindowEvents::OnUserMessage(std::uint32_t a_nMessage) {
+    _piGUI.Frame().Guard([&] { _piGUI.OnUserMessage(a_nMessage); });
+}
+
 } // namespace KAV::GUI

@@ -26,6 +26,7 @@ public:
     void OnCommand(std::uint32_t a_nCommand) override;
     void OnTyped() override;
     void OnGone() override;
+    void OnUserMessage(std::uint32_t a_nMessage) override;
 
 private:
     CGUI& _piGUI;

@@ -17,6 +17,8 @@ public:
 
     /// The server has a window for it: GUI::IWindow::Create() will succeed. First call.
     virtual void OnOpened() noexcept = 0;
+    /// An event or a tick is about to come on the host's own thread; OnRound() follows. Only on Windows.
+    virtual void OnMessage() noexcept {}
     /// After the events and ticks that have come together: the place for calls to the host (CallOut()).
     virtual void OnRound() noexcept = 0;
     /// The window is to go. Last call.
@@ -80,6 +82,9 @@ public:
     bool IsLeftControlDown() const noexcept override;
     std::int32_t HotX() const noexcept override;
     std::int32_t HotY() const noexcept override;
+    std::uint32_t DoubleClickMs() const noexcept override;
+    std::int32_t DoubleClickWidth() const noexcept override;
+    std::int32_t DoubleClickHeight() const noexcept override;
     std::int32_t DotsPerInch() const noexcept override;
     void ShowMenu(const GUI::Menu& menu) noexcept override;
     void CloseMenu() noexcept override;

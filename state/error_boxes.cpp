@@ -22,8 +22,22 @@ void CErrorBoxes::EndCreation() {
     if (!Utils::Dialogs().ErrorsWait()) ShowHeld();
 }
 
+void CErrorBoxes::BeginWork() {
+    const Utils::CTurn turn(_turns);
+    _isAtWork = Utils::Dialogs().ErrorsWait();
+}
+
+void CErrorBoxes::EndWork() {
+    const Utils::CTurn turn(_turns);
+    _isAtWork = false;
+}
+
 void CErrorBoxes::Tell(std::u16string text) {
     Utils::CTurn turn(_turns);
+    if (_isAtWork) {
+        _held.push_back(std::move(text));
+        return;
+    }
     if (!_isCreating) {
         turn.Then([text = std::move(text)] { Utils::Dialogs().ShowError(Utils::ProductName, text); });
         return;
@@ -35,6 +49,7 @@ void CErrorBoxes::Tell(std::u16string text) {
 
 void CErrorBoxes::ShowHeld() {
     Utils::CTurn turn(_turns);
+    if (_isAtWork) return;
     for (auto& text : std::exchange(_held, {}))
         turn.Then([text = std::move(text)] { Utils::Dialogs().ShowError(Utils::ProductName, text); });
 }

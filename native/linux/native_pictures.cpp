@@ -1,7 +1,7 @@
 #include "native/native_pictures.h"
 
-#include "native/linux/picture_source.h"
 #include "native/linux/two_threads.h"
+#include "native/picture_source.h"
 #include "pixels/lettering.h"
 #include "pixels/sheet_store.h"
 #include "platform/pixman/pixman_library.h"

@@ -193,6 +193,19 @@ std::int32_t CNativeWindow::HotY() const noexcept {
     return Exists() ? _parts->thread->Window().HotY() : 0;
 }
 
+// The display has no such settings.
+std::uint32_t CNativeWindow::DoubleClickMs() const noexcept {
+    return IWindow::DoubleClickMs();
+}
+
+std::int32_t CNativeWindow::DoubleClickWidth() const noexcept {
+    return IWindow::DoubleClickWidth();
+}
+
+std::int32_t CNativeWindow::DoubleClickHeight() const noexcept {
+    return IWindow::DoubleClickHeight();
+}
+
 std::int32_t CNativeWindow::DotsPerInch() const noexcept {
     return Exists() ? _parts->thread->Window().DotsPerInch() : IWindow::DotsPerInch();
 }

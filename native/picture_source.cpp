@@ -1,4 +1,4 @@
-#include "native/linux/picture_source.h"
+#include "native/picture_source.h"
 
 #include "pixels/blur.h"
 #include "pixels/png_reader.h"
@@ -8,6 +8,7 @@
 #include "platform/resource.h"
 #include "platform/whole_file.h"
 #include "utils/exceptions.h"
+#include "utils/path.h"
 #include "utils/text.h"
 
 #include <algorithm>
@@ -69,9 +70,8 @@ std::shared_ptr<const ISheet> SheetOfResource(const std::u16string& name, const 
 }
 
 std::shared_ptr<const ISheet> SheetOf(const std::u16string& name) {
-    const std::string text = Utils::ToUtf8(name);
-    const std::filesystem::path path(text);
-    return IsFile(path) ? SheetOfFile(name, path) : SheetOfResource(name, text);
+    const auto path = Utils::ToSystemPath(name);
+    return IsFile(path) ? SheetOfFile(name, path) : SheetOfResource(name, Utils::ToUtf8(name));
 }
 
 /// A sheet as the toolkit gets it: a bitmap whose pixels are made when they are drawn.
@@ -112,8 +112,7 @@ SBitmap Silhouette(const SBitmap& picture, std::int32_t blur) {
 } // namespace
 
 std::shared_ptr<const ISheet> StoredSheet(const std::u16string& name) {
-    const std::string text = Utils::ToUtf8(name);
-    return IsFile(text) ? nullptr : SheetOfResource(name, text);
+    return IsFile(Utils::ToSystemPath(name)) ? nullptr : SheetOfResource(name, Utils::ToUtf8(name));
 }
 
 std::unique_ptr<SBitmap> MakeImage(const std::u16string& name, const Pixels::SImageMark& mark) {
