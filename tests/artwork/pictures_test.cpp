@@ -177,7 +177,8 @@ TEST(Pictures, AreAllInTheManifestAndTheFolderHoldsNothingElse) {
     }
     std::sort(others.begin(), others.end());
     EXPECT_EQ(pictures, expected.size());
-    EXPECT_EQ(others, (std::vector<std::string>{"CMakeLists.txt", "manifest.txt", "resources.S.in"}));
+    EXPECT_EQ(others, (std::vector<std::string>{"CMakeLists.txt", "library.manifest", "manifest.txt",
+                          "resources.S.in", "resources.rc.in"}));
 }
 
 /// The grid in a resource's name, "((FRAMESxCOLUMNS))" or "((FRAMES))", is that of the layout.

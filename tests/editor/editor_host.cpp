@@ -1,7 +1,6 @@
 #include "tests/editor/editor_host.h"
 
 #include <chrono>
-#include <future>
 #include <utility>
 
 namespace KAV::Tests {
@@ -17,8 +16,7 @@ bool Until(const std::function<bool()>& holds) {
     return true;
 }
 
-CEditorHost::CEditorHost(const CLoadedLibrary& library, int idleHz)
-    : _idleHz(idleHz), _thread([this] { Serve(); }) {
+CEditorHost::CEditorHost(const CLoadedLibrary& library, int idleHz) : _loop(idleHz, [this] { Idle(); }) {
     Run([&] {
         _effect = library.Entry()(Answer);
         if (_effect == nullptr) return;
@@ -38,25 +36,6 @@ CEditorHost::~CEditorHost() {
             _effect->dispatcher(_effect, effClose, 0, 0, nullptr, 0.0f);
         });
     }
-    {
-        const std::scoped_lock lock(_mutex);
-        _ends = true;
-        _hasWork.notify_all();
-    }
-    _thread.join();
-}
-
-void CEditorHost::Run(const std::function<void()>& work) {
-    std::promise<void> isDone;
-    {
-        const std::scoped_lock lock(_mutex);
-        _work.emplace_back([&] {
-            work();
-            isDone.set_value();
-        });
-        _hasWork.notify_all();
-    }
-    isDone.get_future().wait();
 }
 
 std::intptr_t CEditorHost::Dispatch(
@@ -66,9 +45,8 @@ std::intptr_t CEditorHost::Dispatch(
     return result;
 }
 
-bool CEditorHost::Open(std::uint32_t parent) {
-    const bool isOpen =
-        Dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(static_cast<std::uintptr_t>(parent))) == 1;
+bool CEditorHost::Open(std::uintptr_t parent) {
+    const bool isOpen = Dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(parent)) == 1;
     _isOpen = isOpen;
     return isOpen;
 }
@@ -141,29 +119,8 @@ std::intptr_t CEditorHost::Note(std::int32_t opcode, std::int32_t index, std::in
     return opcode == audioMasterSizeWindow && _acceptsSizes ? 1 : 0;
 }
 
-void CEditorHost::Serve() {
-    using namespace std::chrono;
-    const auto pause = _idleHz > 0 ? microseconds(1'000'000 / _idleHz) : microseconds(seconds(1));
-    auto next = steady_clock::now() + pause;
-    std::unique_lock lock(_mutex);
-    while (!_ends || !_work.empty()) {
-        if (_work.empty()) _hasWork.wait_until(lock, next, [this] { return _ends || !_work.empty(); });
-        if (!_work.empty()) {
-            const auto work = std::move(_work.front());
-            _work.pop_front();
-            lock.unlock();
-            work();
-            lock.lock();
-        }
-        if (steady_clock::now() < next) continue;
-        next += pause;
-        lock.unlock();
-        if (_idleHz > 0 && _isOpen) Idle();
-        lock.lock();
-    }
-}
-
 void CEditorHost::Idle() {
+    if (!_isOpen) return;
     const auto idle = [this] { _effect->dispatcher(_effect, effEditIdle, 0, 0, nullptr, 0.0f); };
     if (_idlesElsewhere) {
         std::thread(idle).join();

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "tests/editor/host_loop.h"
 #include "tests/support/loaded_library.h"
 #include "vst/vst2.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -36,12 +35,13 @@ public:
     CEditorHost& operator=(const CEditorHost&) = delete;
 
     /// Runs `work` on the host's thread, and waits for it.
-    void Run(const std::function<void()>& work);
+    void Run(const std::function<void()>& work) { _loop.Run(work); }
     /// One call of the dispatcher on the host's thread.
     std::intptr_t Dispatch(VST::EffectOpcode opcode, std::int32_t index = 0, std::intptr_t value = 0,
         void* pointer = nullptr, float option = 0.0f);
 
-    bool Open(std::uint32_t parent);
+    /// `parent` is a window of the system's: its address or its number.
+    bool Open(std::uintptr_t parent);
     void Close();
     VST::ERect Rect();
     /// The next idle calls come on another thread than all others.
@@ -52,7 +52,7 @@ public:
     void Inside(std::int32_t opcode, std::function<void()> work);
 
     VST::AEffect* Effect() const noexcept { return _effect; }
-    std::thread::id Thread() const noexcept { return _thread.get_id(); }
+    std::thread::id Thread() const noexcept { return _loop.Thread(); }
     std::vector<SHostCall> Calls() const;
     std::vector<SHostCall> Calls(std::int32_t opcode) const;
     std::size_t Count(std::int32_t opcode) const { return Calls(opcode).size(); }
@@ -65,24 +65,19 @@ private:
     static std::intptr_t Answer(
         VST::AEffect*, std::int32_t opcode, std::int32_t index, std::intptr_t value, void*, float option);
     std::intptr_t Note(std::int32_t opcode, std::int32_t index, std::intptr_t value, float option);
-    void Serve();
     void Idle();
 
     VST::AEffect* _effect = nullptr;
-    const int _idleHz;
     std::atomic<bool> _idlesElsewhere{false};
     std::atomic<bool> _acceptsSizes{true};
     std::atomic<bool> _isOpen{false};
     std::atomic<int> _idles{0};
 
     mutable std::mutex _mutex;
-    std::condition_variable _hasWork;
-    std::deque<std::function<void()>> _work; // under the lock
-    bool _ends = false;                      // under the lock
-    std::vector<SHostCall> _calls;           // under the lock
-    std::int32_t _insideOf = -1;             // under the lock
-    std::function<void()> _inside;           // under the lock
-    std::thread _thread;
+    std::vector<SHostCall> _calls; // under the lock
+    std::int32_t _insideOf = -1;   // under the lock
+    std::function<void()> _inside; // under the lock
+    CHostLoop _loop;
 };
 
 /// Waits for a fact, at most half a minute.

@@ -92,7 +92,14 @@ public:
         if (duringFrame) duringFrame();
     }
 
+    bool OnUserMessage(std::uint32_t message) override {
+        messages.push_back(message);
+        if (message == 1026) throw Exceptions::Std(u"broken", u"TEST");
+        return CRecordingRoot::OnUserMessage(message);
+    }
+
     std::vector<std::uint32_t> frames;
+    std::vector<std::uint32_t> messages;
     std::function<void()> duringFrame;
 };
 
@@ -435,6 +442,13 @@ TEST_F(Frame, ShowingDrawsBeforeTheWindowAppears) {
     EXPECT_EQ(Drawn(), (Lines{"BeginFrame", "Clear", "EndFrame", "Present"}));
     root.Show(true);
     EXPECT_EQ(Drawn(), Lines{});
+}
+
+TEST_F(Frame, TheWindowsOwnMessagesReachTheRoot) {
+    window.client->OnUserMessage(1025);
+    window.client->OnUserMessage(1026);
+    EXPECT_EQ(root.messages, (std::vector<std::uint32_t>{1025, 1026}));
+    EXPECT_EQ(window.boxes.size(), 1u) << "what it throws ends there";
 }
 
 TEST_F(Frame, AWindowThatCannotBeMadeIsABoxAndNoWindow) {

@@ -1,6 +1,6 @@
 #include "native/native_pictures.h"
 
-#include "native/linux/picture_source.h"
+#include "native/picture_source.h"
 #include "panel/sprites.h"
 #include "pixels/blur.h"
 #include "pixels/png_reader.h"

@@ -151,3 +151,11 @@ TEST_F(FirstPictures, TheAboutViewStaysWhileItsSwitchChangesTheRenderer) {
     ASSERT_FALSE(seen.empty());
     for (std::size_t n = 0; n < seen.size(); ++n) ASSERT_TRUE(AreTheSame(without(seen[n]), before)) << n;
 }
+
+TEST_F(FirstPictures, NoneIsDrawnOrPushedWhileNothingMoves) {
+    Settle();
+    const auto puts = kept.puts;
+    robot.Advance(5000);
+    EXPECT_EQ(kept.puts, puts);
+    EXPECT_FALSE(Gui().Frame().IsRedrawDue());
+}

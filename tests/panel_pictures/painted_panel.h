@@ -3,14 +3,12 @@
 #include "gfx/renderers.h"
 #include "native/native_pictures.h"
 #include "pixels/bitmap.h"
-#include "platform/picture_target.h"
 #include "tests/device_gui/open_panel.h"
+#include "tests/panel_pictures/kept_picture.h"
 #include "tests/support/own_settings.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -19,31 +17,6 @@
 #include <vector>
 
 namespace KAV::Tests {
-
-/// Keeps what a renderer puts into its window.
-class CKeptPicture final : public Platform::IPictureTarget {
-public:
-    bool Put(const std::uint32_t* pixels, std::int32_t stride, std::int32_t width, std::int32_t height,
-        std::span<const Platform::SArea> areas) noexcept override {
-        ++puts;
-        if (picture.width != width || picture.height != height)
-            picture = Pixels::TransparentBitmap(width, height);
-        for (const auto& area : areas) {
-            for (std::int32_t y = area.top; y < area.top + area.height; ++y) {
-                std::memcpy(picture.bytes.data() + static_cast<std::ptrdiff_t>(y) * picture.stride +
-                                static_cast<std::ptrdiff_t>(4) * area.left,
-                    pixels + static_cast<std::ptrdiff_t>(y) * (stride / 4) + area.left,
-                    4 * static_cast<std::size_t>(area.width));
-            }
-        }
-        if (afterPut) afterPut();
-        return true;
-    }
-
-    Pixels::SBitmap picture; // transparent where nothing has been put since its size changed
-    std::size_t puts = 0;
-    std::function<void()> afterPut; // where it is seen as the user sees it
-};
 
 /// As OpenPanel, but the pictures, the texts and the software renderer are the product's own: what the window
 /// would show is a picture.
@@ -54,8 +27,8 @@ protected:
     GFX::RendererTable table; ///< the software renderer at each number
 
     PaintedPanel() {
-        window.handle = static_cast<Platform::IPictureTarget*>(&kept);
-        table.fill(GFX::SoftwareRenderer());
+        window.handle = kept.Handle();
+        table.fill(kept.Renderer());
         GFX::UseRenderers(&table); // undone with the recording ones
     }
 
@@ -82,7 +55,7 @@ protected:
             robot.Advance(11);
         }
     }
-    const Pixels::SBitmap& Shown() const { return kept.picture; }
+    const Pixels::SBitmap& Shown() { return kept.Shown(Gui().Width(), Gui().Height()); }
 
 private:
     class CSystem final : public IEditorSystem {

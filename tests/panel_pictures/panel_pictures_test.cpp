@@ -52,14 +52,6 @@ TEST_F(PaintedPanel, AtWorkIsTheCommittedPicture) {
     }
 }
 
-TEST_F(PaintedPanel, DrawsAndPushesNothingWhileNothingMoves) {
-    Settle();
-    const auto puts = kept.puts;
-    robot.Advance(5000);
-    EXPECT_EQ(kept.puts, puts);
-    EXPECT_FALSE(Gui().Frame().IsRedrawDue());
-}
-
 // The pointer
 
 TEST_F(PanelPictures, AFaderUnderThePointerShowsItsValueInAHint) {

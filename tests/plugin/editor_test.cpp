@@ -108,6 +108,12 @@ protected:
         }
         throw std::out_of_range(Utils::ToUtf8(name));
     }
+    /// A patch of another plug-in, which is refused with a box.
+    void WriteForeign() {
+        WriteText(
+            documents.Patch("a.kvp"), "<patch_format>textual</patch_format>\r\n<plugin_id>1</plugin_id>\r\n");
+    }
+    std::u16string Foreign() { return Utils::ToUtf16(documents.Patch("a.kvp").string()); }
     float Chosen() { return Device().GetParam(Threshold, 0); }
 
     std::atomic<bool> resizes = true;                     ///< the host, when it is asked
@@ -576,16 +582,102 @@ TEST_F(Editor, AnswersAnIdleCallWhileAnotherThreadHasItsTurn) {
     EXPECT_EQ(Heard(), (Calls{"begin 4", "value 4 0.25"}));
 }
 
-TEST_F(Editor, InAWindowOfTheHostsThreadTellsOfEditsAtOnce) {
+TEST_F(Editor, InAWindowOfTheHostsThreadTellsOfEditsAfterTheMessage) {
     desk->ownThread = false;
     ASSERT_TRUE(Open());
-    Edit(0.25f);
+    Calls during;
+    desk->Run([&] {
+        Gui().BeginEdit(Threshold);
+        Gui().SetParameter(Threshold, 0.25f);
+        Gui().EndEdit(Threshold);
+        during = Heard();
+    });
+    EXPECT_EQ(during, Calls{}) << "the host may end the widgets that are at work";
     EXPECT_EQ(Heard(), (Calls{"begin 4", "value 4 0.25"}));
     Advance(5000);
+    EXPECT_EQ(Heard(), Calls{});
     desk->Tick();
-    EXPECT_EQ(Heard(), Calls{}) << "the end comes in a call of the host's";
+    EXPECT_EQ(Heard(), Calls{"end 4"});
     Idle();
-    EXPECT_EQ(Heard(), (Calls{"end 4", "latency"}));
+    EXPECT_EQ(Heard(), Calls{"latency"});
+}
+
+TEST_F(Editor, InAWindowOfTheHostsThreadTellsAtOnceOfWhatNoMessageHasChanged) {
+    desk->ownThread = false;
+    ASSERT_TRUE(Open());
+    desk->Settle();
+    Gui().BeginEdit(Threshold);
+    Gui().SetParameter(Threshold, 0.25f);
+    EXPECT_EQ(Heard(), (Calls{"begin 4", "value 4 0.25"}));
+    Gui().EndEdit(Threshold);
+}
+
+TEST_F(Editor, InAWindowOfTheHostsThreadMayEndWithTheInstanceInsideACall) {
+    desk->ownThread = false;
+    ASSERT_TRUE(Open());
+    bool ended = false;
+    whileHearing = [&](const std::string& call) {
+        if (!call.starts_with("value")) return;
+        whileHearing = nullptr;
+        effect.reset();
+        ended = true;
+    };
+    desk->Run([&] {
+        Gui().BeginEdit(Threshold);
+        Gui().SetParameter(Threshold, 0.25f);
+        EXPECT_FALSE(ended);
+    });
+    EXPECT_TRUE(ended);
+}
+
+TEST_F(Editor, InAWindowOfTheHostsThreadShowsErrorsAfterTheMessage) {
+    desk->ownThread = false;
+    dialogs.errorsWait = true;
+    WriteForeign();
+    Make(); // finds it, and holds the error
+    EXPECT_EQ(dialogs.errors.size(), 0u);
+    ASSERT_TRUE(Open());
+    EXPECT_EQ(dialogs.errors.size(), 0u) << "the host waits for its call";
+    desk->Settle();
+    EXPECT_EQ(dialogs.errors.size(), 1u);
+    std::size_t during = 0;
+    desk->Run([&] {
+        EXPECT_FALSE(Device().State().OpenPatch(Foreign()));
+        during = dialogs.errors.size();
+    });
+    EXPECT_EQ(during, 1u) << "the host may end the widgets that are at work";
+    EXPECT_EQ(dialogs.errors.size(), 2u);
+    desk->Settle();
+    EXPECT_EQ(dialogs.errors.size(), 2u);
+    EXPECT_FALSE(Device().State().OpenPatch(Foreign()));
+    EXPECT_EQ(dialogs.errors.size(), 3u) << "at once when no message is handled";
+}
+
+TEST_F(Editor, InAWindowOfTheHostsThreadMayEndWithTheInstanceInsideABox) {
+    desk->ownThread = false;
+    dialogs.errorsWait = true;
+    WriteForeign();
+    ASSERT_TRUE(Open());
+    dialogs.whileOpen = [this] { effect.reset(); };
+    desk->Run([&] {
+        EXPECT_FALSE(Device().State().OpenPatch(Foreign()));
+        EXPECT_NE(effect, nullptr);
+    });
+    EXPECT_EQ(effect, nullptr);
+}
+
+TEST_F(Editor, InAWindowOfTheHostsThreadShowsErrorsAtOnceAfterItHasClosedAtWork) {
+    desk->ownThread = false;
+    dialogs.errorsWait = true;
+    ASSERT_TRUE(Open());
+    Close(); // before a message has come
+    WriteForeign();
+    EXPECT_FALSE(Device().State().OpenPatch(Foreign()));
+    EXPECT_EQ(dialogs.errors.size(), 1u);
+    ASSERT_TRUE(Open());
+    desk->Run([this] { Close(); });
+    EXPECT_FALSE(Device().State().OpenPatch(Foreign()));
+    EXPECT_EQ(dialogs.errors.size(), 2u);
 }
 
 // Closing

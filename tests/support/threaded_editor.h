@@ -151,8 +151,9 @@ public:
         if (const auto thread = Present()) {
             thread->Run(std::move(task));
         } else if (_editor != nullptr) {
+            _editor->OnMessage();
             task();
-            _editor->OnRound();
+            if (_editor != nullptr) _editor->OnRound();
         }
     }
     /// What has been asked of the window's thread so far is done.
@@ -241,8 +242,9 @@ public:
     bool CallOut(const std::function<void()>& call) noexcept override {
         const auto thread = _desk->Present();
         if (thread != nullptr) return thread->CallOut(call);
+        const auto desk = _desk; // the instance may end in the call
         call();
-        return true;
+        return desk->_editor != nullptr;
     }
     void ResizeParent(std::int32_t width, std::int32_t height) noexcept override {
         const std::lock_guard lock(_desk->_mutex);

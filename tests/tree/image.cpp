@@ -138,6 +138,8 @@ public:
         image.format = SImage::EFormat::Pe;
         ReadExports(image);
         ReadImports(image);
+        image.oldestWindows =
+            100 * Read<std::uint16_t>(_file, _header + 72) + Read<std::uint16_t>(_file, _header + 74);
         return image;
     }
 
@@ -183,6 +185,20 @@ private:
             const auto name = Read<std::uint32_t>(_file, entry + 12);
             if (name == 0) return;
             image.libraries.push_back(ReadName(_file, Offset(name)));
+            ReadFunctions(image, Read<std::uint32_t>(_file, entry));
+        }
+    }
+
+    /// Of the library that was read last.
+    void ReadFunctions(SImage& image, std::uint32_t names) const {
+        constexpr std::uint64_t byNumber = std::uint64_t{1} << 63;
+        for (auto entry = Offset(names);; entry += 8) {
+            const auto function = Read<std::uint64_t>(_file, entry);
+            if (function == 0) return;
+            const auto name = (function & byNumber) != 0
+                                  ? std::string("(by number)")
+                                  : ReadName(_file, Offset(static_cast<std::uint32_t>(function)) + 2);
+            image.functions.push_back(image.libraries.back() + " " + name);
         }
     }
 
@@ -204,6 +220,30 @@ bool IsPartOfTheSystem(const SImage& image, const std::string& library) {
         "advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "shell32.dll", "user32.dll"};
     if (image.format == SImage::EFormat::Elf) return elf.contains(library);
     return pe.contains(LowerCase(library)); // the loader there ignores case
+}
+
+/// The functions of Windows 7 that we take, by library in lower case. The C library, msvcrt, is as old as all
+/// of them. Whoever adds one looks up its "minimum supported client" first.
+const std::set<std::string>& FunctionsOfWindows7() {
+    static const std::set<std::string> names = [] {
+        std::ifstream list(KAV_WINDOWS_7_FUNCTIONS);
+        std::set<std::string> found;
+        std::string library;
+        for (std::string word; list >> word;) {
+            if (word.ends_with(':'))
+                library = word.substr(0, word.size() - 1);
+            else
+                found.insert(library + " " + word);
+        }
+        return found;
+    }();
+    return names;
+}
+
+bool IsOfWindows7(const std::string& function) {
+    const auto end = function.find(' ');
+    const auto library = LowerCase(function.substr(0, end));
+    return library == "msvcrt.dll" || FunctionsOfWindows7().contains(library + function.substr(end));
 }
 
 } // namespace
@@ -241,6 +281,11 @@ std::vector<std::string> Complaints(const SImage& image) {
     for (const auto& library : image.libraries) {
         if (!IsPartOfTheSystem(image, library)) complaints.push_back("loads " + library);
     }
+    for (const auto& function : image.functions) {
+        if (!IsOfWindows7(function)) complaints.push_back("takes " + function);
+    }
+    constexpr int windows7 = 601;
+    if (image.oldestWindows > windows7) complaints.push_back("is for Windows after 7");
     if (image.format == SImage::EFormat::Elf) {
         if (!image.bindsToItself) complaints.push_back("takes its own names from the process");
         if (!image.staysLoaded) complaints.push_back("can be unloaded");

@@ -15,6 +15,8 @@ struct SImage {
     EFormat format = EFormat::Elf;
     std::vector<std::string> exports;   ///< names, sorted
     std::vector<std::string> libraries; ///< libraries loaded with it, in its order
+    std::vector<std::string> functions; ///< PE: those that it takes from them, as "KERNEL32.dll Sleep"
+    int oldestWindows = 0;              ///< PE: the first version that loads it, as 601 for 6.1
     bool bindsToItself = false;         ///< ELF: its own names win over those of the process
     bool staysLoaded = false;           ///< ELF: the loader never unloads it
 };
@@ -27,8 +29,8 @@ SImage ReadImage(const std::filesystem::path& file);
 std::vector<std::byte> ReadBytes(const std::filesystem::path& file);
 
 /// Where the library breaks what hosts rely on, one line each: it exports exactly the three entries, loads
-/// nothing that isn't part of every system, binds to its own names instead of the process's, and can't be
-/// unloaded under a thread.
+/// nothing that isn't part of every system (Windows: from version 7 on), binds to its own names instead of
+/// the process's, and can't be unloaded under a thread.
 std::vector<std::string> Complaints(const SImage& image);
 
 } // namespace KAV::Tests

@@ -39,6 +39,9 @@ TEST(ReadImage, FindsWhatALibraryExportsAndLoads) {
     } else {
         EXPECT_EQ(image.exports, (Lines{"Stray", "VSTPluginMain"}));
         EXPECT_TRUE(Contains(image.libraries, "KERNEL32.dll"));
+        EXPECT_TRUE(Contains(image.functions, "KERNEL32.dll VirtualProtect"))
+            << "of the compiler's own start";
+        EXPECT_EQ(image.oldestWindows, 602);
     }
 }
 
@@ -74,6 +77,8 @@ TEST(Complaints, NameWhatIsWrongWithAStrayLibrary) {
         EXPECT_FALSE(Contains(complaints, "loads libc.so.6"));
         EXPECT_TRUE(Contains(complaints, "takes its own names from the process"));
         EXPECT_TRUE(Contains(complaints, "can be unloaded"));
+    } else {
+        EXPECT_TRUE(Contains(complaints, "is for Windows after 7"));
     }
 }
 
@@ -90,4 +95,16 @@ TEST(Complaints, NameARunTimeLibraryOfTheCompiler) {
     auto image = GoodImage(SImage::EFormat::Pe);
     image.libraries = {"KERNEL32.dll", "libstdc++-6.dll"};
     EXPECT_EQ(Complaints(image), Lines{"loads libstdc++-6.dll"});
+}
+
+TEST(Complaints, NameWhatWindows7DoesNotHave) {
+    auto image = GoodImage(SImage::EFormat::Pe);
+    image.oldestWindows = 601;
+    image.functions = {"KERNEL32.dll Sleep", "USER32.dll GetDpiForWindow", "msvcrt.dll malloc",
+        "KERNEL32.dll (by number)", "GDI32.dll Sleep"};
+    EXPECT_EQ(Complaints(image), (Lines{"takes USER32.dll GetDpiForWindow", "takes KERNEL32.dll (by number)",
+                                     "takes GDI32.dll Sleep"}));
+    image.functions.clear();
+    image.oldestWindows = 602;
+    EXPECT_EQ(Complaints(image), Lines{"is for Windows after 7"});
 }

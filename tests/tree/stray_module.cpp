@@ -1,5 +1,5 @@
 // A plug-in that breaks the rules: it exports one name too many and two too few, and on Linux needs the C++
-// run-time library.
+// run-time library, on Windows version 8 of the system.
 #include <stdexcept>
 #include <string>
 
