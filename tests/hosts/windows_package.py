@@ -22,6 +22,18 @@ def loaded_by(image):
     return set(re.findall(r"DLL Name: (\S+)", said.stdout.decode()))
 
 
+def resources_of(image):
+    """What a library carries, as a resource compiler reads it back, without the bytes."""
+    said = subprocess.run(["x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", "-i", image], capture_output=True,
+                          check=True, timeout=60)
+    return said.stdout.decode()
+
+
+def fact(name):
+    """KAV_<name> in the sources."""
+    return re.search(rf'#define KAV_{name} "(.*)"', (ROOT / "utils/product.h").read_text())[1]
+
+
 class WindowsPackage(HostTest):
     @classmethod
     def set_up_once(cls):
@@ -58,6 +70,30 @@ class WindowsPackage(HostTest):
             new |= {name for name in loaded_by(self.top / image) if (self.top / name).exists()} - found
         self.assertEqual(found - {"kavhost.exe"}, set(LIBRARIES))
         self.assertFalse(loaded_by(self.top / "KAVSorrelLimiter.dll") & set(LIBRARIES))
+
+    def test_the_plugin_says_what_it_is_and_who_has_made_it(self):
+        carried = resources_of(self.top / "KAVSorrelLimiter.dll")
+        words = ", ".join(fact("VERSION").split("."))
+        self.assertIn(f"FILEVERSION {words}\n", carried)
+        self.assertIn(f"PRODUCTVERSION {words}\n", carried)
+        texts = dict(re.findall(r'VALUE "(\w+)", "([^"]*)"', carried))
+        for name, value in {"ProductName": "PRODUCT", "FileDescription": "PRODUCT", "CompanyName": "VENDOR",
+                            "FileVersion": "VERSION", "ProductVersion": "VERSION"}.items():
+            self.assertEqual(texts[name], fact(value), name)
+        self.assertEqual(texts["OriginalFilename"], "KAVSorrelLimiter.dll")
+
+    def test_the_plugin_carries_its_pictures_and_a_manifest(self):
+        library = self.top / "KAVSorrelLimiter.dll"
+        carried = resources_of(library)
+        rows = [line.split() for line in (ROOT / "resources/manifest.txt").read_text().splitlines()
+                if line and not line.startswith("#")]
+        self.assertGreater(len(rows), 30)
+        self.assertEqual(sorted(re.findall(r'^"([^"]+)" "IMG"', carried, re.MULTILINE)), sorted(row[1] for row in rows))
+        content = library.read_bytes()
+        for file, _ in rows:
+            self.assertIn((ROOT / "resources" / file).read_bytes(), content, file)
+        self.assertRegex(carried, r"(?m)^2 24 ", "the manifest of a library has the number 2")
+        self.assertIn((ROOT / "resources/library.manifest").read_bytes(), content)
 
     def test_names_the_licence_and_the_source_of_every_library(self):
         licences = self.top / "licences"

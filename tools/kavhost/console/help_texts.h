@@ -66,9 +66,10 @@ inline constexpr const char* EditFooter =
     "Left and Right go 5 seconds back and on, Home goes to the beginning, L loops the file,\n"
     "Escape ends.\n"
     "\n"
-    "The sound goes to PipeWire, JACK, PulseAudio or ALSA, whichever there is; without any\n"
-    "of them the file plays silently. When the window is closed, --save-state and --render\n"
-    "write what you have set; each file is written whole or not at all.\n"
+    "The sound goes to the default audio device (Linux: by PipeWire, JACK, PulseAudio or\n"
+    "ALSA; Windows: by WASAPI); without one the file plays silently. When the window is\n"
+    "closed, --save-state and --render write what you have set; each file is written whole\n"
+    "or not at all.\n"
     "\n"
     "Examples:\n"
     "  kavhost edit song.wav --save-state song.state\n"
@@ -76,8 +77,9 @@ inline constexpr const char* EditFooter =
     "  kavhost edit film.wav --state film.state --save-state film.state --render out.wav";
 
 inline constexpr const char* ShotFooter =
-    "The editor opens in a window of its own on the display that DISPLAY names. Without one\n"
-    "kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
+    "On Linux the editor opens in a window of its own on the display that DISPLAY names.\n"
+    "Without one kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
+    "On Windows its window is invisible, and the editor must fit the screen.\n"
     "\n"
     "With IN, that file plays silently through the effect, in real time, and the picture\n"
     "shows the editor at the end of the stretch. Without it the picture is taken when the\n"

@@ -271,8 +271,7 @@ void AddWidth(CLI::App& command, SOptions& options) {
 }
 
 void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command =
-        *app.add_subcommand("edit", "Open the effect's editor while a file plays through it (Linux).");
+    auto& command = *app.add_subcommand("edit", "Open the effect's editor while a file plays through it.");
     command.footer(EditFooter);
     command.add_option("IN", texts.editInput, "An audio file")->required()->type_name("");
     AddEffectOptions(command, options, texts);
@@ -285,14 +284,14 @@ void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
         ->type_name("OUT");
     AddWidth(command, options);
     AddChoice(command, "--device", texts.device, {"default", "none"},
-        "Where the sound goes: to the desktop's device, or nowhere");
+        "Where the sound goes: to the default device, or nowhere");
     AddBlock(command, options.edit.blockSize);
     AddFormat(command, texts);
     AddLayout(command, texts);
 }
 
 void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
-    auto& command = *app.add_subcommand("shot", "Write a picture of the effect's editor (Linux).");
+    auto& command = *app.add_subcommand("shot", "Write a picture of the effect's editor.");
     auto& shot = options.shot;
     command.footer(ShotFooter);
     auto* const input =

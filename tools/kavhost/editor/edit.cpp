@@ -8,6 +8,7 @@
 #include "tools/kavhost/effect/effect.h"
 #include "tools/kavhost/play/audio_output.h"
 #include "tools/kavhost/play/player.h"
+#include "tools/kavhost/screen/users_display.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,19 +22,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto TickLength = std::chrono::microseconds(1'000'000 / 60);
 constexpr double SeekSeconds = 5; ///< of the arrow keys
-
-/// The keys, as X11 numbers them.
-enum EKeySymbol : std::uint32_t {
-    KeySpace = ' ',
-    KeyL = 'l',
-    KeyEscape = 0xFF1B,
-    KeyHome = 0xFF50,
-    KeyLeft = 0xFF51,
-    KeyRight = 0xFF53,
-    KeyPadHome = 0xFF95,
-    KeyPadLeft = 0xFF96,
-    KeyPadRight = 0xFF98,
-};
 
 /// A host that also has a transport.
 class CPlayingHost final : public CEditorHost {
@@ -60,11 +48,16 @@ private:
     double _rateHz = 0;
 };
 
+std::string NoSound(const std::string& reason) {
+    return "there is no sound: " + reason;
+}
+
 /// The user at the window: plays, seeks, loops, until the window is closed.
 class CTransport final {
 public:
-    CTransport(CEffect& effect, CPlayingHost& host, CHostWindow& window, CPlayer& player)
-        : _effect(effect), _host(host), _window(window), _player(player) {}
+    CTransport(
+        CEffect& effect, CPlayingHost& host, CHostWindow& window, CPlayer& player, const IAudioOutput& output)
+        : _effect(effect), _host(host), _window(window), _player(player), _output(output) {}
 
     void Run(const NoteSink& note) {
         auto next = Clock::now();
@@ -90,7 +83,7 @@ private:
             _isClosed = true;
             break;
         case Key:
-            Type(event.symbol);
+            Type(event.key);
             break;
         case Press:
             Touch(event);
@@ -107,30 +100,27 @@ private:
         }
     }
 
-    void Type(std::uint32_t symbol) {
-        switch (symbol) {
-        case KeySpace:
+    void Type(EHostKey key) {
+        switch (key) {
+        case EHostKey::Space:
             _player.Play(!_player.IsPlaying());
             break;
-        case KeyL:
+        case EHostKey::L:
             _player.Loop(!_player.IsLooping());
             break;
-        case KeyHome:
-        case KeyPadHome:
+        case EHostKey::Home:
             _player.Seek(0);
             break;
-        case KeyLeft:
-        case KeyPadLeft:
+        case EHostKey::Left:
             _player.Seek(_player.Seconds() - SeekSeconds);
             break;
-        case KeyRight:
-        case KeyPadRight:
+        case EHostKey::Right:
             _player.Seek(_player.Seconds() + SeekSeconds);
             break;
-        case KeyEscape:
+        case EHostKey::Escape:
             _isClosed = true;
             break;
-        default:
+        case EHostKey::Other:
             break;
         }
     }
@@ -182,19 +172,25 @@ private:
     }
 
     void Report(const NoteSink& note) {
-        const auto failure = _player.Failure();
-        if (failure == _failure) return;
-        _failure = failure;
-        note(failure);
+        if (const auto failure = _player.Failure(); failure != _failure) {
+            _failure = failure;
+            note(failure);
+        }
+        if (const auto silence = _output.Failure(); silence != _silence) {
+            _silence = silence;
+            if (!silence.empty()) note(NoSound(silence));
+        }
     }
 
     CEffect& _effect;
     CPlayingHost& _host;
     CHostWindow& _window;
     CPlayer& _player;
+    const IAudioOutput& _output;
     CStripPainter _painter;
     SStripView _view;
-    std::string _failure;
+    std::string _failure; ///< as reported: why the file can't be read
+    std::string _silence; ///< as reported: why there is no sound
     bool _isShown = false;
     bool _isSeeking = false;
     bool _isClosed = false;
@@ -205,7 +201,7 @@ std::unique_ptr<IAudioOutput> OpenOutput(const SEditOptions& options, const SAud
     if (options.usesDevice) {
         std::string reason;
         if (auto device = OpenAudioDevice(format.rateHz, format.channels, source, reason)) return device;
-        note("there is no sound: " + reason);
+        note(NoSound(reason));
     }
     return OpenSilentClock(format.rateHz, format.channels, source);
 }
@@ -216,7 +212,7 @@ SEdited EditFile(
     const CEffectLibrary& library, const CSetup& setup, const SEditOptions& options, const NoteSink& note) {
     CAudioReader reader(options.input);
     const auto format = reader.Format();
-    if (UsersDisplay().empty()) throw CFailure("there is no display: DISPLAY is not set");
+    PrepareUsersDisplay();
     CPlayingHost host;
     std::optional<CHostWindow> window; // ends after the effect
     CEffect effect(library, {static_cast<double>(format.rateHz), options.blockSize}, &host);
@@ -226,8 +222,8 @@ SEdited EditFile(
     SettleFadeIn(effect);
 
     const auto size = EditorSizeOf(effect);
-    window.emplace(UsersDisplay(), Utf8(options.input.filename()) + " - " + effect.Name(), size,
-        StripHeightFor(size.width));
+    window.emplace(Utf8(options.input.filename()) + " - " + effect.Name(), size, StripHeightFor(size.width),
+        EPlace::InView);
     window->Show();
     if (!effect.OpenEditor(window->EditorParent()))
         throw CFailure("the editor of " + effect.Name() + " cannot be opened");
@@ -240,7 +236,7 @@ SEdited EditFile(
         const auto output = OpenOutput(options, format, source, note);
         player.Play(true);
         try {
-            CTransport(effect, host, *window, player).Run(note);
+            CTransport(effect, host, *window, player, *output).Run(note);
         } catch (const CFailure& failure) { // the display has gone, but not what the user has set
             edited.failure = failure.what();
         }

@@ -6,8 +6,7 @@
 #include <functional>
 #include <string>
 
-/// What kavhost does with an effect's editor. On systems for which it has no windows, each of these throws
-/// CFailure at once.
+/// What kavhost does with an effect's editor.
 namespace KAV::Host {
 
 class CEffectLibrary;
@@ -40,8 +39,8 @@ struct SShotOptions {
     std::int32_t blockSize = 512;
 };
 
-/// Opens the editor in a window of its own, on the user's display or one without a screen, and writes what
-/// the display then shows. Throws CFailure, CUsageError or CInterruption; then there is no picture.
+/// Opens the editor in a window of its own that the user need not see, and writes what is in it then. Throws
+/// CFailure, CUsageError or CInterruption; then there is no picture.
 void ShootEditor(
     const CEffectLibrary& library, const CSetup& setup, const SShotOptions& options, const NoteSink& note);
 

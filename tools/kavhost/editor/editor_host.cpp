@@ -3,13 +3,11 @@
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/effect/effect.h"
 
-#include <cstdlib>
-
 namespace KAV::Host {
 
 namespace {
 
-constexpr std::int32_t LargestSide = 0x7FFF; ///< of a window of X11
+constexpr std::int32_t LargestSide = 0x7FFF; ///< of a window of any system
 
 }
 
@@ -24,11 +22,6 @@ std::optional<CHostWindow::SSize> CEditorHost::TakeSize() noexcept {
     if (size == 0) return std::nullopt;
     return CHostWindow::SSize{
         static_cast<std::int32_t>(size >> 32), static_cast<std::int32_t>(size & 0xFFFFFFFF)};
-}
-
-std::string UsersDisplay() {
-    const char* const name = std::getenv("DISPLAY");
-    return name != nullptr ? name : "";
 }
 
 CHostWindow::SSize EditorSizeOf(CEffect& effect) {

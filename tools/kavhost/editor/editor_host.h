@@ -28,9 +28,6 @@ private:
     std::atomic<bool> _ioHasChanged{false};
 };
 
-/// The display that the user's programs use, as its name in the environment; empty if there is none.
-std::string UsersDisplay();
-
 /// The size of an editor. Throws CFailure if the effect has none.
 CHostWindow::SSize EditorSizeOf(CEffect& effect);
 

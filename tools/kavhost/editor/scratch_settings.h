@@ -4,7 +4,7 @@
 
 namespace KAV::Host {
 
-/// While it lives, programs of this process find an empty folder for the user's settings, so that an effect
+/// While it lives, programs of this process find no settings of the user, so that an effect
 /// neither follows nor changes the real ones: a picture is the same on every machine. The user's other
 /// folders stay what they are. Create it before any other thread.
 class CScratchSettings final {
@@ -15,7 +15,7 @@ public:
     CScratchSettings& operator=(const CScratchSettings&) = delete;
 
 private:
-    std::filesystem::path _folder;
+    std::filesystem::path _name; ///< of the folder, or of the key in the registry
 };
 
 } // namespace KAV::Host

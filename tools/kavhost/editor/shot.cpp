@@ -7,11 +7,11 @@
 #include "tools/kavhost/editor/editor_host.h"
 #include "tools/kavhost/effect/blocks.h"
 #include "tools/kavhost/effect/effect.h"
-#include "tools/kavhost/screen/virtual_display.h"
+#include "tools/kavhost/screen/users_display.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -24,7 +24,6 @@ using Clock = std::chrono::steady_clock;
 constexpr int TicksPerSecond = 60;
 constexpr int StillTicks = TicksPerSecond;     ///< a picture that is the same for this long stands still
 constexpr int MostTicks = 15 * TicksPerSecond; ///< for the first picture, and again for it to stand still
-constexpr int VirtualSide = 4096;              ///< of a display without a screen: more than an editor needs
 constexpr SAudioFormat SilentFormat{48000, 2, ESampleFormat::Float32};
 
 /// The stretch of a file that plays, in pieces of one tick.
@@ -129,12 +128,7 @@ void ShootEditor(
     if (!options.input.empty()) reader.emplace(options.input);
     const auto format = reader ? reader->Format() : SilentFormat;
 
-    std::optional<CVirtualDisplay> server;
-    if (UsersDisplay().empty()) {
-        server.emplace(VirtualSide, VirtualSide);
-        // The effect looks for it there. NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
-        setenv("DISPLAY", server->Name().c_str(), 1);
-    }
+    const CPictureDisplay display;
     CEditorHost host;
     std::optional<CHostWindow> window; // ends after the effect
     CEffect effect(library, {static_cast<double>(format.rateHz), options.blockSize}, &host);
@@ -144,8 +138,7 @@ void ShootEditor(
     effect.Start();
     SettleFadeIn(effect);
 
-    window.emplace(UsersDisplay(), effect.Name(), EditorSizeOf(effect), 0);
-    if (server) window->MovePointerAway();
+    window.emplace(effect.Name(), EditorSizeOf(effect), 0, display.Place());
     window->Show();
     if (!effect.OpenEditor(window->EditorParent()))
         throw CFailure("the editor of " + effect.Name() + " cannot be opened");

@@ -1,14 +1,12 @@
 #include "tools/kavhost/editor/transport_strip.h"
 
-#include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/editor/strip_text.h"
 #include "tools/kavhost/play/time_text.h"
 
 #include <algorithm>
-#include <cairo.h>
+#include <array>
 #include <cmath>
-#include <cstring>
-#include <memory>
-#include <pango/pangocairo.h>
+#include <numbers>
 
 namespace KAV::Host {
 
@@ -17,86 +15,145 @@ namespace {
 constexpr double UsualHeight = 28; ///< below an editor of the usual width
 constexpr double UsualWidth = 754;
 
-struct SColour {
-    double red, green, blue;
-};
-constexpr SColour Ground{0.10, 0.11, 0.12};
-constexpr SColour Groove{0.20, 0.21, 0.23};
-constexpr SColour Played{0.29, 0.73, 0.50};
-constexpr SColour Ink{0.88, 0.89, 0.91};
-constexpr SColour Dim{0.42, 0.44, 0.47};
+using Colour = std::array<double, 3>; ///< red, green, blue
+constexpr Colour Ground{0.10, 0.11, 0.12};
+constexpr Colour Groove{0.20, 0.21, 0.23};
+constexpr Colour Played{0.29, 0.73, 0.50};
+constexpr Colour Ink{0.88, 0.89, 0.91};
+constexpr Colour Dim{0.42, 0.44, 0.47};
 
-/// Ends what the libraries hand out, by the function that each kind has for that.
-template<auto END>
-struct SEnd {
-    template<typename OBJECT>
-    void operator()(OBJECT* object) const noexcept {
-        END(object);
+constexpr int SamplesPerSide = 8; ///< of a pixel at the edge of a shape
+
+std::uint32_t Mixed(std::uint32_t below, const Colour& colour, double part) noexcept {
+    std::uint32_t pixel = 0;
+    for (std::size_t i = 0; i < colour.size(); ++i) {
+        const auto shift = 16 - 8 * static_cast<int>(i);
+        const auto under = static_cast<double>(below >> shift & 0xFF);
+        const auto mixed = std::lround(under + (colour[i] * 255 - under) * part);
+        pixel |= static_cast<std::uint32_t>(mixed) << shift;
     }
-};
-
-void Set(cairo_t* pen, const SColour& colour) {
-    cairo_set_source_rgb(pen, colour.red, colour.green, colour.blue);
+    return pixel;
 }
 
-void DrawPlayButton(cairo_t* pen, const SStripLayout& layout, bool plays) {
+struct SPoint {
+    double x = 0;
+    double y = 0;
+};
+
+/// A picture that shapes are drawn into; what lies outside of it is left out.
+class CCanvas final {
+public:
+    explicit CCanvas(SPicture& picture) noexcept : _picture(picture) {}
+
+    void Blend(std::int32_t x, std::int32_t y, const Colour& colour, double part) noexcept {
+        if (x < 0 || y < 0 || x >= _picture.width || y >= _picture.height) return;
+        auto& pixel = _picture.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(_picture.width) +
+                                      static_cast<std::size_t>(x)];
+        pixel = Mixed(pixel, colour, part);
+    }
+
+    /// Whole pixels.
+    void FillRect(double left, double top, double width, double height, const Colour& colour) noexcept {
+        const auto right = static_cast<std::int32_t>(std::lround(left + width));
+        const auto bottom = static_cast<std::int32_t>(std::lround(top + height));
+        for (auto y = static_cast<std::int32_t>(std::lround(top)); y < bottom; ++y)
+            for (auto x = static_cast<std::int32_t>(std::lround(left)); x < right; ++x)
+                Blend(x, y, colour, 1);
+    }
+
+    /// A shape within the square around `centre` whose half side is `reach`: what `isInside` says of points.
+    template<typename INSIDE>
+    void FillShape(const SPoint& centre, double reach, const Colour& colour, INSIDE isInside) noexcept {
+        const auto first = [&](double middle) {
+            return static_cast<std::int32_t>(std::floor(middle - reach));
+        };
+        const auto end = [&](double middle) { return static_cast<std::int32_t>(std::ceil(middle + reach)); };
+        for (auto y = first(centre.y); y < end(centre.y); ++y) {
+            for (auto x = first(centre.x); x < end(centre.x); ++x) {
+                int covered = 0;
+                for (int sample = 0; sample < SamplesPerSide * SamplesPerSide; ++sample) {
+                    const int column = sample % SamplesPerSide;
+                    const int row = sample / SamplesPerSide;
+                    const SPoint point{x + (column + 0.5) / SamplesPerSide, y + (row + 0.5) / SamplesPerSide};
+                    if (isInside(point)) ++covered;
+                }
+                Blend(x, y, colour, static_cast<double>(covered) / (SamplesPerSide * SamplesPerSide));
+            }
+        }
+    }
+
+    void DrawText(
+        const STextPicture& text, std::int32_t left, std::int32_t top, const Colour& colour) noexcept {
+        std::size_t i = 0;
+        for (std::int32_t y = 0; y < text.height; ++y)
+            for (std::int32_t x = 0; x < text.width; ++x)
+                Blend(left + x, top + y, colour, text.coverage[i++] / 255.0);
+    }
+
+private:
+    SPicture& _picture;
+};
+
+/// Whether a point is on the inner side of all edges, or of none: within, whichever way round they go.
+bool IsInTriangle(const SPoint& point, const std::array<SPoint, 3>& corners) noexcept {
+    int left = 0;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const auto& from = corners[i];
+        const auto& to = corners[(i + 1) % corners.size()];
+        if ((to.x - from.x) * (point.y - from.y) > (to.y - from.y) * (point.x - from.x)) ++left;
+    }
+    return left == 0 || left == 3;
+}
+
+void DrawPlayButton(CCanvas& canvas, const SStripLayout& layout, bool plays) {
     const double size = layout.height * 0.42;
     const double left = layout.buttonEnd / 2.0 - size / 2;
     const double top = (layout.height - size) / 2;
-    Set(pen, Ink);
     if (plays) {
         const double bar = std::round(size * 0.34);
-        cairo_rectangle(pen, std::round(left), std::round(top), bar, std::round(size));
-        cairo_rectangle(pen, std::round(left + size) - bar, std::round(top), bar, std::round(size));
-    } else {
-        cairo_move_to(pen, left, top);
-        cairo_line_to(pen, left + size, top + size / 2);
-        cairo_line_to(pen, left, top + size);
-        cairo_close_path(pen);
+        const double height = std::round(size);
+        canvas.FillRect(std::round(left), std::round(top), bar, height, Ink);
+        canvas.FillRect(std::round(left + size) - bar, std::round(top), bar, height, Ink);
+        return;
     }
-    cairo_fill(pen);
+    const std::array<SPoint, 3> corners{{{left, top}, {left + size, top + size / 2}, {left, top + size}}};
+    canvas.FillShape({left + size / 2, top + size / 2}, size / 2, Ink,
+        [&](const SPoint& point) { return IsInTriangle(point, corners); });
 }
 
-void DrawBar(cairo_t* pen, const SStripLayout& layout, const SStripView& view) {
+void DrawBar(CCanvas& canvas, const SStripLayout& layout, const SStripView& view) {
     const double thickness = std::max(std::round(layout.height * 0.2), 2.0);
     const double top = std::round((layout.height - thickness) / 2);
-    Set(pen, Groove);
-    cairo_rectangle(pen, layout.barBegin, top, layout.barEnd - layout.barBegin, thickness);
-    cairo_fill(pen);
-    Set(pen, Played);
-    cairo_rectangle(pen, layout.barBegin, top, view.barPixels, thickness);
-    cairo_fill(pen);
-    Set(pen, Ink);
+    canvas.FillRect(layout.barBegin, top, layout.barEnd - layout.barBegin, thickness, Groove);
+    canvas.FillRect(layout.barBegin, top, view.barPixels, thickness, Played);
     const double width = std::max(std::round(layout.height * 0.08), 2.0);
     const double height = std::round(layout.height * 0.5);
-    cairo_rectangle(pen, std::round(layout.barBegin + view.barPixels - width / 2),
-        std::round((layout.height - height) / 2), width, height);
-    cairo_fill(pen);
+    canvas.FillRect(std::round(layout.barBegin + view.barPixels - width / 2),
+        std::round((layout.height - height) / 2), width, height, Ink);
 }
 
 /// An arrow that returns to where it began.
-void DrawLoopMark(cairo_t* pen, const SStripLayout& layout, bool loops) {
-    const double x = (layout.timeEnd + layout.width) / 2.0;
-    const double y = layout.height / 2.0;
+void DrawLoopMark(CCanvas& canvas, const SStripLayout& layout, bool loops) {
+    const SPoint centre{(layout.timeEnd + layout.width) / 2.0, layout.height / 2.0};
     const double radius = layout.height * 0.2;
-    Set(pen, loops ? Played : Dim);
-    cairo_set_line_width(pen, std::max(layout.height * 0.07, 1.5));
-    constexpr double begin = -0.6;
+    const double halfLine = std::max(layout.height * 0.07, 1.5) / 2;
+    constexpr double begin = -0.6; // clockwise from the right, in radians
     constexpr double end = 4.6;
-    cairo_new_path(pen);
-    cairo_arc(pen, x, y, radius, begin, end);
-    cairo_stroke(pen);
     // The head lies across the line's end and points along it.
     const double head = layout.height * 0.16;
-    const double atX = x + radius * std::cos(end);
-    const double atY = y + radius * std::sin(end);
-    const double alongX = -std::sin(end);
-    const double alongY = std::cos(end);
-    cairo_move_to(pen, atX + alongX * head, atY + alongY * head);
-    cairo_line_to(pen, atX - alongY * head, atY + alongX * head);
-    cairo_line_to(pen, atX + alongY * head, atY - alongX * head);
-    cairo_close_path(pen);
-    cairo_fill(pen);
+    const SPoint at{centre.x + radius * std::cos(end), centre.y + radius * std::sin(end)};
+    const SPoint along{-std::sin(end), std::cos(end)};
+    const std::array<SPoint, 3> corners{{{at.x + along.x * head, at.y + along.y * head},
+        {at.x - along.y * head, at.y + along.x * head}, {at.x + along.y * head, at.y - along.x * head}}};
+    canvas.FillShape(centre, radius + head, loops ? Played : Dim, [&](const SPoint& point) {
+        if (IsInTriangle(point, corners)) return true;
+        const double x = point.x - centre.x;
+        const double y = point.y - centre.y;
+        if (std::abs(std::hypot(x, y) - radius) > halfLine) return false;
+        double angle = std::atan2(y, x);
+        if (angle < begin) angle += 2 * std::numbers::pi;
+        return angle <= end;
+    });
 }
 
 } // namespace
@@ -135,59 +192,22 @@ SStripView StripViewOf(const SStripLayout& layout, bool plays, bool loops, doubl
         TimeText(seconds) + " / " + TimeText(length)};
 }
 
-struct CStripPainter::SNative {
-    // A map of its own, since the library's usual one stays for the life of a thread.
-    std::unique_ptr<PangoFontMap, SEnd<g_object_unref>> fonts{pango_cairo_font_map_new()};
-    std::unique_ptr<PangoContext, SEnd<g_object_unref>> context{pango_font_map_create_context(fonts.get())};
-
-    void DrawTime(cairo_t* pen, const SStripLayout& layout, const std::string& time) const;
-};
-
-void CStripPainter::SNative::DrawTime(
-    cairo_t* pen, const SStripLayout& layout, const std::string& time) const {
-    const std::unique_ptr<PangoFontDescription, SEnd<pango_font_description_free>> font(
-        pango_font_description_from_string("DejaVu Sans Condensed, sans-serif"));
-    pango_font_description_set_absolute_size(font.get(), std::round(layout.height * 0.43) * PANGO_SCALE);
-    const std::unique_ptr<PangoLayout, SEnd<g_object_unref>> text(pango_layout_new(context.get()));
-    pango_layout_set_font_description(text.get(), font.get());
-    pango_layout_set_text(text.get(), time.c_str(), -1);
-    int width = 0;
-    int height = 0;
-    pango_layout_get_pixel_size(text.get(), &width, &height);
-    Set(pen, Ink);
-    const int left = (layout.barEnd + layout.timeEnd - width) / 2; // whole pixels, so that it is sharp
-    const int top = (layout.height - height) / 2;
-    cairo_move_to(pen, left, top);
-    pango_cairo_show_layout(pen, text.get());
-}
-
-CStripPainter::CStripPainter() : _native(std::make_unique<SNative>()) {}
+CStripPainter::CStripPainter() : _text(std::make_unique<CStripText>()) {}
 
 CStripPainter::~CStripPainter() = default;
 
 SPicture CStripPainter::Draw(const SStripLayout& layout, const SStripView& view) {
     SPicture picture{layout.width, layout.height, {}};
     if (layout.width < 1 || layout.height < 1) return picture;
-    const std::unique_ptr<cairo_surface_t, SEnd<cairo_surface_destroy>> sheet(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, layout.width, layout.height));
-    const std::unique_ptr<cairo_t, SEnd<cairo_destroy>> pen(cairo_create(sheet.get()));
-    Set(pen.get(), Ground);
-    cairo_paint(pen.get());
-    DrawPlayButton(pen.get(), layout, view.plays);
-    DrawBar(pen.get(), layout, view);
-    _native->DrawTime(pen.get(), layout, view.time);
-    DrawLoopMark(pen.get(), layout, view.loops);
-    cairo_surface_flush(sheet.get());
-    if (cairo_status(pen.get()) != CAIRO_STATUS_SUCCESS) throw CFailure("out of memory for a picture");
-    const auto row = static_cast<std::size_t>(layout.width);
-    picture.pixels.resize(row * static_cast<std::size_t>(layout.height));
-    for (std::int32_t y = 0; y < layout.height; ++y) {
-        std::memcpy(picture.pixels.data() + static_cast<std::size_t>(y) * row,
-            cairo_image_surface_get_data(sheet.get()) +
-                static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(sheet.get()),
-            row * sizeof(std::uint32_t));
-    }
-    for (auto& pixel : picture.pixels) pixel &= 0xFFFFFF; // the rest of it is undefined
+    picture.pixels.assign(static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.height),
+        Mixed(0, Ground, 1));
+    CCanvas canvas(picture);
+    DrawPlayButton(canvas, layout, view.plays);
+    DrawBar(canvas, layout, view);
+    const auto time = _text->Render(view.time, static_cast<std::int32_t>(std::lround(layout.height * 0.43)));
+    canvas.DrawText(
+        time, (layout.barEnd + layout.timeEnd - time.width) / 2, (layout.height - time.height) / 2, Ink);
+    DrawLoopMark(canvas, layout, view.loops);
     return picture;
 }
 

@@ -9,6 +9,8 @@
 /// The strip below an editor: play and pause, the position in the file, the time, and the loop's mark.
 namespace KAV::Host {
 
+class CStripText;
+
 /// What is where in a strip, in pixels: everything that can be pressed is as high as the strip.
 struct SStripLayout {
     std::int32_t width = 0;
@@ -53,8 +55,7 @@ public:
     SPicture Draw(const SStripLayout& layout, const SStripView& view);
 
 private:
-    struct SNative;
-    std::unique_ptr<SNative> _native;
+    std::unique_ptr<CStripText> _text;
 };
 
 } // namespace KAV::Host

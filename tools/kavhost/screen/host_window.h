@@ -10,6 +10,9 @@
 
 namespace KAV::Host {
 
+/// The keys that a host has a use for.
+enum class EHostKey { Other, Space, Left, Right, Home, L, Escape };
+
 /// What the user does to a host's window. Keys that an editor doesn't need are handed on to it.
 struct SWindowEvent {
     enum class EKind {
@@ -21,13 +24,20 @@ struct SWindowEvent {
         Redraw,  ///< the strip must be drawn anew, its size may be another one
     };
     EKind kind = EKind::Redraw;
-    std::uint32_t symbol = 0; ///< of the key, as X11 numbers them; letters are small
-    std::int32_t x = 0;       ///< in the strip
+    EHostKey key = EHostKey::Other;
+    std::int32_t x = 0; ///< in the strip
     std::int32_t y = 0;
 };
 
-/// A host's window on an X11 display: an editor, and below it a strip of the host's own. The user's window
-/// manager may make it larger than both; the editor then stands in the middle.
+/// Where a host's window is.
+enum class EPlace {
+    InView,
+    OutOfView, ///< only a picture is taken of it: it disturbs no user, and no pointer lights anything up in
+               ///< it
+};
+
+/// A host's window: an editor, and below it a strip of the host's own. On X11 the user's window manager may
+/// make it larger than both; the editor then stands in the middle.
 /// Threads: the one that made it.
 class CHostWindow final {
 public:
@@ -36,20 +46,18 @@ public:
         std::int32_t height = 0;
     };
 
-    /// Connects to the display of that name, as in DISPLAY. The sizes are those of the editor and the strip,
-    /// whose height may be 0. Throws CFailure if the display can't be reached.
-    CHostWindow(
-        const std::string& display, const std::string& title, const SSize& editor, std::int32_t stripHeight);
+    /// On the display of users_display.h, hidden. The sizes are those of the editor and the strip, whose
+    /// height may be 0. Throws CFailure if the display can't be reached.
+    CHostWindow(const std::string& title, const SSize& editor, std::int32_t stripHeight, EPlace place);
     ~CHostWindow();
     CHostWindow(const CHostWindow&) = delete;
     CHostWindow& operator=(const CHostWindow&) = delete;
 
     /// The window that an editor is opened in.
     std::uintptr_t EditorParent() const noexcept;
+    /// Throws CFailure if it is to be out of view and the display can't show all of the editor.
     void Show();
     void Resize(const SSize& editor, std::int32_t stripHeight);
-    /// So that it lights nothing up; for displays without other users.
-    void MovePointerAway();
 
     /// Waits until something may have happened, at most that long.
     void Wait(int milliseconds);

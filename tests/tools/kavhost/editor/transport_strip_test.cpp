@@ -1,5 +1,6 @@
 #include "tools/kavhost/editor/transport_strip.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -88,4 +89,43 @@ TEST(TransportStrip, LightsTheBarAsFarAsTheFileHasPlayed) {
     EXPECT_EQ(colourAt(Layout.barBegin + 2), colourAt(quarter - 4));
     EXPECT_EQ(colourAt(quarter + 4), colourAt(Layout.barEnd - 2));
     EXPECT_NE(colourAt(quarter - 4), colourAt(quarter + 4));
+}
+
+TEST(TransportStrip, WritesTheTimeBetweenTheBarAndTheLoopMark) {
+    CStripPainter painter;
+    const auto without = painter.Draw(Layout, {false, false, 0, ""});
+    const auto with = painter.Draw(Layout, {false, false, 0, "0:12 / 3:45"});
+    std::int32_t first = Layout.width;
+    std::int32_t last = 0;
+    std::uint32_t lightest = 0;
+    for (std::int32_t i = 0; i < Layout.width * Layout.height; ++i) {
+        const auto pixel = with.pixels[static_cast<std::size_t>(i)];
+        if (pixel == without.pixels[static_cast<std::size_t>(i)]) continue;
+        first = std::min(first, i % Layout.width);
+        last = std::max(last, i % Layout.width);
+        lightest = std::max(lightest, pixel & 0xFF);
+    }
+    EXPECT_GT(first, Layout.barEnd);
+    EXPECT_LT(last, Layout.timeEnd);
+    EXPECT_NEAR(first - Layout.barEnd, Layout.timeEnd - last, 4); // in the middle
+    EXPECT_GT(last - first, 30);
+    EXPECT_GT(lightest, 0xC0u); // on a dark ground
+}
+
+TEST(TransportStrip, KeepsItsShapesWhateverItsSize) {
+    for (const std::int32_t width : {500, 754, 1508}) {
+        const auto layout = LayOutStrip(width, StripHeightFor(width));
+        const auto picture = CStripPainter().Draw(layout, {false, false, 0, ""});
+        const auto at = [&](std::int32_t x, std::int32_t y) {
+            return picture.pixels[static_cast<std::size_t>(y * width + x)];
+        };
+        const auto ground = at(0, 0);
+        const auto middle = layout.height / 2;
+        EXPECT_NE(at(layout.buttonEnd / 2, middle), ground); // in the triangle
+        EXPECT_EQ(at(layout.buttonEnd / 2, 1), ground);
+        const auto mark = (layout.timeEnd + layout.width) / 2;
+        EXPECT_EQ(at(mark, middle), ground); // within the ring
+        EXPECT_NE(at(mark + layout.height / 5, middle + 1), ground);
+        EXPECT_NE(at(mark - layout.height / 5, middle), ground);
+    }
 }

@@ -25,39 +25,6 @@ bool Await(FACT fact) {
 
 } // namespace
 
-TEST(MixToStereo, PutsOddChannelsLeftAndEvenOnesRight) {
-    const std::vector<float> frame{0.3f, 0.8f, 0.6f, 0.4f, 0.9f};
-    std::vector<float> stereo(2);
-    MixToStereo(frame, 5, stereo);
-    EXPECT_FLOAT_EQ(stereo[0], (0.3f + 0.6f + 0.9f) / 3);
-    EXPECT_FLOAT_EQ(stereo[1], (0.8f + 0.4f) / 2);
-}
-
-TEST(MixToStereo, StaysWithinFullScale) {
-    const std::vector<float> frames(16 * 3, 1.0f);
-    std::vector<float> stereo(2 * 3);
-    MixToStereo(frames, 16, stereo);
-    for (const float sample : stereo) EXPECT_FLOAT_EQ(sample, 1);
-}
-
-TEST(SilentClock, CallsForAsManyFramesAsTheRateHas) {
-    // 44,100 Hz by 100 periods leaves no rest, 22,050 Hz does.
-    std::atomic<std::size_t> calls{0}, frames{0};
-    std::size_t inHundred = 0;
-    const AudioSource source = [&](std::span<float> samples) {
-        frames += samples.size() / 3;
-        if (++calls == 100) inHundred = frames;
-    };
-    {
-        const auto output = OpenSilentClock(22050, 3, source);
-        EXPECT_TRUE(Await([&] { return calls >= 101; }));
-    }
-    EXPECT_EQ(inHundred, 22050u);
-    const auto ended = calls.load();
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    EXPECT_EQ(calls, ended);
-}
-
 TEST(AudioDevice, GetsWhatTheSourceFills) {
     // A device of the library's own that writes to a file.
     const auto file = NewFolder() / "sound";

@@ -88,7 +88,10 @@ TEST_F(ReadAhead, OfAnEmptyFileIsOneBlockOfNothing) {
 
 TEST_F(ReadAhead, EndsTheFileWhereItIsDamagedAndSaysSo) {
     const auto flac = file.parent_path() / "in.flac";
-    ASSERT_EQ(RunHost({"render", "-p", EffectFile("fader"), file, "-o", flac, "--format", "16"}).code, 0);
+    ASSERT_EQ(RunHost({"render", "-p", EffectFile("fader").string(), file.string(), "-o", flac.string(),
+                          "--format", "16"})
+                  .code,
+        0);
     auto bytes = BytesOf(flac);
     for (std::size_t i = bytes.size() / 2; i < bytes.size(); ++i) bytes[i] = 'x';
     WriteBytes(flac, bytes);

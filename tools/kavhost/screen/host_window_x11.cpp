@@ -1,6 +1,7 @@
 #include "tools/kavhost/screen/host_window.h"
 
 #include "tools/kavhost/base/errors.h"
+#include "tools/kavhost/screen/users_display.h"
 
 #include <algorithm>
 #include <array>
@@ -30,6 +31,41 @@ constexpr std::uint32_t TopEvents = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BU
 
 constexpr std::uint32_t Background = 0x141618;
 constexpr std::uint8_t SentMark = 0x80; ///< of events that another client has sent
+
+/// The protocol's names of keys.
+enum EKeySymbol : std::uint32_t {
+    KeySpace = ' ',
+    KeyL = 'l',
+    KeyEscape = 0xFF1B,
+    KeyHome = 0xFF50,
+    KeyLeft = 0xFF51,
+    KeyRight = 0xFF53,
+    KeyPadHome = 0xFF95,
+    KeyPadLeft = 0xFF96,
+    KeyPadRight = 0xFF98,
+};
+
+EHostKey KeyOf(std::uint32_t symbol) noexcept {
+    switch (symbol) {
+    case KeySpace:
+        return EHostKey::Space;
+    case KeyL:
+        return EHostKey::L;
+    case KeyEscape:
+        return EHostKey::Escape;
+    case KeyHome:
+    case KeyPadHome:
+        return EHostKey::Home;
+    case KeyLeft:
+    case KeyPadLeft:
+        return EHostKey::Left;
+    case KeyRight:
+    case KeyPadRight:
+        return EHostKey::Right;
+    default:
+        return EHostKey::Other;
+    }
+}
 
 /// The record of the property WM_NORMAL_HINTS.
 struct SSizeHints {
@@ -73,6 +109,7 @@ struct CHostWindow::SNative {
     void SetName(const std::string& title) const;
     void FixSize() const;
     void PlaceEditor() const;
+    void MovePointerAway() const;
     void ReadKeys();
     std::uint32_t SymbolOf(std::uint8_t code) const noexcept;
     std::optional<SWindowEvent> Translate(const xcb_generic_event_t& event);
@@ -134,6 +171,12 @@ void CHostWindow::SNative::PlaceEditor() const {
     xcb_flush(connection);
 }
 
+void CHostWindow::SNative::MovePointerAway() const {
+    xcb_warp_pointer(connection, XCB_WINDOW_NONE, screen->root, 0, 0, 0, 0,
+        static_cast<std::int16_t>(screen->width_in_pixels - 1),
+        static_cast<std::int16_t>(screen->height_in_pixels - 1));
+}
+
 void CHostWindow::SNative::ReadKeys() {
     const auto* const setup = xcb_get_setup(connection);
     firstKey = setup->min_keycode;
@@ -164,18 +207,19 @@ std::optional<SWindowEvent> CHostWindow::SNative::Translate(const xcb_generic_ev
         const auto key = as(xcb_key_press_event_t{});
         constexpr auto others = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
         if ((key.state & others) != 0) return std::nullopt;
-        return SWindowEvent{Key, SymbolOf(key.detail)};
+        return SWindowEvent{Key, KeyOf(SymbolOf(key.detail))};
     }
     case XCB_BUTTON_PRESS:
     case XCB_BUTTON_RELEASE: {
         const auto button = as(xcb_button_press_event_t{});
         if (button.detail != XCB_BUTTON_INDEX_1) return std::nullopt;
         const bool isDown = (event.response_type & ~SentMark) == XCB_BUTTON_PRESS;
-        return SWindowEvent{isDown ? Press : Release, 0, button.event_x, button.event_y - StripTop()};
+        return SWindowEvent{
+            isDown ? Press : Release, EHostKey::Other, button.event_x, button.event_y - StripTop()};
     }
     case XCB_MOTION_NOTIFY: {
         const auto motion = as(xcb_motion_notify_event_t{});
-        return SWindowEvent{Drag, 0, motion.event_x, motion.event_y - StripTop()};
+        return SWindowEvent{Drag, EHostKey::Other, motion.event_x, motion.event_y - StripTop()};
     }
     case XCB_EXPOSE:
         return SWindowEvent{Redraw};
@@ -203,9 +247,10 @@ std::optional<SWindowEvent> CHostWindow::SNative::Translate(const xcb_generic_ev
 }
 
 CHostWindow::CHostWindow(
-    const std::string& display, const std::string& title, const SSize& editor, std::int32_t stripHeight)
+    const std::string& title, const SSize& editor, std::int32_t stripHeight, EPlace place)
     : _native(std::make_unique<SNative>()) {
     auto& native = *_native;
+    const auto display = UsersDisplay();
     native.owner.reset(xcb_connect(display.c_str(), nullptr));
     native.connection = native.owner.get();
     if (xcb_connection_has_error(native.connection) != 0) {
@@ -220,6 +265,7 @@ CHostWindow::CHostWindow(
     native.deletion = Atom(native.connection, "WM_DELETE_WINDOW");
     native.ReadKeys();
     native.MakeWindows(title);
+    if (place == EPlace::OutOfView) native.MovePointerAway();
     // The editor, which has a connection of its own, must find its parent.
     const Reply<xcb_get_input_focus_reply_t> done(
         xcb_get_input_focus_reply(native.connection, xcb_get_input_focus(native.connection), nullptr));
@@ -247,14 +293,6 @@ void CHostWindow::Resize(const SSize& editor, std::int32_t stripHeight) {
     xcb_configure_window(
         native.connection, native.top, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size.data());
     native.PlaceEditor();
-}
-
-void CHostWindow::MovePointerAway() {
-    const auto& screen = *_native->screen;
-    xcb_warp_pointer(_native->connection, XCB_WINDOW_NONE, screen.root, 0, 0, 0, 0,
-        static_cast<std::int16_t>(screen.width_in_pixels - 1),
-        static_cast<std::int16_t>(screen.height_in_pixels - 1));
-    xcb_flush(_native->connection);
 }
 
 void CHostWindow::Wait(int milliseconds) {

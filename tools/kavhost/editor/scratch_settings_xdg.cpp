@@ -27,16 +27,16 @@ CScratchSettings::CScratchSettings() {
     std::error_code error;
     auto name = (fs::temp_directory_path(error) / "kavhost-XXXXXX").string();
     if (error || mkdtemp(name.data()) == nullptr) throw CFailure("no temporary folder can be created");
-    _folder = name;
+    _name = name;
     // It says where the user's documents are.
     if (const auto folders = UsersFolder() / "user-dirs.dirs"; fs::exists(folders, error))
-        fs::create_symlink(folders, _folder / folders.filename(), error);
+        fs::create_symlink(folders, _name / folders.filename(), error);
     setenv(Variable, name.c_str(), 1); // NOLINT(concurrency-mt-unsafe): there is no other thread yet
 }
 
 CScratchSettings::~CScratchSettings() {
     std::error_code ignored;
-    fs::remove_all(_folder, ignored);
+    fs::remove_all(_name, ignored);
 }
 
 } // namespace KAV::Host

@@ -1,4 +1,5 @@
 #include "tools/kavhost/play/audio_output.h"
+#include "tools/kavhost/play/channel_mix.h"
 #include "tools/kavhost/play/sdl_library.h"
 
 #include <algorithm>
@@ -8,11 +9,6 @@
 namespace KAV::Host {
 
 namespace {
-
-/// What the library takes and mixes to the device's speakers. Files of other numbers are mixed to two.
-bool CanPlay(int channels) noexcept {
-    return channels == 1 || channels == 2 || channels == 4 || channels == 6 || channels == 8;
-}
 
 /// Frames per call: about 20 ms, at a power of two, as devices like it.
 std::uint16_t PeriodAt(int rateHz) noexcept {
@@ -24,7 +20,7 @@ class CSdlDevice final : public IAudioOutput {
 public:
     CSdlDevice(const SSdl& sdl, int channels, const AudioSource& source, std::size_t period)
         : _sdl(sdl), _channels(channels), _source(source),
-          _wide(CanPlay(channels) ? 0 : period * static_cast<std::size_t>(channels)) {}
+          _wide(IsUsualLayout(channels) ? 0 : period * static_cast<std::size_t>(channels)) {}
 
     ~CSdlDevice() override {
         if (_device != 0) _sdl.closeAudioDevice(_device);
@@ -83,25 +79,12 @@ std::unique_ptr<IAudioOutput> OpenAudioDevice(
     SDL_AudioSpec wanted{};
     wanted.freq = rateHz;
     wanted.format = AUDIO_F32SYS;
-    wanted.channels = static_cast<Uint8>(CanPlay(channels) ? channels : 2);
+    wanted.channels = static_cast<Uint8>(IsUsualLayout(channels) ? channels : 2);
     wanted.samples = PeriodAt(rateHz);
     auto device = std::make_unique<CSdlDevice>(*sdl, channels, source, wanted.samples);
     if (device->Open(wanted)) return device;
     reason = sdl->getError();
     return nullptr;
-}
-
-void MixToStereo(std::span<const float> interleaved, int channels, std::span<float> stereo) noexcept {
-    const int even = channels / 2;
-    const float left = 1.0f / static_cast<float>(channels - even);
-    const float right = 1.0f / static_cast<float>(std::max(even, 1));
-    const float* from = interleaved.data();
-    for (std::size_t i = 0; i + 1 < stereo.size(); i += 2) {
-        float sums[2] = {};
-        for (int c = 0; c < channels; ++c) sums[c % 2] += *from++;
-        stereo[i] = sums[0] * left;
-        stereo[i + 1] = sums[1] * right;
-    }
 }
 
 } // namespace KAV::Host
