@@ -98,7 +98,7 @@ else()
     set(recommended
         libxcb1 libxcb-randr0 libxcb-shm0 libxcb-xkb1 libxcb-cursor0
         libxkbcommon0 libxkbcommon-x11-0
-        libpng16-16 libpixman-1-0 libfreetype6 libfontconfig1 libdbus-1-3 libsdl2-2.0-0)
+        libpng16-16 libpixman-1-0 libfreetype6 libfontconfig1 libegl1 libopengl0 libdbus-1-3 libsdl2-2.0-0)
     list(JOIN recommended ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS)
     set(CPACK_DEBIAN_PACKAGE_SUGGESTS xvfb) # for pictures of editors where there is no display
 endif()

@@ -53,6 +53,15 @@ void SetSize(CX11Display& display, xcb_window_t window, std::int32_t width, std:
         display.Connection(), window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size.data());
 }
 
+std::int32_t ScreenNumber(const CX11Display& display) noexcept {
+    std::int32_t number = 0;
+    for (auto screens = Xcb()->setup_roots_iterator(Xcb()->get_setup(display.Connection())); screens.rem > 0;
+         Xcb()->screen_next(&screens), ++number) {
+        if (screens.data->root == display.Root()) return number;
+    }
+    return 0;
+}
+
 bool Exists(CX11Display& display, xcb_window_t window) {
     const XReply<xcb_get_geometry_reply_t> reply(Xcb()->get_geometry_reply(
         display.Connection(), Xcb()->get_geometry(display.Connection(), window), nullptr));
@@ -174,6 +183,16 @@ bool CX11EditorWindow::Put(const std::uint32_t* pixels, std::int32_t stride, std
     }
     _isPictureDue = true;
     return false;
+}
+
+Platform::SSystemWindow CX11EditorWindow::System() const noexcept {
+    if (_isGone || _window == 0) return {};
+    return {_display->Connection(), ScreenNumber(*_display), _window, _display->Visual()};
+}
+
+void CX11EditorWindow::SetDrawnWindow(std::uint32_t window) noexcept {
+    _drawnWindow = window;
+    if (window != 0) _picture.Forget();
 }
 
 } // namespace KAV::Native

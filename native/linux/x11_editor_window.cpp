@@ -260,7 +260,8 @@ void CX11EditorWindow::HandleOwn(const xcb_generic_event_t& event) {
         break;
     case XCB_ENTER_NOTIFY:
     case XCB_LEAVE_NOTIFY:
-        if (As<xcb_enter_notify_event_t>(event).event == _window)
+        if (As<xcb_enter_notify_event_t>(event).event == _window &&
+            !IsWithin(As<xcb_enter_notify_event_t>(event)))
             _pointer.OnCross(As<xcb_enter_notify_event_t>(event), *_client);
         break;
     case XCB_DESTROY_NOTIFY:
@@ -279,8 +280,13 @@ void CX11EditorWindow::HandlePress(const xcb_button_press_event_t& event) {
     }
 }
 
+/// The pointer goes to the child that a renderer draws into, or comes from it.
+bool CX11EditorWindow::IsWithin(const xcb_enter_notify_event_t& event) const noexcept {
+    return event.detail == XCB_NOTIFY_DETAIL_INFERIOR && _drawnWindow != 0 && _drawnWindow != _window;
+}
+
 void CX11EditorWindow::HandleExpose(const xcb_expose_event_t& event) {
-    if (event.window != _window) return;
+    if (event.window != _window && (event.window != _drawnWindow || _drawnWindow == 0)) return;
     _picture.Repair({event.x, event.y, event.width, event.height});
     if (event.count == 0) _client->OnPaint();
 }

@@ -52,6 +52,8 @@ public:
     void CloseTextBox() noexcept override;
     bool Put(const std::uint32_t* pixels, std::int32_t stride, std::int32_t width, std::int32_t height,
         std::span<const Platform::SArea> areas) noexcept override;
+    Platform::SSystemWindow System() const noexcept override;
+    void SetDrawnWindow(std::uint32_t window) noexcept override;
 
 private:
     // A round
@@ -71,6 +73,7 @@ private:
     void HandlePress(const xcb_button_press_event_t& event);
     void HandleKey(const xcb_key_press_event_t& event);
     void HandleOwn(const xcb_generic_event_t& event);
+    bool IsWithin(const xcb_enter_notify_event_t& event) const noexcept;
     void HandleExpose(const xcb_expose_event_t& event);
     void OnAncestors();
     bool IsModal() const noexcept { return _loop != nullptr && _loop->Modal() != nullptr; }
@@ -80,6 +83,7 @@ private:
     std::unique_ptr<CX11Display> _display; // before all that uses it
     xcb_window_t _parent;
     xcb_window_t _window;
+    xcb_window_t _drawnWindow = 0; // a renderer draws into it by itself: 0, this window, or a child of it
     CX11Ancestors _ancestors;
     CX11Focus _focus;
     CX11Modifiers _modifiers;

@@ -27,6 +27,8 @@ public:
         std::span<const Platform::SArea> areas);
     /// Shows an area of the last picture again.
     void Repair(const Platform::SArea& area);
+    /// There is no last picture any more: something else is shown.
+    void Forget() noexcept { _last = nullptr; }
     /// For every event: notes which pictures the display has finished with.
     void OnEvent(const xcb_generic_event_t& event) noexcept;
     /// The same where there are no such events; after each look at the connection.

@@ -36,19 +36,19 @@ using Owned = std::unique_ptr<TObject, SRelease>;
 
 /// What is loaded only when the first file is asked for.
 struct SOle {
-    decltype(&::CoInitializeEx) Initialize = nullptr;
-    decltype(&::CoUninitialize) Uninitialize = nullptr;
-    decltype(&::CoCreateInstance) Create = nullptr;
-    decltype(&::CoTaskMemFree) Free = nullptr;
-    decltype(&::SHCreateItemFromParsingName) ItemOf = nullptr;
+    decltype(&::CoInitializeEx) initialize = nullptr;
+    decltype(&::CoUninitialize) uninitialize = nullptr;
+    decltype(&::CoCreateInstance) create = nullptr;
+    decltype(&::CoTaskMemFree) free = nullptr;
+    decltype(&::SHCreateItemFromParsingName) itemOf = nullptr;
 
     bool Load() noexcept {
         const HMODULE ole = LoadSystemLibrary(L"ole32.dll");
         const HMODULE shell = LoadSystemLibrary(L"shell32.dll");
-        return ole != nullptr && shell != nullptr && FindFunction(ole, "CoInitializeEx", Initialize) &&
-               FindFunction(ole, "CoUninitialize", Uninitialize) &&
-               FindFunction(ole, "CoCreateInstance", Create) && FindFunction(ole, "CoTaskMemFree", Free) &&
-               FindFunction(shell, "SHCreateItemFromParsingName", ItemOf);
+        return ole != nullptr && shell != nullptr && FindFunction(ole, "CoInitializeEx", initialize) &&
+               FindFunction(ole, "CoUninitialize", uninitialize) &&
+               FindFunction(ole, "CoCreateInstance", create) && FindFunction(ole, "CoTaskMemFree", free) &&
+               FindFunction(shell, "SHCreateItemFromParsingName", itemOf);
     }
 };
 
@@ -98,6 +98,7 @@ void Prepare(const SOle& ole, IFileDialog& dialog, const SFileRequest& request) 
     std::vector<std::pair<std::wstring, std::wstring>> texts;
     for (const auto& filter : request.filters) texts.emplace_back(ToWide(filter.title), Patterns(filter));
     std::vector<COMDLG_FILTERSPEC> filters;
+    filters.reserve(texts.size());
     for (const auto& [title, patterns] : texts) filters.push_back({title.c_str(), patterns.c_str()});
     if (!filters.empty()) dialog.SetFileTypes(static_cast<UINT>(filters.size()), filters.data());
 
@@ -106,7 +107,7 @@ void Prepare(const SOle& ole, IFileDialog& dialog, const SFileRequest& request) 
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
     IShellItem* item = nullptr;
     if (!folder.empty() &&
-        SUCCEEDED(ole.ItemOf(folder.c_str(), nullptr, IID_IShellItem, reinterpret_cast<void**>(&item)))) {
+        SUCCEEDED(ole.itemOf(folder.c_str(), nullptr, IID_IShellItem, reinterpret_cast<void**>(&item)))) {
         dialog.SetFolder(item);
         item->Release();
     }
@@ -118,7 +119,7 @@ SFileAnswer Chosen(const SOle& ole, IFileDialog& dialog) {
     const Owned<IShellItem> item(found);
     LPWSTR name = nullptr;
     if (FAILED(item->GetDisplayName(SIGDN_FILESYSPATH, &name))) return {EFileAnswer::Unusable, {}};
-    const std::unique_ptr<wchar_t, decltype(&::CoTaskMemFree)> owned(name, ole.Free);
+    const std::unique_ptr<wchar_t, decltype(&::CoTaskMemFree)> owned(name, ole.free);
     auto path = ToUtf8(name);
     if (path.empty()) return {EFileAnswer::Unusable, {}};
     return {EFileAnswer::Chosen, std::move(path)};
@@ -130,7 +131,7 @@ using Tell = std::function<void(const SFileAnswer&)>;
 
 void Show(const SOle& ole, const SFileRequest& request, const Tell& tell) {
     IFileDialog* made = nullptr;
-    if (FAILED(ole.Create(request.saves ? CLSID_FileSaveDialog : CLSID_FileOpenDialog, nullptr,
+    if (FAILED(ole.create(request.saves ? CLSID_FileSaveDialog : CLSID_FileOpenDialog, nullptr,
             CLSCTX_INPROC_SERVER, IID_IFileDialog, reinterpret_cast<void**>(&made))))
         return tell({EFileAnswer::NotAsked, {}});
     const Owned<IFileDialog> dialog(made);
@@ -146,14 +147,14 @@ void Show(const SOle& ole, const SFileRequest& request, const Tell& tell) {
 void Ask(const SFileRequest& request, const Tell& tell) {
     SOle ole;
     if (!ole.Load()) return tell({EFileAnswer::NotAsked, {}});
-    if (FAILED(ole.Initialize(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)))
+    if (FAILED(ole.initialize(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)))
         return tell({EFileAnswer::NotAsked, {}});
     try {
         Show(ole, request, tell); // which throws nothing once it has told
     } catch (...) {               // no memory: as if the user had cancelled
         tell({});
     }
-    ole.Uninitialize();
+    ole.uninitialize();
 }
 
 } // namespace

@@ -50,6 +50,7 @@ bool FindWindows(void* library, SXcb& xcb) noexcept {
            FindSymbol(library, "xcb_query_tree_reply", xcb.query_tree_reply) &&
            FindSymbol(library, "xcb_clear_area", xcb.clear_area) &&
            FindSymbol(library, "xcb_create_colormap", xcb.create_colormap) &&
+           FindSymbol(library, "xcb_free_colormap", xcb.free_colormap) &&
            FindSymbol(library, "xcb_create_gc", xcb.create_gc) &&
            FindSymbol(library, "xcb_put_image", xcb.put_image);
 }

@@ -53,6 +53,7 @@ struct SXcb {
     decltype(&xcb_query_tree_reply) query_tree_reply;
     decltype(&xcb_clear_area) clear_area;
     decltype(&xcb_create_colormap) create_colormap;
+    decltype(&xcb_free_colormap) free_colormap;
     decltype(&xcb_create_gc) create_gc;
     decltype(&xcb_put_image) put_image;
 
