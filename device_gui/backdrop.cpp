@@ -33,10 +33,12 @@ private:
 
 CBackdrop::CBackdrop(GUI::CGUI& a_piGUI, const GUI::SWidgetInfo& a_sInfo) : CWidget(a_piGUI, a_sInfo) {
     Take();
+    a_piGUI.Screen().TellRenewal([this] { Take(); });
 }
 
 CBackdrop::~CBackdrop() {
     auto& root = Root();
+    root.Screen().TellRenewal(nullptr);
     root.Frame().Guard([&root] {
         auto& texture = root.Screen().Backdrop();
         if (texture.piGDIP != 0) root.GPU().FreeTexture(texture);

@@ -13,8 +13,8 @@ public:
     CBackdrop(GUI::CGUI& a_piGUI, const GUI::SWidgetInfo& a_sInfo);
     ~CBackdrop() override;
 
-    /// Takes the panel's picture again, without what lies above: at first, and with a new renderer. Draws at
-    /// once.
+    /// Takes the panel's picture again, without what lies above: at first, with another renderer, and when
+    /// the device was lost. Draws at once.
     void Take();
     void DrawImage() override;
 

@@ -134,6 +134,10 @@ void GPU::ReleaseTexture(STexture&) {}
 
 void GPU::SetStretching(bool) {}
 
+bool GPU::IsRenewalDue() const {
+    return false;
+}
+
 GPU::~GPU() = default;
 
 GPU& NoRenderer() noexcept {

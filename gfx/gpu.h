@@ -93,6 +93,9 @@ struct GPU {
     /// While it stretches, pictures that a renderer keeps at the sizes in use are drawn from the sizes that
     /// it has: the window is being dragged to another size.
     virtual void SetStretching(bool a_bStretching);
+    /// Whether the device behind it was lost and can be had again: this renderer draws nothing any more, and
+    /// another one has to take its place. Asked at each tick.
+    virtual bool IsRenewalDue() const;
 
     virtual ~GPU();
 };

@@ -16,9 +16,9 @@ namespace {
 const RendererTable& Built() noexcept {
     static const RendererTable sBuilt{{
         SoftwareRenderer(),
-        {u"OpenGL", nullptr, false},
-        {u"Direct3D9", nullptr, false},
-        {u"Direct2D", nullptr, false},
+        OpenGLRenderer(),
+        Direct3DRenderer(),
+        Direct2DRenderer(),
     }};
     return sBuilt;
 }
@@ -64,13 +64,15 @@ void End(std::unique_ptr<GPU> a_piGPU) noexcept {
     }
 }
 
-/// Null unless it is ready.
-std::unique_ptr<GPU> CreateReady(
-    const SRendererRow& a_sRow, const SRendererTarget& a_sTarget, EReason a_nReason) noexcept {
+/// Null unless it is ready; then it may have passed itself over.
+std::unique_ptr<GPU> CreateReady(const SRendererRow& a_sRow, const SRendererTarget& a_sTarget,
+    EReason a_nReason, bool& a_rsPassedOver) noexcept {
     std::unique_ptr<GPU> piGPU;
     try {
         piGPU = a_sRow.pCreate(a_sTarget, a_nReason);
         if (piGPU != nullptr && piGPU->IsReady()) return piGPU;
+    } catch (const SPassedOver&) {
+        a_rsPassedOver = true;
     } catch (...) { // it isn't ready, which is reported below
     }
     End(std::move(piGPU));
@@ -98,16 +100,16 @@ SCreatedRenderer CreateRenderer(void* a_pWindow, std::int32_t a_nW, std::int32_t
     SCreatedRenderer sCreated;
     sCreated.nRenderer = a_nRenderer;
     if (a_nRenderer >= RendererCount) return sCreated;
-    const SRendererTarget sTarget{a_pWindow, a_nW, a_nH};
+    const SRendererTarget sTarget{a_pWindow, a_nW, a_nH, &a_piShowError};
     EReason nReason = EReason::Chosen;
     for (;;) {
         const SRendererRow& sRow = Renderers()[sCreated.nRenderer];
         const SFallBack& sFallBack = FallBacks[sCreated.nRenderer];
-        const bool bExists = Exists(sRow);
-        if (bExists) sCreated.piGPU = CreateReady(sRow, sTarget, nReason);
+        bool bPassedOver = !Exists(sRow);
+        if (!bPassedOver) sCreated.piGPU = CreateReady(sRow, sTarget, nReason, bPassedOver);
         if (sCreated.IsReady()) return sCreated;
         try {
-            Report(FailureText(sRow.sName, sFallBack.sNext), bExists, a_piShowError);
+            Report(FailureText(sRow.sName, sFallBack.sNext), !bPassedOver, a_piShowError);
         } catch (...) { // no memory to report it; the next one is tried all the same
         }
         if (sFallBack.sNext.empty()) return sCreated;

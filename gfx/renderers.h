@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -39,13 +38,10 @@ struct SCreatedRenderer {
     GPU& Get() const noexcept { return piGPU != nullptr ? *piGPU : NoRenderer(); }
 };
 
-/// Shows an error; the call may end long before or after the user has closed it.
-using ShowError = std::function<void(std::u16string_view a_sTitle, std::u16string_view a_sText)>;
-
 /// Makes the renderer of that number. One that doesn't get ready is ended, the session log gets a line and
 /// the user a box, and the next one is tried: Direct3D 9, OpenGL, Direct2D, software, none. A renderer that
-/// this build or this system doesn't have is passed over with the line alone. An unknown number makes none.
-/// Nothing throws.
+/// this build or this system doesn't have, or that passes itself over, gets the line alone. An unknown number
+/// makes none. Nothing throws.
 SCreatedRenderer CreateRenderer(void* a_pWindow, std::int32_t a_nW, std::int32_t a_nH,
     std::uint32_t a_nRenderer, const ShowError& a_piShowError) noexcept;
 /// With the boxes of the system.

@@ -23,6 +23,7 @@ void CFrame::Tick(std::uint32_t a_nTimeMs) {
     _nLastTick = a_nTimeMs;
     // The picture of an error that the user is reading would most likely be the same error again.
     if (!_piGUI.Window().IsBoxUp()) {
+        Guard([&] { _piGUI.Screen().RenewIfDue(a_nTimeMs); });
         Guard([&] { RenewTexts(); });
         Guard([&] { _piGUI.Hint().Advance(elapsed); });
         if (_bFrameDue) {

@@ -16,7 +16,7 @@ CScreen::CScreen(CGUI& a_piGUI) : _piGUI(a_piGUI) {
     if (stored && *stored < GFX::RendererCount) _nRenderer = *stored;
 }
 
-bool CScreen::Create() {
+bool CScreen::Create(bool a_bStores) {
     auto& window = _piGUI.Window();
     if (!window.Exists()) return false;
     const std::uint32_t chosen = _nRenderer;
@@ -27,7 +27,7 @@ bool CScreen::Create() {
     _nRenderer = _sCreated.nRenderer;
     if (!_sCreated.IsReady()) return false;
     GPU().SetStretching(_piGUI.IsResizing());
-    if (_nRenderer != chosen) StoreNumber(StoredRenderer, _nRenderer);
+    if (_nRenderer != chosen && a_bStores) StoreNumber(StoredRenderer, _nRenderer);
     _piGUI.Invalidate();
     return true;
 }
@@ -52,6 +52,14 @@ bool CScreen::SetRenderer(std::uint32_t a_nRenderer) {
     if (!Create()) return false;
     StoreNumber(StoredRenderer, _nRenderer);
     return true;
+}
+
+void CScreen::RenewIfDue(std::uint32_t a_nTimeMs) {
+    constexpr std::uint32_t pauseMs = 1000; // a device that is lost at once would be made at each tick
+    if (!GPU().IsRenewalDue() || (_nRenewedMs && a_nTimeMs - *_nRenewedMs < pauseMs)) return;
+    _nRenewedMs = a_nTimeMs;
+    Release();
+    if (Create(false) && _piRenewed) _piRenewed();
 }
 
 } // namespace KAV::GUI

@@ -81,15 +81,10 @@ void DATA::SetClip(float a_fL, float a_fT, float a_fW, float a_fH) {
     const SArea sFrame = _iCanvas.Bounds();
     _sClip = sFrame;
     if (a_fW == 0.0f || a_fH == 0.0f) return;
-    // The first pixel whose centre isn't before the place. What isn't a number leaves nothing.
-    const auto pixel = [](float a_fPlace, std::int32_t a_nMost) {
-        const double fFirst = std::ceil(static_cast<double>(a_fPlace) - 0.5);
-        return fFirst > 0.0 ? static_cast<std::int32_t>(std::min(fFirst, static_cast<double>(a_nMost))) : 0;
-    };
-    const std::int32_t nL = pixel(a_fL, sFrame.width);
-    const std::int32_t nT = pixel(a_fT, sFrame.height);
-    const std::int32_t nR = pixel(a_fL + a_fW, sFrame.width);
-    const std::int32_t nB = pixel(a_fT + a_fH, sFrame.height);
+    const std::int32_t nL = FirstPixel(a_fL, sFrame.width);
+    const std::int32_t nT = FirstPixel(a_fT, sFrame.height);
+    const std::int32_t nR = FirstPixel(a_fL + a_fW, sFrame.width);
+    const std::int32_t nB = FirstPixel(a_fT + a_fH, sFrame.height);
     _sClip = {nL, nT, std::max(nR - nL, 0), std::max(nB - nT, 0)};
 }
 

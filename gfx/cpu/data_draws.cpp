@@ -12,58 +12,6 @@
 
 namespace KAV::GFX::CPU {
 
-namespace {
-
-/// Not for infinity, nor for what isn't a number.
-bool AreUsable(std::initializer_list<float> a_afNumbers) noexcept {
-    constexpr float fMost = 1e6f;
-    return std::all_of(a_afNumbers.begin(), a_afNumbers.end(),
-        [](float a_fNumber) { return a_fNumber >= -fMost && a_fNumber <= fMost; });
-}
-
-bool IsUsable(const SRect& a_sRect) noexcept {
-    return AreUsable({a_sRect.fL, a_sRect.fT, a_sRect.fW, a_sRect.fH}) && a_sRect.fW > 0.0f &&
-           a_sRect.fH > 0.0f;
-}
-
-bool IsUsable(const STransform& a_sValue) noexcept {
-    return AreUsable({a_sValue.fSX, a_sValue.fSY, a_sValue.fSZ, a_sValue.fRX, a_sValue.fRY, a_sValue.fRZ,
-        a_sValue.fMX, a_sValue.fMY, a_sValue.fMZ});
-}
-
-/// A part of a picture, in its pixels.
-SPart PartOf(double a_fL, double a_fT, double a_fR, double a_fB) noexcept {
-    const double fL = Settled(a_fL);
-    const double fT = Settled(a_fT);
-    return {fL, fT, Settled(a_fR) - fL, Settled(a_fB) - fT};
-}
-
-/// The number of the cell that begins and ends there, if it is one; cells are a_fCell long.
-std::optional<std::int32_t> CellAt(
-    double a_fStart, double a_fLength, double a_fCell, std::int32_t a_nCells) noexcept {
-    constexpr double fNear = 0.01;
-    const double fCell = std::round(a_fStart / a_fCell);
-    if (std::abs(a_fLength - a_fCell) > fNear || std::abs(fCell * a_fCell - a_fStart) > fNear)
-        return std::nullopt;
-    if (fCell < 0.0 || fCell >= a_nCells) return std::nullopt;
-    return static_cast<std::int32_t>(fCell);
-}
-
-std::int32_t WholePixels(float a_fLength) noexcept {
-    return std::max(static_cast<std::int32_t>(std::lround(a_fLength)), 1);
-}
-
-/// Larger pictures are stretched from the stored one.
-bool CanScaleTo(const Pixels::SImageGrid& a_sGrid, std::int32_t a_nCellW, std::int32_t a_nCellH) noexcept {
-    constexpr std::int64_t nMostPixels = 1 << 26;
-    constexpr std::int64_t nLongestSide = 0xFFFF;
-    const std::int64_t nW = std::int64_t{a_sGrid.columns} * a_nCellW;
-    const std::int64_t nH = std::int64_t{a_sGrid.rows} * a_nCellH;
-    return nW <= nLongestSide && nH <= nLongestSide && nW * nH <= nMostPixels;
-}
-
-} // namespace
-
 /// One quad of a draw.
 struct DATA::SQuad {
     SRect sTo;

@@ -125,11 +125,6 @@ bool SMapping::operator==(const SMapping& a_sOther) const noexcept {
     return bRepeat == a_sOther.bRepeat && sMeeting == a_sOther.sMeeting && all(*this) == all(a_sOther);
 }
 
-double Settled(double a_fPlace) noexcept {
-    const double fWhole = std::round(a_fPlace);
-    return std::abs(a_fPlace - fWhole) < NearlyWhole ? fWhole : a_fPlace;
-}
-
 std::optional<SMapping> MappingOf(
     const SRect& a_sTo, const SFlatMatrix* a_psMatrix, const SPart& a_sPart, bool a_bRepeat) noexcept {
     SMapping sMapping;

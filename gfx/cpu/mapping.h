@@ -3,20 +3,13 @@
 #include "gfx/cpu/areas.h"
 #include "gfx/cpu/canvas.h"
 #include "gfx/draw.h"
+#include "gfx/picture_part.h"
 #include "gfx/transform.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace KAV::GFX::CPU {
-
-/// A rectangle of a picture, in its pixels.
-struct SPart {
-    double fL = 0.0;
-    double fT = 0.0;
-    double fW = 0.0;
-    double fH = 0.0;
-};
 
 /// Edges at which the quad meets the next slice of a picture: each pixel then belongs to one of the two.
 struct SMeeting {
@@ -45,9 +38,6 @@ struct SMapping {
 
     bool operator==(const SMapping& a_sOther) const noexcept;
 };
-
-/// A place that is less than a thousandth of a pixel away from a whole number counts as that number.
-double Settled(double a_fPlace) noexcept;
 
 /// The mapping of a quad that a matrix then moves. None if the matrix leaves nothing of it. Numbers are
 /// finite.

@@ -321,7 +321,7 @@ LRESULT CALLBACK CEditorWindow::OnMessage(HWND window, UINT message, WPARAM wPar
     }
     auto* const found = reinterpret_cast<SState*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (found == nullptr || found->client == nullptr) return DefWindowProcW(window, message, wParam, lParam);
-    const auto state = found->shared_from_this();
+    const auto state = found->weak_from_this().lock();
     const CLoopOfThread loop(state->loop);
     BeginMessage(*state);
     LRESULT answer = 0;
@@ -347,7 +347,7 @@ void CEditorWindow::EndMessage(const std::shared_ptr<SState>& state) noexcept {
 void CALLBACK CEditorWindow::OnTimer(HWND window, UINT, UINT_PTR, DWORD time) noexcept {
     auto* const found = reinterpret_cast<SState*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (found == nullptr || found->client == nullptr) return;
-    const auto state = found->shared_from_this();
+    const auto state = found->weak_from_this().lock();
     const CLoopOfThread loop(state->loop);
     BeginMessage(*state);
     try {
@@ -369,6 +369,9 @@ LRESULT CEditorWindow::Handle(SState& state, UINT message, WPARAM wParam, LPARAM
         state.client->OnPaint();
         return 0;
     }
+    case WM_DRAWITEM: // the window in which OpenGL draws was covered
+        state.client->OnPaint();
+        return TRUE;
     case WM_ERASEBKGND:
         return 1;
     case WM_CANCELMODE:
