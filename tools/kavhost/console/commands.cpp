@@ -3,6 +3,7 @@
 #include "platform/executable.h"
 #include "platform/interrupt.h"
 #include "platform/library.h"
+#include "platform/settings_store.h"
 #include "platform/terminal.h"
 #include "tools/kavhost/base/error_line.h"
 #include "tools/kavhost/base/errors.h"
@@ -267,11 +268,20 @@ EExitCode RunEdit(const SOptions& options, std::ostream& out, std::ostream& erro
     return report.HasFailures() ? EExitCode::Failure : EExitCode::Done;
 }
 
+/// The product's editors draw with the processor from now on: a picture that hardware has drawn differs a
+/// little from machine to machine, and not every system lets it be read from the window.
+void ChooseSoftwareRenderer() noexcept {
+    constexpr std::uint32_t software = 0;
+    Platform::WriteSetting(Platform::ESettingsRoot::CurrentUser, "Software/" KAV_VENDOR "/" KAV_PRODUCT,
+        "GFX", &software, sizeof(software));
+}
+
 void RunShot(const SOptions& options, std::ostream& errors) {
     const auto& shot = options.shot;
     if (!EqualIgnoringCase(Utf8(shot.output.extension()), ".png"))
         throw CUsageError(Utf8(shot.output) + ": only .png is supported");
     const CScratchSettings scratch;
+    ChooseSoftwareRenderer();
     const CEffectLibrary library(PluginFile(options));
     const auto setup =
         SetupFor(library, options.state, options.settings, options.profile, EBeginning::AsInADaw);
