@@ -509,6 +509,22 @@ TEST_F(AboutView, ANewRendererGetsThePictureOfThePanelToo) {
     EXPECT_EQ(Count(Picture(), "DrawTexture ", " to 0,0 754x553 colour FF808080"), 1);
 }
 
+TEST_F(AboutView, ALostDeviceGetsThePictureOfThePanelAgain) {
+    renderers.Live().renewalDue = true;
+    robot.Tick();
+    ASSERT_FALSE(renderers.Live().renewalDue) << "it's the lost one";
+    const auto& calls = renderers.Calls(); // of the new one
+    const auto made = std::find(calls.begin(), calls.end(), "MakeBackdrop 754x553");
+    ASSERT_NE(made, calls.end());
+    EXPECT_EQ(Count({calls.begin(), made}, "Present", ""), 0);
+    EXPECT_EQ(Count(Picture(), "DrawTexture ", " to 0,0 754x553 colour FF808080"), 1);
+    ClickOk();
+    robot.Advance(1100);
+    renderers.Live().renewalDue = true;
+    robot.Tick();
+    EXPECT_EQ(Count(renderers.Calls(), "MakeBackdrop", ""), 0) << "the view has gone";
+}
+
 TEST_F(AboutView, ARendererThatFailsShowsTheOneInUse) {
     constexpr auto make = [](const GFX::SRendererTarget&, GFX::EReason) -> std::unique_ptr<GFX::GPU> {
         return std::make_unique<CRecordingGpu>();

@@ -34,6 +34,9 @@ public:
     std::vector<std::uint32_t> Pixels(
         std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height);
 
+    /// Whether Pixels() are those that graphics hardware has drawn, when it draws.
+    static bool SeesHardware();
+
     // The pointer
     enum class EButton { Left, Right };
     void MoveTo(std::int32_t x, std::int32_t y);

@@ -3,10 +3,7 @@
 
 #include "tests/editor/robot.h"
 
-#include "platform/settings_store.h"
-
 #include <cmath>
-#include <cstring>
 
 namespace KAV::Tests {
 
@@ -210,32 +207,6 @@ TEST_F(Robot, SwitchesTheVectorCodeInTheAboutView) {
     MoveTo({715, 133}); // the lower of the two switches at the right edge
     Click();
     EXPECT_TRUE(Until([&] { return InState("<simd>") != simd; }));
-}
-
-TEST_F(Robot, TriesAnotherRendererInTheAboutView) {
-    OpenAbout();
-    const auto shownSwitch = [this] { return screen.Pixels(685, 17, 58, 56); };
-    MoveTo({715, 45}); // the upper switch
-    WaitForIdles(60);
-    const auto before = shownSwitch();
-    const auto stored = [](const void* number = nullptr) -> std::uint32_t {
-        constexpr auto root = Platform::ESettingsRoot::CurrentUser;
-        constexpr const char* key = "Software/Kavelin/KAV Sorrel Limiter";
-        if (number != nullptr) Platform::WriteSetting(root, key, "GFX", number, sizeof(std::uint32_t));
-        const auto bytes = Platform::ReadSetting(root, key, "GFX");
-        std::uint32_t read = ~0u;
-        if (bytes.size == sizeof(read)) std::memcpy(&read, bytes.data.get(), sizeof(read));
-        return read;
-    };
-    const std::uint32_t direct2D = 3;
-    ASSERT_EQ(stored(&direct2D), direct2D);
-    Click(); // a click alone leaves it
-    WaitForIdles(12);
-    EXPECT_EQ(stored(), direct2D);
-    screen.Turn(1); // the next one is OpenGL, without which the software renderer draws
-    EXPECT_TRUE(Until([&] { return stored() == 0; })) << stored();
-    EXPECT_TRUE(Until([&] { return shownSwitch() == before; })) << "the switch shows what draws";
-    EXPECT_FALSE(screen.IsMenuUp());
 }
 
 // Macros

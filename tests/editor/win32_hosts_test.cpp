@@ -3,7 +3,9 @@
 
 #include "tests/editor/win32_host.h"
 #include "tests/support/file_text.h"
+#include "tests/support/process_memory.h"
 #include "tests/support/scratch_home.h"
+#include "tests/support/software_renderer.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -25,6 +27,7 @@ protected:
     HWND top = MakeHostWindow();
     HWND parent = MakeHostWindow(top);
 
+    void SetUp() override { ChooseSoftwareRenderer(); }
     void TearDown() override {
         DestroyWindow(top);
         Pump();
@@ -141,6 +144,41 @@ TEST_F(WindowsHost, LoadsNoGraphicsLibraryBeforeItsEditorOpens) {
     OpenEditor(host);
     EXPECT_NE(GetModuleHandleA("gdiplus"), nullptr);
     EXPECT_EQ(GetModuleHandleA("comdlg32"), nullptr) << "nobody has asked for a file";
+}
+
+TEST_F(WindowsHost, DrawsByDirect3DForAUserWhoHasChosenNothing) {
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Kavelin\\KAV Sorrel Limiter");
+    {
+        CWin32Host host(library);
+        ASSERT_TRUE(host.Open(parent));
+        EXPECT_NE(GetModuleHandleA("d3d9"), nullptr);
+        Pump(200);
+        Drag(EditorIn(parent), Knob);
+        EXPECT_TRUE(PumpUntil([&] {
+            host.Dispatch(effEditIdle);
+            return host.Edits().ends_with('e');
+        }));
+        host.Close();
+    }
+    ChooseSoftwareRenderer();
+}
+
+TEST_F(WindowsHost, OpensTwoHundredTimesInTheSameMemory) {
+    CWin32Host host(library);
+    const auto openings = [&](int count) {
+        for (int n = 0; n < count; ++n) {
+            ASSERT_TRUE(host.Open(parent));
+            Pump(20); // a frame
+            host.Close();
+        }
+    };
+    openings(20); // what the system and the library keep from the first ones
+    const auto resident = ResidentBytes();
+    const auto reserved = ReservedBytes();
+    openings(180);
+    // 10 KB of each opening would be 1.8 MB.
+    EXPECT_LT(ResidentBytes(), resident + (1U << 20U));
+    EXPECT_LT(ReservedBytes(), reserved + (1U << 20U));
 }
 
 // What would hold it until the host's thread ends would make that thread hang there.

@@ -1,7 +1,6 @@
 #include "gfx/cpu/data.h"
-#include "tests/gfx/cpu_scenes.h"
+#include "tests/gfx/scene_comparison.h"
 #include "tests/support/golden_picture.h"
-#include "tests/support/plain_renderer.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -37,6 +36,24 @@ TEST_P(CpuScenes, AreTheCommittedPictures) {
     auto picture = Pixels::TransparentBitmap(SceneWidth, SceneHeight);
     std::memcpy(picture.bytes.data(), frame.data(), picture.bytes.size());
     EXPECT_TRUE(IsTheCommittedPicture(picture, "scene_" + GetParam().name));
+}
+
+TEST_P(CpuScenes, KeepTheRulesOfEveryBackEnd) {
+    EXPECT_TRUE(DrawsAsThePlainRenderer(gpu, GetParam()));
+}
+
+TEST_P(CpuScenes, BreakTheRulesOfEveryBackEndWhenTheyAreShifted) {
+    SScene shifted = GetParam();
+    shifted.draw = [this](GFX::GPU& target) {
+        GetParam().draw(target);
+        if (&target != &gpu) return; // the expectation stays
+        const auto patch = MakeTexture(target, Backdrop(SceneWidth, SceneHeight));
+        GFX::SDraw draw;
+        draw.sTo = {2.0f, 2.0f, SceneWidth, SceneHeight};
+        draw.sTransform.fMX = 30.0f;
+        target.DrawTexture(patch, draw);
+    };
+    EXPECT_FALSE(DrawsAsThePlainRenderer(gpu, shifted));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -22,6 +22,15 @@ SDraw At(float left, float top, float width, float height) {
     return draw;
 }
 
+/// The parts of pictures are those of the picture, which may not take all of its texture.
+void Draw(GPU& gpu, const STexture& texture, SDraw draw) {
+    draw.sFrom.fU1 *= texture.fU;
+    draw.sFrom.fU2 *= texture.fU;
+    draw.sFrom.fV1 *= texture.fV;
+    draw.sFrom.fV2 *= texture.fV;
+    gpu.DrawTexture(texture, draw);
+}
+
 SDraw Turned(float left, float top, float width, float height, float degrees) {
     SDraw draw = At(left, top, width, height);
     draw.sTransform.fRZ = degrees;
@@ -30,14 +39,14 @@ SDraw Turned(float left, float top, float width, float height, float degrees) {
 
 void DrawAtOwnSize(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(31, 23));
-    gpu.DrawTexture(spotted, At(5, 7, 31, 23));
-    gpu.DrawTexture(spotted, At(-10, -5, 31, 23));
-    gpu.DrawTexture(spotted, At(150, 110, 31, 23));
-    gpu.DrawTexture(spotted, At(20, 20, 31, 23));
+    Draw(gpu, spotted, At(5, 7, 31, 23));
+    Draw(gpu, spotted, At(-10, -5, 31, 23));
+    Draw(gpu, spotted, At(150, 110, 31, 23));
+    Draw(gpu, spotted, At(20, 20, 31, 23));
     auto moved = At(60, 60, 31, 23);
     moved.sTransform.fMX = 7.0f;
     moved.sTransform.fMY = -9.0f;
-    gpu.DrawTexture(spotted, moved);
+    Draw(gpu, spotted, moved);
 }
 
 void DrawCells(GPU& gpu) {
@@ -46,7 +55,7 @@ void DrawCells(GPU& gpu) {
         for (std::int32_t column = 0; column < 3; ++column) {
             auto draw = At(static_cast<float>(3 + 20 * column), static_cast<float>(2 + 16 * row), 17, 13);
             draw.sFrom = CellOf(sheet, column, row);
-            gpu.DrawTexture(sheet, draw);
+            Draw(gpu, sheet, draw);
         }
     }
 }
@@ -55,38 +64,38 @@ void DrawParts(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(40, 40));
     auto draw = At(10, 10, 20, 10);
     draw.sFrom = {0.25f, 0.75f, 0.5f, 0.75f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
     draw = At(60, 30, 10, 40);
     draw.sFrom = {0.0f, 0.25f, 0.0f, 1.0f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
 }
 
 void DrawTiles(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(19, 14));
     auto draw = At(4, 6, 100, 80);
     draw.sFrom = {0.0f, 100.0f / 19.0f, 0.0f, 80.0f / 14.0f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
 }
 
 void DrawStretchedTiles(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(19, 14));
     auto draw = At(4.5f, 6.25f, 120, 90);
     draw.sFrom = {-0.5f, 2.5f, -1.25f, 2.0f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
 }
 
 void DrawQuarterTurns(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(32, 21));
-    gpu.DrawTexture(spotted, Turned(5, 20, 32, 21, 90));
-    gpu.DrawTexture(spotted, Turned(45, 20, 32, 21, 180));
-    gpu.DrawTexture(spotted, Turned(85, 20, 32, 21, 270));
-    gpu.DrawTexture(spotted, Turned(5, 70, 32, 21, -90));
+    Draw(gpu, spotted, Turned(5, 20, 32, 21, 90));
+    Draw(gpu, spotted, Turned(45, 20, 32, 21, 180));
+    Draw(gpu, spotted, Turned(85, 20, 32, 21, 270));
+    Draw(gpu, spotted, Turned(5, 70, 32, 21, -90));
     auto mirrored = At(60, 80, 32, 21);
     mirrored.sTransform.fSX = -1.0f;
-    gpu.DrawTexture(spotted, mirrored);
+    Draw(gpu, spotted, mirrored);
     mirrored = At(110, 80, 32, 21);
     mirrored.sTransform.fRX = 180.0f;
-    gpu.DrawTexture(spotted, mirrored);
+    Draw(gpu, spotted, mirrored);
 }
 
 void DrawTints(GPU& gpu) {
@@ -96,67 +105,67 @@ void DrawTints(GPU& gpu) {
     for (std::size_t n = 0; n < colours.size(); ++n) {
         auto draw = At(static_cast<float>(4 + 38 * (n % 4)), static_cast<float>(5 + 40 * (n / 4)), 31, 23);
         draw.nColor = colours[n];
-        gpu.DrawTexture(spotted, draw);
+        Draw(gpu, spotted, draw);
     }
     auto nothing = At(60, 90, 31, 23);
     nothing.nColor = 0x00FFFFFF;
-    gpu.DrawTexture(spotted, nothing);
+    Draw(gpu, spotted, nothing);
 }
 
 void DrawScaled(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(40, 30));
-    gpu.DrawTexture(spotted, At(2, 3, 57, 41));
-    gpu.DrawTexture(spotted, At(70, 4, 21, 16));
-    gpu.DrawTexture(spotted, At(100, 4, 9, 30));
+    Draw(gpu, spotted, At(2, 3, 57, 41));
+    Draw(gpu, spotted, At(70, 4, 21, 16));
+    Draw(gpu, spotted, At(100, 4, 9, 30));
     const auto sheet = MakeTexture(gpu, SpottedPicture(20, 20, 3, 2), 3, 2);
     auto draw = At(70, 50, 33, 27);
     draw.sFrom = CellOf(sheet, 1, 1);
-    gpu.DrawTexture(sheet, draw);
+    Draw(gpu, sheet, draw);
     draw = At(110, 50, 12, 11);
     draw.sFrom = CellOf(sheet, 2, 0);
-    gpu.DrawTexture(sheet, draw);
+    Draw(gpu, sheet, draw);
 }
 
 void DrawBetweenPixels(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(31, 23));
-    gpu.DrawTexture(spotted, At(5.5f, 7.25f, 31, 23));
-    gpu.DrawTexture(spotted, At(50.25f, 7, 31, 23));
-    gpu.DrawTexture(spotted, At(90, 7.5f, 31.5f, 23.25f));
-    gpu.DrawTexture(spotted, At(10.4f, 60.4f, 0.5f, 30.0f));
+    Draw(gpu, spotted, At(5.5f, 7.25f, 31, 23));
+    Draw(gpu, spotted, At(50.25f, 7, 31, 23));
+    Draw(gpu, spotted, At(90, 7.5f, 31.5f, 23.25f));
+    Draw(gpu, spotted, At(10.4f, 60.4f, 0.5f, 30.0f));
     const auto sheet = MakeTexture(gpu, SpottedPicture(20, 20, 3, 2), 3, 2);
     auto draw = At(50.5f, 60.5f, 20, 20);
     draw.sFrom = CellOf(sheet, 1, 0);
-    gpu.DrawTexture(sheet, draw);
+    Draw(gpu, sheet, draw);
 }
 
 void DrawTurned(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(40, 30));
-    gpu.DrawTexture(spotted, Turned(12, 15, 40, 30, 30));
-    gpu.DrawTexture(spotted, Turned(80, 10, 60, 20, -30));
+    Draw(gpu, spotted, Turned(12, 15, 40, 30, 30));
+    Draw(gpu, spotted, Turned(80, 10, 60, 20, -30));
     const auto sheet = MakeTexture(gpu, SpottedPicture(24, 24, 2, 2), 2, 2);
     auto draw = Turned(20, 75, 24, 24, 45);
     draw.sFrom = CellOf(sheet, 1, 0);
-    gpu.DrawTexture(sheet, draw);
+    Draw(gpu, sheet, draw);
     draw = Turned(80, 65, 40, 40, 110);
     draw.sFrom = CellOf(sheet, 0, 1);
     draw.nColor = 0xC0FFC080;
-    gpu.DrawTexture(sheet, draw);
+    Draw(gpu, sheet, draw);
 }
 
 void DrawTransformed(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(40, 30));
     auto draw = At(15, 10, 40, 30);
     draw.sTransform = {1.5f, 0.75f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
     draw = At(90, 10, 40, 30);
     draw.sTransform.fRY = 60.0f;
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
     draw = At(20, 70, 40, 30);
     draw.sTransform = {1.2f, 0.9f, 1.0f, 40.0f, 20.0f, 30.0f, 3.0f, -2.0f, 5.0f};
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
     draw = At(90, 70, 40, 30);
     draw.sTransform.fRX = 90.0f; // nothing of it is left
-    gpu.DrawTexture(spotted, draw);
+    Draw(gpu, spotted, draw);
 }
 
 SDraw9 Slices(float left, float top, float width, float height) {
@@ -187,13 +196,13 @@ void DrawNineSlices(GPU& gpu) {
 void DrawClipped(GPU& gpu) {
     const auto spotted = MakeTexture(gpu, SpottedPicture(60, 50));
     gpu.SetClip(20, 15, 30, 20);
-    gpu.DrawTexture(spotted, At(5, 5, 60, 50));
+    Draw(gpu, spotted, At(5, 5, 60, 50));
     gpu.SetClip(80.5f, 10.4f, 20.0f, 20.2f);
-    gpu.DrawTexture(spotted, At(70, 5, 60, 50));
+    Draw(gpu, spotted, At(70, 5, 60, 50));
     gpu.SetClip(-50, 80, 90, 500);
-    gpu.DrawTexture(spotted, At(10, 65, 60, 50));
+    Draw(gpu, spotted, At(10, 65, 60, 50));
     gpu.SetClip(0, 0, 0, 10);
-    gpu.DrawTexture(spotted, At(90, 65, 60, 50));
+    Draw(gpu, spotted, At(90, 65, 60, 50));
 }
 
 std::vector<SPoint> Points(const std::vector<std::array<float, 2>>& places) {
@@ -305,7 +314,12 @@ STexture MakeTexture(GPU& gpu, const Pixels::SBitmap& bitmap, std::int32_t colum
     STexture texture;
     texture.nW = bitmap.width;
     texture.nH = bitmap.height;
-    gpu.CreateTexture(bitmap, texture, bitmap.width, bitmap.height);
+    const bool anySize = gpu.AnySizeTextures() || gpu.MaxTextureW() == 0; // 0: a double, which takes any
+    const auto width = TextureSide(bitmap.width, anySize);
+    const auto height = TextureSide(bitmap.height, anySize);
+    texture.fU = static_cast<float>(bitmap.width) / static_cast<float>(width);
+    texture.fV = static_cast<float>(bitmap.height) / static_cast<float>(height);
+    gpu.CreateTexture(bitmap, texture, width, height);
     texture.nColumns = columns;
     texture.nRows = rows;
     texture.nFrames = columns * rows;
@@ -320,14 +334,15 @@ STexturePart CellOf(const STexture& texture, std::int32_t column, std::int32_t r
 }
 
 const std::vector<SScene>& Scenes() {
-    static const std::vector<SScene> scenes{{"own_size", Equal, DrawAtOwnSize}, {"cells", Equal, DrawCells},
-        {"parts", Equal, DrawParts}, {"tiles", Equal, DrawTiles},
-        {"stretched_tiles", Scaled, DrawStretchedTiles}, {"quarter_turns", Equal, DrawQuarterTurns},
-        {"tints", Tinted, DrawTints}, {"scaled", Scaled, DrawScaled},
-        {"between_pixels", Scaled, DrawBetweenPixels}, {"turned", Scaled, DrawTurned},
-        {"transformed", Scaled, DrawTransformed}, {"nine_slices", Scaled, DrawNineSlices},
-        {"clipped", Equal, DrawClipped}, {"hard_lines", Equal, DrawHardLines},
-        {"smooth_lines", Lines, DrawSmoothLines}, {"coloured_lines", MixedLines, DrawColouredLines}};
+    static const std::vector<SScene> scenes{{"own_size", Equal, DrawAtOwnSize, true},
+        {"cells", Equal, DrawCells, true}, {"parts", Equal, DrawParts, true},
+        {"tiles", Equal, DrawTiles, true}, {"stretched_tiles", Scaled, DrawStretchedTiles},
+        {"quarter_turns", Equal, DrawQuarterTurns, true}, {"tints", Tinted, DrawTints, true},
+        {"scaled", Scaled, DrawScaled}, {"between_pixels", Scaled, DrawBetweenPixels},
+        {"turned", Scaled, DrawTurned}, {"transformed", Scaled, DrawTransformed},
+        {"nine_slices", Scaled, DrawNineSlices}, {"clipped", Equal, DrawClipped, true},
+        {"hard_lines", Equal, DrawHardLines}, {"smooth_lines", Lines, DrawSmoothLines},
+        {"coloured_lines", MixedLines, DrawColouredLines}};
     return scenes;
 }
 
@@ -335,7 +350,7 @@ void DrawScene(GPU& gpu, const SScene& scene) {
     gpu.BeginFrame();
     gpu.Clear();
     auto backdrop = MakeTexture(gpu, Backdrop(SceneWidth, SceneHeight));
-    gpu.DrawTexture(backdrop, At(0, 0, SceneWidth, SceneHeight));
+    Draw(gpu, backdrop, At(0, 0, SceneWidth, SceneHeight));
     scene.draw(gpu);
     gpu.SetClip(0, 0, 0, 0);
     gpu.EndFrame();

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,7 +35,13 @@ struct SScene {
     std::string name;
     SCloseness closeness;
     std::function<void(GFX::GPU& gpu)> draw; ///< after a backdrop
+    bool isAtOwnSize = false;                ///< quads only, at their own size and at whole pixels
 };
+
+/// For the messages of failed tests.
+inline void PrintTo(const SScene& scene, std::ostream* stream) {
+    *stream << scene.name;
+}
 
 inline constexpr std::int32_t SceneWidth = 160;
 inline constexpr std::int32_t SceneHeight = 120;

@@ -70,6 +70,7 @@ public:
     }
     void ReleaseTexture(STexture&) override { Note("ReleaseTexture"); }
     void SetStretching(bool) override { Note("SetStretching"); }
+    bool IsRenewalDue() const override { return Note("IsRenewalDue"); }
 
 private:
     bool Note(const char* name) const {
@@ -108,7 +109,7 @@ void CallSlot(GPU& gpu, std::size_t slot, TResult (GPU::*)(TArguments...) const)
     CallWithZeros<Operation, TArguments...>(gpu, OperationAt<Operation>(slot));
 }
 
-constexpr std::size_t Operations = 35;
+constexpr std::size_t Operations = 36;
 
 /// What a backdrop is made of: the blur has tests of its own.
 std::vector<std::uint32_t> BlurredOpaque(std::vector<std::uint32_t> pixels, int width, int height) {
@@ -173,6 +174,7 @@ TEST(Gpu, KeepsItsOperationsInTheirSlots) {
     expect("GetName", &GPU::GetName);
     expect("ReleaseTexture", &GPU::ReleaseTexture);
     expect("SetStretching", &GPU::SetStretching);
+    expect("IsRenewalDue", &GPU::IsRenewalDue);
     EXPECT_EQ(slot, Operations);
 }
 
@@ -200,6 +202,7 @@ TEST(Gpu, OfTheBaseAnswersThatItCanDoNothing) {
     EXPECT_FALSE(gpu.Shutdown());
     EXPECT_FALSE(gpu.IsReady());
     EXPECT_TRUE(gpu.IsCurrent());
+    EXPECT_FALSE(gpu.IsRenewalDue());
     EXPECT_EQ(std::u16string(gpu.GetName()), u"Null");
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <set>
 #include <stdexcept>
 
 using namespace KAV;
@@ -21,6 +22,7 @@ enum class EFate {
     NotBuilt, // the system has it, but there is no factory yet
     NotReady,
     IsNull,
+    PassedOver,
     ThrowsStd,
     ThrowsOther,
     ThrowsANumber,
@@ -89,6 +91,8 @@ private:
         switch (fates[TNumber]) {
         case EFate::IsNull:
             return nullptr;
+        case EFate::PassedOver:
+            throw SPassedOver();
         case EFate::ThrowsStd:
             throw Exceptions::Std(u"no device", u"TEST");
         case EFate::ThrowsOther:
@@ -206,6 +210,24 @@ TEST_F(Renderers, ThatTheSystemDoesNotHaveArePassedOverWithoutABox) {
         "Error=" + Direct3DMessage + "\r\nError=" + OpenGLMessage + "\r\nError=" + Direct2DMessage + "\r\n");
 }
 
+TEST_F(Renderers, ThatPassThemselvesOverGetALineAndNoBox) {
+    SetFates({Ready, EFate::PassedOver, Missing, Missing});
+    const CAddedLog log;
+    const auto created = Make(Direct3D9);
+    EXPECT_EQ(created.nRenderer, Software);
+    EXPECT_TRUE(created.IsReady());
+    EXPECT_EQ(events, (Lines{"create 1 as fall-back", "create 0 as fall-back"}));
+    EXPECT_EQ(log.Text(),
+        "Error=" + Direct3DMessage + "\r\nError=" + OpenGLMessage + "\r\nError=" + Direct2DMessage + "\r\n");
+}
+
+TEST_F(Renderers, CanShowBoxesWhileTheyAreMade) {
+    SetFates({Ready, Ready, Ready, Ready});
+    lastTarget = {};
+    Make(OpenGL);
+    EXPECT_NE(lastTarget.pShowError, nullptr);
+}
+
 TEST_F(Renderers, FallBackInTheirOrderWhicheverIsMissingFailsOrWorks) {
     const std::array<std::uint32_t, RendererCount> order{Direct3D9, OpenGL, Direct2D, Software};
     const std::array<std::string, RendererCount> messages{
@@ -297,8 +319,19 @@ TEST_F(Renderers, EndWithTheSoftwareRenderer) {
     EXPECT_TRUE(KAV::GFX::Renderers()[Software].bOnThisSystem);
     for (std::uint32_t number = 0; number < RendererCount; ++number) {
         const CAddedLog log;
-        const auto created = CreateRenderer(nullptr, 1, 1, number,
-            [](std::u16string_view, std::u16string_view) { ADD_FAILURE() << "a box"; });
+        std::set<std::u16string> failed; // with a box each: those that this system has, without a window
+        const auto created =
+            CreateRenderer(nullptr, 1, 1, number, [&](std::u16string_view, std::u16string_view text) {
+                const auto begin = std::u16string_view(u"Can not initialize ").size();
+                failed.emplace(text.substr(begin, text.find(u' ', begin) - begin));
+            });
+        for (const auto& row : KAV::GFX::Renderers()) {
+            if (row.sName == u"Software" || row.pCreate == nullptr || !row.bOnThisSystem) {
+                EXPECT_FALSE(failed.contains(std::u16string(row.sName)));
+            }
+        }
+        const auto& chosen = KAV::GFX::Renderers()[number];
+        EXPECT_EQ(failed.contains(std::u16string(chosen.sName)), number != Software && chosen.bOnThisSystem);
         EXPECT_EQ(std::u16string(created.Get().GetName()), u"Software");
         EXPECT_TRUE(created.IsReady());
         EXPECT_EQ(created.nRenderer, Software);

@@ -173,6 +173,36 @@ TEST_F(Screen, AnotherRendererGetsAllTexturesBackFirst) {
     EXPECT_NE(widget.sTexture.piGDIP, 0u) << "fetched again";
 }
 
+TEST_F(Screen, ALostDeviceIsMadeAnewAtTheNextTickAndStoresNothing) {
+    StoreNumber(u"GFX", 1);
+    CRecordingRoot root({&window, nullptr});
+    root.Screen().Create();
+    root.Frame().Tick(1000);
+    EXPECT_EQ(made, Numbers{1}) << "nothing is due";
+    dynamic_cast<CRecordingGpu&>(root.GPU()).renewalDue = true;
+    root.Frame().Tick(1016);
+    EXPECT_EQ(made, (Numbers{1, 1}));
+    EXPECT_EQ(root.Screen().Renderer(), 1u);
+    EXPECT_FALSE(dynamic_cast<CRecordingGpu&>(root.GPU()).lines.empty()) << "it draws in the same tick";
+    root.Frame().Tick(1032);
+    EXPECT_EQ(made, (Numbers{1, 1}));
+    working = {0};
+    dynamic_cast<CRecordingGpu&>(root.GPU()).renewalDue = true;
+    root.Frame().Tick(5000);
+    EXPECT_EQ(made, (Numbers{1, 1, 1, 3, 0}));
+    EXPECT_EQ(Stored(u"GFX"), 1u);
+}
+
+TEST_F(Screen, ADeviceThatIsLostAtOnceIsMadeOnceASecond) {
+    CRecordingRoot root({&window, nullptr});
+    root.Screen().Create();
+    for (std::uint32_t n = 0; n < 100; ++n) {
+        dynamic_cast<CRecordingGpu&>(root.GPU()).renewalDue = true;
+        root.Frame().Tick(0xFFFFFF00u + 16 * n); // the time wraps meanwhile
+    }
+    EXPECT_EQ(made.size(), 3u) << "the first, and two in 1.6 seconds";
+}
+
 TEST_F(Screen, TheRateIsStoredAndReachesTheWindowIfThereIsOne) {
     CRecordingRoot root({&window, nullptr});
     root.SetFPS(100);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace KAV::Tests {
 
@@ -33,5 +34,9 @@ private:
     struct STarget;
     std::unique_ptr<STarget> _target;
 };
+
+/// The renderers whose whole pictures are comparable with the committed ones, texts included. On Windows the
+/// others are compared without texts (direct_panel_test.cpp).
+std::vector<std::uint32_t> ComparedRenderers();
 
 } // namespace KAV::Tests

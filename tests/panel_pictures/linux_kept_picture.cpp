@@ -43,4 +43,12 @@ const Pixels::SBitmap& CKeptPicture::Shown(std::int32_t, std::int32_t) {
     return picture;
 }
 
+std::vector<std::uint32_t> ComparedRenderers() {
+#if defined(KAV_SANITIZED) // the driver would take minutes; the scenes of tests/gfx are drawn there, too
+    return {GFX::Software};
+#else
+    return {GFX::Software, GFX::OpenGL};
+#endif
+}
+
 } // namespace KAV::Tests

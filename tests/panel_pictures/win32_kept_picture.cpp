@@ -40,4 +40,8 @@ const Pixels::SBitmap& CKeptPicture::Shown(std::int32_t width, std::int32_t heig
     return picture;
 }
 
+std::vector<std::uint32_t> ComparedRenderers() {
+    return {GFX::Software};
+}
+
 } // namespace KAV::Tests

@@ -27,6 +27,7 @@ public:
     bool current = true;
     bool anySize = true;
     bool offscreen = false;
+    bool renewalDue = false;
     bool makesTextures = true; ///< false: every creation fails
     std::int32_t minWidth = 0;
     std::int32_t maxWidth = 0;
@@ -139,6 +140,7 @@ public:
     void ReleaseTexture(GFX::STexture& texture) override { Note("ReleaseTexture", Name(texture)); }
     /// No line: it draws nothing.
     void SetStretching(bool stretching) override { isStretching = stretching; }
+    bool IsRenewalDue() const override { return renewalDue; }
     bool isStretching = false;
 
 private:

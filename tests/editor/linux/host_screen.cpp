@@ -84,6 +84,10 @@ std::vector<std::uint32_t> CHostScreen::Pixels(
     return _parts->windows.Pixels(_parts->windows.Editor(), x, y, width, height);
 }
 
+bool CHostScreen::SeesHardware() {
+    return true;
+}
+
 void CHostScreen::MoveTo(std::int32_t x, std::int32_t y) {
     _parts->windows.MoveTo(x, y);
 }

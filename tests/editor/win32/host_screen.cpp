@@ -3,6 +3,7 @@
 #include "platform/winapi/windows_header.h"
 
 #include "tests/support/scratch_home.h"
+#include "tests/support/software_renderer.h"
 
 #include <array>
 #include <utility>
@@ -36,6 +37,7 @@ public:
                 REG_SZ, path.c_str(), static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t))),
             ERROR_SUCCESS);
         EXPECT_EQ(RegOverridePredefKey(HKEY_CURRENT_USER, _own), ERROR_SUCCESS);
+        ChooseSoftwareRenderer();
     }
     ~COwnUser() {
         RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
@@ -188,6 +190,10 @@ std::vector<std::uint32_t> CHostScreen::Pixels(
     DeleteDC(to);
     ReleaseDC(_parts->Editor(), from);
     return pixels;
+}
+
+bool CHostScreen::SeesHardware() {
+    return false; // under Wine
 }
 
 void CHostScreen::MoveTo(std::int32_t x, std::int32_t y) {

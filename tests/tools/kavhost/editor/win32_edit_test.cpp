@@ -1,6 +1,7 @@
 #include "panel/layout.h"
 #include "platform/interrupt.h"
 #include "platform/winapi/windows_header.h"
+#include "tests/support/software_renderer.h"
 #include "tests/tools/kavhost/support.h"
 #include "tools/kavhost/editor/transport_strip.h"
 #include "tools/kavhost/screen/memory_picture_win32.h"
@@ -29,6 +30,7 @@ protected:
         auto audio = Noise(2, std::size_t{22050} * Seconds, 0.25f);
         audio.format.rateHz = 22050;
         WriteWav(file, audio);
+        ChooseSoftwareRenderer();
     }
     ~Edit() override {
         if (run.valid()) Close(); // a test that failed
