@@ -1,6 +1,7 @@
 // A busy frame as plain quads, drawn by software, compared with a copy of the window's pixels from memory
 // that isn't in the processor's cache. All that usually moves does: meters, knobs, the curve.
 
+#include "bench/copying_target.h"
 #include "bench/frames.h"
 #include "bench/turns.h"
 #include "gfx/cpu/data.h"
