@@ -32,7 +32,7 @@ public:
     /// Makes the renderer and all textures anew if it says that this is due, at most once a second. The
     /// settings keep what they have.
     void RenewIfDue(std::uint32_t a_nTimeMs);
-    /// Calls this each time that has been done, before anything is drawn; one at a time, null: nobody.
+    /// Calls this each time that has been done, before anything is drawn; one at a time; null: no call.
     void TellRenewal(std::function<void()> a_piRenewed) { _piRenewed = std::move(a_piRenewed); }
 
     GFX::GPU& GPU() const noexcept { return _sCreated.Get(); }

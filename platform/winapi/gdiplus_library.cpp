@@ -76,7 +76,7 @@ std::optional<SGdiplus> LoadGdiplus() noexcept {
 std::atomic<const SGdiplus*> replacement{nullptr};
 
 std::mutex startMutex;
-int uses = 0;        // behind the mutex, as is the token
+int uses = 0;        // under the mutex, as is the token
 ULONG_PTR token = 0; // of the one start
 
 } // namespace

@@ -16,7 +16,7 @@ namespace {
 
 /// The smallest rectangle around what differs between two pictures.
 struct SInk {
-    std::int32_t left = 0, top = 0, right = 0, bottom = 0; // behind the last pixel
+    std::int32_t left = 0, top = 0, right = 0, bottom = 0; // after the last pixel
     bool IsEmpty() const { return right <= left; }
 };
 

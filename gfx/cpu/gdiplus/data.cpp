@@ -35,7 +35,7 @@ std::u16string LibraryVersion() {
     const auto* const bytes =
         loaded == nullptr ? nullptr : static_cast<const std::uint8_t*>(LockResource(loaded));
     const std::size_t size = bytes == nullptr ? 0 : SizeofResource(library, found);
-    // The fixed part begins with its mark, behind texts whose length differs.
+    // The fixed part begins with its mark, after texts whose length differs.
     constexpr DWORD mark = 0xFEEF04BD;
     for (std::size_t at = 0; at + sizeof(VS_FIXEDFILEINFO) <= size; at += sizeof(DWORD)) {
         VS_FIXEDFILEINFO info;
