@@ -3,9 +3,11 @@
 #include "patch/patch_formats.h"
 #include "platform/whole_file.h"
 #include "utils/location.h"
+#include "utils/number.h"
 #include "utils/path.h"
 #include "utils/product.h"
 #include "utils/scan_folder.h"
+#include "utils/session_log.h"
 #include "utils/text.h"
 
 namespace KAV {
@@ -41,10 +43,20 @@ std::u16string PatchPath(std::u16string_view name) {
     return Utils::ExistsUniversal(fxp) ? fxp : base + u".kvp";
 }
 
+std::unique_ptr<char[]> ReadUserFile(std::u16string_view path, std::size_t& size) {
+    auto bytes = Utils::ReadUniversal(path, size, {}, LargestUserFile);
+    if (bytes == nullptr && size > 0) {
+        Utils::LogLineOnce(u"Error=FileTooLarge:\"" + Utils::GetFileName(path) + u"\", nSize=" +
+                           Utils::ToUtf16(std::to_string(size)) + u"[nMaxSize=" +
+                           Utils::FormatInt(static_cast<std::int32_t>(LargestUserFile)) + u"]");
+    }
+    return bytes;
+}
+
 SPatchFile ReadPatchFile(std::u16string_view path) {
     const auto title = FileTitle(path);
     std::size_t size = 0;
-    const auto bytes = Utils::ReadUniversal(path, size);
+    const auto bytes = ReadUserFile(path, size);
     if (bytes == nullptr)
         return {title == DefaultName ? WithZero(Patch::DefaultText()) : std::string(), false};
     const std::span<const char> content(bytes.get(), size);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,13 @@ std::vector<std::u16string> PatchNames();
 /// The path of the patch of that name: the .fxp file if it exists, otherwise the .kvp file. Empty without a
 /// folder.
 std::u16string PatchPath(std::u16string_view name);
+
+/// The largest patch or routing that is read from a file. What a host hands over may be larger.
+inline constexpr std::size_t LargestUserFile = 16u << 20;
+
+/// The whole file, and its size; null if there is nothing to read. Nothing is read of a file that is too
+/// large, which the log says once per session.
+std::unique_ptr<char[]> ReadUserFile(std::u16string_view path, std::size_t& size);
 
 struct SPatchFile {
     std::string data;       ///< as ApplyPatchData() takes it; empty: nothing was read

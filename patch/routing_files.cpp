@@ -1,5 +1,6 @@
 #include "patch/routing_files.h"
 
+#include "patch/patch_files.h"
 #include "patch/patch_formats.h"
 #include "patch/patch_text.h"
 #include "routing/routing_document.h"
@@ -19,7 +20,7 @@ constexpr std::u16string_view NotFound = u"Not found";
 
 std::string ReadText(const std::u16string& path) {
     std::size_t size = 0;
-    const auto bytes = Utils::ReadUniversal(path, size);
+    const auto bytes = ReadUserFile(path, size);
     return bytes == nullptr ? std::string() : std::string(Patch::TextOf({bytes.get(), size}));
 }
 

@@ -2,11 +2,11 @@
 
 #include "platform/file_system.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <charconv>
 #include <chrono>
-#include <limits>
 #include <new>
 #include <string>
 
@@ -67,7 +67,7 @@ bool Replace(const std::filesystem::path& file, const void* data, std::size_t si
 
 SBytes NewBytes(std::size_t size) noexcept {
     SBytes bytes;
-    if (size > std::numeric_limits<std::size_t>::max() - 2) return bytes;
+    if (size > LargestFile) return bytes;
     bytes.data.reset(new (std::nothrow) char[size + 2]);
     if (bytes.data == nullptr) return bytes;
     bytes.size = size;
@@ -76,13 +76,16 @@ SBytes NewBytes(std::size_t size) noexcept {
     return bytes;
 }
 
-SBytes ReadWholeFile(const std::filesystem::path& file) noexcept {
+SBytes ReadWholeFile(const std::filesystem::path& file, std::size_t most) noexcept {
     IFileSystem& files = Files();
     const auto handle = files.OpenToRead(file);
     if (handle == IFileSystem::NoFile) return {};
     SBytes bytes;
     std::uint64_t size = 0;
-    if (files.Size(handle, size) && size > 0 && size <= std::numeric_limits<std::size_t>::max() - 2) {
+    if (!files.Size(handle, size)) size = 0;
+    if (size > most) {
+        bytes.size = static_cast<std::size_t>(std::min<std::uint64_t>(size, LargestFile));
+    } else if (size > 0) {
         bytes = NewBytes(static_cast<std::size_t>(size));
         if (bytes.data != nullptr && files.Read(handle, bytes.data.get(), bytes.size) != bytes.size)
             bytes = {};

@@ -66,12 +66,12 @@ std::optional<SSetting> ParseSetting(std::u16string_view location) {
     return std::nullopt;
 }
 
-Platform::SBytes Read(std::u16string_view location, std::u16string_view postData) {
+Platform::SBytes Read(std::u16string_view location, std::u16string_view postData, std::size_t largestFile) {
     if (location.empty()) return {};
     if (location.starts_with(WebPrefix)) {
         Platform::SBytes bytes;
         if (const WebReader reader = webReader.load()) bytes.data = reader(location, bytes.size, postData);
-        return bytes;
+        return bytes.data != nullptr ? std::move(bytes) : Platform::SBytes{};
     }
     if (location.starts_with(SettingsPrefix)) {
         const auto setting = ParseSetting(location);
@@ -83,7 +83,7 @@ Platform::SBytes Read(std::u16string_view location, std::u16string_view postData
         return format.empty() ? Platform::SBytes{} : Platform::ReadClipboard(format);
     }
     const auto file = ToSystemPath(location);
-    return file.empty() ? Platform::SBytes{} : Platform::ReadWholeFile(file);
+    return file.empty() ? Platform::SBytes{} : Platform::ReadWholeFile(file, largestFile);
 }
 
 bool Write(std::u16string_view location, const void* data, std::size_t size) {
@@ -112,15 +112,15 @@ bool Exists(std::u16string_view location) {
 
 } // namespace
 
-std::unique_ptr<char[]> ReadUniversal(
-    std::u16string_view location, std::size_t& size, std::u16string_view postData) noexcept {
+std::unique_ptr<char[]> ReadUniversal(std::u16string_view location, std::size_t& size,
+    std::u16string_view postData, std::size_t largestFile) noexcept {
     Platform::SBytes bytes;
     try {
-        bytes = Read(location, postData);
+        bytes = Read(location, postData, largestFile);
     } catch (...) { // no memory
         bytes = {};
     }
-    size = bytes.data != nullptr ? bytes.size : 0;
+    size = bytes.size;
     return std::move(bytes.data);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/whole_file.h"
+
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -15,9 +17,10 @@ namespace KAV::Utils {
 
 /// The content: `size` bytes followed by two zero bytes, so that text in it is terminated in either width.
 /// Null, with a size of 0, if there is nothing to read; that includes a file of 0 bytes. `postData` is sent
-/// with the request for a web resource (utils/http.h) and ignored elsewhere.
-std::unique_ptr<char[]> ReadUniversal(
-    std::u16string_view location, std::size_t& size, std::u16string_view postData = {}) noexcept;
+/// with the request for a web resource (utils/http.h) and ignored elsewhere. A file that is larger than
+/// `largestFile` isn't read: the result is null, with its size.
+std::unique_ptr<char[]> ReadUniversal(std::u16string_view location, std::size_t& size,
+    std::u16string_view postData = {}, std::size_t largestFile = Platform::LargestFile) noexcept;
 
 /// The number of bytes written, `size` or 0. A file is replaced whole or stays as it was. Nothing is written
 /// to the web.

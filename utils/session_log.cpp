@@ -15,6 +15,7 @@
 #include <array>
 #include <ctime>
 #include <mutex>
+#include <set>
 
 namespace KAV::Utils {
 
@@ -53,6 +54,11 @@ public:
         if (line.empty() && !text.empty()) return;
         line += "\r\n";
         Files().Write(_file, line.data(), line.size());
+    }
+
+    void WriteOnce(std::u16string_view text) {
+        const std::scoped_lock lock(_mutex);
+        if (_once.emplace(text).second) Write(text);
     }
 
     std::u16string Previous() {
@@ -94,6 +100,7 @@ private:
     IFileSystem::Handle _file = IFileSystem::NoFile; // positioned at its end; no other process writes it
     std::u16string _previous;
     std::u16string _unsent;
+    std::set<std::u16string> _once; // the lines of WriteOnce()
 };
 
 /// Never destroyed: a host may end its instances after the library's static objects are destroyed, and the
@@ -130,6 +137,14 @@ std::string LogTime(const std::tm& moment) {
 
 void LogLine(std::u16string_view text) noexcept {
     WriteMade([&] { return text; });
+}
+
+void LogLineOnce(std::u16string_view text) noexcept {
+    try {
+        Log().WriteOnce(text);
+    } catch (...) { // no memory
+        return;
+    }
 }
 
 std::u16string PreviousLog() {

@@ -19,6 +19,10 @@ std::string LogTime(const std::tm& moment);
 /// and may be written while the host's exit handlers run. Ill-formed text is dropped.
 void LogLine(std::u16string_view text) noexcept;
 
+/// The same, unless this process has written that very line in this way before: for what is found again each
+/// time it is looked at.
+void LogLineOnce(std::u16string_view text) noexcept;
+
 /// The file's content when this process opened it: the log of the previous session. After a crash it has no
 /// "SessionEnd=" line. Empty before the first line, and if there was no log.
 std::u16string PreviousLog();

@@ -67,6 +67,17 @@ TEST(ReadWholeFile, GivesNothingWhenAnyCallFails) {
     }
 }
 
+TEST(ReadWholeFile, ReadsNothingOfAFileThatIsTooLarge) {
+    const auto file = ScratchFolder() / "file";
+    WriteText(file, Old);
+    EXPECT_EQ(ReadWholeFile(file, Old.size()).size, Old.size());
+    const CFaultyFiles files(0, EFault::Fail);
+    const SBytes bytes = ReadWholeFile(file, Old.size() - 1);
+    EXPECT_EQ(bytes.data, nullptr);
+    EXPECT_EQ(bytes.size, Old.size());
+    EXPECT_EQ(files.Names(), "OpenToRead Size Close ");
+}
+
 TEST(ReplaceWholeFile, MakesOrReplacesAndLeavesNothingElse) {
     const auto folder = ScratchFolder() / "replace";
     fs::create_directories(folder);

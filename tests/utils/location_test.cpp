@@ -57,6 +57,14 @@ TEST(Universal, AFileOfNoBytesReadsAsAMissingOne) {
     EXPECT_FALSE(ExistsUniversal(File("missing")));
 }
 
+TEST(Universal, AFileThatIsTooLargeIsNullWithItsSize) {
+    WriteText(ScratchFolder() / "large", "four");
+    std::size_t size = 0;
+    EXPECT_NE(ReadUniversal(File("large"), size, {}, 4), nullptr);
+    EXPECT_EQ(ReadUniversal(File("large"), size, {}, 3), nullptr);
+    EXPECT_EQ(size, 4u);
+}
+
 TEST(Universal, AFolderExistsButIsNotRead) {
     EXPECT_TRUE(ExistsUniversal(FromSystemPath(ScratchFolder())));
     EXPECT_EQ(Read(FromSystemPath(ScratchFolder())), "(nothing)");

@@ -244,3 +244,12 @@ TEST(SessionLog, KeepsLinesWholeThatManyThreadsWrite) {
     for (std::size_t i = 1; i < lines.size(); ++i)
         ASSERT_EQ(lines[i], "a line that is long enough to be torn in the middle");
 }
+
+TEST(SessionLog, WritesALineOnceThatIsFoundAgainAndAgain) {
+    for (int n = 0; n < 3; ++n) LogLineOnce(u"found");
+    LogLineOnce(u"another");
+    LogLine(u"found");
+    auto lines = Lines();
+    lines.erase(lines.begin()); // the date
+    EXPECT_EQ(lines, (std::vector<std::string>{"found", "another", "found"}));
+}

@@ -4,25 +4,18 @@
 #include "tools/kavhost/base/errors.h"
 #include "tools/kavhost/base/text.h"
 
-#include <cstdint>
 #include <system_error>
 
 namespace KAV::Host {
 
-namespace {
-
-constexpr std::uintmax_t LargestFile = 64 << 20;
-
-} // namespace
-
-std::string ReadFileBytes(const std::filesystem::path& file) {
+std::string ReadFileBytes(const std::filesystem::path& file, std::uintmax_t most) {
     std::error_code error;
     const auto status = std::filesystem::status(file, error);
     if (!std::filesystem::exists(status)) throw CFailure(Utf8(file) + ": no such file");
     if (!std::filesystem::is_regular_file(status)) throw CFailure(Utf8(file) + ": not a plain file");
     const auto size = std::filesystem::file_size(file, error);
     if (!error && size == 0) throw CFailure(Utf8(file) + ": empty");
-    if (!error && size > LargestFile) throw CFailure(Utf8(file) + ": too large");
+    if (!error && size > most) throw CFailure(Utf8(file) + ": too large");
     const auto bytes = Platform::ReadWholeFile(file);
     if (bytes.data == nullptr) throw CFailure(Utf8(file) + ": cannot be read");
     return {bytes.data.get(), bytes.size};

@@ -69,7 +69,7 @@ bool CPatchFile::IsRecord(std::string_view bytes) noexcept {
 }
 
 CPatchFile::CPatchFile(const std::filesystem::path& file) : _file(Utf8(file.filename())) {
-    const auto bytes = ReadFileBytes(file);
+    const auto bytes = ReadFileBytes(file, LargestPatch);
     Naming(Utf8(file), [&] {
         if (IsRecord(bytes)) {
             ReadRecord(bytes);

@@ -55,7 +55,7 @@ CSetup::CSetup(const SStateOptions& options)
     _wantsDefaultPatch = options.patch == DefaultPatch;
     if (!options.patch.empty() && !_wantsDefaultPatch) _patch.emplace(options.patch);
     for (const auto& option : options.routings) {
-        auto routing = ReadRouting(ReadFileBytes(option.file));
+        auto routing = ReadRouting(ReadFileBytes(option.file, LargestPatch));
         if (!routing) throw CFailure(Utf8(option.file) + ": not a routing");
         if (option.group != SRoutingOption::AllGroups) {
             _routings.insert_or_assign(option.group, *std::move(routing));

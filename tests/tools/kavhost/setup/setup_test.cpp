@@ -113,6 +113,17 @@ TEST_F(Setup, TakesNoFileOfAnAbsurdSize) {
     EXPECT_TRUE(Contains(run.errors, "large: too large\n")) << run.errors;
 }
 
+TEST_F(Setup, TakesNoPatchOrRoutingBeyond16Megabytes) {
+    for (const char* const name : {"p.kvp", "p.fxp", "r.kvt"}) {
+        WriteBytes(_folder / name, "x");
+        std::filesystem::resize_file(_folder / name, (std::uintmax_t{16} << 20) + 1);
+        const bool isRouting = std::string_view(name).ends_with("kvt");
+        const auto run = Info("keeper", {isRouting ? "--routing" : "--patch", Path(name)});
+        EXPECT_EQ(run.code, 1);
+        EXPECT_TRUE(Contains(run.errors, std::string(name) + ": too large\n")) << run.errors;
+    }
+}
+
 TEST_F(Setup, RefusesWhatHasNoPlaceInTheEffectsState) {
     WriteBytes(_folder / "r.kvt", RoutingOfChannels(2).document);
     for (const char* effect : {"keeper", "fader"}) {
