@@ -1,91 +1,19 @@
 // The editor in processes of their own, which end in every way, or lack a library.
 
 #include "tests/editor/editor_fixture.h"
-
+#include "tests/editor/linux/guest.h"
 #include "tests/support/file_text.h"
 #include "tests/support/scratch_home.h"
 
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <spawn.h>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace KAV::Tests {
 
 namespace {
 
 using EditorProcess = CEditorFixture;
-
-/// The guest program, which opens an editor in a window of the test.
-class CGuest final {
-public:
-    /// What it prints goes to `output`, if there is one.
-    CGuest(xcb_window_t parent, const std::string& mode, const std::string& output = {}) {
-        posix_spawn_file_actions_t actions{};
-        posix_spawn_file_actions_init(&actions);
-        if (!output.empty())
-            posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        const std::string window = std::to_string(parent);
-        const char* const arguments[] = {
-            KAV_EDITOR_GUEST, KAV_PLUGIN_PATH, window.c_str(), mode.c_str(), nullptr};
-        EXPECT_EQ(posix_spawn(&_process, KAV_EDITOR_GUEST, &actions, nullptr,
-                      const_cast<char* const*>(arguments), environ),
-            0);
-        posix_spawn_file_actions_destroy(&actions);
-    }
-    ~CGuest() {
-        if (!_hasEnded) Kill();
-    }
-    CGuest(const CGuest&) = delete;
-    CGuest& operator=(const CGuest&) = delete;
-
-    bool HasEnded() {
-        if (!_hasEnded) _hasEnded = waitpid(_process, &_status, WNOHANG) == _process;
-        return _hasEnded;
-    }
-    void AskToEnd() { kill(_process, SIGTERM); }
-    void Kill() {
-        kill(_process, SIGKILL);
-        _hasEnded = waitpid(_process, &_status, 0) == _process;
-    }
-    /// What it returned once it has ended; below 0: the signal that ended it.
-    int Result() const { return WIFEXITED(_status) ? WEXITSTATUS(_status) : -WTERMSIG(_status); }
-
-private:
-    pid_t _process = -1;
-    int _status = 0;
-    bool _hasEnded = false;
-};
-
-/// Sets a variable of the environment for its lifetime.
-class CVariable final {
-public:
-    CVariable(const char* name, const std::string& value) : _name(name) {
-        const char* const before = std::getenv(name);
-        _wasSet = before != nullptr;
-        if (_wasSet) _before = before;
-        setenv(name, value.c_str(), 1);
-    }
-    ~CVariable() {
-        if (_wasSet) {
-            setenv(_name, _before.c_str(), 1);
-        } else {
-            unsetenv(_name);
-        }
-    }
-    CVariable(const CVariable&) = delete;
-    CVariable& operator=(const CVariable&) = delete;
-
-private:
-    const char* _name;
-    std::string _before;
-    bool _wasSet = false;
-};
 
 /// Everything in the files of a folder.
 std::string TextsIn(const std::filesystem::path& folder) {

@@ -1,0 +1,83 @@
+// All the libraries that the editor can do without, in one: each of their functions is there and fails. Only
+// what prepares a library for its use succeeds, so that the others are called.
+
+#define KAV_FAILS(name)                                                                                      \
+    extern "C" void* name() {                                                                                \
+        return nullptr;                                                                                      \
+    }
+
+extern "C" int dbus_threads_init_default() {
+    return 1;
+}
+KAV_FAILS(dbus_connection_open_private)
+KAV_FAILS(dbus_connection_set_exit_on_disconnect)
+KAV_FAILS(dbus_connection_set_change_sigpipe)
+KAV_FAILS(dbus_connection_get_is_connected)
+KAV_FAILS(dbus_connection_get_unix_fd)
+KAV_FAILS(dbus_connection_send)
+KAV_FAILS(dbus_connection_read_write)
+KAV_FAILS(dbus_connection_pop_message)
+KAV_FAILS(dbus_connection_close)
+KAV_FAILS(dbus_connection_unref)
+KAV_FAILS(dbus_message_new_method_call)
+KAV_FAILS(dbus_message_unref)
+KAV_FAILS(dbus_message_get_type)
+KAV_FAILS(dbus_message_get_reply_serial)
+KAV_FAILS(dbus_message_is_signal)
+KAV_FAILS(dbus_message_get_path)
+KAV_FAILS(dbus_message_get_sender)
+KAV_FAILS(dbus_message_iter_init)
+KAV_FAILS(dbus_message_iter_init_append)
+KAV_FAILS(dbus_message_iter_append_basic)
+KAV_FAILS(dbus_message_iter_open_container)
+KAV_FAILS(dbus_message_iter_close_container)
+KAV_FAILS(dbus_message_iter_get_arg_type)
+KAV_FAILS(dbus_message_iter_get_basic)
+KAV_FAILS(dbus_message_iter_recurse)
+KAV_FAILS(dbus_message_iter_next)
+
+KAV_FAILS(FcInitLoadConfigAndFonts)
+KAV_FAILS(FcConfigDestroy)
+KAV_FAILS(FcConfigSubstitute)
+KAV_FAILS(FcDefaultSubstitute)
+KAV_FAILS(FcPatternCreate)
+KAV_FAILS(FcPatternDestroy)
+KAV_FAILS(FcPatternAddString)
+KAV_FAILS(FcPatternGetString)
+KAV_FAILS(FcPatternGetInteger)
+KAV_FAILS(FcPatternGetBool)
+KAV_FAILS(FcPatternGetCharSet)
+KAV_FAILS(FcCharSetHasChar)
+KAV_FAILS(FcFontSort)
+KAV_FAILS(FcFontSetDestroy)
+
+KAV_FAILS(eglBindAPI)
+KAV_FAILS(eglChooseConfig)
+KAV_FAILS(eglCreateContext)
+KAV_FAILS(eglCreatePlatformWindowSurface)
+KAV_FAILS(eglDestroyContext)
+KAV_FAILS(eglDestroySurface)
+KAV_FAILS(eglGetConfigAttrib)
+KAV_FAILS(eglGetCurrentContext)
+KAV_FAILS(eglGetError)
+KAV_FAILS(eglGetPlatformDisplay)
+KAV_FAILS(eglInitialize)
+KAV_FAILS(eglMakeCurrent)
+KAV_FAILS(eglReleaseThread)
+KAV_FAILS(eglSwapBuffers)
+KAV_FAILS(eglSwapInterval)
+KAV_FAILS(eglTerminate)
+
+KAV_FAILS(curl_global_init) // 0: it succeeds
+KAV_FAILS(curl_easy_init)
+KAV_FAILS(curl_easy_setopt)
+KAV_FAILS(curl_easy_cleanup)
+KAV_FAILS(curl_slist_append)
+KAV_FAILS(curl_slist_free_all)
+KAV_FAILS(curl_multi_init)
+KAV_FAILS(curl_multi_add_handle)
+KAV_FAILS(curl_multi_perform)
+KAV_FAILS(curl_multi_poll)
+KAV_FAILS(curl_multi_info_read)
+KAV_FAILS(curl_multi_remove_handle)
+KAV_FAILS(curl_multi_cleanup)
