@@ -45,7 +45,7 @@ def write_preset(home, label, state):
                                 xml_declaration=True)
 
 
-def put_sound_on_track(session, file, sound):
+def put_sound_on_track(session, file, sound, track):
     """Ardour's Lua can't import, so the file is made a region of the track in the saved session."""
     shutil.copy(file, session.parent / "interchange" / session.parent.name / "audiofiles" / file.name)
     tree = Xml.parse(session)
@@ -63,7 +63,7 @@ def put_sound_on_track(session, file, sound):
         Xml.SubElement(root.find("Sources"), "Source", name=file.name, type="audio", flags="", id=str(first + c),
                        channel=str(c), origin=file.name, gain="1")
         region[f"source-{c}"] = region[f"master-source-{c}"] = str(first + c)
-    next(p for p in root.iter("Playlist") if p.get("name") == "trk").append(Xml.Element("Region", region))
+    next(p for p in root.iter("Playlist") if p.get("name") == track).append(Xml.Element("Region", region))
     locations = root.find("Locations")
     for location in list(locations):
         if "IsSessionRange" in location.get("flags", ""):
@@ -80,6 +80,22 @@ def chunk_in(session):
         for chunk in effect.iter("chunk"):
             return base64.b64decode(chunk.text).rstrip(b"\0").decode()
     raise AssertionError("the session holds no state of the effect")
+
+
+def export(test, session, file, frames):
+    """The session's sound. What the exporter said if it made no such file: it may hang or end in any way, before or
+    after its work, so only the file counts.
+    """
+    def is_exported(_=None):
+        try:
+            return read_wav(file).frames == frames
+        except (OSError, AssertionError):
+            return False
+    said = test.run_program("ardour7-export", "-b", "float", "-o", file, session.parent, session.stem, timeout=60,
+                            attempts=4, accept=is_exported)
+    if not is_exported():
+        raise AssertionError(f"Ardour exported nothing:\n{said}")
+    return read_wav(file)
 
 
 def values_in(said):
@@ -106,14 +122,11 @@ class Ardour(HostTest):
 
         cls.sound = limited_material()
         write_wav(cls.folder / "in.wav", cls.sound)
-        put_sound_on_track(cls.session, cls.folder / "in.wav", cls.sound)
+        put_sound_on_track(cls.session, cls.folder / "in.wav", cls.sound, "trk")
         cls.restored = cls.run_session(KAV_PRESET="", KAV_VALUES="", KAV_OPEN="1")
         cls.second_chunk = chunk_in(cls.session)
 
-        cls.exported = cls.folder / "out.wav"
-        cls.exporter_said = cls.run_program(
-            "ardour7-export", "-b", "float", "-o", cls.exported, cls.session.parent, cls.session.stem, timeout=40,
-            attempts=4, accept=lambda said: cls.is_exported())
+        cls.exported = export(cls, cls.session, cls.folder / "out.wav", cls.sound.frames)
 
     @classmethod
     def run_session(cls, **settings):
@@ -127,14 +140,6 @@ class Ardour(HostTest):
             if "\nsaved\n" in said:
                 return said
         raise AssertionError(f"Ardour did not come to the end:\n{said}")
-
-    @classmethod
-    def is_exported(cls):
-        """The exporter may hang or end in any way, before or after its work, so only the file counts."""
-        try:
-            return read_wav(cls.exported).frames == cls.sound.frames
-        except (OSError, AssertionError):
-            return False
 
     def test_scanner_sees_the_effect(self):
         self.assertIn(f'id="{UNIQUE_ID}" name="{NAME}" creator="Kavelin" category="Effect"', self.scanned)
@@ -164,12 +169,10 @@ class Ardour(HostTest):
         self.assertEqual(second, first)
 
     def test_exports_what_kavhost_renders(self):
-        self.assertTrue(self.is_exported(), self.exporter_said)
-        exported = read_wav(self.exported)
         state = self.folder / "session.state"
         state.write_bytes(self.second_chunk.encode() + b"\0")
         self.kavhost("render", "in.wav", "-o", "rendered.wav", "--state", state, "--no-align")
         rendered = read_wav(self.folder / "rendered.wav")
         self.assertGreater(rendered.difference(self.sound), 0.1, "nothing was limited")
         # Ardour plays the track earlier by the number of samples that the effect reports.
-        self.assertEqual(exported.difference(rendered.from_frame(LOOK_AHEAD)), 0.0)
+        self.assertEqual(self.exported.difference(rendered.from_frame(LOOK_AHEAD)), 0.0)

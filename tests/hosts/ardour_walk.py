@@ -7,16 +7,15 @@ import time
 import ardour_windows
 from ardour import chunk_in
 from display import RIGHT
+from editor import WIDTH
 from support import LIBRARY, NAME, HostTest
 
 # Places on the panel at its first size.
-PANEL_WIDTH = 754
 THRESHOLD, CEILING = (302, 143), (634, 143)  # the caps of the faders, at their upper ends
 MACRO_2 = (290, 464)
 NOWHERE = (10, 92)  # no control is there, so no hint shows
 HISTORY = (20, 530, 92, 22)  # undo and redo: the next evening begins without steps
 PULL = 80  # pixels
-DRAWN = 100  # colours; the panel has thousands
 
 
 def value_in(state, name):
@@ -36,7 +35,7 @@ def without_history(picture):
     left, top, width, height = HISTORY
     pixels = bytearray(picture)
     for y in range(top, top + height):
-        first = 4 * (y * PANEL_WIDTH + left)
+        first = 4 * (y * WIDTH + left)
         pixels[first:first + 4 * width] = bytes(4 * width)
     return bytes(pixels)
 
@@ -65,26 +64,16 @@ class Walk(HostTest):
     @contextlib.contextmanager
     def ardour(cls):
         """Ardour with the project and the editor, until it has quit."""
-        with contextlib.closing(ardour_windows.ArdourWindows(cls, cls.session, NAME)) as cls.host:
-            cls.editor = cls.host.wait_for_editor("song")
-            cls.editor.raise_window()
-            cls.host.until(lambda: len(set(memoryview(cls.editor.picture()).cast("I"))) > DRAWN, 10, "a picture")
+        with ardour_windows.opened(cls, cls.session, NAME, "song") as (cls.host, cls.editor):
             yield
-            cls.host.save(cls.session)  # else it asks
-            cls.host.quit()
-
-    @classmethod
-    def on_screen(cls, place):
-        left, top, *_ = cls.editor.rectangle
-        return left + place[0], top + place[1]
 
     @classmethod
     def pull(cls, place):
-        cls.host.display.drag(*cls.on_screen(place), 0, PULL)
+        cls.host.display.drag(*cls.editor.on_screen(place), 0, PULL)
 
     @classmethod
     def rename(cls, place, letters):
-        cls.host.display.click(*cls.on_screen(place), RIGHT)
+        cls.host.display.click(*cls.editor.on_screen(place), RIGHT)
         time.sleep(0.3)  # the box has the focus, also where that had been taken away after the press
         cls.host.display.type_text(letters)
         cls.host.display.type_key("Return")
@@ -104,7 +93,7 @@ class Walk(HostTest):
     @classmethod
     def picture_at_rest(cls):
         """With the pointer away, once a second has changed nothing: no hint, no button that still fades."""
-        cls.host.display.point(*cls.on_screen(NOWHERE))
+        cls.host.display.point(*cls.editor.on_screen(NOWHERE))
         pictures = []
 
         def is_at_rest():

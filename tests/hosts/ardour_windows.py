@@ -7,8 +7,9 @@ import shutil
 import time
 import xml.etree.ElementTree as Xml
 
-from ardour import scan
+from ardour import TICKS_PER_FRAME, scan
 from display import Display
+from editor import Editor
 from osc import Remote
 from support import HERE, RATE, start_program, stop_program, wait_for
 
@@ -79,7 +80,7 @@ def make_session(test, library, effect, tracks):
     for place, (route, processor) in enumerate(effects_in(tree)):
         Xml.SubElement(windows, "Window", {
             "name": f"P-{route.get('id')}-{processor.get('id')}", "visible": "1", "custom-ui": "1",
-            "x-off": str(150 + 900 * place), "y-off": "420", "x-size": "-1", "y-size": "-1"})
+            "x-off": str(150 + 900 * (place % 2)), "y-off": "420", "x-size": "-1", "y-size": "-1"})
     tree.write(session, encoding="UTF-8", xml_declaration=True)
     return session
 
@@ -109,11 +110,12 @@ def automate_by_touch(session, track, parameter):
 
 
 def points_of(session, track, parameter):
-    """The values of the track's saved automation, by time."""
+    """The track's saved automation: pairs of a frame and a value, by time."""
     for route, processor in effects_in(Xml.parse(session)):
         if route.get("name") == track:
             events = automation_of(processor, parameter).findtext("events") or ""
-            return [float(line.split()[1]) for line in events.strip().splitlines()]
+            return [(int(time.removeprefix("a")) // TICKS_PER_FRAME, float(value))
+                    for time, value in map(str.split, events.strip().splitlines())]
     raise AssertionError(f"no effect on the track {track}")
 
 
@@ -130,40 +132,16 @@ def port_of(process):
     return None
 
 
-def processes_of_session(leader):
-    """What is still running of the programs that a process started with start_program has started, and itself."""
-    found = []
-    for status in pathlib.Path("/proc").glob("[0-9]*/stat"):
-        with contextlib.suppress(OSError):
-            name, fields = status.read_text().rsplit(")", 1)
-            if fields.split()[0] != "Z" and int(fields.split()[3]) == leader:
-                found.append(name)
-    return found
-
-
-class Editor:
-    """An editor in its host's window: what shows, and where."""
-
-    def __init__(self, display, host_window, window):
-        self.display = display
-        self.host_window = host_window
-        self.window = window
-
-    @property
-    def rectangle(self):
-        return self.display.client.rectangle(self.window)
-
-    @property
-    def host_size(self):
-        return self.display.client.rectangle(self.host_window)[2:]
-
-    def picture(self):
-        """What the screen shows in the editor's place; a part of it, if that isn't all on the screen."""
-        return self.display.client.pixels(*self.rectangle)
-
-    def raise_window(self):
-        """Brings it in front of the host's other windows, which may cover it."""
-        self.display.bring_to_front(self.host_window)
+@contextlib.contextmanager
+def opened(test, session, effect, track):
+    """A running Ardour and the track's editor, once it is drawn. In the end it has saved the session and quit."""
+    with contextlib.closing(ArdourWindows(test, session, effect)) as host:
+        editor = host.wait_for_editor(track)
+        editor.raise_window()
+        host.until(editor.is_drawn, 20, "a picture")
+        yield host, editor
+        host.save(session)  # else it asks
+        host.quit()
 
 
 class ArdourWindows:
@@ -187,8 +165,8 @@ class ArdourWindows:
             self.process = start_program(["ardour", "-n", "--no-announcements", session], folder,
                                          self.display.environment, "ardour.log")
             try:
-                self.port = wait_for(lambda: self.ended() or port_of(self.process), 30, "Ardour's start")
-                wait_for(lambda: self.ended() or self.display.windows(" - Ardour"), 30, "Ardour's window")
+                self.port = wait_for(lambda: self.ended() or port_of(self.process), 60, "Ardour's start")
+                wait_for(lambda: self.ended() or self.display.windows(" - Ardour"), 60, "Ardour's window")
                 if not self.ended():
                     return
             except (AssertionError, OSError):
@@ -225,7 +203,7 @@ class ArdourWindows:
                             return Editor(self.display, window, own)
         return None
 
-    def wait_for_editor(self, track, seconds=30):
+    def wait_for_editor(self, track, seconds=60):
         return self.until(lambda: self.find_editor(track), seconds, f"the editor of {track}")
 
     def action(self, name):
@@ -259,14 +237,20 @@ class ArdourWindows:
         left, top = self.main_window()
         self.display.point(left + 900, top + 600)  # an empty part
 
-    def show(self, track):
-        """By a double click on the effect in the mixer strip beside the tracks."""
-        left, top = self.main_window()
-        strip = (left, top + 100, 120, 300)
-        with self.change_of(strip):
+    def show_strip(self):
+        """The mixer strip beside the tracks: at first the master's."""
+        with self.change_of(self.strip()):
             self.action("Editor/show-editor-mixer")
-        with self.change_of(strip):  # the header of the first track, below that of the master
-            self.display.click(left + 175, top + 343)
+
+    def strip(self):
+        left, top = self.main_window()
+        return left, top + 100, 120, 300
+
+    def show(self, track, place=0):
+        """By a double click on the effect in the strip of that track, which is selected then, and so is the effect."""
+        left, top = self.main_window()
+        with self.change_of(self.strip()):  # the headers of the tracks are below that of the master
+            self.display.click(left + 175, top + 343 + 68 * place)
         for below in (188, 184, 192, 196):  # the first effect of the strip; fonts move it
             self.display.click(left + 60, top + below, times=2)
             with contextlib.suppress(AssertionError):

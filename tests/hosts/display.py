@@ -12,7 +12,7 @@ import time
 from support import start_program, stop_program, wait_for
 
 LEFT, RIGHT, WHEEL_UP = 1, 3, 4
-KEYS = {"space": 0x20, "Return": 0xFF0D, "Control": 0xFFE3}  # a letter's name is the letter
+KEYS = {"space": 0x20, "Return": 0xFF0D, "Right": 0xFF53, "Control": 0xFFE3}  # a letter's name is the letter
 WIDTH, HEIGHT = 1920, 1200
 
 # Numbers of requests, attributes and events, as the protocol defines them.
@@ -217,12 +217,19 @@ class Display:
         self.click(x, y, WHEEL_UP, notches)
 
     def drag(self, x, y, by_x, by_y, steps=8):
+        self.hold(x, y, by_x, by_y, steps)
+        self.let_go()
+
+    def hold(self, x, y, by_x, by_y, steps=8):
+        """The beginning of a drag, until `let_go`."""
         self.point(x, y)
         self.client.fake(BUTTON_PRESS, LEFT)
         time.sleep(0.1)
         for step in range(1, steps + 1):
             self.point(x + by_x * step // steps, y + by_y * step // steps)
         time.sleep(0.1)
+
+    def let_go(self):
         self.client.fake(BUTTON_RELEASE, LEFT)
 
     def type_key(self, name, held=()):

@@ -68,6 +68,23 @@ def wait_for(condition, seconds, what):
     return result
 
 
+def becomes_true(condition, seconds=10):
+    """For what a test judges later, so that the steps after it still run."""
+    with contextlib.suppress(AssertionError):
+        return bool(wait_for(condition, seconds, "it"))
+    return False
+
+
+def running_at(home):
+    """The names of the programs with this home, whoever started them, apart from a display's own."""
+    found = []
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        with contextlib.suppress(OSError):
+            if f"HOME={home}".encode() in (process / "environ").read_bytes().split(b"\0"):
+                found.append((process / "comm").read_text().strip())
+    return [name for name in found if name not in ("Xvfb", "openbox")]
+
+
 class HostTest(unittest.TestCase):
     """A test with its own temporary folder, which is the home of every program it starts and holds its files.
 
