@@ -7,11 +7,12 @@ import os
 import pathlib
 import select
 import shutil
-import subprocess
 import time
 
 import states
-from support import LIBRARY, NAME, HostTest, limited_material, read_wav, write_wav
+from display import Display
+from support import (LIBRARY, NAME, HostTest, limited_material, read_wav, start_program, stop_program, wait_for,
+                     write_wav)
 
 MODULE = pathlib.Path("/usr/lib/audacity/modules/mod-script-pipe.so")
 # Audacity gives them these names, whatever the folder for temporary files.
@@ -43,8 +44,35 @@ def group_of_effect(part):
     return f"[pluginsettings/base64\\:{identity}/private/{part}]"
 
 
-class Audacity(HostTest):
-    """One run that searches for plug-ins, and one that uses the result."""
+class Pipe:
+    """Through which Audacity takes commands. Whoever makes one closes it."""
+
+    def __init__(self):
+        # Opened in both directions, so that neither waits for the other side.
+        self.ends = [os.open(pipe, os.O_RDWR | os.O_NONBLOCK) for pipe in PIPES]
+
+    def close(self):
+        for end in self.ends:
+            os.close(end)
+
+    def send(self, command):
+        os.write(self.ends[0], command.encode() + b"\n")
+
+    def has_answer(self):
+        return bool(select.select([self.ends[1]], [], [], 0)[0])
+
+    def answer(self):
+        """To the next of the commands; it ends with an empty line."""
+        answer, end = b"", time.monotonic() + 30
+        while not answer.endswith(b"\n\n"):
+            if not select.select([self.ends[1]], [], [], max(0.0, end - time.monotonic()))[0]:
+                raise TimeoutError(f"no answer but {answer}")
+            answer += os.read(self.ends[1], 65536)
+        return answer.decode()
+
+
+class Host(HostTest):
+    """Audacity knows the effect, and a new instance starts with the patch that all tests use."""
 
     @classmethod
     def set_up_once(cls):
@@ -52,8 +80,7 @@ class Audacity(HostTest):
         shutil.copy(LIBRARY, cls.home / ".vst")
         # Its commands set no value that reaches the effect, but a new instance starts with the user's first patch.
         cls.state = cls.folder / "told.state"
-        cls.kavhost("info", "--state", states.told_state(cls.folder, cls.kavhost),
-                    *(word for index, value in VALUES.items() for word in ("--set", f"{index}={value}")),
+        cls.kavhost("info", "--state", states.told_state(cls.folder, cls.kavhost), *cls.settings(VALUES),
                     "--save-state", cls.state)
         patches = cls.home / "Documents/Kavelin/KAV Sorrel Limiter"
         patches.mkdir(parents=True)
@@ -61,24 +88,68 @@ class Audacity(HostTest):
         cls.configuration = cls.home / ".config/audacity"
         cls.configuration.mkdir(parents=True)
         with cls.running():
-            cls.wait_for(lambda: f"Symbol={NAME}\n" in cls.stored("pluginregistry.cfg"), 300, "its list of plug-ins")
-        cls.registry = cls.stored("pluginregistry.cfg")
-
+            wait_for(lambda: f"Symbol={NAME}\n" in cls.stored("pluginregistry.cfg"), 300, "its list of plug-ins")
         write_wav(cls.folder / "in.wav", limited_material())
-        cls.answers = cls.limit_selection()
+
+    @staticmethod
+    def settings(values):
+        """Options of kavhost."""
+        return [word for index, value in values.items() for word in ("--set", f"{index}={value}")]
 
     @classmethod
-    def limit_selection(cls):
-        """Audacity's answers to the commands."""
-        for attempt in range(3):
-            with cls.running():
-                cls.wait_for(lambda: all(pipe.exists() for pipe in PIPES), 60, "its pipes")
+    def rendered(cls, values):
+        """What kavhost makes of the sound. A new instance takes no routing from the patch."""
+        cls.kavhost("render", "in.wav", "-o", "rendered.wav", *cls.settings(values), "--no-align")
+        # Audacity removes the delay that the effect reports.
+        return read_wav(cls.folder / "rendered.wav").from_frame(LOOK_AHEADS)
+
+    @classmethod
+    @contextlib.contextmanager
+    def running(cls):
+        """With a display of its own."""
+        for pipe in PIPES:  # left by a run that was interrupted
+            pipe.unlink(missing_ok=True)
+        shutil.rmtree(cls.folder / "tmp", ignore_errors=True)
+        (cls.folder / "tmp").mkdir()
+        date = datetime.datetime.fromtimestamp(MODULE.stat().st_mtime).strftime("%Y-%m-%dT%H:%M:%S")
+        (cls.configuration / "audacity.cfg").write_text(CONFIGURATION.format(module_date=date))
+        with contextlib.closing(Display(cls.folder, cls.environment(), None)) as display:
+            process = start_program(["audacity"], cls.folder, display.environment, "audacity.log")
+            try:
+                yield display
+            finally:
+                os.killpg(process.pid, 9)  # when terminated, it asks whether to save
+                stop_program(process)
+                for pipe in PIPES:
+                    pipe.unlink(missing_ok=True)
+
+    @classmethod
+    @contextlib.contextmanager
+    def with_selection(cls):
+        """Running, with the sound selected: its display and its pipe."""
+        with contextlib.ExitStack() as started:
+            for attempt in range(3):
+                display = started.enter_context(cls.running())
+                wait_for(lambda: all(pipe.exists() for pipe in PIPES), 60, "its pipes")
+                pipe = started.enter_context(contextlib.closing(Pipe()))
                 # The pipes exist before it listens, and a command that arrives too early is never answered.
                 time.sleep(8 * (attempt + 1))
                 with contextlib.suppress(TimeoutError):
-                    return cls.talk(f'Import2: Filename="{cls.folder}/in.wav"', "SelectAll:", "KavSorrelLimiter:",
-                                    f'Export2: Filename="{cls.folder}/out.wav" NumChannels=2')
-        raise AssertionError("Audacity did not answer")
+                    cls.talk(pipe, f'Import2: Filename="{cls.folder}/in.wav"', "SelectAll:")
+                    break
+                started.pop_all().close()
+            else:
+                raise AssertionError("Audacity did not answer")
+            yield display, pipe
+
+    @staticmethod
+    def talk(pipe, *commands):
+        """The answers, one per command."""
+        answers = []
+        for command in commands:
+            pipe.send(command)
+            answers.append(pipe.answer())
+        return answers
 
     @classmethod
     def stored(cls, name):
@@ -88,55 +159,16 @@ class Audacity(HostTest):
         except FileNotFoundError:
             return ""
 
-    @staticmethod
-    def wait_for(condition, seconds, what):
-        end = time.monotonic() + seconds
-        while not condition():
-            if time.monotonic() > end:
-                raise AssertionError(f"Audacity did not write {what} in {seconds} s")
-            time.sleep(0.2)
+
+class Audacity(Host):
+    """One run that searches for plug-ins, and one that uses the result."""
 
     @classmethod
-    @contextlib.contextmanager
-    def running(cls):
-        for pipe in PIPES:  # left by a run that was interrupted
-            pipe.unlink(missing_ok=True)
-        shutil.rmtree(cls.folder / "tmp", ignore_errors=True)
-        (cls.folder / "tmp").mkdir()
-        date = datetime.datetime.fromtimestamp(MODULE.stat().st_mtime).strftime("%Y-%m-%dT%H:%M:%S")
-        (cls.configuration / "audacity.cfg").write_text(CONFIGURATION.format(module_date=date))
-        with open(cls.folder / "audacity.log", "wb") as log:
-            process = subprocess.Popen(["xvfb-run", "-a", "audacity"], env=cls.environment(), cwd=cls.folder,
-                                       stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
-        try:
-            yield
-        finally:
-            # When terminated, it asks whether to save.
-            with contextlib.suppress(ProcessLookupError):
-                os.killpg(process.pid, 9)
-            process.wait()
-            for pipe in PIPES:
-                pipe.unlink(missing_ok=True)
-
-    @staticmethod
-    def talk(*commands):
-        """The answers, one per command; an answer ends with an empty line."""
-        # Opened in both directions, so that neither waits for the other side.
-        to, answers = (os.open(pipe, os.O_RDWR | os.O_NONBLOCK) for pipe in PIPES)
-        told = []
-        try:
-            for command in commands:
-                os.write(to, command.encode() + b"\n")
-                answer, end = b"", time.monotonic() + 30
-                while not answer.endswith(b"\n\n"):
-                    if not select.select([answers], [], [], max(0.0, end - time.monotonic()))[0]:
-                        raise TimeoutError(f"{command}: no answer but {answer}")
-                    answer += os.read(answers, 65536)
-                told.append(answer.decode())
-        finally:
-            os.close(to)
-            os.close(answers)
-        return told
+    def set_up_once(cls):
+        super().set_up_once()
+        cls.registry = cls.stored("pluginregistry.cfg")
+        with cls.with_selection() as (_, pipe):
+            cls.answers = cls.talk(pipe, "KavSorrelLimiter:", f'Export2: Filename="{cls.folder}/out.wav" NumChannels=2')
 
     def test_finds_the_effect(self):
         entry = self.registry[self.registry.index(f"Symbol={NAME}\n"):].split("[", 1)[0]
@@ -148,15 +180,10 @@ class Audacity(HostTest):
             self.assertIn("BatchCommand finished: OK", answer)
 
     def test_processes_a_selection_as_kavhost_does(self):
-        exported = read_wav(self.folder / "out.wav")
-        # A new instance takes no routing from the patch.
-        settings = [word for index, value in VALUES.items() for word in ("--set", f"{index}={value}")]
-        self.kavhost("render", "in.wav", "-o", "rendered.wav", *settings, "--no-align")
-        rendered = read_wav(self.folder / "rendered.wav")
-        self.assertEqual(exported.frames, rendered.frames)
+        exported, rendered = read_wav(self.folder / "out.wav"), self.rendered(VALUES)
+        self.assertEqual(exported.frames, rendered.frames + LOOK_AHEADS)
         self.assertGreater(rendered.difference(read_wav(self.folder / "in.wav")), 0.1, "nothing was limited")
-        # It removes the delay that the effect reports.
-        self.assertEqual(exported.difference(rendered.from_frame(LOOK_AHEADS)), 0.0)
+        self.assertEqual(exported.difference(rendered), 0.0)
 
     def test_keeps_the_names_of_macros(self):
         stored = self.stored("pluginsettings.cfg")
