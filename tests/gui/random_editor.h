@@ -2,20 +2,24 @@
 
 #include "gui/button_mom.h"
 #include "gui/knob.h"
+#include "gui/led.h"
 #include "gui/value_display.h"
 #include "tests/gui/recording_root.h"
+#include "tests/support/chance.h"
 #include "tests/support/own_renderers.h"
+#include "tests/support/random_user.h"
 #include "tests/support/recording_pictures.h"
 #include "tests/support/recording_window.h"
 #include "tests/support/toolkit_robot.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
-#include <random>
 #include <set>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace KAV::Tests {
@@ -40,23 +44,17 @@ public:
 };
 
 /// An editor full of widgets that chance has made, whose window and renderer are doubles.
-class CRandomEditor final {
+class CRandomEditor final : public CChance {
 public:
-    explicit CRandomEditor(std::uint32_t seed) : _random(seed) {
+    explicit CRandomEditor(const CChance& chance, std::uint32_t count = 25) : CChance(chance) {
         pictures.stored = {
             {u"Plain.png", {40, 30}}, {u"Strip((5)).png", {20, 100}}, {u"Grid((7x3)).png", {60, 60}}};
         root.EnableHistory(true);
-        for (int n = 0; n < 25; ++n) AddWidget();
+        for (; count > 0; --count) AddWidget();
         Open();
     }
 
-    std::uint32_t Below(std::uint32_t end) { return static_cast<std::uint32_t>(_random()) % end; }
-    bool OneIn(std::uint32_t count) { return Below(count) == 0; }
-    std::int32_t Between(std::int32_t first, std::int32_t last) {
-        return first + static_cast<std::int32_t>(Below(static_cast<std::uint32_t>(last - first + 1)));
-    }
-    float Share() { return static_cast<float>(Below(1001)) / 1000.0f; }
-    GUI::CWidget& AnyWidget() { return *widgets[Below(static_cast<std::uint32_t>(widgets.size()))]; }
+    GUI::CWidget& AnyWidget() { return *OneOf(widgets); }
 
     void Open() {
         if (window.Exists()) return;
@@ -81,7 +79,11 @@ public:
             widgets.push_back(std::make_unique<GUI::CValueDisplay>(root, info));
             break;
         case 5:
-            widgets.push_back(std::make_unique<GUI::CMeter>(root, info));
+            if (OneIn(2)) {
+                widgets.push_back(std::make_unique<GUI::CMeter>(root, info));
+            } else {
+                widgets.push_back(std::make_unique<GUI::CLED>(root, info));
+            }
             break;
         case 6:
             widgets.push_back(std::make_unique<GUI::CLabel>(root, info));
@@ -105,7 +107,7 @@ public:
     CRecordingPictures pictures;
     CWatchingRoot root{{&window, &pictures}};
     CToolkitRobot robot{window};
-    std::size_t boxesOpened = 0;                        ///< as the test counts them
+    CRandomUser user{*this, robot, window, root};
     std::vector<std::unique_ptr<GUI::CWidget>> widgets; // its own, in the order of the list
 
 private:
@@ -115,6 +117,14 @@ private:
         const bool isTaken = std::any_of(
             widgets.begin(), widgets.end(), [id](const auto& widget) { return widget->nId == id; });
         return isTaken ? -1 : id;
+    }
+    /// Places, sizes and values that no panel has, and that must break nothing all the same.
+    void MakeAbsurd(GUI::SWidgetInfo& info) {
+        for (float* const number : {&info.fX, &info.fY, &info.fW, &info.fH, &info.fHotL, &info.fHotR,
+                 &info.fHotT, &info.fHotB, &info.fHintAt, &info.fValue, &info.fDefault}) {
+            if (OneIn(4)) *number = AnyFloat();
+        }
+        if (OneIn(4)) info.nAnchor = AnyNumber();
     }
     GUI::SWidgetInfo Info() {
         GUI::SWidgetInfo info;
@@ -128,14 +138,15 @@ private:
         info.fHotL = OneIn(4) ? 3.0f : 0.0f;
         info.nMrgL = OneIn(5) ? 4 : 0;
         info.fFontSize = OneIn(2) ? 10.0f : -0.35f;
-        const std::vector<std::u16string> images{
+        constexpr std::array<std::u16string_view, 5> Images{
             u"", u"Plain.png", u"Strip((5)).png", u"Grid((7x3)).png", u"None.png"};
-        info.sImage = images[Below(5)];
-        const std::vector<std::u16string> names{u"", u"Gain", u"A name of more length than others"};
-        info.sName = names[Below(3)];
-        const std::vector<std::u16string> lists{
+        info.sImage = OneOf(Images);
+        constexpr std::array<std::u16string_view, 3> Names{
+            u"", u"Gain", u"A name of more length than others"};
+        info.sName = OneOf(Names);
+        constexpr std::array<std::u16string_view, 5> Lists{
             u"", u"", u"one", u"a||b||c", u"Big_1||Big_2-sep-||Small||Big_3"};
-        info.sList = lists[Below(5)];
+        info.sList = OneOf(Lists);
         info.bVisible = !OneIn(5);
         info.bInteractive = !OneIn(4);
         info.bPassive = OneIn(6);
@@ -152,10 +163,9 @@ private:
         info.nVisibleRiseMs = info.nVisibleFallMs = OneIn(2) ? 0 : 250;
         info.nShadowBlur = static_cast<std::uint8_t>(Below(3));
         info.nAnchor = OneIn(4) ? Below(10) : 0;
+        if (OneIn(20)) MakeAbsurd(info);
         return info;
     }
-
-    std::mt19937 _random;
 };
 
 } // namespace KAV::Tests
