@@ -30,6 +30,7 @@ public:
     std::map<std::u16string, SSize> stored;
     bool hasNewTexts = false;                     ///< what HasNewTexts() answers, once
     std::int32_t characterWidth = CharacterWidth; ///< of a measured text
+    std::int32_t largestSide = 65535;             ///< of what it makes, whatever is wanted: small is fast
     std::string throwIn; ///< the operation that throws KAV::Exceptions::Std, by its name
 
     std::vector<std::string> lines;
@@ -69,14 +70,8 @@ public:
     bool HasNewTexts() override { return std::exchange(hasNewTexts, false); }
 
 private:
-    static Pixels::SBitmap Bitmap(std::int32_t width, std::int32_t height) {
-        Pixels::SBitmap bitmap;
-        bitmap.width = width;
-        bitmap.height = height;
-        bitmap.stride = 4 * width;
-        bitmap.alpha = Pixels::EAlpha::Premultiplied;
-        bitmap.bytes.resize(static_cast<std::size_t>(bitmap.stride) * static_cast<std::size_t>(height));
-        return bitmap;
+    Pixels::SBitmap Bitmap(std::int32_t width, std::int32_t height) const {
+        return Pixels::TransparentBitmap(std::min(width, largestSide), std::min(height, largestSide));
     }
     static std::string Size(std::int32_t width, std::int32_t height) {
         return " " + std::to_string(width) + "x" + std::to_string(height);
