@@ -348,6 +348,8 @@ TEST(UnknownTests, AreNamesAndRowsThatNothingStandsBehind) {
     tree.Write("docs/failures.md",
         "| Fault | Result | Shown by |\n|---|---|---|\n"
         "| a | b | `Suite.Fact`, `Suite.LongFact`, `Suite.FactOfTypes`, `Host.test_runs` |\n"
-        "| c | d | `Suite.Fiction` |\n| e | f | |\n");
-    EXPECT_EQ(UnknownTests(tree.Root()), (Lines{"Suite.Fiction is no test", "nothing shows: e"}));
+        "| c | d | `Suite.Fiction` |\n| e | f | |\n\n"
+        "| Target | Gets | Runs |\n|---|---|---|\n| g | h | 1 |\n\n| i | j | |\n");
+    EXPECT_EQ(UnknownTests(tree.Root()),
+        (Lines{"Suite.Fiction is no test", "nothing shows: e", "nothing shows: i"}));
 }
