@@ -10,7 +10,8 @@
 #include "device_gui/panel_view.h"
 #include "device_gui/routing_edit.h"
 #include "device_gui/row_info.h"
-#include "patch/patch_files.h"
+#include "device_gui/user_guide.h"
+#include "utils/path.h"
 #include "utils/shell_open.h"
 
 #include <algorithm>
@@ -158,10 +159,17 @@ void CXXXGUI::StepAbout() {
     }
 }
 
+void CXXXGUI::OpenUserGuide() const {
+    const auto file = FindUserGuide(Utils::GetModulePath());
+    if (file.empty())
+        _iMaker.OpenUserManual();
+    else
+        Utils::OpenUrlOrFile(file);
+}
+
 void CXXXGUI::OnKeyDown(std::uint32_t a_nKey) {
     if (a_nKey == GUI::KeyF1) {
-        const auto folder = PatchFolder();
-        if (!folder.empty()) Utils::OpenUrlOrFile(folder + u"Tessel User Guide.pdf");
+        OpenUserGuide();
         return;
     }
     if (!Window().IsLeftControlDown() || IsAboutOpen()) return;

@@ -102,6 +102,7 @@ private:
     void ShowHistory();
     void ShowLamp();
     void StepAbout();
+    void OpenUserGuide() const;
 
     CXXXDSP& _piDSP;
     IDeviceControls& _piControls;

@@ -8,6 +8,12 @@
 #define KAV_VENDOR "Kavelin"
 #define KAV_PRODUCT "KAV Sorrel Limiter"
 #define KAV_VERSION "1.0.1.0"
+#define KAV_PACKAGE "kav-sorrel-limiter"
+
+// The user guide: the machine's copy, next to the library or where packages put their documents; and the
+// user's own, next to the patches, which has kept the name of an earlier guide.
+#define KAV_GUIDE KAV_PRODUCT " User Guide.pdf"
+#define KAV_OWN_GUIDE "Tessel User Guide.pdf"
 
 namespace KAV::Utils {
 

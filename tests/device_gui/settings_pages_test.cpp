@@ -83,20 +83,25 @@ TEST_F(SettingsPages, OpenInTheUsersBrowser) {
     const std::string before = std::getenv("PATH");
     setenv("PATH", (folder.string() + ":" + before).c_str(), 1);
     AskServer("1.0.2.0||https://host/file||x");
-    const auto opened = [&](std::u16string_view entry) {
-        OpenMenu();
-        EXPECT_TRUE(robot.Choose(entry));
+    const auto page = [&] {
         for (int n = 0; n < 1000 && !std::filesystem::exists(said); ++n)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const auto text = ReadText(said);
         std::filesystem::remove(said);
         return text;
     };
+    const auto opened = [&](std::u16string_view entry) {
+        OpenMenu();
+        EXPECT_TRUE(robot.Choose(entry));
+        return page();
+    };
     const auto origin = "http://127.0.0.1:" + std::to_string(server->Port());
     EXPECT_EQ(opened(u"New version 1.0.2.0 is available..."), "https://host/file\n");
     EXPECT_EQ(opened(u"What's new in version 1.0.2.0..."),
         origin + "/service/whatsnew.php?platform=win&product_id=0123abcd\n");
     EXPECT_EQ(opened(u"User Manual..."), origin + "/service/help.php?product_id=0123abcd\n");
+    robot.Key(GUI::KeyF1); // there is no guide as a file
+    EXPECT_EQ(page(), origin + "/service/help.php?product_id=0123abcd\n");
     setenv("PATH", before.c_str(), 1);
 }
 #endif

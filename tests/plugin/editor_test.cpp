@@ -404,12 +404,14 @@ TEST_F(Editor, OpensTheUserGuideWithF1) {
     std::filesystem::permissions(folder / "xdg-open", std::filesystem::perms::owner_all);
     const std::string before = std::getenv("PATH");
     setenv("PATH", (folder.string() + ":" + before).c_str(), 1);
+    const auto guide = documents.Patch("Tessel User Guide.pdf");
+    WriteText(guide, "guide");
     OpenAndSettle();
     desk->Run([this] { robot.Key(GUI::KeyF1); });
     for (int n = 0; n < 1000 && !std::filesystem::exists(said); ++n)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     setenv("PATH", before.c_str(), 1);
-    EXPECT_EQ(ReadText(said), documents.Patch("Tessel User Guide.pdf").string() + "\n");
+    EXPECT_EQ(ReadText(said), guide.string() + "\n");
 }
 #endif
 
