@@ -9,6 +9,7 @@
 #include "utils/path.h"
 
 #include <map>
+#include <sstream>
 
 using namespace KAV;
 using namespace KAV::Host;
@@ -44,9 +45,9 @@ protected:
         WriteText(content / "Routings" / "notes.txt", "no routing");
         fs::create_directories(documents);
     }
-    ContentReport Install() { return InstallContent(content, documents); }
+    ContentReport Install() { return InstallContent({content, guide}, documents); }
     ContentReport Uninstall() { return UninstallContent(documents); }
-    ContentReport List() { return ListContent(content, documents); }
+    ContentReport List() { return ListContent({content, guide}, documents); }
 
     static EContentFate FateOf(const ContentReport& report, const std::string& place) {
         for (const auto& line : report) {
@@ -74,6 +75,7 @@ protected:
         {Patches + "B.kvp", std::string("patch B\0", 8)}, {Routings + "5.1.kvt", "routing"},
         {Routings + "Legacy/Mid/Side.kvt", "older routing"}};
     fs::path content = NewFolder();
+    fs::path guide; // none
     fs::path documents = NewFolder() / "documents";
 };
 
@@ -84,6 +86,42 @@ TEST_F(ContentInstaller, CopiesPatchesAndRoutingsAndNothingElse) {
     EXPECT_EQ(report.size(), 4u);
     for (const auto& line : report) EXPECT_EQ(line.fate, EContentFate::Installed) << line.place;
     EXPECT_FALSE(HasFailed(report));
+    ExpectWhole();
+}
+
+TEST_F(ContentInstaller, PutsTheUserGuideWhereTheEditorLooksForIt) {
+    guide = NewFolder() / "KAV Sorrel Limiter User Guide.pdf";
+    WriteText(guide, "guide");
+    const auto place = Patches + "Tessel User Guide.pdf";
+    whole[place] = "guide";
+    EXPECT_EQ(FateOf(List(), place), EContentFate::Missing);
+    EXPECT_EQ(FateOf(Install(), place), EContentFate::Installed);
+    ExpectWhole();
+    EXPECT_EQ(FateOf(List(), place), EContentFate::There);
+    std::ostringstream listed;
+    PrintContent(listed, List(), {documents, content});
+    EXPECT_NE(listed.str().find("installed  " + place + "\n"), std::string::npos) << "no option names it\n"
+                                                                                  << listed.str();
+    WriteText(guide, "newer guide");
+    EXPECT_EQ(FateOf(Install(), place), EContentFate::Renewed);
+    EXPECT_EQ(FateOf(Uninstall(), place), EContentFate::Removed);
+    EXPECT_TRUE(fs::is_empty(documents));
+}
+
+TEST_F(ContentInstaller, LeavesAGuideThatTheUserHasChanged) {
+    guide = NewFolder() / "KAV Sorrel Limiter User Guide.pdf";
+    WriteText(guide, "guide");
+    Install();
+    const auto place = Patches + "Tessel User Guide.pdf";
+    WriteText(documents / place, "guide with notes");
+    EXPECT_EQ(FateOf(Install(), place), EContentFate::Users);
+    EXPECT_EQ(FateOf(Uninstall(), place), EContentFate::Users);
+    EXPECT_EQ(FilesBelow(documents), (std::map<std::string, std::string>{{place, "guide with notes"}}));
+}
+
+TEST_F(ContentInstaller, NeedsNoGuide) {
+    guide = NewFolder() / "missing.pdf";
+    Install();
     ExpectWhole();
 }
 
@@ -219,9 +257,9 @@ TEST_F(ContentInstaller, KeepsTheUsersLinkToAFolderElsewhere) {
 
 TEST_F(ContentInstaller, RefusesAFolderWithoutContent) {
     const auto empty = NewFolder();
-    EXPECT_THROW(InstallContent(empty, documents), CFailure);
-    EXPECT_THROW(InstallContent(empty / "none", documents), CFailure);
-    EXPECT_THROW(InstallContent(content, {}), CFailure);
+    EXPECT_THROW(InstallContent({empty, {}}, documents), CFailure);
+    EXPECT_THROW(InstallContent({empty / "none", {}}, documents), CFailure);
+    EXPECT_THROW(InstallContent({content, {}}, {}), CFailure);
     EXPECT_THROW(UninstallContent({}), CFailure);
     EXPECT_TRUE(fs::is_empty(documents));
 }

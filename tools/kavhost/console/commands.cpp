@@ -77,6 +77,11 @@ std::filesystem::path ContentFolder(const SOptions& options) {
     return options.content.empty() ? OwnFolder() / "content" : options.content;
 }
 
+/// The guide lies next to kavhost as well.
+SContentSource ContentSource(const SOptions& options) {
+    return {ContentFolder(options), OwnFolder() / PathOf(KAV_GUIDE)};
+}
+
 SContentFolders ContentFolders(const SOptions& options) {
     return {DocumentsFolder(), ContentFolder(options)};
 }
@@ -370,13 +375,13 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         RunInspect(options, out);
         break;
     case ECommand::InstallContent:
-        code = PrintChangesAndGetCode(out, InstallContent(ContentFolder(options), DocumentsFolder()));
+        code = PrintChangesAndGetCode(out, InstallContent(ContentSource(options), DocumentsFolder()));
         break;
     case ECommand::UninstallContent:
         code = PrintChangesAndGetCode(out, UninstallContent(DocumentsFolder()));
         break;
     case ECommand::ListContent:
-        PrintContent(out, ListContent(ContentFolder(options), DocumentsFolder()), ContentFolders(options));
+        PrintContent(out, ListContent(ContentSource(options), DocumentsFolder()), ContentFolders(options));
         break;
     }
     out.flush();

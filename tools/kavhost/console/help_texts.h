@@ -114,7 +114,8 @@ inline constexpr const char* BenchFooter =
     "  kavhost bench --set 100=1 --set2 100=0";
 
 inline constexpr const char* ContentFooter =
-    "Patches go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR "/Routings\". Files\n"
+    "Patches and the user guide go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR
+    "/Routings\". Files\n"
     "of your own, and files that you have changed, are neither overwritten nor removed.\n"
     "\n"
     "Patches and routings can be named without being installed: list shows the option for\n"

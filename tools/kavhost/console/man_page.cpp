@@ -139,6 +139,7 @@ constexpr std::array Files{
     STerm{"DOCUMENTS/" KAV_VENDOR "/Routings/*.kvt", "Your routings, for --routing by name."},
     STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/.factory-content",
         "Lists what kavhost content install has installed."},
+    STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/" KAV_OWN_GUIDE, "The user guide, which F1 opens."},
     STerm{"~/.config/kavelin/settings", "Settings of the editor; XDG_CONFIG_HOME replaces ~/.config."},
     STerm{"content/, *.json", "Next to kavhost: the factory's patches and routings; names and ranges of "
                               "parameters, by the effect's unique id."}};

@@ -366,8 +366,8 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
 }
 
 void AddContent(CLI::App& app, STexts& texts) {
-    auto& command =
-        *app.add_subcommand("content", "Install, remove or list the factory patches and routings.");
+    auto& command = *app.add_subcommand(
+        "content", "Install, remove or list the factory patches, routings and the user guide.");
     command.footer(ContentFooter);
     command.require_subcommand(1);
     const auto add = [&](const char* name, const char* help) { return command.add_subcommand(name, help); };

@@ -31,6 +31,8 @@ struct SPart {
 constexpr std::array<SPart, 2> Parts{
     {{"Patches", KAV_VENDOR "/" KAV_PRODUCT "/", ".kvp", ENamedContent::Patch},
         {"Routings", KAV_VENDOR "/Routings/", ".kvt", ENamedContent::Routing}}};
+/// Where F1 in the editor looks for it.
+constexpr std::string_view GuidePlace = KAV_VENDOR "/" KAV_PRODUCT "/" KAV_OWN_GUIDE;
 /// Beside the patches; the plug-in lists only what ends like a patch.
 constexpr std::string_view ManifestPlace = KAV_VENDOR "/" KAV_PRODUCT "/.factory-content";
 
@@ -62,33 +64,40 @@ bool IsEmpty(const fs::path& path) noexcept {
     return !fs::is_regular_file(path, error) || fs::file_size(path, error) == 0;
 }
 
+SContentFile ReadContentFile(const fs::path& path, std::string place) {
+    auto bytes = ReadBytes(path);
+    if (!bytes) throw CFailure(Utf8(path) + ": cannot be read");
+    const auto fingerprint = FingerprintOf(*bytes);
+    return {std::move(place), std::move(*bytes), fingerprint};
+}
+
 void Collect(const fs::path& folder, const std::string& place, std::string_view extension,
     std::vector<SContentFile>& files) {
     auto entries = Platform::ListDirectory(folder);
     std::ranges::sort(entries, {}, &Platform::SDirectoryEntry::name);
     for (const auto& entry : entries) {
         const auto path = folder / PathOf(entry.name);
-        if (entry.isFolder) {
+        if (entry.isFolder)
             Collect(path, place + entry.name + "/", extension, files);
-        } else if (entry.name.ends_with(extension)) {
-            auto bytes = ReadBytes(path);
-            if (!bytes) throw CFailure(Utf8(path) + ": cannot be read");
-            const auto fingerprint = FingerprintOf(*bytes);
-            files.push_back({place + entry.name, std::move(*bytes), fingerprint});
-        }
+        else if (entry.name.ends_with(extension))
+            files.push_back(ReadContentFile(path, place + entry.name));
     }
 }
 
-std::vector<SContentFile> ReadContent(const fs::path& content) {
+std::vector<SContentFile> ReadContent(const SContentSource& source) {
     std::vector<SContentFile> files;
     for (const auto& part : Parts) {
         const auto before = files.size();
-        Collect(content / PathOf(part.folder), std::string(part.place), part.extension, files);
+        Collect(source.folder / PathOf(part.folder), std::string(part.place), part.extension, files);
         if (files.size() == before) {
-            throw CFailure(Utf8(content) + ": no " + std::string(part.extension) + " files in a folder " +
-                           std::string(part.folder) + " there");
+            throw CFailure(Utf8(source.folder) + ": no " + std::string(part.extension) +
+                           " files in a folder " + std::string(part.folder) + " there");
         }
     }
+    // Systems that are kept small leave the documents of packages out.
+    std::error_code error;
+    if (fs::is_regular_file(source.guide, error))
+        files.push_back(ReadContentFile(source.guide, std::string(GuidePlace)));
     return files;
 }
 
@@ -168,7 +177,7 @@ std::string_view StateWord(EContentFate fate) noexcept {
 /// Empty for a file in a folder further down, which no option can name.
 std::string OptionAt(const std::string& place) {
     for (const auto& part : Parts) {
-        if (!place.starts_with(part.place)) continue;
+        if (!place.starts_with(part.place) || !place.ends_with(part.extension)) continue;
         const auto name = std::string_view(place).substr(part.place.size());
         if (name.find('/') != std::string_view::npos) continue;
         return OptionFor(part.kind, name.substr(0, name.size() - part.extension.size()));
@@ -197,9 +206,9 @@ void AddUsers(const SContentFolders& folders, const ContentReport& report, std::
 
 } // namespace
 
-ContentReport InstallContent(const fs::path& content, const fs::path& documents) {
+ContentReport InstallContent(const SContentSource& source, const fs::path& documents) {
     CheckDocuments(documents);
-    const auto files = ReadContent(content);
+    const auto files = ReadContent(source);
     CContentManifest manifest(At(documents, ManifestPlace));
     ContentReport report;
     for (const auto& file : files) report.push_back({file.place, StateOf(file, documents, manifest)});
@@ -243,11 +252,11 @@ ContentReport UninstallContent(const fs::path& documents) {
     return report;
 }
 
-ContentReport ListContent(const fs::path& content, const fs::path& documents) {
+ContentReport ListContent(const SContentSource& source, const fs::path& documents) {
     CheckDocuments(documents);
     const CContentManifest manifest(At(documents, ManifestPlace));
     ContentReport report;
-    for (const auto& file : ReadContent(content)) {
+    for (const auto& file : ReadContent(source)) {
         auto state = StateOf(file, documents, manifest);
         if (state == EContentFate::There && !manifest.Has(file.place, file.fingerprint))
             state = EContentFate::Users;

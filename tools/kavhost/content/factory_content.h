@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-/// Patches and routings that come with the plug-in, in the user's documents, where the plug-in looks for
-/// patches and routings. Files that were not installed, or have been changed since, belong to the user: they
-/// are neither overwritten nor removed.
+/// Patches, routings and the user guide that come with the plug-in, in the user's documents, where the
+/// plug-in looks for them. Files that were not installed, or have been changed since, belong to the user:
+/// they are neither overwritten nor removed.
 namespace KAV::Host {
 
 /// The result for one file, or its state.
@@ -30,10 +30,15 @@ struct SContentLine {
 };
 using ContentReport = std::vector<SContentLine>;
 
-/// Copies the files in `content`/Patches and `content`/Routings, and records what it has copied. Throws
-/// CFailure, with nothing changed, if there is no content or no documents folder, or if the record cannot be
-/// read or written.
-ContentReport InstallContent(const std::filesystem::path& content, const std::filesystem::path& documents);
+/// What can be installed: the files in `folder`/Patches and `folder`/Routings, and the guide, if that exists.
+struct SContentSource {
+    std::filesystem::path folder;
+    std::filesystem::path guide;
+};
+
+/// Copies the content, and records what it has copied. Throws CFailure, with nothing changed, if there is no
+/// content or no documents folder, or if the record cannot be read or written.
+ContentReport InstallContent(const SContentSource& source, const std::filesystem::path& documents);
 
 /// Removes files that were installed and are unchanged, and then folders that are left empty. Throws
 /// CFailure.
@@ -41,7 +46,7 @@ ContentReport UninstallContent(const std::filesystem::path& documents);
 
 /// The state of each file of the content: There if it was installed, Renewed if an older one is, Users, or
 /// Missing. Throws CFailure.
-ContentReport ListContent(const std::filesystem::path& content, const std::filesystem::path& documents);
+ContentReport ListContent(const SContentSource& source, const std::filesystem::path& documents);
 
 /// Notable files, one line each, and the count of each kind.
 void PrintChanges(std::ostream& out, const ContentReport& report);
