@@ -67,10 +67,10 @@ TEST_F(UserGuide, IsTheUsersOwnWhenTheSystemDoesNotNameTheLibrary) {
 
 TEST_F(UserGuide, IsNeverThatOfTheCurrentFolder) {
     Utils::UseDocumentsFolder(u"");
+    for (const auto& file : {beside, library.parent_path() / "Tessel User Guide.pdf"})
+        WriteText(file, "guide");
     const auto before = fs::current_path();
     fs::current_path(library.parent_path());
-    WriteText("KAV Sorrel Limiter User Guide.pdf", "guide");
-    WriteText("Tessel User Guide.pdf", "guide");
     EXPECT_EQ(FindUserGuide({}), u"");
     fs::current_path(before);
 }
