@@ -6,7 +6,10 @@
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # "all" includes tests and benchmarks, which no package contains
 
 set(content_folders "${CMAKE_BINARY_DIR}/content/Patches" "${CMAKE_BINARY_DIR}/content/Routings")
-set(name kav-sorrel-limiter)
+set(name ${KAV_PACKAGE})
+# The guide is made by the target kav_guide, of the preset "release" for both packages.
+set(guide "${KAV_PRODUCT} User Guide")
+set(guide_files "${KAV_GUIDE_FOLDER}/${guide}.pdf" "${KAV_GUIDE_FOLDER}/${guide}.html")
 
 if(WIN32)
     install(TARGETS KAVSorrelLimiter DESTINATION .)
@@ -16,7 +19,8 @@ if(WIN32)
             COMMAND \"${CMAKE_COMMAND}\" -E cat \"${PROJECT_SOURCE_DIR}/packaging/windows-readme.md\"
                 \"${PROJECT_SOURCE_DIR}/README.md\"
             OUTPUT_FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/README.md\" COMMAND_ERROR_IS_FATAL ANY)")
-    install(DIRECTORY docs DESTINATION .)
+    install(DIRECTORY docs DESTINATION . PATTERN guide EXCLUDE)
+    install(FILES ${guide_files} DESTINATION . OPTIONAL)
     install(CODE "
         include(\"${PROJECT_SOURCE_DIR}/packaging/plain_links.cmake\")
         plain_links(\"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")")
@@ -33,7 +37,8 @@ else()
     install(FILES README.md DESTINATION ${documents})
     install(FILES LICENSE DESTINATION ${documents} RENAME copyright)
     install(FILES packaging/lintian-overrides DESTINATION share/lintian/overrides RENAME ${name})
-    install(DIRECTORY docs DESTINATION ${documents})
+    install(DIRECTORY docs DESTINATION ${documents} PATTERN guide EXCLUDE)
+    install(FILES ${guide_files} DESTINATION ${documents} OPTIONAL)
     install(CODE "
         include(\"${PROJECT_SOURCE_DIR}/packaging/plain_links.cmake\")
         plain_links(\"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documents}\"
@@ -61,7 +66,10 @@ else()
             set(prefix \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
             file(MAKE_DIRECTORY \"\${prefix}/bin\")
             file(CREATE_LINK ../${own}/kavhost \"\${prefix}/bin/kavhost\" SYMBOLIC)
-            file(CREATE_LINK ../vst/KAVSorrelLimiter.so \"\${prefix}/${own}/KAVSorrelLimiter.so\" SYMBOLIC)")
+            file(CREATE_LINK ../vst/KAVSorrelLimiter.so \"\${prefix}/${own}/KAVSorrelLimiter.so\" SYMBOLIC)
+            if(EXISTS \"\${prefix}/${documents}/${guide}.pdf\")
+                file(CREATE_LINK \"../../${documents}/${guide}.pdf\" \"\${prefix}/${own}/${guide}.pdf\" SYMBOLIC)
+            endif()")
         install_compressed("${CMAKE_BINARY_DIR}/kavhost.1" share/man/man1/kavhost.1.gz)
         install(FILES "${CMAKE_BINARY_DIR}/completion/kavhost" DESTINATION share/bash-completion/completions)
         install(FILES "${CMAKE_BINARY_DIR}/completion/_kavhost" DESTINATION share/zsh/vendor-completions)

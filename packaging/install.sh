@@ -83,7 +83,7 @@ make_packages() {
         made=$root/build/$preset/packages
         rm -rf "$made"
         targets=(KAVSorrelLimiter kav_profile_file kavhost)
-        if [ "$preset" = release ]; then targets+=(kavhost_man_page); fi
+        if [ "$preset" = release ]; then targets+=(kavhost_man_page kav_guide); fi
         build "$preset" "${targets[@]}" &&
             with_log "$preset-package" cpack --config "$root/build/$preset/CPackConfig.cmake" -B "$made" &&
             find "$made" -maxdepth 1 -type f -exec cp {} "$root/out/" \; -printf "$root/out/%f\n" || return 1

@@ -161,7 +161,8 @@ class Package(HostTest):
         self.assertEqual([file for file in files_in(self.root) if not file.startswith(known)], [])
         for file in known[-3:]:
             self.assertTrue((self.root / file).is_file(), file)
-        for document in ("copyright", "README.md", "changelog.gz", "changelog.Debian.gz"):
+        for document in ("copyright", "README.md", "changelog.gz", "changelog.Debian.gz", f"{NAME} User Guide.pdf",
+                         f"{NAME} User Guide.html"):
             self.assertTrue((self.root / "usr/share/doc/kav-sorrel-limiter" / document).is_file(), document)
         for link in (file for file in self.root.rglob("*") if file.is_symlink()):
             self.assertTrue(link.resolve().is_relative_to(self.root.resolve()) and link.exists(), link)
@@ -192,6 +193,19 @@ class Package(HostTest):
         self.assertIn("Threshold (1)", self.run_command("info"), "full names come from the profile")
         self.run_command("content", "install")
         self.assertEqual(len(list(self.home.rglob("*.kvp"))), len(list((ROOT / "content/Patches").rglob("*.kvp"))))
+
+    def test_content_brings_the_guide_that_the_package_has_once(self):
+        self.run_command("content", "install")
+        own = list(self.home.rglob("Tessel User Guide.pdf"))
+        self.assertEqual([file.parent.name for file in own], [NAME])
+        shared = self.root / "usr/share/doc/kav-sorrel-limiter" / f"{NAME} User Guide.pdf"
+        self.assertEqual(own[0].read_bytes(), shared.read_bytes())
+        files = [file for file in self.root.rglob("*.pdf") if not file.is_symlink()]
+        self.assertEqual(files, [shared])
+        own[0].write_bytes(b"with notes of mine")
+        self.run_command("content", "uninstall")
+        self.assertEqual(own[0].read_bytes(), b"with notes of mine")
+        own[0].unlink()
 
     def test_kavhost_renders_as_the_build_does(self):
         write_wav(self.folder / "in.wav", limited_material())

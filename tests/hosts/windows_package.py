@@ -6,7 +6,7 @@ import shlex
 import subprocess
 import zipfile
 
-from support import ROOT, HostTest, broken_links, limited_material, read_wav, write_wav
+from support import NAME, ROOT, HostTest, broken_links, limited_material, read_wav, write_wav
 
 BUILD = ROOT / "build" / "mingw"
 WINE_RUN = ROOT / "tests" / "support" / "wine-run"
@@ -60,7 +60,8 @@ class WindowsPackage(HostTest):
         self.assertEqual({name.split("/")[0] for name in self.names}, {self.top.name})
         there = {file.name for file in self.top.iterdir()}
         self.assertEqual(there, {"KAVSorrelLimiter.dll", "KAVSorrelLimiter.json", "kavhost.exe", "content", "docs",
-                                 "README.md", "CHANGELOG.md", "LICENSE", "licences", *LIBRARIES})
+                                 "README.md", "CHANGELOG.md", "LICENSE", "licences", *LIBRARIES,
+                                 *(f"{NAME} User Guide.{kind}" for kind in ("html", "pdf"))})
 
     def test_every_library_is_loaded_by_kavhost_and_none_by_the_plugin(self):
         found, new = set(), {"kavhost.exe"}
