@@ -114,9 +114,9 @@ inline constexpr const char* BenchFooter =
     "  kavhost bench --set 100=1 --set2 100=0";
 
 inline constexpr const char* ContentFooter =
-    "Patches and the user guide go to \"" KAV_VENDOR "/" KAV_PRODUCT "\", routings to \"" KAV_VENDOR
-    "/Routings\". Files\n"
-    "of your own, and files that you have changed, are neither overwritten nor removed.\n"
+    "Patches and the user guide are copied to \"" KAV_VENDOR "/" KAV_PRODUCT "\",\n"
+    "routings to \"" KAV_VENDOR "/Routings\". Files of your own, and files that you have changed,\n"
+    "are neither overwritten nor removed.\n"
     "\n"
     "Patches and routings can be named without being installed: list shows the option for\n"
     "each. A file of the current folder comes first, then one of yours, then the factory's.\n"
