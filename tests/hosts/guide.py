@@ -174,3 +174,14 @@ class Maker(HostTest):
         self.assertEqual(self.refusal(self.source.replace("{{latencies}}", "{{latency}}")),
                          "'{{latency}}' has no meaning")
         self.assertIn("has 0 tables", self.refusal(self.source.replace("| material |", "| matter |")))
+
+    def test_the_same_sources_make_the_same_bytes(self):
+        kavhost = self.folder / "kavhost"
+        kavhost.write_text(f'#!/bin/sh\ncp "{BUILD}/guide/panel.png" "$3"\n')
+        kavhost.chmod(0o755)
+        said = self.run_program(MAKER, "--facts", BUILD / "guide" / "facts.json", "--profile",
+                                BUILD / "KAVSorrelLimiter.json", "--kavhost", kavhost, "--output",
+                                self.folder / "again", timeout=120)
+        for kind in ("html", "pdf"):
+            self.assertEqual((self.folder / f"again.{kind}").read_bytes(),
+                             GUIDE.with_name(f"{GUIDE.name}.{kind}").read_bytes(), said)
