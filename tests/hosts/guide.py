@@ -1,4 +1,4 @@
-"""The user guide says what the product does, on twenty pages at most, and all of its links lead somewhere."""
+"""The user guide: its tables, numbers and links, and what its maker refuses. Needs the target kav_guide."""
 
 import copy
 import html
@@ -97,7 +97,8 @@ class Guide(HostTest):
 
     def test_latencies_are_those_that_hosts_get(self):
         stated = {row[0]: row[1:5] for row in self.rows_after("Look-ahead")}
-        reported = [str(json.loads(self.kavhost("info", "--json", "--os", factor))["latency"]) for factor in (1, 2, 4, 8)]
+        reported = [str(json.loads(self.kavhost("info", "--json", "--os", factor))["latency"])
+                    for factor in (1, 2, 4, 8)]
         self.assertEqual(stated["44.1 kHz"], reported)
 
     def test_every_number_is_on_its_control(self):
@@ -109,8 +110,8 @@ class Guide(HostTest):
         listed = re.findall(r'<li id="callout-(\d+)"><b class="n">(\d+)</b>', self.page)
         self.assertEqual(listed, [(mark[0], mark[0]) for mark in marks])
         for (_, left, top), names in zip(marks, controls):
-            these = [row["rect"] for row in rows
-                     for name in names.split("|") if re.fullmatch(name.replace("?", ".").replace("*", ".*"), row["name"])]
+            pattern = names.replace("?", ".").replace("*", ".*")
+            these = [row["rect"] for row in rows if re.fullmatch(pattern, row["name"])]
             x, y = float(left) * width / 100, float(top) * height / 100
             self.assertTrue(min(r[0] for r in these) - 1 <= x <= max(r[0] + r[2] for r in these) + 1, names)
             if 0 <= y <= height:  # the others have a line that leads there
@@ -166,7 +167,8 @@ class Maker(HostTest):
 
     def test_what_is_left_out_or_invented_is_refused(self):
         self.assertEqual(self.refusal(self.without(r'<li data-controls="Limiter".*\n')), "control 'Limiter' is missing")
-        self.assertEqual(self.refusal(self.without(r'<tr data-parameter="Release".*\n')), "parameter 'Release' is missing")
+        self.assertEqual(self.refusal(self.without(r'<tr data-parameter="Release".*\n')),
+                         "parameter 'Release' is missing")
         self.assertEqual(self.refusal(self.source.replace('data-controls="Release"', 'data-controls="Attack"')),
                          "control 'Attack' doesn't exist")
         self.assertEqual(self.refusal(self.source.replace('href="#oversampling"', 'href="#oversampled"')),
