@@ -11,6 +11,7 @@
 #include "utils/product.h"
 #include "utils/text.h"
 
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -77,7 +78,7 @@ Json SettingsFacts() {
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: kav_guide_facts FILE\n";
         return 2;
@@ -92,4 +93,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     return 0;
+} catch (const std::exception& error) {
+    std::cerr << "kav_guide_facts: " << error.what() << '\n';
+    return 1;
 }
