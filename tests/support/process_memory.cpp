@@ -64,6 +64,10 @@ std::size_t ReservedBytes() {
     return Bytes(0);
 }
 
+std::size_t CommittedBytes() {
+    return Bytes(5);
+}
+
 std::size_t AnonymousBytes() {
     std::ifstream file("/proc/self/smaps_rollup");
     std::string word;

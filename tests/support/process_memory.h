@@ -14,6 +14,9 @@ std::size_t AnonymousBytes();
 /// Memory that this process has requested, touched or not, in bytes: what it uses if a host locks its memory.
 std::size_t ReservedBytes();
 
+/// What of that can be written to and belongs to this process alone. Linux only.
+std::size_t CommittedBytes();
+
 /// How many page faults this thread has had; nothing if the system doesn't report it.
 std::optional<std::size_t> PageFaultsOfThisThread();
 
