@@ -96,17 +96,22 @@ void CDeviceState::ReportSize(std::int32_t width, std::int32_t height) {
     _queue->PushSize(width, height);
 }
 
-void CDeviceState::TellHostAfter(Turn& turn) {
+void CDeviceState::TellHostAfter(Turn& turn) noexcept {
     if (_tellsHost) return;
-    turn.Then([this] {
+    const auto tell = [this] {
         {
             const Turn again(_turns); // turns of other threads may have begun since
             _tellsHost = false;
         }
         if (_quietThread.load() == std::this_thread::get_id()) return;
         TellHost(CHostQueue::EOccasion::Turn);
-    });
-    _tellsHost = true;
+    };
+    try {
+        turn.Then(tell);
+        _tellsHost = true;
+    } catch (...) { // no memory: the host hears of it after a later turn, or in its next idle call
+        return;
+    }
 }
 
 void CDeviceState::TellHost(CHostQueue::EOccasion occasion) {

@@ -161,7 +161,7 @@ private:
 
     void SetParam(Turn& turn, std::int32_t tag, float value, std::uint32_t flags);
     void ReportValue(Turn& turn, std::int32_t index, float normal);
-    void TellHostAfter(Turn& turn);
+    void TellHostAfter(Turn& turn) noexcept;
     void ShowPatchName(const Turn& turn, std::u16string_view name);
     void ApplyRouting(Turn& turn);
     void ShowRouting(const Turn& turn);

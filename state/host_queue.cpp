@@ -36,7 +36,9 @@ void CHostQueue::Push(SEntry entry) {
     if (!_entries.empty() && _entries.back().number == previous && IsReplaced(_entries.back(), entry)) {
         _entries.back() = entry;
     } else {
-        _entries.push_back(entry);
+        if (_unused.empty()) _unused.emplace_back();
+        _unused.front() = entry;
+        _entries.splice(_entries.end(), _unused, _unused.begin());
     }
 }
 
@@ -87,7 +89,7 @@ void CHostQueue::Empty(IHostRoad& road, EOccasion occasion) {
             continue;
         }
         const SEntry entry = *next;
-        _entries.erase(next);
+        Remove(next);
         if (!PassOne(lock, road, entry, emptying)) return;
         if (occasion == EOccasion::Direct && _hasIdled) break;
     }
@@ -118,8 +120,15 @@ bool CHostQueue::MayGo(
     return !waiting[index];
 }
 
-void CHostQueue::DropSizes() {
-    std::erase_if(_entries, [](const SEntry& entry) { return entry.kind == EKind::Size; });
+void CHostQueue::Remove(std::list<SEntry>::iterator entry) noexcept {
+    _unused.splice(_unused.begin(), _entries, entry);
+}
+
+void CHostQueue::DropSizes() noexcept {
+    for (auto next = _entries.begin(); next != _entries.end();) {
+        const auto entry = next++;
+        if (entry->kind == EKind::Size) Remove(entry);
+    }
 }
 
 bool CHostQueue::IsEndDue(std::int32_t index, std::uint32_t nowMs) const noexcept {

@@ -120,7 +120,8 @@ private:
 
     bool MayGo(
         const SEntry& entry, EOccasion occasion, std::uint32_t nowMs, Parameters& waiting) const noexcept;
-    void DropSizes();
+    void Remove(std::list<SEntry>::iterator entry) noexcept;
+    void DropSizes() noexcept;
     /// Passes one entry on, without the lock. False when this emptying is over: another one has taken its
     /// place, or the instance has ended.
     bool PassOne(
@@ -134,6 +135,8 @@ private:
     std::mutex _mutex;
     // Under the lock
     std::list<SEntry> _entries; // the oldest first; only an emptying takes some out
+    // For those to come: also when memory is short, an edit that the host has heard of has to end there.
+    std::list<SEntry> _unused = std::list<SEntry>(3 * HostParameters);
     std::array<SPassed, HostParameters> _values;
     std::uint64_t _pushed = 0;    // so far, replaced ones included
     std::uint64_t _emptyings = 0; // begun so far
