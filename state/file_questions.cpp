@@ -37,7 +37,11 @@ bool CFileQuestions::Ask(SQuestion question) {
     Utils::CTurn turn(_turns);
     if (_isOpen) return false;
     turn.Then([this, asker = _turns.Watch(), asked = std::make_shared<SQuestion>(std::move(question))] {
-        Put(asked, asker);
+        try {
+            Put(asked, asker);
+        } catch (...) { // no memory: as if the user had cancelled
+            if (asker.IsThere()) Answer({}, asked, asker);
+        }
     });
     _isOpen = true;
     return true;
