@@ -22,8 +22,7 @@ constexpr float PlainText = 11.0f;
 
 } // namespace
 
-CTextBoxPainter::CTextBoxPainter(
-    Pixels::CLettering& lettering, std::int32_t width, std::int32_t height) noexcept
+CTextBoxPainter::CTextBoxPainter(Pixels::CLettering& lettering, std::int32_t width, std::int32_t height)
     : _lettering(lettering), _width(std::max(width, 1)), _height(std::max(height, 1)),
       _unit(std::max((_height + PlainHeight / 2) / PlainHeight, 1)), _margin(3 * _unit),
       _pixels(std::max(std::round(static_cast<float>(_height) * PlainText / PlainHeight), 1.0f)) {}

@@ -16,7 +16,7 @@ namespace KAV::Native {
 class CTextBoxPainter final {
 public:
     /// A box of this size in pixels, 1 by 1 or more.
-    CTextBoxPainter(Pixels::CLettering& lettering, std::int32_t width, std::int32_t height) noexcept;
+    CTextBoxPainter(Pixels::CLettering& lettering, std::int32_t width, std::int32_t height);
 
     /// The box, opaque.
     Pixels::SBitmap Paint(const CLineEditor& line, bool caretShown);
