@@ -145,7 +145,10 @@ bool CX11EditorWindow::IsGoneNow() noexcept {
     _isGone = true;
     _menu.reset();
     _box.reset();
-    if (auto* const loop = std::exchange(_loop, nullptr)) loop->SetFileList(nullptr);
+    if (auto* const loop = std::exchange(_loop, nullptr)) {
+        if (auto* const modal = loop->Modal()) modal->Cancel(); // a list of files gets no more events
+        loop->SetFileList(nullptr);
+    }
     if (auto* const client = std::exchange(_client, nullptr)) client->OnGone();
     return true;
 }
