@@ -1,9 +1,9 @@
 // The editor on displays that stop or die. The host's calls must come back, and the process live.
 
 #include "tests/editor/editor_fixture.h"
+#include "tests/editor/stopped_server.h"
 
 #include <chrono>
-#include <csignal>
 
 namespace KAV::Tests {
 
@@ -11,29 +11,6 @@ namespace {
 
 using namespace VST;
 using EditorDisplay = CEditorFixture;
-using Clock = std::chrono::steady_clock;
-
-/// Stops a process for its lifetime.
-class CStopped final {
-public:
-    explicit CStopped(int process) : _process(process) { kill(_process, SIGSTOP); }
-    ~CStopped() { kill(_process, SIGCONT); }
-    CStopped(const CStopped&) = delete;
-    CStopped& operator=(const CStopped&) = delete;
-
-private:
-    int _process;
-};
-
-/// As long may a call of the host take, on a machine that is busy.
-constexpr auto LongestCall = std::chrono::seconds(3);
-
-template<typename TCall>
-void ExpectSoon(TCall call) {
-    const auto begin = Clock::now();
-    call();
-    EXPECT_LT(Clock::now() - begin, LongestCall);
-}
 
 } // namespace
 
@@ -41,10 +18,10 @@ TEST_F(EditorDisplay, ThatStandsStillOpensNoEditorAndShowsNoneLater) {
     CEditorHost host(library);
     {
         const CStopped stopped(windows.Server());
-        ExpectSoon([&] { EXPECT_FALSE(host.Open(windows.Parent())); });
-        ExpectSoon([&] { host.Rect(); });
-        ExpectSoon([&] { host.Dispatch(effEditIdle); });
-        ExpectSoon([&] { host.Close(); });
+        ExpectSoon("opening", [&] { EXPECT_FALSE(host.Open(windows.Parent())); });
+        ExpectSoon("size", [&] { host.Rect(); });
+        ExpectSoon("idle", [&] { host.Dispatch(effEditIdle); });
+        ExpectSoon("closing", [&] { host.Close(); });
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(300)); // what was given up would come now
     EXPECT_EQ(windows.Editor(), 0u);
@@ -59,10 +36,10 @@ TEST_F(EditorDisplay, ThatStopsUnderAnOpenEditorHoldsUpNoCallOfTheHost) {
         const CStopped stopped(windows.Server());
         host.Effect()->setParameter(host.Effect(), host.IndexOf("Threshold"), 0.1f); // something to draw
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        ExpectSoon([&] { host.Dispatch(effEditIdle); });
-        ExpectSoon([&] { host.Chunk(); });
-        ExpectSoon([&] { host.Rect(); });
-        ExpectSoon([&] { host.Close(); });
+        ExpectSoon("idle", [&] { host.Dispatch(effEditIdle); });
+        ExpectSoon("saving", [&] { host.Chunk(); });
+        ExpectSoon("size", [&] { host.Rect(); });
+        ExpectSoon("closing", [&] { host.Close(); });
     }
     EXPECT_TRUE(Until([&] { return !windows.Exists(editor); }));
     EXPECT_TRUE(host.Open(windows.Parent()));
