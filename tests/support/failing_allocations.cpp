@@ -1,5 +1,6 @@
 #include "tests/support/failing_allocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -22,6 +23,13 @@ bool Fails() noexcept {
     return untilFailure != 0 && --untilFailure == 0;
 }
 
+std::atomic<std::ptrdiff_t> untilShared = -1; // calls that succeed before one fails; below 0: none fails
+thread_local bool standsAside = false;
+
+bool FailsForAll() noexcept {
+    return !standsAside && untilShared.load(std::memory_order_relaxed) >= 0 && untilShared-- == 0;
+}
+
 } // namespace
 
 namespace KAV::Tests {
@@ -36,6 +44,22 @@ CFailingAllocation::~CFailingAllocation() {
 
 bool CFailingAllocation::ReachesAll() noexcept {
     return KAV_INTERPOSE != 0;
+}
+
+CFailingNew::CFailingNew(std::size_t nth) noexcept {
+    untilShared = static_cast<std::ptrdiff_t>(nth) - 1;
+}
+
+CFailingNew::~CFailingNew() {
+    untilShared = -1;
+}
+
+bool CFailingNew::HasFailed() noexcept {
+    return untilShared < 0;
+}
+
+void CFailingNew::StandAside(bool aside) noexcept {
+    standsAside = aside;
 }
 
 } // namespace KAV::Tests
@@ -67,10 +91,11 @@ void* mmap(void* address, std::size_t length, int protection, int flags, int fil
 }
 }
 
-#else
+#endif
 
+/// Its call of malloc() is the one that counts for CFailingAllocation, where that reaches all kinds.
 void* operator new(std::size_t size) {
-    if (!Fails()) {
+    if (!FailsForAll() && (KAV_INTERPOSE != 0 || !Fails())) {
         if (void* memory = std::malloc(size)) return memory;
     }
     throw std::bad_alloc();
@@ -81,5 +106,3 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-
-#endif

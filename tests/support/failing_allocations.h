@@ -18,4 +18,19 @@ public:
     static bool ReachesAll() noexcept;
 };
 
+/// While an object of this class lives, one `operator new` fails of those that all threads call together: the
+/// `nth`, counted from 1. Threads that stand aside neither count nor fail. One at a time.
+class CFailingNew final {
+public:
+    explicit CFailingNew(std::size_t nth) noexcept;
+    ~CFailingNew();
+    CFailingNew(const CFailingNew&) = delete;
+    CFailingNew& operator=(const CFailingNew&) = delete;
+
+    /// Whether there were that many.
+    static bool HasFailed() noexcept;
+    /// Whether the calling thread stands aside from now on; at first none does.
+    static void StandAside(bool aside) noexcept;
+};
+
 } // namespace KAV::Tests
