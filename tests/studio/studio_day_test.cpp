@@ -38,10 +38,12 @@ namespace {
 
 #if defined(KAV_SANITIZED)
 constexpr bool CanMeasure = false;
-constexpr double LongestTake = 1.0; // seconds; the engine takes ten times as long
+constexpr double LongestTake = 0.3; // seconds; all takes ten times as long
+constexpr std::size_t LeastRounds = 10;
 #else
 constexpr bool CanMeasure = true;
 constexpr double LongestTake = 6.0;
+constexpr std::size_t LeastRounds = 40; // however slow the machine is
 #endif
 
 namespace fs = std::filesystem;
@@ -54,8 +56,7 @@ constexpr std::size_t Mega = 1'000'000;
 constexpr std::size_t HistorySlack = 48 * Mega;
 /// The heap keeps a part for each of up to 8 threads a processor, as large as an editor once needed there.
 constexpr std::size_t HeapSlack = 128 * Mega;
-constexpr std::size_t LeastRounds = 40; // however slow the machine is
-constexpr double LongEnough = 600.0;    // seconds, to judge a machine and its heap
+constexpr double LongEnough = 600.0; // seconds, to judge a machine and its heap
 
 double Length() {
     if (const char* const seconds = std::getenv("KAV_SECONDS")) return std::atof(seconds);
@@ -133,6 +134,7 @@ protected:
     CStudioUser user{windows, random, [this] { Settle(); }};
     std::map<std::string, std::size_t> calls; // of the host
     std::size_t opened = 0;                   // editors
+    std::size_t refused = 0;                  // of these, by a display that was too busy
     std::size_t changes = 0;                  // of an instance, by its user
     std::size_t rounds = 0;
     std::size_t missed = 0;
@@ -189,11 +191,13 @@ protected:
         GUI::StoreNumber(u"GFX", opensGl ? 1 : 0);
         VST::ERect* size = nullptr;
         instance.effect->Dispatch(VST::effEditGetRect, 0, 0, &size);
-        ASSERT_EQ(instance.effect->Dispatch(VST::effEditOpen, 0, 0,
-                      reinterpret_cast<void*>(static_cast<std::uintptr_t>(desks.at(desk).window))),
-            1);
-        instance.desk = desk;
         ++opened;
+        const auto parent = reinterpret_cast<void*>(static_cast<std::uintptr_t>(desks.at(desk).window));
+        if (instance.effect->Dispatch(VST::effEditOpen, 0, 0, parent) == 1) {
+            instance.desk = desk;
+        } else {
+            ++refused; // the display hasn't answered for two seconds
+        }
     }
     void Close(SInstance& instance) {
         if (instance.desk == NoDesk) return;
@@ -458,10 +462,10 @@ protected:
     void Print(const CStudioReplay& replay) const {
         std::printf("seed %u: %zu instances, %zu rounds, %.2f h of sound in all\n", seed, instances.size(),
             rounds, soundSeconds / 3600.0);
-        std::printf(
-            "%zu editors opened, %zu changes by their users, %d edits that the host heard of, %d errors "
-            "shown\n",
-            opened, changes, edits.load(), prompt.errors.load());
+        std::printf("%zu editors opened, %zu of them in vain, %zu changes by their users, %d edits that the "
+                    "host heard of, %d errors "
+                    "shown\n",
+            opened, refused, changes, edits.load(), prompt.errors.load());
         for (const auto& counts : {user.done, calls}) {
             for (const auto& [name, count] : counts) std::printf("  %s %zu\n", name.c_str(), count);
         }
@@ -491,7 +495,7 @@ TEST_F(StudioDay, SoundsAsTheSameCallsWithoutEditors) {
     replay.Finish();
     for (const auto& difference : replay.differences) ADD_FAILURE() << "seed " << seed << ", " << difference;
     Print(replay);
-    EXPECT_GT(opened, 0u);
+    EXPECT_GT(opened, 2 * refused);
     EXPECT_GT(changes, 0u) << "the users have changed nothing";
     if (Length() < LongEnough || !CanMeasure) return;
     // A block is missed when the machine takes the processor away from it, which hits either side at random:

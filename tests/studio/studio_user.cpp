@@ -20,7 +20,7 @@ void CStudioUser::Edit(const SDesk& desk) {
         SGesture{"patches", 3, &CStudioUser::ChoosePatch},
         SGesture{"routings", 3, &CStudioUser::ChooseRouting},
         SGesture{"sides A and B", 2, &CStudioUser::SwitchSides}, SGesture{"sizes", 2, &CStudioUser::DragSize},
-        SGesture{"renderers", 1, &CStudioUser::SwitchRenderer}};
+        SGesture{"renderers", KAV_STUDIO_OPENGL, &CStudioUser::SwitchRenderer}};
     static_assert(gestures.size() == 13);
     int sum = 0;
     for (const auto& gesture : gestures) sum += gesture.weight;
