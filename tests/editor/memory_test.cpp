@@ -2,11 +2,11 @@
 // may be lost; the host, its calls and the editor itself must go on, and the next attempt must succeed.
 
 #include "panel/layout.h"
-#include "tests/editor/watched_system.h"
 #include "tests/support/dialog_script.h"
 #include "tests/support/failing_allocations.h"
 #include "tests/support/own_settings.h"
 #include "tests/support/state_fixture.h"
+#include "tests/support/watched_system.h"
 #include "tests/support/x_test_host.h"
 
 #include <algorithm>
@@ -133,7 +133,7 @@ protected:
         const bool isLong = std::getenv("KAV_LONG") != nullptr;
         std::size_t tried = 0;
         std::size_t nth = 1;
-        for (bool fails = true; fails; nth += isLong ? 1 : 1 + nth / 8, ++tried) {
+        for (bool fails = true; fails; nth += isLong ? 1 : 1 + nth / 3, ++tried) {
             SCOPED_TRACE(nth);
             {
                 const CFailingNew failing(nth);

@@ -2,7 +2,6 @@
 // library, the window's own thread and what it waits for.
 
 #include "panel/layout.h"
-#include "tests/editor/watched_system.h"
 #include "tests/support/dialog_script.h"
 #include "tests/support/own_settings.h"
 #include "tests/support/state_fixture.h"

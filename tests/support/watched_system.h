@@ -3,6 +3,7 @@
 #include "device_gui/editor_system.h"
 #include "platform/window_loop.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -37,6 +38,12 @@ public:
         done->get_future().wait();
         return true;
     }
+    bool IsThere() {
+        const std::scoped_lock lock(_mutex);
+        return _loop != nullptr;
+    }
+
+    std::atomic<int> rounds = 0; ///< that the window's thread has made
 
 private:
     std::mutex _mutex;
@@ -69,7 +76,10 @@ private:
         _present.Set(Platform::CWindowLoop::OfThisThread());
         _editor->OnOpened();
     }
-    void OnRound() noexcept override { _editor->OnRound(); }
+    void OnRound() noexcept override {
+        ++_present.rounds;
+        _editor->OnRound();
+    }
     void OnClosing() noexcept override {
         _present.Set(nullptr);
         _editor->OnClosing();
