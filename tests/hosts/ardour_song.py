@@ -78,7 +78,7 @@ class ArdourSong(HostTest):
         left, top, width, height = WAY_OF_CEILING
         way = (*cls.editor.on_screen((left, top)), width, height)
         cls.host.remote.send("/goto_start")
-        cls.host.until(lambda: cls.host.remote.ask("/transport_frame") == 0, 10, "the start")
+        cls.host.until(lambda: cls.host.remote.ask("/transport_frame") == 0, 30, "the start")
         time.sleep(1)  # the fader moves to its value gradually
         seen = {cls.host.display.client.pixels(*way)}
         cls.host.remote.send("/transport_play")

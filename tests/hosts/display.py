@@ -105,8 +105,11 @@ class Client:
         return text.decode(errors="replace")
 
     def is_visible(self, window):
-        """Mapped with all its ancestors. Other windows may cover it."""
-        return self.ask(GET_WINDOW_ATTRIBUTES, 0, struct.pack("<I", window))[26] == VIEWABLE
+        """Mapped with all its ancestors. Other windows may cover it. One that has gone isn't."""
+        try:
+            return self.ask(GET_WINDOW_ATTRIBUTES, 0, struct.pack("<I", window))[26] == VIEWABLE
+        except GoneError:
+            return False
 
     def rectangle(self, window):
         """Left, top, width and height, on the screen."""

@@ -119,7 +119,7 @@ class Package(HostTest):
     @classmethod
     def set_up_once(cls):
         packages = cls.folder / "packages"
-        said = cls.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=120)
+        said = cls.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=300)
         made = list(packages.glob("*.deb"))
         if len(made) != 1:
             raise AssertionError(said)
