@@ -204,7 +204,7 @@ protected:
         instance.effect->Dispatch(VST::effEditClose);
         instance.desk = NoDesk;
     }
-    /// Opens the editor of an instance at a desk, in the place of the one that is open there. While sound
+    /// Opens the editor of an instance at a desk, instead of the one that is open there. While sound
     /// runs, an instance whose editor has nothing to follow.
     void Reopen(std::size_t desk, bool isSounding) {
         const auto number = AnyOf(instances.size());

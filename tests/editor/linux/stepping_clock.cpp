@@ -1,5 +1,5 @@
 // Preloaded into a process: adds the number of seconds that the file KAV_CLOCK_STEP holds, as a 64-bit
-// integer, to all that the process is told of the time of day. The number may change at any moment.
+// integer, to every time of day that the process asks for. The number may change at any moment.
 
 #include <cstdint>
 #include <cstdlib>
