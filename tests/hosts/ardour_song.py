@@ -72,13 +72,21 @@ class ArdourSong(HostTest):
         cls.host.wait_for_stop()
 
     @classmethod
+    def go_to_start(cls):
+        """Again and again: a command is lost while the transport is still stopping."""
+        def is_there():
+            cls.host.remote.send("/goto_start")
+            time.sleep(0.2)
+            return cls.host.remote.ask("/transport_frame") == 0
+        cls.host.until(is_there, 30, "the start")
+
+    @classmethod
     def play(cls):
         """The pictures of the fader meanwhile: each once."""
         cls.host.display.point(*cls.editor.on_screen(NOWHERE))
         left, top, width, height = WAY_OF_CEILING
         way = (*cls.editor.on_screen((left, top)), width, height)
-        cls.host.remote.send("/goto_start")
-        cls.host.until(lambda: cls.host.remote.ask("/transport_frame") == 0, 30, "the start")
+        cls.go_to_start()
         time.sleep(1)  # the fader moves to its value gradually
         seen = {cls.host.display.client.pixels(*way)}
         cls.host.remote.send("/transport_play")
