@@ -13,8 +13,12 @@ TEST_F(Robot, TriesAnotherRendererInTheAboutView) {
     OpenAbout();
     const auto shownSwitch = [this] { return screen.Pixels(685, 17, 58, 29); }; // above its hint
     MoveTo({715, 45});                                                          // the upper switch
-    WaitForIdles(60);
-    const auto before = shownSwitch();
+    Picture before;
+    EXPECT_TRUE(Until([&] {
+        before = shownSwitch();
+        WaitForIdles(60);
+        return shownSwitch() == before;
+    })) << "the pointer's light never stands still";
     const auto stored = [](const void* number = nullptr) -> std::uint32_t {
         constexpr auto root = Platform::ESettingsRoot::CurrentUser;
         constexpr const char* key = "Software/Kavelin/KAV Sorrel Limiter";
