@@ -6,6 +6,7 @@
 #include <psapi.h>
 #else
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -65,7 +66,17 @@ std::size_t ReservedBytes() {
 }
 
 std::size_t CommittedBytes() {
-    return Bytes(5);
+    std::ifstream file("/proc/self/maps");
+    std::size_t bytes = 0;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        std::size_t begin = 0;
+        std::size_t end = 0;
+        char dash = 0;
+        std::string rights;
+        if (words >> std::hex >> begin >> dash >> end >> rights && rights == "rw-p") bytes += end - begin;
+    }
+    return bytes;
 }
 
 std::size_t AnonymousBytes() {
