@@ -14,9 +14,9 @@ std::size_t AnonymousBytes();
 /// Memory that this process has requested, touched or not, in bytes: what it uses if a host locks its memory.
 std::size_t ReservedBytes();
 
-/// What of that holds data of this process alone. Not machine code made at run time: a software driver of OpenGL
-/// maps 10 MB of addresses for it whenever it is loaded again, uses a page or two, and never returns them. Linux
-/// only.
+/// What of that holds data of this process alone. Not machine code made at run time: a software driver of
+/// OpenGL maps 10 MB of addresses for it whenever it is loaded again, uses a page or two, and never returns
+/// them. Linux only.
 std::size_t CommittedBytes();
 
 /// How many page faults this thread has had; nothing if the system doesn't report it.
