@@ -85,6 +85,7 @@ void AddFromManPage(Examples& examples) {
 Examples AllExamples() {
     Examples examples;
     AddFromPage("README.md", examples);
+    AddFromPage("docs/install.md", examples);
     AddFromPage("docs/kavhost.md", examples);
     AddFromText(RunHost({"--help"}).out, "kavhost --help", examples);
     for (const char* command : {"info", "render", "edit", "shot", "bench", "inspect", "content"})
@@ -173,6 +174,7 @@ TEST(Examples, RunAsTheyStand) {
     }
     // The pages were read.
     EXPECT_GE(found["README.md"], 12);
+    EXPECT_GE(found["docs/install.md"], 3);
     EXPECT_GE(found["docs/kavhost.md"], 8);
     EXPECT_GE(examples.size(), 40u);
 }
