@@ -78,7 +78,7 @@ class Guide(HostTest):
         self.assertIn(f"User guide for version {version}", self.page)
 
     def test_parameters_are_those_of_the_effect(self):
-        stated = {row[0]: row[1:4] for row in self.rows_after("At first")}
+        stated = {row[0]: row[1:4] for row in self.rows_after("Default")}
         families = {}
         for parameter in self.known:
             families.setdefault(re.sub(r" ?\d*( \(\d\))?$", "", parameter["name"]), []).append(parameter)
