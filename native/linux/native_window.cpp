@@ -88,7 +88,7 @@ bool CNativeWindow::Open(void* parent, std::int32_t width, std::int32_t height, 
         return true;
     } catch (const std::exception&) { // no memory, or no thread
         _parts.reset();
-        LogFailure(u"the system has no room for it");
+        LogFailure(u"the system has no memory or thread for it");
         return false;
     }
 }

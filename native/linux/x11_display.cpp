@@ -122,7 +122,7 @@ std::unique_ptr<CX11Display> CX11Display::Connect(
         Xcb()->get_window_attributes_reply(connection, formatAsked, nullptr));
     parts->screen = place != nullptr ? ScreenOf(connection, place->root) : nullptr;
     if (parts->screen == nullptr || attributes == nullptr) {
-        reason = u"the host's window isn't there";
+        reason = u"the host's window doesn't exist";
         return nullptr;
     }
     parts->format = FindFormat(*Xcb()->get_setup(connection), *parts->screen, attributes->visual);

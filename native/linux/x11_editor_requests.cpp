@@ -78,12 +78,12 @@ std::unique_ptr<CX11Window> CX11Window::Create(const std::string& display, xcb_w
     TellSocket(*connected, window, false);
     TellSize(*connected, window, width, height);
     if (!Exists(*connected, window)) {
-        reason = u"the display makes no window";
+        reason = u"the display can't create a window";
         return nullptr;
     }
     auto made = std::make_unique<CX11EditorWindow>(std::move(connected), parent, window);
     if (made->IsUsable()) return made;
-    reason = u"the system has no timer";
+    reason = u"the system can't create a timer";
     return nullptr;
 }
 

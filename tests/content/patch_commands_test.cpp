@@ -168,7 +168,7 @@ TEST_F(PatchCommands, FailWithoutWhatThePatchNeeds) {
         WriteWav(_folder / "in.wav", Noise(2, 100, 0.9f));
         const auto run = Run({"kavhost", "render", "in.wav", "-o", "out.wav", "--patch", Utf8(patch)});
         EXPECT_EQ(run.code, 1) << Utf8(patch);
-        EXPECT_NE(run.errors.find("the patch needs what is missing: " + needs.front()), std::string::npos)
+        EXPECT_NE(run.errors.find("a need of the patch is not met: " + needs.front()), std::string::npos)
             << run.errors;
     }
 }

@@ -65,7 +65,7 @@ TEST(X11Display, SaysWhyItIsNotConnected) {
     EXPECT_EQ(CX11Display::Connect(":4711", host.Parent(), reason), nullptr);
     EXPECT_EQ(reason, u"no connection to the display");
     EXPECT_EQ(CX11Display::Connect(host.Display(), 0x12345, reason), nullptr);
-    EXPECT_EQ(reason, u"the host's window isn't there");
+    EXPECT_EQ(reason, u"the host's window doesn't exist");
 }
 
 TEST(X11Display, PutsAPictureOfAnySizeIntoAWindow) {

@@ -46,7 +46,7 @@ TEST(X11Window, SaysWhyItCannotBe) {
     CXTestHost host;
     std::u16string reason;
     EXPECT_EQ(CX11Window::Create(host.Display(), 0x4711, 200, 150, reason), nullptr);
-    EXPECT_EQ(reason, u"the host's window isn't there");
+    EXPECT_EQ(reason, u"the host's window doesn't exist");
     EXPECT_EQ(CX11Window::Create(":4711", host.Parent(), 200, 150, reason), nullptr);
     EXPECT_EQ(reason, u"no connection to the display");
 }

@@ -284,7 +284,7 @@ void CAudioReader::Seek(std::uint64_t frame) {
     const auto place = static_cast<sf_count_t>(std::min(frame, _native->frames));
     if (sf_seek(_native->file.get(), place, SEEK_SET) == place) return;
     throw CFailure(_native->name +
-                   (_native->isDamaged ? ": damaged: " : ": another place in it cannot be found: ") +
+                   (_native->isDamaged ? ": damaged: " : ": its reading position cannot be changed: ") +
                    std::string(Trim(sf_strerror(_native->file.get()))));
 }
 

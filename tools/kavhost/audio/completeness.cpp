@@ -35,7 +35,7 @@ bool IsUnknown(std::uint64_t size) noexcept {
 std::string Announced(const char* unit, std::uint64_t announced, std::uint64_t present) {
     if (announced <= present) return {};
     return "the input is cut off: it announces " + std::to_string(announced) + " " + unit +
-           " of audio, and " + std::to_string(present) + " are there";
+           " of audio but contains " + std::to_string(present);
 }
 
 /// A file, read here and there.
@@ -115,8 +115,8 @@ std::string MissingOfFlac(CBytes& bytes, std::uint64_t frames) {
     if (numbers.size() < 5) return {};
     const auto announced = Number(numbers, true) & 0xFFFFFFFFF;
     if (announced <= frames) return {};
-    return "the input is cut off or damaged: it announces " + std::to_string(announced) + " frames, and " +
-           std::to_string(frames) + " could be read";
+    return "the input is cut off or damaged: it announces " + std::to_string(announced) +
+           " frames, but only " + std::to_string(frames) + " could be read";
 }
 
 /// The last page of a stream is marked.

@@ -156,7 +156,7 @@ void CWavReader::Seek(std::uint64_t frame) {
     const auto frameBytes = _sampleBytes * static_cast<std::size_t>(_format.channels);
     _stream.clear();
     _stream.seekg(static_cast<std::streamoff>(_begin + frame * frameBytes));
-    if (!_stream) throw CFailure("another place in it cannot be found");
+    if (!_stream) throw CFailure("its reading position cannot be changed");
     _left = _frames - frame;
 }
 

@@ -67,7 +67,7 @@ double TimeOfAPass(const std::function<void()>& pass, const std::function<std::i
         const std::int64_t taken = nowNs() - start;
         if (taken > 0 && taken >= LeastSteps * stepNs) return static_cast<double>(taken) / passes;
     }
-    throw CFailure("this system's clock of processor time stands still");
+    throw CFailure("this system's clock of processor time does not advance");
 }
 
 SBenchResult Measure(CBenchSubject& first, CBenchSubject* second, int runs) {

@@ -260,7 +260,7 @@ EExitCode RunEdit(const SOptions& options, std::ostream& out, std::ostream& erro
     }
     if (!edited.failure.empty()) {
         throw CFailure(
-            edited.failure + (state.empty() ? "" : "; " + Utf8(state) + " has what was set by then"));
+            edited.failure + (state.empty() ? "" : "; " + Utf8(state) + " contains the settings up to then"));
     }
     if (options.output.empty()) return EExitCode::Done;
     render.state.clear();

@@ -2,7 +2,7 @@
 
 #include "utils/product.h"
 
-/// What help and manual page say beside the options.
+/// What help and manual page say in addition to the options.
 namespace KAV::Host {
 
 inline constexpr const char* About =
@@ -36,18 +36,18 @@ inline constexpr const char* RenderFooter =
     "24 bits. OGG is written at quality 8 of 10; the coder's own loss is not in the report.\n"
     "A file appears under its name only when it is complete.\n"
     "\n"
-    "A file begins with the effect's built-in values, whatever you have stored for a DAW.\n"
+    "render starts from the effect's built-in values, whatever you have stored for a DAW.\n"
     "Settings are applied in this order: --state, --routing, --parallel, --patch, --channels,\n"
     "--simd, --os, --hq, and then each --set. A state includes the routings of its groups; a\n"
     "patch has only the buttons that select from them.\n"
     "\n"
     "The report's gain is output RMS divided by input RMS in windows of 10 ms, per channel,\n"
-    "where the input is above -60 dBFS. The real-time factor is the seconds of audio per\n"
-    "second that the effect ran; with --jobs the files share the processor.\n"
+    "where the input is above -60 dBFS. The speed is the seconds of audio per second of the\n"
+    "whole job; with --jobs the files share the processor.\n"
     "\n"
     "The picture shows the waveform of input and output, their short-term loudness and\n"
     "peaks, and the gain reduction: the gain above, compared with the effect's gain for\n"
-    "noise below -60 dBFS, which it has no reason to limit. A file and its picture are\n"
+    "noise below -60 dBFS, which the effect doesn't limit. A file and its picture are\n"
     "written together or not at all.\n"
     "\n"
     "Examples:\n"
@@ -61,15 +61,15 @@ inline constexpr const char* RenderFooter =
     "  kavhost render song.wav -o out.wav --plugin other.so --set 1=0.75 --set 0:-3.0";
 
 inline constexpr const char* EditFooter =
-    "The file plays through the effect while you set it by ear. Below the editor are the\n"
-    "position, which can be clicked and dragged, and the time. Keys: space plays and pauses,\n"
-    "Left and Right go 5 seconds back and on, Home goes to the beginning, L loops the file,\n"
-    "Escape ends.\n"
+    "The file plays through the effect while you set the effect by ear. Below the editor are\n"
+    "the position, which you can click and drag, and the time. Keys: space plays and pauses,\n"
+    "Left and Right jump 5 seconds back or forward, Home jumps to the beginning, L loops the\n"
+    "file, Escape closes the window.\n"
     "\n"
-    "The sound goes to the default audio device (Linux: by PipeWire, JACK, PulseAudio or\n"
-    "ALSA; Windows: by WASAPI); without one the file plays silently. When the window is\n"
-    "closed, --save-state and --render write what you have set; each file is written whole\n"
-    "or not at all.\n"
+    "The file plays on the default audio device (Linux: by PipeWire, JACK, PulseAudio or\n"
+    "ALSA; Windows: by WASAPI); without a device it plays silently. When you close the\n"
+    "window, --save-state writes the settings, and --render renders the file with them; each\n"
+    "file is written whole or not at all.\n"
     "\n"
     "Examples:\n"
     "  kavhost edit song.wav --save-state song.state\n"
@@ -81,9 +81,9 @@ inline constexpr const char* ShotFooter =
     "Without one kavhost starts Xvfb, a display without a screen, and ends it afterwards.\n"
     "On Windows its window is invisible, and the editor must fit the screen.\n"
     "\n"
-    "With IN, that file plays silently through the effect, in real time, and the picture\n"
-    "shows the editor at the end of the stretch. Without it the picture is taken when the\n"
-    "editor stands still.\n"
+    "With IN, a part of that file plays silently through the effect, in real time, and the\n"
+    "picture shows the editor at the end of that part. Without IN the picture is taken when\n"
+    "nothing in the editor has changed for a second.\n"
     "\n"
     "Examples:\n"
     "  kavhost shot -o panel.png\n"
@@ -91,9 +91,9 @@ inline constexpr const char* ShotFooter =
     "  kavhost shot -o large.png --state film.state --width 1508";
 
 inline constexpr const char* InspectFooter =
-    "A patch stores each value as the effect does. With a profile, the quantity that the\n"
-    "value stands for is shown instead, and only what differs from a new instance unless\n"
-    "--all is given. JSON always has everything.\n"
+    "A patch stores each value as the effect does, from 0 to 1. With a profile, inspect shows\n"
+    "real quantities instead, and leaves out what is as in a new instance unless you add\n"
+    "--all. JSON always has everything.\n"
     "\n"
     "Examples:\n"
     "  kavhost inspect loud.kvp\n"
@@ -102,10 +102,10 @@ inline constexpr const char* InspectFooter =
     "  kavhost inspect --json film.state";
 
 inline constexpr const char* BenchFooter =
-    "The time is the CPU time of this thread, as the median over the runs. With --vs the\n"
-    "runs of the two effects alternate; with --set2 alone the effect is measured against\n"
-    "itself. Unless a file is given, the sound is music-like with a peak of -3 dBFS, and the\n"
-    "same every time.\n"
+    "The time is the processor time of the effect's thread, the median of all runs. With --vs\n"
+    "the runs of the two effects alternate; with --set2 alone the effect is compared with\n"
+    "itself. Without --input the sound is music-like with a peak of -3 dBFS, and the same\n"
+    "every time.\n"
     "\n"
     "Examples:\n"
     "  kavhost bench --set \"Oversampling=x4\"\n"
@@ -118,8 +118,8 @@ inline constexpr const char* ContentFooter =
     "routings to \"" KAV_VENDOR "/Routings\". Files of your own, and files that you have changed,\n"
     "are neither overwritten nor removed.\n"
     "\n"
-    "Patches and routings can be named without being installed: list shows the option for\n"
-    "each. A file of the current folder comes first, then one of yours, then the factory's.\n"
+    "You can name patches and routings that are not installed: list shows the option for\n"
+    "each. kavhost looks in the current folder, then among your own, then in the factory's.\n"
     "\n"
     "Examples:\n"
     "  kavhost content install\n"

@@ -118,7 +118,7 @@ struct STerm {
 };
 
 constexpr std::array ExitCodes{STerm{"0", "Everything succeeded; all files were written."},
-    STerm{"1", "Something failed. Of several files the others were written."},
+    STerm{"1", "Something failed. If there were several files, the others were written."},
     STerm{"2", "The command line is wrong; nothing was done."},
     STerm{"129", "The terminal was closed (signal HUP)."},
     STerm{"130", "The user interrupted kavhost, with Ctrl-C for example (signal INT)."},
@@ -126,23 +126,24 @@ constexpr std::array ExitCodes{STerm{"0", "Everything succeeded; all files were 
     STerm{"143", "Another program ended kavhost (signal TERM)."}};
 
 constexpr std::array Variables{
-    STerm{"DISPLAY", "The X11 display of edit and shot. Without it shot starts one of its own."},
-    STerm{"HOME, XDG_CONFIG_HOME", "Where the files below are looked for."},
-    STerm{"KAV_FILE_DIALOG", "How the editor asks for files: portal, zenity, kdialog or list."},
-    STerm{"TMPDIR", "The folder of temporary files, /tmp without it."}};
+    STerm{"DISPLAY", "The X11 display for edit and shot. Without it, shot starts a display of its own."},
+    STerm{"HOME, XDG_CONFIG_HOME", "The folders in which kavhost looks for the files below."},
+    STerm{"KAV_FILE_DIALOG",
+        "The dialog with which the editor asks for files: portal, zenity, kdialog or list."},
+    STerm{"TMPDIR", "The folder of temporary files; the default is /tmp."}};
 
 constexpr std::string_view Documents =
-    "The folder of documents is the one that user-dirs.dirs in the folder of "
-    "settings names, otherwise Documents in the home folder.";
+    "The file user-dirs.dirs in the folder of settings names the folder of documents; "
+    "without it, that folder is Documents in the home folder.";
 constexpr std::array Files{
     STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/*.kvp, *.fxp", "Your patches, for --patch by name."},
     STerm{"DOCUMENTS/" KAV_VENDOR "/Routings/*.kvt", "Your routings, for --routing by name."},
     STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/.factory-content",
-        "Lists what kavhost content install has installed."},
+        "A list of what kavhost content install has installed."},
     STerm{"DOCUMENTS/" KAV_VENDOR "/" KAV_PRODUCT "/" KAV_OWN_GUIDE, "The user guide, which F1 opens."},
     STerm{"~/.config/kavelin/settings", "Settings of the editor; XDG_CONFIG_HOME replaces ~/.config."},
-    STerm{"content/, *.json", "Next to kavhost: the factory's patches and routings; names and ranges of "
-                              "parameters, by the effect's unique id."}};
+    STerm{"content/, *.json", "Next to kavhost: the factory patches and routings; and the names and ranges "
+                              "of parameters, by the effect's unique id."}};
 
 void WriteTerms(std::ostream& page, const char* title, std::span<const STerm> terms) {
     page << ".SH " << title << "\n";

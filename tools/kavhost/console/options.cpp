@@ -66,7 +66,7 @@ void AddProfile(CLI::App& command, STexts& texts) {
     command
         .add_option("--profile", texts.profile,
             "Names and ranges of the effect's parameters; by default the\n"
-            "*.json next to kavhost that has the effect's unique id")
+            "*.json next to kavhost with the effect's unique id")
         ->type_name("FILE");
 }
 
@@ -83,20 +83,19 @@ CLI::Option& AddChoice(CLI::App& command, const char* name, std::string& text,
 void AddGroups(CLI::App& command, STexts& texts) {
     command
         .add_option("--routing", texts.routings,
-            "The channels of group 1: .kvt, or a name; N:FILE for group N,\n"
-            "all:FILE for all groups. May be repeated. Without this and --state all\n"
-            "channels of a file with more than two are in group 1")
+            "The routing of group 1: a .kvt file, or a name; N:FILE for\n"
+            "group N, all:FILE for all groups. May be repeated. Without this\n"
+            "and --state, group 1 has all channels of a file with more than two")
         ->type_name("[N:|all:]FILE|NAME")
         ->allow_extra_args(false);
-    AddChoice(
-        command, "--parallel", texts.parallel, {"on", "off"}, "Groups side by side, or one after another");
+    AddChoice(command, "--parallel", texts.parallel, {"on", "off"}, "Groups in parallel, or in series");
 }
 
 /// bench has an option of that name for how many there are.
 void AddAllChannels(CLI::App& command, STexts& texts) {
     AddChoice(command, "--channels", texts.channels, {"all"},
-        "Put all channels into group 1, those too that the patch leaves\n"
-        "out");
+        "Put all channels into group 1, even those that the patch\n"
+        "leaves out");
 }
 
 void AddStateOptions(CLI::App& command, STexts& texts) {
@@ -104,10 +103,10 @@ void AddStateOptions(CLI::App& command, STexts& texts) {
         ->type_name("FILE");
     command
         .add_option("--patch", texts.patch,
-            "A patch: .kvp, or .fxp with one program; the name of one, of\n"
-            "yours or else of the factory's (kavhost info lists them);\n"
+            "A patch: a .kvp, or an .fxp with one program; or the name of a\n"
+            "patch, yours or the factory's (kavhost info lists them);\n"
             "\"default\" is the first of your own, with which the effect\n"
-            "begins in a DAW")
+            "starts in a DAW")
         ->type_name("FILE|NAME");
     AddGroups(command, texts);
     AddChoice(command, "--simd", texts.simd, {"on", "off"}, "The effect's vector code");
@@ -148,7 +147,7 @@ void AddReport(CLI::App& command, SOptions& options, STexts& texts) {
     auto* const json = command.add_flag("--json", options.isJson, "Short for --report json");
     AddChoice(command, "--report", texts.report, {"text", "json", "jsonl"},
         "Report for people, or for programs: one JSON array, or an\n"
-        "object per line, each as soon as its file is done")
+        "object per line, each as soon as its file is finished")
         .excludes(json);
 }
 
@@ -159,8 +158,8 @@ void AddOutputNames(CLI::App& command, SOptions& options, STexts& texts) {
             "Container of the outputs in a folder or on standard output:\n"
             "wav, flac, aif, aiff or ogg; by default the input's, or wav")
         ->type_name("EXT");
-    command.add_flag("-n,--no-clobber", options.render.keepsExisting,
-        "Replace no file: inputs whose outputs exist are skipped");
+    command.add_flag(
+        "-n,--no-clobber", options.render.keepsExisting, "Replace no file: skip inputs whose outputs exist");
 }
 
 /// What render writes in addition to the audio.
@@ -175,7 +174,7 @@ void AddRenderOutputs(CLI::App& command, SOptions& options, STexts& texts) {
             "Write the numbers of the picture, as .csv or .json; a folder,\n"
             "for .csv, for several inputs")
         ->type_name("OUT|DIR");
-    command.add_option("-j,--jobs", options.jobs, "Files rendered at a time")
+    command.add_option("-j,--jobs", options.jobs, "Number of files to render at a time")
         ->check(CLI::Range(1, MostJobs).description(""))
         ->type_name("1.." + std::to_string(MostJobs))
         ->capture_default_str();
@@ -192,8 +191,8 @@ void AddFormat(CLI::App& command, STexts& texts) {
 void AddMeasuring(CLI::App& command, STexts& texts) {
     command
         .add_flag("--no-measure", texts.noMeasure,
-            "Measure no levels, no loudness and no gain: the report has less,\n"
-            "and it takes less time")
+            "Measure no levels, loudness or gain: the report is shorter, and\n"
+            "the job takes less time")
         ->excludes(command.get_option("--plot"))
         ->excludes(command.get_option("--plot-data"));
 }
@@ -201,24 +200,24 @@ void AddMeasuring(CLI::App& command, STexts& texts) {
 /// The search for a loudness or a true peak.
 void AddTarget(CLI::App& command, SOptions& options, STexts& texts) {
     auto* const loudness = command.add_option("--loudness", texts.loudness,
-        "Search for the main input gain that gives this loudness,\n"
-        "within 0.1 LU, such as -14");
+        "Search for the main input gain with which the output has this\n"
+        "loudness, such as -14, within 0.1 LU");
     auto* const truePeak = command.add_option("--true-peak", texts.truePeak,
-        "Lower the main output gain where it takes that to keep the\n"
-        "true peak below this, such as -1; with --loudness the input\n"
-        "gain makes up for it");
+        "Lower the main output gain where necessary to keep the true\n"
+        "peak below this, such as -1; with --loudness the input gain\n"
+        "makes up for it");
     loudness->type_name("LUFS")->excludes(command.get_option("--no-measure"));
     truePeak->type_name("DBTP")->excludes(command.get_option("--no-measure"));
     command
         .add_option("--max-reduction", texts.mostReduction,
-            "Fail rather than let the limiter take back more than this")
+            "Fail if the limiter would reduce the gain by more than this")
         ->type_name("DB")
         ->needs(loudness);
     command.add_flag("--nearest", options.targets.takesNearest,
-        "Write the nearest that can be had where the targets can't,\n"
-        "instead of failing");
+        "Write the nearest possible result instead of failing if the\n"
+        "targets are out of reach");
     command.add_flag(
-        "--album", options.render.isAlbum, "Take all inputs as one programme, with one pair of gains");
+        "--album", options.render.isAlbum, "Treat all inputs as one programme, with the same gains");
     command.add_flag("--dual-mono", options.render.isDualMono,
         "Count the single channel of a mono file as two, which adds 3 LU");
 }
@@ -237,10 +236,10 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     command.add_option("IN", texts.inputs, "Audio files; - is standard input")->required();
     command
         .add_option("-o,--output", texts.output,
-            "The output: .wav, .flac, .aif, .aiff or .ogg; a folder,\n"
-            "created if missing, for several inputs, or if it exists or\n"
-            "ends in /; - is standard output, and the report then goes\n"
-            "to the error output")
+            "The output: .wav, .flac, .aif, .aiff or .ogg; or a folder, if\n"
+            "there are several inputs, if a folder of that name exists, or\n"
+            "if the name ends in / (created if missing); - is standard\n"
+            "output, and the report is then written to standard error")
         ->required()
         ->type_name("OUT|DIR");
     AddOutputNames(command, options, texts);
@@ -251,14 +250,14 @@ void AddRender(CLI::App& app, SOptions& options, STexts& texts) {
     AddFormat(command, texts);
     AddLayout(command, texts);
     command.add_flag("--no-preroll", texts.noPreroll,
-        "Start at once; by default the effect's gains first settle\n"
-        "on silence");
+        "Start at once; by default the effect first runs on silence\n"
+        "until its gains have settled");
     auto* const align = command.add_flag("--align", texts.align,
         "Remove the effect's delay, as measured, so that the output\n"
         "lines up with the input (the default)");
     command.add_flag("--no-align", texts.noAlign, "Keep the effect's delay")->excludes(align);
     command.add_flag(
-        "--strict", options.render.isStrict, "Fail, and write nothing, if a note is about something grave");
+        "--strict", options.render.isStrict, "Fail, and write nothing, if there is a serious note");
     AddRenderOutputs(command, options, texts);
     AddMeasuring(command, texts);
     AddTarget(command, options, texts);
@@ -279,12 +278,12 @@ void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
     AddSaveState(command, texts, "Write the effect's whole state when the window is closed");
     command
         .add_option("--render", texts.output,
-            "Render the whole file then, as kavhost render does: .wav, .flac,\n"
-            ".aif, .aiff or .ogg")
+            "Then render the whole file, as kavhost render does, to .wav,\n"
+            ".flac, .aif, .aiff or .ogg")
         ->type_name("OUT");
     AddWidth(command, options);
     AddChoice(command, "--device", texts.device, {"default", "none"},
-        "Where the sound goes: to the default device, or nowhere");
+        "Play the sound on the default device, or not at all");
     AddBlock(command, options.edit.blockSize);
     AddFormat(command, texts);
     AddLayout(command, texts);
@@ -295,7 +294,8 @@ void AddShot(CLI::App& app, SOptions& options, STexts& texts) {
     auto& shot = options.shot;
     command.footer(ShotFooter);
     auto* const input =
-        command.add_option("IN", texts.shotInput, "An audio file that plays before")->type_name("");
+        command.add_option("IN", texts.shotInput, "An audio file to play before the picture is taken")
+            ->type_name("");
     command.add_option("-o,--output", texts.output, "The picture, .png")->required()->type_name("OUT");
     AddEffectOptions(command, options, texts);
     AddAllChannels(command, texts);
@@ -324,7 +324,7 @@ void AddInspect(CLI::App& app, SOptions& options, STexts& texts) {
         ->required()
         ->type_name("");
     AddProfile(command, texts);
-    command.add_flag("--all", options.showsAll, "Show also what is as in a new instance");
+    command.add_flag("--all", options.showsAll, "Also show what is as in a new instance");
     command.add_flag("--json", options.isJson, "Print JSON, for programs");
 }
 
@@ -333,8 +333,9 @@ void AddBench(CLI::App& app, SOptions& options, STexts& texts) {
     auto& bench = options.bench;
     command.footer(BenchFooter);
     AddEffectOptions(command, options, texts);
-    command.add_option("--vs", texts.otherPlugin, "Another effect to measure against")->type_name("FILE");
-    command.add_option("--set2", options.otherSettings, "A setting of the other effect, in a form of --set")
+    command.add_option("--vs", texts.otherPlugin, "Another effect to compare with")->type_name("FILE");
+    command
+        .add_option("--set2", options.otherSettings, "A setting of the other effect, in the form of --set")
         ->type_name("SETTING")
         ->allow_extra_args(false);
     auto* const input =
@@ -382,7 +383,7 @@ void AddContent(CLI::App& app, STexts& texts) {
 }
 
 void AddHelp(CLI::App& app, STexts& texts) {
-    auto& help = *app.add_subcommand("help", "Print help, or that of a command.");
+    auto& help = *app.add_subcommand("help", "Print help for kavhost or for a command.");
     help.footer(""); // otherwise that of the program
     help.add_option("COMMAND", texts.helpFor, "The command")->type_name("");
     app.add_subcommand("version", "Print the version.")->footer("");

@@ -99,7 +99,7 @@ std::string Explained(const SSpeakerWeights& weights) {
     case SSpeakerWeights::EOrigin::Routing:
         return "no speaker mask; by the routing: " + weights.layout;
     case SSpeakerWeights::EOrigin::Usual:
-        return "no speaker mask; as usual: " + weights.layout;
+        return "no speaker mask; the usual layout: " + weights.layout;
     case SSpeakerWeights::EOrigin::Nothing:
         break;
     }

@@ -45,14 +45,14 @@ std::string ReasonOf(HRESULT result) {
     case NotFound:
         return "there is no audio device";
     case AUDCLNT_E_DEVICE_INVALIDATED:
-        return "the audio device has gone";
+        return "the audio device was removed";
     case AUDCLNT_E_DEVICE_IN_USE:
     case AUDCLNT_E_EXCLUSIVE_MODE_NOT_ALLOWED:
-        return "another program has the audio device to itself";
+        return "another program uses the audio device exclusively";
     case AUDCLNT_E_SERVICE_NOT_RUNNING:
         return "the system's audio service is not running";
     case UnknownForm:
-        return "the audio device takes no samples that kavhost can provide";
+        return "the audio device accepts no sample format that kavhost can provide";
     default:
         std::array<char, 16> number{};
         std::snprintf(number.data(), number.size(), "0x%08X", static_cast<unsigned>(result));

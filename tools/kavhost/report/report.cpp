@@ -174,7 +174,7 @@ void PrintTarget(std::ostream& out, const SRenderReport& report) {
         gains += (gains.empty() ? "" : ", ") + ("output " + Signed(target.outputGainDb) + " dB");
     Line(out, "main gains found") << gains << ", in " << target.renders
                                   << (target.renders == 1 ? " render" : " renders")
-                                  << "; what binds: " << target.binds << "\n";
+                                  << "; determined by: " << target.binds << "\n";
     Line(out, "reached") << Fixed(target.reachedLufs.value_or(0), 2) << " LUFS, "
                          << Fixed(target.reachedDbtp.value_or(0), 2) << " dBTP"
                          << "\n";

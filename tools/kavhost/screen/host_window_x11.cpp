@@ -117,7 +117,7 @@ struct CHostWindow::SNative {
 };
 
 void CHostWindow::SNative::CheckConnection() const {
-    if (xcb_connection_has_error(connection) != 0) throw CFailure("the display has gone");
+    if (xcb_connection_has_error(connection) != 0) throw CFailure("the connection to the display was lost");
 }
 
 void CHostWindow::SNative::MakeWindows(const std::string& title) {

@@ -115,7 +115,7 @@ void CPatchFile::ReadRecord(const std::string& bytes) {
         const auto name = Part(record, NameAt, VST::kVstMaxProgNameLen - 1);
         _name = name.substr(0, name.find('\0'));
     } else {
-        throw CFailure("not a patch of one program: its form is unknown");
+        throw CFailure("not a patch of one program: its format is unknown");
     }
 }
 

@@ -147,7 +147,7 @@ std::vector<SSetupRemark> CSetup::ExaminePatch(const CStateText& state, int chan
                                         : std::vector<SPatchNeed>();
     for (const auto& need : needs) {
         if (!need.IsKnown()) remarks.push_back({"the patch needs " + need.words, false});
-        if (!IsMet(need, state)) remarks.push_back({"the patch needs what is missing: " + need.words, true});
+        if (!IsMet(need, state)) remarks.push_back({"a need of the patch is not met: " + need.words, true});
     }
     if (!needs.empty()) return remarks;
     for (const auto& [group, toggles, routing] : FindIdleToggles(state)) {

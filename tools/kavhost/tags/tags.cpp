@@ -137,11 +137,10 @@ public:
                 _leftOut.emplace_back(
                     "tags: " + std::string(ContainerName(_container)) + " tags cannot be written");
         }
-        AddNote(report, "dropped, since they describe the samples as they were", _source._chunks.ofSamples);
-        AddNote(
-            report, "dropped, since they describe the loudness or coding as it was", _source._tags.outdated);
-        AddNote(report, "dropped, since kavhost doesn't know what they mean", _source._chunks.unknown);
-        AddNote(report, "dropped, since " + std::string(ContainerName(_container)) + " has no place for them",
+        AddNote(report, "dropped because they describe the old samples", _source._chunks.ofSamples);
+        AddNote(report, "dropped because they describe the old loudness or coding", _source._tags.outdated);
+        AddNote(report, "dropped because kavhost doesn't know what they mean", _source._chunks.unknown);
+        AddNote(report, "dropped because " + std::string(ContainerName(_container)) + " can't store them",
             _without);
         AddNote(report, "left out", _leftOut, true);
     }

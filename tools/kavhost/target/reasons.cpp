@@ -20,7 +20,7 @@ std::string ReductionText(const STargets& targets, const SFound& found, const st
     const auto most = Shortest(*targets.mostReductionDb);
     auto text = TargetText(targets) + " needs " + Fixed(found.needed.reductionDb, 1) +
                 " dB of reduction at " + place + ", more than " + most;
-    return text + "; with " + most + " it comes to " + Comes(found);
+    return text + "; with " + most + " dB the loudness is " + Comes(found);
 }
 
 } // namespace
@@ -41,14 +41,14 @@ std::string ReasonText(const STargets& targets, const SFound& found, const std::
     case EObstacle::NoLoudness:
         return "has no loudness: it is silent, below the gate of -70 LUFS, or shorter than 0.4 s";
     case EObstacle::LowestGain:
-        return text + " takes an input gain below the lowest of " + Gain(found.gains.inputDb) +
-               "; with that it comes to " + Comes(found);
+        return text + " needs an input gain below the minimum of " + Gain(found.gains.inputDb) +
+               "; at that gain the loudness is " + Comes(found);
     case EObstacle::HighestGain:
-        return text + " takes an input gain above the highest of " + Gain(found.gains.inputDb) +
-               "; with that it comes to " + Comes(found);
+        return text + " needs an input gain above the maximum of " + Gain(found.gains.inputDb) +
+               "; at that gain the loudness is " + Comes(found);
     case EObstacle::OutputGain:
-        return text + " takes an output gain below the lowest of " + Gain(found.gains.outputDb) +
-               "; with that its true peak is " + Fixed(found.reached.truePeakDbtp, 1) + " dBTP";
+        return text + " needs an output gain below the minimum of " + Gain(found.gains.outputDb) +
+               "; at that gain the true peak is " + Fixed(found.reached.truePeakDbtp, 1) + " dBTP";
     case EObstacle::Reduction:
         return ReductionText(targets, found, place);
     case EObstacle::NoFit:
@@ -56,7 +56,8 @@ std::string ReasonText(const STargets& targets, const SFound& found, const std::
         break;
     }
     return text +
-           " can't be met with any input gain: it is too dense, or its loudness jumps; the nearest is " +
+           " can't be reached with any input gain: the sound is too dense, or its loudness jumps; the "
+           "nearest is " +
            Comes(found);
 }
 

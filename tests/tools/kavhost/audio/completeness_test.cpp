@@ -32,7 +32,7 @@ std::string Wav(std::uint64_t announced, std::size_t present) {
            Little(announced, 4) + std::string(present, 'x');
 }
 
-const std::string Text = "the input is cut off: it announces 100 bytes of audio, and 60 are there";
+const std::string Text = "the input is cut off: it announces 100 bytes of audio but contains 60";
 
 } // namespace
 

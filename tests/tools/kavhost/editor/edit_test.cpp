@@ -268,8 +268,8 @@ TEST_F(Edit, SavesWhatWasSetWhenTheDisplayDies) {
     windows.KillServer();
     const auto run = End();
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.errors,
-        "kavhost: the display has gone; " + (folder / "out.state").string() + " has what was set by then\n");
+    EXPECT_EQ(run.errors, "kavhost: the connection to the display was lost; " +
+                              (folder / "out.state").string() + " contains the settings up to then\n");
     EXPECT_TRUE(fs::exists(folder / "out.state"));
     EXPECT_FALSE(fs::exists(folder / "out.wav"));
 }

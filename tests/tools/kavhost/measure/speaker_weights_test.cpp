@@ -82,7 +82,8 @@ TEST(SpeakerWeights, AreThoseOfTheUsualLayoutWithoutAnythingElse) {
             EXPECT_EQ(weights.origin, EOrigin::Usual);
         }
     }
-    EXPECT_EQ(Explained(WeightsOf(8, std::nullopt)), "no speaker mask; as usual: L R C LFE Lss Rss Lrs Rrs");
+    EXPECT_EQ(Explained(WeightsOf(8, std::nullopt)),
+        "no speaker mask; the usual layout: L R C LFE Lss Rss Lrs Rrs");
 }
 
 TEST(SpeakerWeights, AreAllTheSameAboveEightChannelsWithoutAnythingElse) {

@@ -404,17 +404,17 @@ TEST_F(WasapiDevice, SaysInWordsWhatIsUsual) {
     };
     EXPECT_EQ(reasonOf(EStep::Endpoint, NoDevice), "there is no audio device");
     EXPECT_EQ(reasonOf(EStep::Initialize, AUDCLNT_E_DEVICE_IN_USE),
-        "another program has the audio device to itself");
+        "another program uses the audio device exclusively");
     EXPECT_EQ(reasonOf(EStep::Activate, AUDCLNT_E_SERVICE_NOT_RUNNING),
         "the system's audio service is not running");
-    EXPECT_EQ(reasonOf(EStep::Start, AUDCLNT_E_DEVICE_INVALIDATED), "the audio device has gone");
+    EXPECT_EQ(reasonOf(EStep::Start, AUDCLNT_E_DEVICE_INVALIDATED), "the audio device was removed");
 }
 
 TEST_F(WasapiDevice, IsNoneWhereItsSamplesAreUnknown) {
     for (const auto& [bits, isFloat] : {std::pair{8, false}, {64, true}, {16, true}}) {
         sound.SetFormat(2, 48000, bits, isFloat);
         EXPECT_FALSE(Open());
-        EXPECT_EQ(reason, "the audio device takes no samples that kavhost can provide") << bits;
+        EXPECT_EQ(reason, "the audio device accepts no sample format that kavhost can provide") << bits;
     }
 }
 

@@ -240,7 +240,7 @@ TEST_F(Jobs, SayThatAnInputIsCutOff) {
     EXPECT_EQ(entry["frames"], 70);
     EXPECT_TRUE(
         entry["notes"].dump().find(
-            "the input is cut off: it announces 200 bytes of audio, and 140 are there") != std::string::npos)
+            "the input is cut off: it announces 200 bytes of audio but contains 140") != std::string::npos)
         << entry["notes"];
     const auto strict = RenderFiles({_folder / "cut.wav"}, Utf8(_folder / "strict.wav"), {"--strict"});
     EXPECT_EQ(strict.code, 1);

@@ -289,7 +289,7 @@ TEST_F(Groups, AreComparedWithWhatAPatchNeeds) {
         "Needs: routing Mid-Side in groups 1 and 2; groups connected in parallel");
     const std::string routing = "routing Mid-Side in groups 1 and 2";
     const std::string parallel = "groups connected in parallel";
-    const std::string missing = "the patch needs what is missing: ";
+    const std::string missing = "a need of the patch is not met: ";
     const Arguments patch{"--patch", Path("needs.kvp")};
     Rendered(patch);
     EXPECT_EQ(Notes(), (std::vector{missing + routing, missing + parallel}));

@@ -217,12 +217,12 @@ TEST_F(TranslatedTags, NameWhatTheContainerHasNoPlaceFor) {
         {"inst", "abcdefg"}, {"LIST", "INFO" + InfoText("INAM", "x") + InfoText("IXYZ", "y")}};
     WriteBytes(_folder / "in.wav", WavWith({}, all));
     Render("in.wav", "a.flac");
-    EXPECT_TRUE(Said("dropped, since FLAC has no place for them: iXML, axml, cue, _PMX, inst, INFO IXYZ\n"))
+    EXPECT_TRUE(Said("dropped because FLAC can't store them: iXML, axml, cue, _PMX, inst, INFO IXYZ\n"))
         << _said;
     Render("in.wav", "a.ogg");
-    EXPECT_TRUE(Said("dropped, since OGG has no place for them: iXML")) << _said;
+    EXPECT_TRUE(Said("dropped because OGG can't store them: iXML")) << _said;
     Render("in.wav", "a.aiff", {"--strict"});
-    EXPECT_TRUE(Said("dropped, since AIFF has no place for them: iXML, axml, _PMX, INFO IXYZ\n")) << _said;
+    EXPECT_TRUE(Said("dropped because AIFF can't store them: iXML, axml, _PMX, INFO IXYZ\n")) << _said;
 }
 
 TEST_F(TranslatedTags, PutNoRiffChunkIntoAForm) {
@@ -273,7 +273,7 @@ TEST_F(TranslatedTags, KeepTheChunksOfAnAiffByteForByte) {
     WriteBytes(_folder / "in.aiff", AiffWith(with));
     Render("in.aiff", "a.aiff");
     EXPECT_EQ(Chunks("a.aiff"), all);
-    EXPECT_TRUE(Said("dropped, since kavhost doesn't know what they mean: APPL\n")) << _said;
+    EXPECT_TRUE(Said("dropped because kavhost doesn't know what they mean: APPL\n")) << _said;
     std::filesystem::remove(_folder / "in.aiff");
     WriteBytes(_folder / "in.aiff", AiffWith({{"NAME", "Bells"}, {"AUTH", "Tower"}, {"(c) ", "us"}, all[5]}));
     Render("in.aiff", "a.flac");
@@ -286,7 +286,7 @@ TEST_F(TranslatedTags, OfAnMp3ComeWithItsPicture) {
                            Id3UserText("MOOD", "calm") + Id3Frame("PRIV", std::string("a\0b", 3))));
     for (const std::string name : {"a.flac", "b.ogg"}) {
         Render("in.mp3", name);
-        EXPECT_TRUE(Said("has no place for them: PRIV")) << _said;
+        EXPECT_TRUE(Said("can't store them: PRIV")) << _said;
         if (name == "b.ogg") Render("b.ogg", "a.flac"); // the picture in a comment
         const auto flac = Bytes("a.flac");
         const auto comments = FlacComments(flac);
@@ -334,7 +334,7 @@ TEST_F(TranslatedTags, LeaveOutWhatDescribesTheLoudnessAsItWas) {
     for (const std::string name : {"a.flac", "a.ogg", "a.aiff", "a.wav"}) {
         Render("in.mp3", name, {"--strict"});
         EXPECT_TRUE(isClean(Bytes(name))) << name;
-        EXPECT_TRUE(Said("dropped, since they describe the loudness or coding as it was: ")) << _said;
+        EXPECT_TRUE(Said("dropped because they describe the old loudness or coding: ")) << _said;
         for (const char* key :
             {"REPLAYGAIN_TRACK_GAIN", "REPLAYGAIN_ALBUM_PEAK", "ITUNNORM", "R128_TRACK_GAIN", "RVA2"})
             EXPECT_TRUE(Said(key)) << key << ": " << _said;
@@ -377,7 +377,7 @@ TEST_F(TranslatedTags, OfFlacAndOggKeepEveryValue) {
     Render("b.flac", "c.flac");
     EXPECT_EQ(FlacComments(Bytes("c.flac")), expected);
     EXPECT_TRUE(Said("REPLAYGAIN_TRACK_GAIN") && Said("R128_ALBUM_GAIN")) << _said;
-    EXPECT_TRUE(Said("has no place for them: APPLICATION abcd, CUESHEET")) << _said;
+    EXPECT_TRUE(Said("can't store them: APPLICATION abcd, CUESHEET")) << _said;
     Render("b.flac", "c.ogg");
     auto comments = OggComments(Bytes("c.ogg"));
     comments.erase("ENCODER"); // the coder's own

@@ -134,8 +134,8 @@ TEST_F(WavTags, NameWhatIsDropped) {
             {{"MD5 ", std::string(16, 'm')}, {"xyzw", "abc"}, {"xyzw", "d"}, {"LIST", "wavl12"},
                 {"iXML", "kept"}});
     EXPECT_EQ(Rendered(input), (ChunkRecords{{"iXML", "kept"}}));
-    EXPECT_TRUE(Said("dropped, since they describe the samples as they were: PEAK, levl, MD5\n")) << _said;
-    EXPECT_TRUE(Said("dropped, since kavhost doesn't know what they mean: xyzw, LIST wavl\n")) << _said;
+    EXPECT_TRUE(Said("dropped because they describe the old samples: PEAK, levl, MD5\n")) << _said;
+    EXPECT_TRUE(Said("dropped because kavhost doesn't know what they mean: xyzw, LIST wavl\n")) << _said;
     EXPECT_FALSE(Said("JUNK"));
     EXPECT_EQ(Rendered(input, {"--strict"}).size(), 1u) << "what is dropped for good reason is no failure";
     const auto run = Run(input, {"--json"});

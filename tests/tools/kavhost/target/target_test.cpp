@@ -386,15 +386,17 @@ TEST_F(Target, SaysWhatIsInTheWayAndTheBestThatCanBeHad) {
     };
     // -64 dBFS in both channels is -64 LUFS.
     expect("quiet.wav", {"--loudness", "-14"},
-        {"quiet.wav: -14 LUFS takes an input gain above the highest of +24 dB; with that it comes to -40"});
+        {"quiet.wav: -14 LUFS needs an input gain above the maximum of +24 dB; at that gain the loudness is "
+         "-40"});
     expect("song.wav", {"--loudness", "-2", "--true-peak", "-1", "--max-reduction", "3"},
         {"song.wav: -2 LUFS at -1 dBTP needs ", " dB of reduction at 0:0",
-            ", more than 3; with 3 it comes to -1"});
+            ", more than 3; with 3 dB the loudness is -1"});
     expect("sine.wav", {"--loudness", "-50"},
-        {"sine.wav: -50 LUFS takes an input gain below the lowest of -23.99 dB; with that it comes to "
+        {"sine.wav: -50 LUFS needs an input gain below the minimum of -23.99 dB; at that gain the loudness "
+         "is "
          "-44.0"});
     expect("sine.wav", {"--true-peak", "-40", "--set", "Main Input Gain=20"},
-        {"sine.wav: -40 dBTP takes an output gain below the lowest of -23.99 dB"});
+        {"sine.wav: -40 dBTP needs an output gain below the minimum of -23.99 dB"});
     for (const char* const input : {"silent.wav", "below.wav", "short.wav"})
         expect(input, {"--loudness", "-14"},
             {"has no loudness", "silent, below the gate", "shorter than 0.4 s"});
