@@ -62,10 +62,10 @@ double SoundDelay(const SSettings& settings) {
 void FilterResponses(std::ostream& out) {
     out << R"(## Oversampling filters
 
-The response of one filter (there are two, for up-sampling and down-sampling), from its impulse response in plain
-arithmetic. Frequencies are relative to the base Nyquist frequency: 1 is 24 kHz at 48 kHz. A frequency f between 1
-and 2 appears at 2 - f at the base rate. A signal passes both filters, so the attenuation in dB is twice these
-figures.
+The table shows the response of one filter, calculated from its impulse response in plain arithmetic. There are two
+filters, for up-sampling and down-sampling. A signal passes both, so the attenuation in dB is twice these figures.
+Frequencies are relative to the base Nyquist frequency: 1 is 24 kHz at 48 kHz. A frequency f between 1 and 2 appears at
+2 - f at the base rate.
 
 | pair | factor | at 0.5, dB | at 0.8, dB | corner (-3.01 dB) | at 1, dB | at 1.1, dB | at 1.5, dB |
 |---|---|---|---|---|---|---|---|
@@ -93,10 +93,10 @@ Figures below about -140 dB show only that the impulse response is rounded to si
 void Delays(std::ostream& out) {
     out << R"(## Delay
 
-Noise between 50 Hz and a sixth of the rate, its peaks at -40 dB, through the engine; the delay is the lag at which
-output and input correlate most. It is that of the sound, and kavhost aligns files by it, rounded. The highest sample
-of an impulse may come a sample later, because the filters delay what lies near their corner by more. The look-ahead is
-the delay that the host is given, divided by the factor. The delay of the filters is not reported to the host.
+Noise between 50 Hz and a sixth of the rate, with peaks at -40 dB, passes the engine. The delay is the lag at which output
+and input correlate most. kavhost aligns files by this delay, rounded. The highest sample of an impulse may be a sample
+later, because the filters delay frequencies near their corner by more. The look-ahead is the delay that the plug-in
+reports to the host, divided by the factor. The plug-in doesn't report the delay of the filters.
 
 | rate, kHz | pair | factor | look-ahead, samples | measured, samples | of the filters | impulse, samples |
 |---|---|---|---|---|---|---|

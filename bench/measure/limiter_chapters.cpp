@@ -24,9 +24,9 @@ void Append(std::vector<float>& signal, double level, double seconds) {
 void StepResponse(std::ostream& out) {
     out << R"(## Step response
 
-A constant rises from -40 dB to 0 dB within one sample, with the threshold at -12 dB and the ceiling at 0 dB: 12 dB of
-limiting. Overshoot is how far the output exceeds the ceiling; one tap of the smoothing window receives its value one
-sample late. Settled means within 0.001 dB of the ceiling.
+A constant rises from -40 dB to 0 dB within one sample. The threshold is at -12 dB and the ceiling at 0 dB, so the limiter
+reduces the gain by 12 dB. Overshoot is how far the output exceeds the ceiling; one tap of the smoothing window receives
+its value one sample late. Settled means within 0.001 dB of the ceiling.
 
 | factor | overshoot, dB | output moves after, samples | settled after, samples |
 |---|---|---|---|
@@ -48,8 +48,8 @@ sample late. Settled means within 0.001 dB of the ceiling.
             << " |\n";
     }
     out << R"(
-Above factor 1 the filters ring at the step. The ringing is limited as well, and the 10 ms release after it is the last
-to settle.
+Above factor 1 the filters ring at the step. The limiter also limits the ringing, and then the release of 10 ms takes
+the longest to settle.
 
 )";
 }
@@ -57,9 +57,9 @@ to settle.
 void ReleaseTimes(std::ostream& out) {
     out << R"(## Release
 
-12 dB of limiting end within one sample. By definition, the rest of the reduction, 1 - gain, falls to a tenth in the set
-time. Measured at factor 1 from the gain of a constant at -60 dB, between 90 % and 9 % of the full reduction, so that
-the averages over the look-ahead affect neither end.
+A limiting of 12 dB ends within one sample. By definition, the remaining reduction, 1 - gain, falls to a tenth in the set
+time. It is measured at factor 1 from the gain of a constant at -60 dB, between 90 % and 9 % of the full reduction, so
+that the averages over the look-ahead affect neither end.
 
 | set, ms | measured, ms |
 |---|---|
@@ -85,7 +85,7 @@ the averages over the look-ahead affect neither end.
         out << "| " << releaseMs << " | " << (fallsTo(0.09) - fallsTo(0.9)) / RateHz * 1000.0 << " |\n";
     }
     out << R"(
-The two averages together are as long as the look-ahead, 1.33 ms at 48 kHz. No release is shorter than that.
+The two averages together are as long as the look-ahead, 1.33 ms at 48 kHz. They lengthen shorter releases.
 
 )";
 }
@@ -93,8 +93,8 @@ The two averages together are as long as the look-ahead, 1.33 ms at 48 kHz. No r
 void Distortion(std::ostream& out) {
     out << R"(## Distortion
 
-A sine of 60 Hz, 6 dB above the threshold of -12 dB, at factor 1. The residue is what remains when the sine is
-subtracted, over one second after three seconds of settling, relative to the sine.
+The input is a sine of 60 Hz, 6 dB above the threshold of -12 dB, at factor 1. The residue is the output without the
+sine, relative to the sine, measured over one second after three seconds of settling.
 
 | release | residue, dB | in per cent |
 |---|---|---|

@@ -41,8 +41,8 @@ int main(int argc, char** argv) {
         std::ofstream out(argv[2]);
         out << std::fixed << std::setprecision(3) << R"(# Measurements
 
-What the engine does, measured from outside. `bench/measure/run` writes this page. These are the algorithm's own
-figures, whether they flatter it or not. Input and output are single precision, at 48 kHz unless stated otherwise.
+This page shows what the engine does, measured from outside. `bench/measure/run` writes it. The figures are those of the
+algorithm, good or bad. Input and output are single precision, at 48 kHz unless stated otherwise.
 
 )";
         StepResponse(out);

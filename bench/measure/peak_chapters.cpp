@@ -69,13 +69,13 @@ Audio Case(float rateHz, const std::function<double(std::size_t)>& sample) {
 void Peaks(std::ostream& out, const Audio& music, float rateHz) {
     out << R"(## Peaks
 
-Threshold -12 dB, ceiling -1 dB, release 10 ms: 12 dB of drive into the limiter. Sample peak, true peak by libebur128,
-and true peak by our own meter at 8 times the rate, all in dB. The look-ahead limits every sample at the limiter's own
-rate; the filter that returns to the base rate rings above that.
+The threshold is -12 dB, the ceiling -1 dB and the release 10 ms, so the limiter is driven by 12 dB. The table shows the
+sample peak, the true peak by libebur128, and the true peak by our own meter at 8 times the rate, all in dB. The limiter
+lets no sample exceed the ceiling at its own rate, but the filter that returns to the base rate rings above it.
 
 - music: ten seconds of a produced track at its own rate
-- quarter: a sine at a quarter of the rate, whose samples are all at 0.71 of its peaks
-- sixth: a sine at a sixth of the rate, whose samples are all at 0.87 of its peaks
+- quarter: a sine at a quarter of the rate; all its samples are at 0.71 of its peaks
+- sixth: a sine at a sixth of the rate; all its samples are at 0.87 of its peaks
 - square: blocks of five samples of each sign
 - noise: every sample at full scale with a random sign
 

@@ -73,10 +73,10 @@ void Speed(std::ostream& out) {
     const std::uint64_t all = Utils::DetectFeatures();
     out << R"(## Speed of the blocks
 
-Nanoseconds of processor time per frame of two channels, in blocks of 512, on the machine that wrote this page. The
-reference is the plain model with which the tests compare the engine: one sample and one channel at a time, compiled at
--O2. Both run alternately in the same run. All figures are medians. Only the last column is meaningful on other
-machines.
+The figures are nanoseconds of processor time per frame of two channels, in blocks of 512, on the machine that wrote this
+page. The reference is the plain model with which the tests compare the engine: one sample and one channel at a time,
+compiled at -O2. Engine and reference alternate in the same run. All figures are medians. Only the last column is
+meaningful on other machines.
 
 | block | ns | reference, ns | times as fast |
 |---|---|---|---|
@@ -92,10 +92,11 @@ machines.
     FilterRow(out, "filter of order 4, one way", 4, all);
     FilterRow(out, "filter of order 4 without the features", 4, 0);
     out << R"(
-The least that the arithmetic needs, in cycles of a current processor, and where the rest of the time is spent. Measured
-on Zen 3: additions and multiplications take 3 cycles, fused operations 4. Eight fused operations start within 4.1
-cycles, eight fused operations and eight additions within 5.0, eight fused operations and eight shuffles within 6.1. The
-dependent operations (chain) are counted in the source; the others (throughput) are those of the compiled loops.
+The next table shows how many cycles of a current processor the arithmetic needs at least, and where the rest of the time
+is spent. Measured on Zen 3, additions and multiplications take 3 cycles and fused operations 4. Eight fused operations
+start within 4.1 cycles, eight fused operations and eight additions within 5.0, eight fused operations and eight shuffles
+within 6.1. The dependent operations (chain) are counted in the source; the others (throughput) are counted in the
+compiled loops.
 
 | block | chain | throughput | what the rest is |
 |---|---|---|---|
