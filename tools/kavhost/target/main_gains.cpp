@@ -36,7 +36,7 @@ void CheckFree(
     const char* option, const char* name, const SMainGain& gain, std::span<const SSetting> settings) {
     if (std::ranges::find(settings, gain.index, &SSetting::index) == settings.end()) return;
     throw CUsageError(std::string("--set: ") + option + " searches for the " + name +
-                      "; only a patch or a state may give it a value to start from");
+                      "; only a patch or a state may set the value at which the search starts");
 }
 
 } // namespace
