@@ -66,7 +66,7 @@ std::string_view TextOf(std::span<const char> data) noexcept {
 }
 
 std::string TextFromBinary(std::span<const char> data) {
-    std::string text = Head(KAV_VERSION, NameOfBinary(data));
+    std::string text = Head(Utils::ProductVersionUtf8, NameOfBinary(data));
     AddElement(text, "patch_info", "FXP-converted");
     for (std::size_t pair = PairsOffset; pair + PairBytes <= data.size(); pair += PairBytes)
         AddBinaryParam(text, LittleEndian(data, pair), std::bit_cast<float>(LittleEndian(data, pair + 4)));

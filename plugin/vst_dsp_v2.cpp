@@ -33,7 +33,8 @@ TRecord CopyArrangement(const VstSpeakerArrangement& from, std::int32_t channels
 } // namespace
 
 CVSTDSPv2::CVSTDSPv2(HostCallback audioMaster)
-    : AudioEffectX(audioMaster, static_cast<std::int32_t>(HostParamTable().size()), UniqueId, Version, 2, 2,
+    : AudioEffectX(audioMaster, static_cast<std::int32_t>(HostParamTable().size()), UniqueId,
+          Utils::VersionDigits(Utils::ProductVersionUtf8), 2, 2,
           effFlagsCanReplacing | effFlagsProgramChunks),
       _survey(AskHost()) {}
 

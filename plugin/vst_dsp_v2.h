@@ -3,7 +3,6 @@
 #include "device/xxx_dsp.h"
 #include "plugin/host_survey.h"
 #include "state/device_state.h"
-#include "utils/product.h"
 #include "utils/shared.h"
 #include "vst/audio_effect_x.h"
 
@@ -19,7 +18,6 @@ namespace KAV {
 class CVSTDSPv2 : public CXXXDSP, public AudioEffectX {
 public:
     static constexpr std::int32_t UniqueId = VST::FourCharacters('s', 'o', 'r', 'l');
-    static constexpr std::int32_t Version = Utils::VersionDigits(KAV_VERSION);
 
     // CXXXDSP
     std::int32_t GetChunk(void** data, bool isPreset) final;

@@ -53,7 +53,7 @@ std::size_t CDeviceState::WriteChunk(void** data, std::uint32_t flags) {
 }
 
 std::string CDeviceState::Write(const Turn&, std::uint32_t flags) {
-    std::string text = Patch::Head(KAV_VERSION, Utils::ToUtf8(_panel.patch.Name()));
+    std::string text = Patch::Head(Utils::ProductVersionUtf8, Utils::ToUtf8(_panel.patch.Name()));
     if (_device.GetGroupCount() > 1) Patch::AddElement(text, "multi_fx", "true");
     if ((flags & FxNames) != 0) Patch::AddElement(text, "fx_names", Joined(_panel.groupNames));
     WriteParameters(text, flags);

@@ -3,11 +3,10 @@
 #include <cstdint>
 #include <string_view>
 
-// What users, their systems and the vendor call this product, and its version: four numbers of one digit.
-// Macros, so that they can be part of a longer literal, UTF-16 as well. CMake reads them here too.
+// What users, their systems and the vendor call this product. Macros, so that they can be part of a longer
+// literal, UTF-16 as well. CMake reads them here too.
 #define KAV_VENDOR "Kavelin"
 #define KAV_PRODUCT "KAV Sorrel Limiter"
-#define KAV_VERSION "1.0.1.0"
 #define KAV_PACKAGE "kav-sorrel-limiter"
 
 // The user guide: the machine's copy, next to the library or where packages put their documents; and the
@@ -18,7 +17,11 @@
 namespace KAV::Utils {
 
 inline constexpr std::u16string_view ProductName = u"" KAV_PRODUCT;
-inline constexpr std::u16string_view ProductVersion = u"" KAV_VERSION;
+
+/// The version of CMake's project: four numbers of one digit. No constant of this header, so that another
+/// version recompiles one source.
+extern const std::u16string_view ProductVersion;
+extern const std::string_view ProductVersionUtf8;
 
 /// A version as VST hosts show it, digit by digit: 1.0.1.0 is 1010.
 constexpr std::int32_t VersionDigits(std::string_view version) noexcept {

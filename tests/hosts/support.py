@@ -22,6 +22,7 @@ BUILD = ROOT / "build" / "release"
 LIBRARY = pathlib.Path(os.environ.get("KAV_HOSTS_LIBRARY", BUILD / "KAVSorrelLimiter.so"))
 KAVHOST = BUILD / "kavhost"
 NAME = "KAV Sorrel Limiter"
+VERSION = re.search(r"^project\(\w+ VERSION (\S+) ", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 UNIQUE_ID = 1936683628
 PARAMETERS = 109
 RATE = 48000

@@ -22,6 +22,14 @@ protected:
 
 } // namespace
 
+TEST_F(HostCalls, TheVersionIsThatOfPatches) {
+    EXPECT_EQ(effect.Record().version, 1010);
+    void* chunk = nullptr;
+    const auto size = static_cast<std::size_t>(effect.Dispatch(effGetChunk, 0, 0, &chunk));
+    const std::string_view state(static_cast<const char*>(chunk), size);
+    EXPECT_NE(state.find("<app_version>1.0.1.0</app_version>"), std::string_view::npos);
+}
+
 TEST_F(HostCalls, SpeakerArrangementsOfEqualCountsUpToSixteenAreTaken) {
     EXPECT_TRUE(effect.SetChannels(16, 16));
     EXPECT_EQ(effect.Record().numInputs, 16);

@@ -5,9 +5,9 @@
 using namespace KAV::Utils;
 
 TEST(Product, IsCalledTheSameInBothEncodings) {
-    const std::string_view name = KAV_PRODUCT, version = KAV_VERSION;
+    const std::string_view name = KAV_PRODUCT;
     EXPECT_EQ(ProductName, std::u16string(name.begin(), name.end()));
-    EXPECT_EQ(ProductVersion, std::u16string(version.begin(), version.end()));
+    EXPECT_EQ(ProductVersion, std::u16string(ProductVersionUtf8.begin(), ProductVersionUtf8.end()));
 }
 
 TEST(VersionDigits, AreTheNumbersOneAfterTheOther) {

@@ -83,7 +83,7 @@ int main(int argc, char** argv) try {
         std::cerr << "usage: kav_guide_facts FILE\n";
         return 2;
     }
-    const Json facts{{"product", KAV_PRODUCT}, {"vendor", KAV_VENDOR}, {"version", KAV_VERSION},
+    const Json facts{{"product", KAV_PRODUCT}, {"vendor", KAV_VENDOR}, {"version", Utils::ProductVersionUtf8},
         {"panel", PanelFacts()}, {"lookahead", LookaheadFacts()}, {"settings", SettingsFacts()}};
     std::ofstream file(argv[1], std::ios::binary);
     file << facts.dump(1) << '\n';

@@ -503,7 +503,7 @@ void Build(CLI::App& app, SOptions& options, STexts& texts) {
     app.formatter(std::make_shared<CHelpFormatter>()); // which those of its commands take over
     app.footer(Footer);
     app.allow_windows_style_options(false); // a path may begin with a slash there, too
-    app.set_version_flag("--version", "kavhost " KAV_VERSION);
+    app.set_version_flag("--version", std::string("kavhost ").append(Utils::ProductVersionUtf8));
     app.require_subcommand(1);
     AddInfo(app, options, texts);
     AddRender(app, options, texts);

@@ -16,7 +16,6 @@ constexpr std::intptr_t ProcessLevelUser = 1;
 constexpr std::intptr_t ProcessLevelRealtime = 2;
 constexpr std::intptr_t ProcessLevelOffline = 4;
 constexpr std::intptr_t LanguageEnglish = 1;
-constexpr std::intptr_t VendorVersion = Utils::VersionDigits(KAV_VERSION);
 
 /// What is known of an effect.
 struct SKnown {
@@ -97,7 +96,7 @@ std::intptr_t HostCallback(VST::AEffect* effect, std::int32_t opcode, std::int32
     case VST::audioMasterGetProductString:
         return Answer(pointer, "kavhost", VST::kVstMaxProductStrLen);
     case VST::audioMasterGetVendorVersion:
-        return VendorVersion;
+        return Utils::VersionDigits(Utils::ProductVersionUtf8);
     case VST::audioMasterCanDo:
         return CanDo(static_cast<const char*>(pointer), known.host != nullptr) ? 1 : 0;
     case VST::audioMasterGetLanguage:

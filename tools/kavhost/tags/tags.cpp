@@ -96,7 +96,7 @@ std::string HistoryLine(const SAudioFormat& format, EContainer container, const 
     if (IntegerBits(format.samples) == 0 && format.samples != ESampleFormat::Coded)
         line += "; floating point";
     if (container != EContainer::Wav) line += "; " + std::string(ContainerName(container));
-    return line + "; kavhost " KAV_VERSION;
+    return (line + "; kavhost ").append(Utils::ProductVersionUtf8);
 }
 
 } // namespace
