@@ -1,6 +1,7 @@
 // kav_artwork FOLDER [NAME...]: draws every picture, or those named, into a folder, with the manifest beside
-// them.
+// them. kav_artwork --icons FOLDER: draws the icons of the desktop's menus.
 
+#include "artwork/icon.h"
 #include "artwork/pictures.h"
 #include "artwork/png_file.h"
 
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using namespace KAV::Artwork;
@@ -34,11 +36,19 @@ int Run(const std::filesystem::path& folder, const std::vector<std::string>& nam
     return 0;
 }
 
+int RunIcons(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    for (const int side : IconSides)
+        WritePng(folder / (std::to_string(side) + ".png"), DrawIcon(side).Quantised());
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) try {
-    if (argc < 2) {
-        std::fputs("kav_artwork FOLDER [NAME...]\n", stderr);
+    if (argc == 3 && argv[1] == std::string_view("--icons")) return RunIcons(argv[2]);
+    if (argc < 2 || *argv[1] == '-') {
+        std::fputs("kav_artwork FOLDER [NAME...]\nkav_artwork --icons FOLDER\n", stderr);
         return 2;
     }
     return Run(argv[1], std::vector<std::string>(argv + 2, argv + argc));

@@ -1,3 +1,4 @@
+#include "artwork/icon.h"
 #include "artwork/pictures.h"
 #include "tests/artwork/decoded.h"
 
@@ -39,6 +40,16 @@ TEST_P(GeneratedPicture, EqualsTheCommittedOne) {
     ASSERT_EQ(drawn.width, committed.width);
     ASSERT_EQ(drawn.height, committed.height);
     EXPECT_LE(LargestDifference(drawn, committed), 1);
+}
+
+TEST(Icon, EqualsTheCommittedOnesInEverySize) {
+    for (const int side : IconSides) {
+        const SPixels committed = ReadPng(KAV_ICONS "/" + std::to_string(side) + ".png");
+        const SPixels drawn = DrawIcon(side).Quantised();
+        ASSERT_EQ(committed.width, side);
+        ASSERT_EQ(committed.height, side);
+        EXPECT_LE(LargestDifference(drawn, committed), 1) << side;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, GeneratedPicture, testing::ValuesIn(Sprites.begin(), Sprites.end()),
