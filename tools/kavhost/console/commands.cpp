@@ -3,6 +3,7 @@
 #include "platform/executable.h"
 #include "platform/interrupt.h"
 #include "platform/library.h"
+#include "platform/message_box.h"
 #include "platform/settings_store.h"
 #include "platform/terminal.h"
 #include "tools/kavhost/base/error_line.h"
@@ -13,6 +14,7 @@
 #include "tools/kavhost/console/options.h"
 #include "tools/kavhost/content/factory_content.h"
 #include "tools/kavhost/content/named_content.h"
+#include "tools/kavhost/editor/audio_file_choice.h"
 #include "tools/kavhost/editor/editor_commands.h"
 #include "tools/kavhost/editor/scratch_settings.h"
 #include "tools/kavhost/effect/blocks.h"
@@ -40,6 +42,7 @@
 #include <memory>
 #include <span>
 #include <system_error>
+#include <utility>
 
 namespace KAV::Host {
 
@@ -243,8 +246,10 @@ void CheckEditOutputs(const SOptions& options) {
     const CPendingFile trial(state);
 }
 
-EExitCode RunEdit(const SOptions& options, std::ostream& out, std::ostream& errors) {
+EExitCode RunEdit(SOptions options, std::ostream& out, std::ostream& errors) {
     const auto& state = options.savedState;
+    if (options.edit.input.empty()) options.edit.input = ChooseAudioFile();
+    if (options.edit.input.empty()) return EExitCode::Done; // cancelled
     CheckEditOutputs(options);
     const CEffectLibrary library(PluginFile(options));
     auto render = options.render;
@@ -271,6 +276,18 @@ EExitCode RunEdit(const SOptions& options, std::ostream& out, std::ostream& erro
     CBatchReport report(EReportForm::Text, jobs.size(), out, errors);
     RenderAll(renderer, jobs, 1, EOrder::OfJobs, [&](const SOutcome& outcome) { report.Add(outcome); });
     return report.HasFailures() ? EExitCode::Failure : EExitCode::Done;
+}
+
+/// A menu starts kavhost without a terminal, so a box shows why it failed.
+EExitCode RunEditWithBox(SOptions options, std::ostream& out, std::ostream& errors) {
+    try {
+        return RunEdit(std::move(options), out, errors);
+    } catch (const CInterruption&) {
+        throw;
+    } catch (const std::exception& error) {
+        Platform::ShowErrorBox(KAV_PRODUCT, error.what());
+        throw;
+    }
 }
 
 /// The product's editors draw with the processor from now on: a picture that hardware has drawn differs a
@@ -363,7 +380,7 @@ EExitCode Run(const SOptions& options, std::ostream& out, std::ostream& errors) 
         code = RunRender(options, out, errors);
         break;
     case ECommand::Edit:
-        code = RunEdit(options, out, errors);
+        code = (options.showsErrorBox ? RunEditWithBox : RunEdit)(options, out, errors);
         break;
     case ECommand::Shot:
         RunShot(options, errors);

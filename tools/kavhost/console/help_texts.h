@@ -64,7 +64,7 @@ inline constexpr const char* EditFooter =
     "The file plays through the effect while you set the effect by ear. Below the editor are\n"
     "the position, which you can click and drag, and the time. Keys: space plays and pauses,\n"
     "Left and Right jump 5 seconds back or forward, Home jumps to the beginning, L loops the\n"
-    "file, Escape closes the window.\n"
+    "file, Escape closes the window. Without IN the desktop's dialog asks for the file.\n"
     "\n"
     "The file plays on the default audio device (Linux: by PipeWire, JACK, PulseAudio or\n"
     "ALSA; Windows: by WASAPI); without a device it plays silently. When you close the\n"

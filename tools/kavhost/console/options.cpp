@@ -272,7 +272,8 @@ void AddWidth(CLI::App& command, SOptions& options) {
 void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
     auto& command = *app.add_subcommand("edit", "Open the effect's editor while a file plays through it.");
     command.footer(EditFooter);
-    command.add_option("IN", texts.editInput, "An audio file")->required()->type_name("");
+    command.add_option("IN", texts.editInput, "An audio file; without it a dialog asks for one")
+        ->type_name("");
     AddEffectOptions(command, options, texts);
     AddAllChannels(command, texts);
     AddSaveState(command, texts, "Write the effect's whole state when the window is closed");
@@ -284,6 +285,8 @@ void AddEdit(CLI::App& app, SOptions& options, STexts& texts) {
     AddWidth(command, options);
     AddChoice(command, "--device", texts.device, {"default", "none"},
         "Play the sound on the default device, or not at all");
+    command.add_flag(
+        "--error-box", options.showsErrorBox, "Show an error in a box as well, for a start from a menu");
     AddBlock(command, options.edit.blockSize);
     AddFormat(command, texts);
     AddLayout(command, texts);

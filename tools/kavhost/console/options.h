@@ -50,6 +50,7 @@ struct SOptions {
     EReportForm report = EReportForm::Text;
 
     SEditOptions edit;
+    bool showsErrorBox = false; ///< where no terminal shows the errors
     SShotOptions shot;
 
     std::filesystem::path otherPlugin; ///< to measure against; empty: the same, if there are other settings

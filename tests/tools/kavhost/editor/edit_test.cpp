@@ -1,4 +1,5 @@
 #include "platform/folders.h"
+#include "tests/support/dialog_script.h"
 #include "tests/tools/kavhost/editor/kavhost_user.h"
 #include "utils/product.h"
 
@@ -322,8 +323,63 @@ TEST_F(Edit, NeedsADisplay) {
     EXPECT_EQ(wrong.errors, "kavhost: the display :987 cannot be reached\n");
 }
 
+TEST_F(Edit, AsksForTheFileThatIsNotNamed) {
+    const CDialogScripts desktop;
+    desktop.Put("zenity", "echo '" + file.string() + "'");
+    kavhost.emplace(std::vector<std::string>{"edit", "-p", PluginFile(), "--device", "none"});
+    EXPECT_TRUE(Until([&] { return Window() != 0 && ShowsAPicture(); }));
+    const auto run = Close();
+    EXPECT_EQ(run.code, 0) << run.errors;
+    EXPECT_NE(desktop.Arguments("zenity").find("--file-selection"), std::string::npos);
+}
+
+TEST_F(Edit, DoesNothingIfTheUserNamesNoFile) {
+    const CDialogScripts desktop;
+    desktop.Put("zenity", "exit 1");
+    const auto run = Refused({"-p", PluginFile(), "--save-state", folder / "out.state"});
+    EXPECT_TRUE(desktop.WasRun("zenity"));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out + run.errors, "");
+    EXPECT_EQ(FilesIn(folder), std::vector<std::string>{"in.wav"});
+}
+
+TEST_F(Edit, EndsWhileItAsksForAFile) {
+    const CDialogScripts desktop;
+    desktop.Put("zenity", "exec /bin/sleep 600");
+    kavhost.emplace(std::vector<std::string>{"edit", "-p", PluginFile()});
+    const auto dialog = desktop.Process("zenity");
+    kavhost->Signal(SIGINT);
+    EXPECT_EQ(End().code, 130);
+    EXPECT_TRUE(Eventually([&] { return kill(dialog, 0) != 0; }));
+}
+
+TEST_F(Edit, NeedsAFileWhereNothingCanAskForOne) {
+    const CDialogScripts desktop;
+    const auto noDialog = Refused({});
+    EXPECT_EQ(noDialog.code, 2);
+    EXPECT_EQ(noDialog.errors,
+        "kavhost: edit: name an audio file; there is no dialog for files to choose one in\n");
+    setenv("DISPLAY", "", 1);
+    const auto noDisplay = Refused({});
+    EXPECT_EQ(noDisplay.code, 2);
+    EXPECT_EQ(noDisplay.errors, "kavhost: edit: name an audio file; there is no display to choose one in\n");
+}
+
+TEST_F(Edit, ShowsAnErrorInABoxIfItIsStartedFromAMenu) {
+    const CDialogScripts desktop;
+    desktop.Put("zenity", "");
+    const auto none = (folder / "none.wav").string();
+    const auto plain = Refused({none, "-p", PluginFile()});
+    EXPECT_EQ(plain.code, 1);
+    EXPECT_FALSE(desktop.WasRun("zenity"));
+    const auto run = Refused({none, "-p", PluginFile(), "--error-box"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.errors, plain.errors);
+    EXPECT_TRUE(Eventually([&] { return desktop.WasRun("zenity"); }));
+    EXPECT_TRUE(Eventually([&] { return desktop.Arguments("zenity").find(none) != std::string::npos; }));
+}
+
 TEST_F(Edit, RefusesOutputsBeforeItOpensAWindow) {
-    EXPECT_EQ(Refused({}).code, 2);
     EXPECT_EQ(Refused({file, "--device", "loud"}).code, 2);
     EXPECT_EQ(Refused({file, "--render", folder / "out.xyz"}).code, 2);
     EXPECT_EQ(Refused({file, "--render", folder}).code, 2);
