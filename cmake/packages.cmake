@@ -53,7 +53,12 @@ else()
             execute_process(COMMAND gzip -9nc \"${file}\" OUTPUT_FILE \"\${place}\" COMMAND_ERROR_IS_FATAL ANY)")
     endfunction()
     install_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" ${documents}/changelog.gz)
-    # What Debian's tools read; it names the version and leaves the changes to the file above.
+    # What Debian's tools read; it names the version and leaves the changes to the file above. A version that has not been
+    # released yet has the day on which it was last packaged.
+    set(package_day 2026-11-22)
+    set(release_type development) # "stable" once CHANGELOG.md has a date for the version
+    execute_process(COMMAND date --utc --rfc-email "--date=${package_day} 12:00 UTC"
+        OUTPUT_VARIABLE package_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     configure_file(packaging/changelog.Debian.in changelog.Debian @ONLY)
     install_compressed("${CMAKE_BINARY_DIR}/changelog.Debian" ${documents}/changelog.Debian.gz)
 
@@ -73,6 +78,26 @@ else()
         install_compressed("${CMAKE_BINARY_DIR}/kavhost.1" share/man/man1/kavhost.1.gz)
         install(FILES "${CMAKE_BINARY_DIR}/completion/kavhost" DESTINATION share/bash-completion/completions)
         install(FILES "${CMAKE_BINARY_DIR}/completion/_kavhost" DESTINATION share/zsh/vendor-completions)
+
+        # What desktops and their software centres show of kavhost.
+        set(component invalid.kavelin.sorrel_limiter)
+        set(audio_types # that kavhost reads
+            audio/x-wav audio/flac audio/x-aiff audio/ogg audio/x-vorbis+ogg audio/x-opus+ogg audio/mpeg)
+        list(TRANSFORM audio_types REPLACE "(.+)" "    <mediatype>\\1</mediatype>" OUTPUT_VARIABLE mediatypes)
+        list(JOIN mediatypes "\n" mediatypes)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE)
+        file(STRINGS LICENSE licences REGEX "^SPDX-License-Identifier: ")
+        list(TRANSFORM licences REPLACE "^SPDX-License-Identifier: " "")
+        list(REMOVE_DUPLICATES licences)
+        list(JOIN licences " AND " licences)
+        configure_file(packaging/kavhost.desktop.in kavhost.desktop @ONLY)
+        configure_file(packaging/metainfo.xml.in ${component}.metainfo.xml @ONLY)
+        install(FILES "${CMAKE_BINARY_DIR}/kavhost.desktop" DESTINATION share/applications)
+        install(FILES "${CMAKE_BINARY_DIR}/${component}.metainfo.xml" DESTINATION share/metainfo)
+        foreach(side IN ITEMS 16 24 32 48 64 128 256)
+            install(FILES packaging/icons/${side}.png
+                DESTINATION share/icons/hicolor/${side}x${side}/apps RENAME ${name}.png)
+        endforeach()
     endif()
 endif()
 

@@ -31,6 +31,10 @@ def scan(test, library):
     # A cache counts only if it is newer than the library.
     hour_ago = library.stat().st_mtime - 3600
     os.utime(library, (hour_ago, hour_ago))
+    return run_scanner(test, library)
+
+
+def run_scanner(test, library):
     return test.run_program("/usr/lib/ardour7/ardour-vst-scanner", "-f", "-v", library,
                             LD_LIBRARY_PATH="/usr/lib/ardour7")
 

@@ -1,19 +1,37 @@
 """What ./run and the packages install is found by a host, works there, and is removed completely."""
 
+import configparser
+import gzip
 import os
+import re
+import shlex
 import shutil
+import struct
 import subprocess
+import xml.etree.ElementTree as Xml
 
+from ardour import run_scanner
 from scanners import qtractor_scan
-from support import BUILD, NAME, ROOT, HostTest, broken_links, limited_material, read_wav, write_wav
+from support import BUILD, NAME, ROOT, VERSION, HostTest, broken_links, limited_material, read_wav, write_wav
 
 FILE = "KAVSorrelLimiter.so"
 LIST = ".KAVSorrelLimiter.installed"
+COMPONENT = "invalid.kavelin.sorrel_limiter"
 
 
 def files_in(folder):
     """Everything below a folder except folders."""
     return sorted(str(file.relative_to(folder)) for file in folder.rglob("*") if file.is_symlink() or not file.is_dir())
+
+
+def make_package(test):
+    """The Debian package of the build."""
+    packages = test.folder / "packages"
+    said = test.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=300)
+    made = list(packages.glob("*.deb"))
+    if len(made) != 1:
+        raise AssertionError(said)
+    return made[0]
 
 
 class RunInstall(HostTest):
@@ -118,12 +136,7 @@ class Package(HostTest):
 
     @classmethod
     def set_up_once(cls):
-        packages = cls.folder / "packages"
-        said = cls.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=300)
-        made = list(packages.glob("*.deb"))
-        if len(made) != 1:
-            raise AssertionError(said)
-        cls.package = made[0]
+        cls.package = make_package(cls)
         cls.root = cls.folder / "root"
         subprocess.run(["dpkg-deb", "-x", cls.package, cls.root], check=True)
         cls.library = cls.root / "usr/lib/vst" / FILE
@@ -156,16 +169,89 @@ class Package(HostTest):
 
     def test_holds_only_what_runs_and_its_documents(self):
         known = ("usr/bin/kavhost", "usr/lib/kav-sorrel-limiter/", "usr/lib/vst/", "usr/share/doc/kav-sorrel-limiter/",
-                 "usr/share/lintian/overrides/kav-sorrel-limiter", "usr/share/man/man1/kavhost.1.gz",
+                 "usr/share/lintian/overrides/kav-sorrel-limiter", "usr/share/icons/hicolor/",
+                 f"usr/share/metainfo/{COMPONENT}.metainfo.xml", "usr/share/applications/kavhost.desktop",
+                 "usr/share/man/man1/kavhost.1.gz",
                  "usr/share/bash-completion/completions/kavhost", "usr/share/zsh/vendor-completions/_kavhost")
         self.assertEqual([file for file in files_in(self.root) if not file.startswith(known)], [])
-        for file in known[-3:]:
+        for file in known[-5:]:
             self.assertTrue((self.root / file).is_file(), file)
         for document in ("copyright", "README.md", "changelog.gz", "changelog.Debian.gz", f"{NAME} User Guide.pdf",
                          f"{NAME} User Guide.html"):
             self.assertTrue((self.root / "usr/share/doc/kav-sorrel-limiter" / document).is_file(), document)
         for link in (file for file in self.root.rglob("*") if file.is_symlink()):
             self.assertTrue(link.resolve().is_relative_to(self.root.resolve()) and link.exists(), link)
+
+    def test_desktops_accept_its_entry_and_its_description(self):
+        applications = self.root / "usr/share/applications"
+        self.assertEqual(self.run_program("desktop-file-validate", "--warn-kde", applications / "kavhost.desktop"), "")
+        said = self.run_program("appstreamcli", "validate", "--no-net", "--no-color", self.metainfo())
+        # The vendor has no domain, so the component is named after none.
+        self.assertEqual(re.findall(r"^[EWI]: .*", said, re.MULTILINE),
+                         [f"I: {COMPONENT}:3: cid-maybe-not-rdns {COMPONENT}"], said)
+
+    def metainfo(self):
+        return self.root / f"usr/share/metainfo/{COMPONENT}.metainfo.xml"
+
+    def desktop_entry(self):
+        entry = configparser.ConfigParser(interpolation=None)
+        entry.optionxform = str
+        entry.read(self.root / "usr/share/applications/kavhost.desktop", encoding="utf-8")
+        return entry["Desktop Entry"]
+
+    def test_its_desktop_entry_starts_what_the_package_has(self):
+        entry = self.desktop_entry()
+        program, *arguments = shlex.split(entry["Exec"])
+        self.assertTrue((self.root / "usr/bin" / program).exists())
+        self.assertEqual(entry["TryExec"], program)
+        self.assertEqual(arguments[-1], "%f")
+        for option in arguments[1:-1]:
+            self.assertIn(option, self.run_command("help", arguments[0]))
+        icons = sorted((self.root / "usr/share/icons/hicolor").glob(f"*/apps/{entry['Icon']}.png"))
+        self.assertEqual(sorted(int(icon.parts[-3].split("x")[0]) for icon in icons), [16, 24, 32, 48, 64, 128, 256])
+        for icon in icons:
+            width, height = struct.unpack_from(">II", icon.read_bytes(), 16)
+            self.assertEqual(icon.parts[-3], f"{width}x{height}")
+
+    def test_it_opens_the_types_of_audio_that_kavhost_reads(self):
+        encoders = {"audio/x-wav": ["-f", "wav"], "audio/flac": ["-f", "flac"], "audio/x-aiff": ["-f", "aiff"],
+                    "audio/ogg": ["-f", "ogg", "-c:a", "libopus"],
+                    "audio/x-vorbis+ogg": ["-f", "ogg", "-c:a", "libvorbis"], "audio/x-opus+ogg": ["-f", "opus"],
+                    "audio/mpeg": ["-f", "mp3"]}
+        types = self.desktop_entry()["MimeType"].rstrip(";").split(";")
+        self.assertEqual(sorted(types), sorted(encoders))
+        listed = [kind.text for kind in Xml.parse(self.metainfo()).iterfind("provides/mediatype")]
+        self.assertEqual(listed, types)
+        for n, encoder in enumerate(encoders.values()):
+            self.run_program("ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=d=0.2:r=48000", *encoder, f"type{n}")
+            self.run_command("render", f"type{n}", "-o", f"type{n}.wav", "--no-measure")
+
+    def test_every_part_names_the_same_version(self):
+        self.assertEqual(self.field("Version"), f"{VERSION}-0kavelin1")
+        self.assertEqual(self.run_command("--version"), f"kavhost {VERSION}\n")
+        documents = self.root / "usr/share/doc/kav-sorrel-limiter"
+        manual = gzip.decompress((self.root / "usr/share/man/man1/kavhost.1.gz").read_bytes()).decode()
+        self.assertIn(f'"kavhost {VERSION}"', manual.splitlines()[0])
+        debian = gzip.decompress((documents / "changelog.Debian.gz").read_bytes()).decode()
+        self.assertTrue(debian.startswith(f"kav-sorrel-limiter ({VERSION}-0kavelin1) "))
+        release, = Xml.parse(self.metainfo()).iterfind("releases/release")
+        self.assertEqual(release.get("version"), VERSION)
+        # The log of changes has a section of it, which is dated once the version has been released.
+        changes = gzip.decompress((documents / "changelog.gz").read_bytes()).decode()
+        day = re.search(rf"^## \[{re.escape(VERSION)}\] - (.*)$", changes, re.MULTILINE)[1]
+        if day == "Unreleased":
+            self.assertEqual(release.get("type"), "development")
+        else:
+            self.assertEqual((release.get("date"), release.get("type")), (day, "stable"))
+
+    def test_every_part_names_the_same_licences(self):
+        copyright = (self.root / "usr/share/doc/kav-sorrel-limiter/copyright").read_text()
+        self.assertEqual(copyright, (ROOT / "LICENSE").read_text())
+        named = re.findall(r"^SPDX-License-Identifier: (.*)$", copyright, re.MULTILINE)
+        licences = Xml.parse(self.metainfo()).findtext("project_license").split(" AND ")
+        self.assertEqual(sorted(licences), sorted(set(named)))
+        self.assertEqual(named[0], "MIT", "the product's own comes first")
+        self.assertTrue(copyright.split("\n\n")[1].startswith("MIT License"))
 
     def test_links_of_its_documents_lead_to_files_of_it(self):
         found = broken_links(self.root / "usr/share/doc/kav-sorrel-limiter")
@@ -185,9 +271,7 @@ class Package(HostTest):
         self.assertEqual(qtractor_scan(self, self.library)[1], NAME)
 
     def test_ardour_finds_the_effect(self):
-        said = self.run_program("/usr/lib/ardour7/ardour-vst-scanner", "-f", "-v", self.library,
-                                LD_LIBRARY_PATH="/usr/lib/ardour7")
-        self.assertIn(f'name="{NAME}"', said)
+        self.assertIn(f'name="{NAME}"', run_scanner(self, self.library))
 
     def test_kavhost_finds_plugin_profile_and_content(self):
         self.assertIn("Threshold (1)", self.run_command("info"), "full names come from the profile")
