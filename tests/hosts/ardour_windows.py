@@ -56,12 +56,16 @@ def child(element, tag):
 
 
 def make_session(test, library, effect, tracks):
-    """The file of a new session with the effect on each of the tracks. Loading it opens their editors."""
+    """As new_session, with a copy of the library."""
     plugins = test.folder / "vst"
     plugins.mkdir()
     prepare_home(test.home, plugins)
     copy = pathlib.Path(shutil.copy(library, plugins))
-    scanned = scan(test, copy)
+    return new_session(test, effect, tracks, scan(test, copy))
+
+
+def new_session(test, effect, tracks, scanned):
+    """The file of a new session with the effect on each of the tracks. Loading it opens their editors."""
     session = test.folder / "session" / "edited.ardour"
     for _ in range(STARTS):
         shutil.rmtree(session.parent, ignore_errors=True)
@@ -153,16 +157,16 @@ class ArdourWindows:
         with self.programs:
             self.display = Display(test.folder, test.environment(), window_manager)
             self.programs.callback(self.display.close)
-            self.start(test.folder, session)
+            self.start(test, session)
             self.programs.callback(stop_program, self.process)
             self.remote = Remote(self.port)
             self.programs.callback(self.remote.close)
             self.programs = self.programs.pop_all()
 
-    def start(self, folder, session):
+    def start(self, test, session):
         """It sometimes hangs or aborts before it has loaded the session, whatever that holds."""
         for attempt in range(STARTS):
-            self.process = start_program(["ardour", "-n", "--no-announcements", session], folder,
+            self.process = start_program([*test.entering, "ardour", "-n", "--no-announcements", session], test.folder,
                                          self.display.environment, "ardour.log")
             try:
                 self.port = wait_for(lambda: self.ended() or port_of(self.process), 60, "Ardour's start")
@@ -173,7 +177,8 @@ class ArdourWindows:
                 if attempt == STARTS - 1:
                     raise
             stop_program(self.process)
-        raise AssertionError("Ardour ended while it started:\n" + (folder / "ardour.log").read_text(errors="replace"))
+        log = (test.folder / "ardour.log").read_text(errors="replace")
+        raise AssertionError(f"Ardour ended while it started:\n{log}")
 
     def ended(self):
         return self.process.poll() is not None

@@ -93,6 +93,7 @@ class HostTest(unittest.TestCase):
     """
 
     longMessage = True
+    entering = ()  # the words of a command that starts another somewhere else
 
     @classmethod
     def setUpClass(cls):
@@ -125,9 +126,9 @@ class HostTest(unittest.TestCase):
         said = ""
         for _ in range(attempts):
             # Its own session: a process that hangs is ended with everything that it started.
-            process = subprocess.Popen([str(word) for word in command], env=cls.environment(**environment),
-                                       cwd=cls.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                       stderr=subprocess.STDOUT, start_new_session=True)
+            process = subprocess.Popen([str(word) for word in (*cls.entering, *command)],
+                                       env=cls.environment(**environment), cwd=cls.folder, stdin=subprocess.PIPE,
+                                       stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
             try:
                 output, _ = process.communicate(stdin.encode(), timeout=timeout)
                 said = output.decode(errors="replace")
