@@ -1,6 +1,9 @@
 #include "artwork/icon.h"
+#include "artwork/installer.h"
 #include "artwork/pictures.h"
+#include "artwork/windows_picture.h"
 #include "tests/artwork/decoded.h"
+#include "tests/support/file_text.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -23,6 +26,17 @@ int LargestDifference(const SPixels& a, const SPixels& b) {
     for (std::size_t i = 0; i < a.rgba.size(); ++i)
         largest = std::max(largest, std::abs(static_cast<int>(a.rgba[i]) - static_cast<int>(b.rgba[i])));
     return largest;
+}
+
+/// Equal but for rounding: the files contain pixels as they are.
+void ExpectCommitted(const std::string& drawn, const std::string& name) {
+    const std::string committed = KAV::Tests::ReadText(std::filesystem::path(KAV_INSTALLER) / name);
+    ASSERT_EQ(drawn.size(), committed.size());
+    int largest = 0;
+    for (std::size_t i = 0; i < drawn.size(); ++i)
+        largest = std::max(largest,
+            std::abs(static_cast<unsigned char>(drawn[i]) - static_cast<unsigned char>(committed[i])));
+    EXPECT_LE(largest, 1);
 }
 
 class GeneratedPicture : public testing::TestWithParam<SSprite> {};
@@ -54,3 +68,9 @@ TEST(Icon, EqualsTheCommittedOnesInEverySize) {
 
 INSTANTIATE_TEST_SUITE_P(All, GeneratedPicture, testing::ValuesIn(Sprites.begin(), Sprites.end()),
     [](const auto& one) { return std::string(one.param.stem); });
+
+TEST(InstallerPictures, EqualTheCommittedOnes) {
+    ExpectCommitted(IcoOf(PaintInstallerIcon()), "installer.ico");
+    ExpectCommitted(BmpOf(PaintInstallerHeader()), "header.bmp");
+    ExpectCommitted(BmpOf(PaintInstallerSide()), "side.bmp");
+}
