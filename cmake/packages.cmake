@@ -1,5 +1,5 @@
 # What `cmake --install` puts where, and the packages that `cpack` makes of it: a .deb for the preset "release", a
-# .zip for the preset "mingw".
+# .zip and an installer for the preset "mingw".
 #
 # kavhost searches its own folder for the plug-in, its profile and the factory content. On Linux that is a separate
 # folder with links: from the command in bin, and to the library where hosts search for it.
@@ -117,6 +117,8 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME "${name}-${PROJECT_VERSION}-windows")
+    set(CPACK_KAV_PRODUCT "${KAV_PRODUCT}")
+    set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/installer/installer.cmake")
 else()
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

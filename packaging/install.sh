@@ -74,7 +74,7 @@ uninstall_plugin() {
     say "removed: $folder/$library"
 }
 
-# make_packages: makes a .deb, and a .zip for Windows, in out/.
+# make_packages: makes a .deb, and an installer and a .zip for Windows, in out/.
 make_packages() {
     local preset made targets
     mkdir -p "$root/out"

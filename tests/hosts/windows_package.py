@@ -7,9 +7,8 @@ import subprocess
 import zipfile
 
 from support import NAME, ROOT, VERSION, HostTest, broken_links, limited_material, read_wav, write_wav
+from windows import fact, made_packages, resources_of, run_wine
 
-BUILD = ROOT / "build" / "mingw"
-WINE_RUN = ROOT / "tests" / "support" / "wine-run"
 # The libraries that kavhost.exe loads, with the source package of each.
 LIBRARIES = {"libFLAC.dll": "flac", "libebur128.dll": "libebur128", "libmp3lame.dll": "lame", "libmpg123.dll": "mpg123",
              "libogg.dll": "libogg", "libopus.dll": "opus", "libsndfile.dll": "libsndfile", "libtag.dll": "taglib",
@@ -22,38 +21,18 @@ def loaded_by(image):
     return set(re.findall(r"DLL Name: (\S+)", said.stdout.decode()))
 
 
-def resources_of(image):
-    """What a library carries, as a resource compiler reads it back, without the bytes."""
-    said = subprocess.run(["x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", "-i", image], capture_output=True,
-                          check=True, timeout=60)
-    return said.stdout.decode()
-
-
-def fact(name):
-    """KAV_<name> in the sources; the version is CMake's."""
-    if name == "VERSION":
-        return VERSION
-    return re.search(rf'#define KAV_{name} "(.*)"', (ROOT / "utils/product.h").read_text())[1]
-
-
 class WindowsPackage(HostTest):
     @classmethod
     def set_up_once(cls):
-        packages = cls.folder / "packages"
-        said = cls.run_program("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", packages, timeout=120)
-        made = list(packages.glob("*.zip"))
-        if len(made) != 1:
-            raise AssertionError(said)
-        with zipfile.ZipFile(made[0]) as package:
+        archive = made_packages().archive
+        with zipfile.ZipFile(archive) as package:
             cls.names = package.namelist()
             package.extractall(cls.folder / "Größe – 音")
-        cls.top = cls.folder / "Größe – 音" / made[0].stem
+        cls.top = cls.folder / "Größe – 音" / archive.stem
 
     def run_there(self, *arguments):
         """kavhost.exe in that folder."""
-        # Under Wine the home folder is that of the prefix.
-        done = subprocess.run([WINE_RUN, self.top / "kavhost.exe", *arguments], env=os.environ, cwd=self.folder,
-                              stdin=subprocess.DEVNULL, capture_output=True, timeout=120, check=False)
+        done = run_wine(self.top / "kavhost.exe", *arguments, cwd=self.folder)
         said = done.stdout.decode()
         self.assertEqual(done.returncode, 0, said + done.stderr.decode())
         return said
