@@ -161,7 +161,7 @@ class Package(HostTest):
     def test_holds_nothing_that_lintian_warns_of(self):
         # Warnings and more; notes of hardening, which it counts as less, are among those that are looked for.
         done = subprocess.run(["lintian", "--allow-root", "--display-info", self.package], env=self.environment(),
-                              capture_output=True, text=True, timeout=120, check=False)
+                              capture_output=True, text=True, timeout=600, check=False)
         complaints = [line for line in done.stdout.splitlines() + done.stderr.splitlines()
                       if line.startswith(("E:", "W:")) or "hardening" in line]
         self.assertEqual(complaints, [])
