@@ -75,7 +75,8 @@ Var HostNote           ; what the user has to do in the host
 
 !define MUI_WELCOMEPAGE_TITLE "Install ${PRODUCT}"
 !define MUI_WELCOMEPAGE_TEXT "This installs the limiter for hosts that load 64-bit VST 2 plug-ins, the command-line \
-    program kavhost, the factory patches and the user guide.$\r$\n$\r$\nPlease close your host first.$\r$\n$\r$\n$_CLICK"
+    program kavhost, the factory patches and the user guide.$\r$\n$\r$\nPlease close your host \
+    first.$\r$\n$\r$\n$_CLICK"
 !insertmacro MUI_PAGE_WELCOME
 !insertmacro MUI_PAGE_LICENSE "${TREE}/LICENSE"
 !insertmacro MULTIUSER_PAGE_INSTALLMODE
@@ -363,7 +364,7 @@ Function .onInstFailed
     Call RemoveFolders
 FunctionEnd
 
-; By the desktop, as the user who is logged in, not as the administrator who installs.
+; The desktop opens it for the user who is logged in, not for the administrator who installs.
 Function OpenGuide
     Exec '"$WINDIR\explorer.exe" "$INSTDIR\${GUIDE}"'
 FunctionEnd
@@ -377,7 +378,7 @@ Function un.onInit
     ${EndIf}
 FunctionEnd
 
-; Patches and settings that are the user's own stay: kavhost removes only what it has installed and has not been changed.
+; Patches and settings that are the user's own stay: kavhost removes only what it has installed and is unchanged.
 Section "Uninstall"
     SetDetailsPrint none ; not every file
     InitPluginsDir

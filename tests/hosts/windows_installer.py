@@ -122,7 +122,8 @@ class WindowsInstaller(HostTest):
         self.install(packages.installer, "/AllUsers")
         with zipfile.ZipFile(packages.archive) as archive:
             top = archive.namelist()[0].split("/")[0]
-            wanted = {name.removeprefix(f"{top}/"): archive.read(name) for name in archive.namelist() if name[-1] != "/"}
+            wanted = {name.removeprefix(f"{top}/"): archive.read(name) for name in archive.namelist()
+                      if not name.endswith("/")}
         folder, plugins = self.everyones / VENDOR / PRODUCT, self.everyones / "VSTPlugins"
         there = {str(file.relative_to(folder)): content for file, content in files_of(folder).items()}
         self.assertEqual(set(there) - set(wanted), {"Uninstall.exe", "installed-files.txt"})
@@ -183,7 +184,7 @@ class WindowsInstaller(HostTest):
         self.uninstall(self.everyones)
         self.assertEqual(files_of(DRIVE / "Music"), {foreign: b"another plug-in"})
 
-    def test_a_path_of_the_system_that_is_none_counts_as_missing(self):
+    def test_a_path_in_the_registry_that_is_not_absolute_counts_as_missing(self):
         self.find_plugins_in("VST")
         self.install(self.new, "/AllUsers")
         self.plugin_in(self.everyones / "VSTPlugins")
