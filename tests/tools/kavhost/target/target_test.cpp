@@ -404,7 +404,7 @@ TEST_F(Target, SaysWhatIsInTheWayAndTheBestThatCanBeHad) {
     expect("nan.wav", {"--loudness", "-14", "--nearest"}, {"not finite"});
     expect("song.wav", {"--loudness", "-9", "--true-peak", "-1", "--max-reduction", "4"},
         {"song.wav: -9 LUFS at -1 dBTP needs ", " dB of reduction at 0:0",
-            ", more than 4; with 4 it comes to -1"});
+            ", more than 4; with 4 dB the loudness is -1"});
     // A full-scale sine is 3 LU below what no limiter exceeds.
     expect("sine.wav", {"--loudness", "-0.2", "--true-peak", "-1"}, {"sine.wav: -0.2 LUFS at -1 dBTP"});
 }
