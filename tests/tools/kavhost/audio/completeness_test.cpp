@@ -68,7 +68,7 @@ TEST(Completeness, CountsTheFramesOfFlac) {
     const auto file = "fLaC" + std::string(17, 1) + Big(0xF0'0000'1000, 5) + std::string(60, 'x');
     EXPECT_EQ(Missing(file, 4096), "");
     EXPECT_EQ(Missing(file, 4000),
-        "the input is cut off or damaged: it announces 4096 frames, and 4000 could be read");
+        "the input is cut off or damaged: it announces 4096 frames, but only 4000 could be read");
 }
 
 TEST(Completeness, LooksForTheMarkOfTheLastPageOfOgg) {
