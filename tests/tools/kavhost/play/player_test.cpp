@@ -51,12 +51,12 @@ protected:
         for (std::size_t i = 0; i < 2 * count; ++i)
             ASSERT_FLOAT_EQ(samples[2 * offset + i], audio.samples[2 * first + i]) << i;
     }
-    /// Takes single frames of silence until the reader has come so far.
+    /// Takes frames, one at a time unless more, until the reader has come so far.
     template<typename FACT>
-    void Await(FACT fact) {
+    void Await(FACT fact, std::size_t frames = 1) {
         const auto guard = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!fact() && std::chrono::steady_clock::now() < guard) {
-            Take(1);
+            Take(frames);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         EXPECT_TRUE(fact());
@@ -120,7 +120,7 @@ TEST_F(Player, ShowsAPositionThatIsLaterByTheDelayThatTheEffectReports) {
 
 TEST_F(ShortPlayer, StopsAtTheEnd) {
     player->Play(true);
-    Await([&] { return !player->IsPlaying(); });
+    Await([&] { return !player->IsPlaying(); }, 60); // of 6000
     Take(512);
     EXPECT_EQ(player->Seconds(), player->Length());
     EXPECT_EQ(player->Length(), 6000.0 / RateHz);
