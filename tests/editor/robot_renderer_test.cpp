@@ -16,7 +16,7 @@ TEST_F(Robot, TriesAnotherRendererInTheAboutView) {
     Picture before;
     EXPECT_TRUE(Until([&] {
         before = shownSwitch();
-        WaitForIdles(60);
+        WaitForIdles(20);
         return shownSwitch() == before;
     })) << "the pointer's light never stands still";
     const auto stored = [](const void* number = nullptr) -> std::uint32_t {
