@@ -108,8 +108,8 @@ set(CPACK_PACKAGE_CONTACT "${KAV_VENDOR} <support@kavelin.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look-ahead brick-wall limiter as a VST 2.4 plug-in")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "A limiter for up to 16 channels in four groups, with patches, routings and\n\
-macros, for hosts that load VST 2.4 plug-ins. The package also contains kavhost,\n\
-which runs sound files through the plug-in and measures the result.")
+macros, for hosts that load VST 2.4 plug-ins. It also contains kavhost, which\n\
+runs sound files through the plug-in and measures the result.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
