@@ -38,9 +38,9 @@ void DrawReduction(CPen& pen, const SRect& display) {
         pen.Line(rect.x, y, rect.x + rect.w, y, 0.7, Line.WithAlpha(0.35));
     }
     const auto curve = [&] {
-        constexpr int Steps = 400;
-        for (int i = 0; i <= Steps; ++i) {
-            const double t = static_cast<double>(i) / Steps;
+        constexpr int steps = 400;
+        for (int i = 0; i <= steps; ++i) {
+            const double t = static_cast<double>(i) / steps;
             cairo_line_to(pen.Path(), rect.x + t * rect.w, rect.y + ReductionAt(t) * rect.h);
         }
     };
@@ -71,22 +71,22 @@ SPixels PaintInstallerHeader() {
 }
 
 SPixels PaintInstallerSide() {
-    constexpr int Width = 164;
-    constexpr int Height = 314;
-    CBitmap bitmap(Width, Height);
-    for (int y = 0; y < Height; ++y) {
-        for (int x = 0; x < Width; ++x) {
+    constexpr int width = 164;
+    constexpr int height = 314;
+    CBitmap bitmap(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
             const double away = std::hypot((x - 40) / 180.0, (y - 10) / 260.0);
             const double lamp = 0.82 + 0.34 * std::exp(-away * away);
             bitmap.At(x, y) = Encode(Decode(Graphite) * static_cast<float>(lamp * lamp));
         }
     }
-    CPen pen({Width, Height, 1, 1});
-    const double middle = Width / 2.0;
+    CPen pen({width, height, 1, 1});
+    const double middle = width / 2.0;
     pen.Text("KAV", middle, 34, {.size = 13, .face = EFace::Bold, .tracking = 2}, InkQuiet);
     pen.Text("SORREL", middle, 55, {.size = 24, .face = EFace::Bold, .tracking = 2}, Ink);
     pen.Text("LIMITER", middle, 76, {.size = 13, .face = EFace::Bold, .tracking = 2}, InkQuiet);
-    DrawReduction(pen, {20, 102, Width - 40, 124});
+    DrawReduction(pen, {20, 102, width - 40, 124});
     DrawMark(pen, middle, 259, 22, InkQuiet, Reduction);
     pen.Text("KAVELIN", middle, 284, {.size = 9, .face = EFace::Bold, .tracking = 1.2}, InkQuiet);
     bitmap.Over(pen.Result());

@@ -26,14 +26,14 @@ std::string Rows(const SPixels& picture, int channels) {
 
 /// The head of a bitmap, BITMAPINFOHEADER.
 std::string Head(int width, int height, int channels) {
-    constexpr std::size_t Size = 40;
+    constexpr std::size_t size = 40;
     std::string head;
-    Append(head, 4, Size);
+    Append(head, 4, size);
     Append(head, 4, static_cast<std::size_t>(width));
     Append(head, 4, static_cast<std::size_t>(height));
     Append(head, 2, 1); // plane
     Append(head, 2, static_cast<std::size_t>(8 * channels));
-    head.resize(Size);
+    head.resize(size);
     return head;
 }
 
@@ -55,13 +55,13 @@ std::string Image(const SPixels& picture) {
 } // namespace
 
 std::string BmpOf(const SPixels& picture) {
-    constexpr std::size_t FileHead = 14;
+    constexpr std::size_t fileHead = 14;
     const std::string head = Head(picture.width, picture.height, 3);
     const std::string rows = Rows(picture, 3);
     std::string bytes = "BM";
-    Append(bytes, 4, FileHead + head.size() + rows.size());
+    Append(bytes, 4, fileHead + head.size() + rows.size());
     Append(bytes, 4, 0);
-    Append(bytes, 4, FileHead + head.size());
+    Append(bytes, 4, fileHead + head.size());
     return bytes + head + rows;
 }
 
